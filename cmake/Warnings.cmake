@@ -1,0 +1,15 @@
+# Every target of the project links server_warnings: warnings, sanitizers and the include root.
+add_library(server_warnings INTERFACE)
+target_compile_options(server_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
+target_include_directories(server_warnings INTERFACE "${PROJECT_SOURCE_DIR}")
+
+if(SERVER_SANITIZE)
+    # Applied to everything, so that no translation unit is left without instrumentation.
+    add_compile_options(-fsanitize=${SERVER_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${SERVER_SANITIZE})
+    if(SERVER_SANITIZE MATCHES "thread")
+        # GCC warns that fences are not modelled; Boost.Asio uses none on the paths that are built here.
+        target_compile_options(server_warnings INTERFACE -Wno-tsan)
+    endif()
+endif()

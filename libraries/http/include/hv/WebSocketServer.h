@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <hv/HttpServer.h>
+#include <hv/WebSocketChannel.h>
+#include <hv/hsocket.h>
+
+namespace hv {
+
+/** Callbacks of a WebSocket server; empty ones are passed over. They run on the server's threads. */
+struct WebSocketService {
+    std::function<void(const std::shared_ptr<WebSocketChannel>&, const std::shared_ptr<HttpRequest>&)> onopen;
+    std::function<void(const std::shared_ptr<WebSocketChannel>&, const std::string&)> onmessage;
+    std::function<void(const std::shared_ptr<WebSocketChannel>&)> onclose;  ///< once for each onopen
+    int ping_interval = 0;  ///< of no effect: the library sends no pings
+};
+
+}  // namespace hv

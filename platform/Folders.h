@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+/** Folder of the host's executable, without a separator at its end; empty when it can't be found. Any thread.
+ */
+std::string GetModuleDirectory();
+
+/** The user's Documents folder; empty when it can't be found. It need not exist. Any thread. */
+std::string GetDocumentsDirectory();

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <mutex>
+#include <set>
+
+/**
+ * The pool of node ids, the keys of interfaces. One object a process; all operations may be called from any
+ * thread.
+ *
+ * Ids start at 1 and grow: the next id is one above the highest that this process has seen, so that a
+ * forgotten command can't reach a new interface within one run. At the end of the range the lowest free id is
+ * taken.
+ */
+class CGeneratorId {
+  public:
+    /** The one pool; built on first use, never null. */
+    static CGeneratorId* getInstance();
+
+    CGeneratorId(const CGeneratorId&) = delete;
+    CGeneratorId& operator=(const CGeneratorId&) = delete;
+
+    /** Makes the given ids the taken ones. */
+    void Initialize(const std::set<int>& ids);
+
+    /** Takes a free id, 1 or more. @throw std::length_error when all of them are taken. */
+    int GetId();
+
+    /** Gives an id back; one that was never taken is no error. */
+    void ReleaseId(int id);
+
+    /** Forgets all taken ids. The ids that GetId hands out afterwards are still above all earlier ones. */
+    void Clean();
+
+  private:
+    CGeneratorId() = default;
+
+    /** Raises the highest id seen; the caller holds the mutex. */
+    void See(int id);
+
+    std::mutex m_mutex;
+    std::set<int> m_taken;
+    int m_highest = 0;
+};
