@@ -8,3 +8,6 @@ std::string GetModuleDirectory();
 
 /** The user's Documents folder; empty when it can't be found. It need not exist. Any thread. */
 std::string GetDocumentsDirectory();
+
+/** The folder of the user documents below the Documents folder, with this system's separator. */
+const char* GetUserDataFolderName();

@@ -1,0 +1,11 @@
+#pragma once
+
+struct SGlobalConfig;
+
+/**
+ * Fills in what the machine and the installation tell about themselves: the system language, from the locale
+ * name, and the four lines of app_dir/Resource/Version.info (product name, version, build number, build
+ * time). A missing file leaves the fields as they are; a missing line gives a default. Throws nothing but for
+ * lack of memory.
+ */
+void LoadVersionInfo(SGlobalConfig& config);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <system_error>
+
+/**
+ * Replaces the content of a file so that a power cut at any moment leaves the old content or the new, whole:
+ * a temporary file beside it, flushed to the disk, is renamed over it, and the folder is flushed. The bytes
+ * are written as they stand. Blocks for the disk. One thread at a time for one path.
+ * @return the reason when it could not be done; the old content is still there then
+ */
+std::error_code ReplaceFileDurably(const std::string& path, std::string_view content);

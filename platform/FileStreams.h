@@ -1,0 +1,13 @@
+#pragma once
+
+#include <fstream>
+#include <string>
+
+/**
+ * Opens a text file for reading, so that other programs can read and write it meanwhile. The path is in the
+ * process's code page. Test the stream to see whether it worked. Any thread.
+ */
+std::ifstream OpenTextForReading(const std::string& path);
+
+/** Opens a text file for writing and empties it, or makes it; shared and tested as above. */
+std::ofstream OpenTextForWriting(const std::string& path);

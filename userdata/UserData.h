@@ -1,0 +1,168 @@
+#pragma once
+
+#include "config/JsonFileWriter.h"
+#include "userdata/CommandMap.h"
+#include "userdata/InterfaceModel.h"
+
+#include <atomic>
+#include <cstdint>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+/**
+ * Everything that the user has configured: documents, interfaces, commands, language. One object a process.
+ *
+ * The documents are loaded when the object is built, held in memory, handed out as copies, and saved in the
+ * background on every change. All operations may be called from any thread at any time; no caller waits for
+ * the disk. A save that fails is told on standard output and in the system log, not to the caller.
+ *
+ * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
+ * is taken inside a document's lock.
+ */
+class CUserData {
+  public:
+    /**
+     * The one store; the first call loads all documents from user_data_path.
+     * @throw nlohmann::json::type_error when materials.json or interFace.json is an empty array, or when
+     * setting.json is neither empty nor an object with values of the right types; the next call tries again
+     */
+    static CUserData& GetInstance();
+
+    CUserData(const CUserData&) = delete;
+    CUserData& operator=(const CUserData&) = delete;
+
+    /** Waits until all saves are on the disk. */
+    virtual ~CUserData();
+
+    /** Page layout; null when none was ever stored. The setters replace the document and save it. */
+    nlohmann::json GetLayout() const;
+    void SetLayout(nlohmann::json document);
+
+    /** Materials; an object with an empty materialList when none were ever stored. */
+    nlohmann::json GetMaterials() const;
+    void SetMaterials(nlohmann::json document);
+
+    /** Component interactions; null when none were ever stored. */
+    nlohmann::json GetComponentConfig() const;
+
+    /**
+     * Replaces and saves the component interactions, then rebuilds the command map.
+     * @throw nlohmann::json::type_error as UpdateCmdMap; the document is replaced and saved all the same
+     */
+    void SetComponentConfig(nlohmann::json document);
+
+    /** Control boards. What is set reaches apiList.json, which is never read. */
+    nlohmann::json GetApiList() const;
+    void SetApiList(nlohmann::json document);
+
+    /** Infrared commands; null when none were ever stored. */
+    nlohmann::json GetInfraredCom() const;
+    void SetInfraredCom(nlohmann::json document);
+
+    /** The document of interFace.json: an object with the array configList. It changes with the interfaces.
+     */
+    nlohmann::json GetInterfaceConfig() const;
+
+    /** The language in force: 0 Chinese, 1 any other. */
+    std::int32_t GetLanguage() const;
+
+    /** True while the language follows the system. */
+    bool GetIsAutoLanguage() const;
+
+    /** Stores and saves the language; with isAuto the caller passes the system's. */
+    void SetLanguage(std::int32_t newLanguage, bool isAuto);
+
+    /** Copies an interface. False when there is none of this id and kind; the record stays as it was then. */
+    bool GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const;
+    bool GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& record) const;
+
+    /** Adds or replaces an interface and saves the interfaces. A new one goes to the end of the order. */
+    void SetNetPortConfig(std::int32_t nodeId, const SNetPortConfig& record);
+    void SetSerialPortConfig(std::int32_t nodeId, const SSerialPortConfig& record);
+
+    /** A copy of all network interfaces. */
+    NetPortMap GetNetPortMap() const;
+
+    /**
+     * Removes an interface; an unknown id is no error.
+     * @param mode  1: a deletion, which is saved and takes the interface's commands with it. Any other: the
+     * caller stores a new record under this id at once, and nothing is saved.
+     */
+    void RemoveInterface(std::int32_t nodeId, int mode);
+
+    /** Removes all interfaces and saves that. The commands stay. */
+    void ClearInterfaces();
+
+    /**
+     * Tells whether an interface of either kind has this name.
+     * @param exists  true: the interface nodeId is edited, and left out of the comparison
+     */
+    bool IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const;
+
+    /** Tells whether a network interface has the same end points and mode; exists as above. */
+    bool IsNetConfigDuplicate(const SNetPortConfig& record, bool exists, std::int32_t nodeId) const;
+
+    /** Tells whether a serial interface has the same port and line settings; exists as above. */
+    bool IsSerialConfigDuplicate(const SSerialPortConfig& record, bool exists, std::int32_t nodeId) const;
+
+    /** Fills the interfaces from their document and tells CGeneratorId the ids in use. At start only. */
+    void UpdateNetSerialMap();
+
+    /** The commands of a component for a kind of trigger, in sending order; empty when there are none. */
+    std::vector<SCommandConfig> GetCommands(std::int32_t componentId, const std::string& triggerType) const;
+
+    /**
+     * Rebuilds the command map from the component interactions; a document without them changes nothing.
+     * @throw nlohmann::json::type_error when a command holds a value of the wrong type; the map stays then
+     */
+    void UpdateCmdMap();
+
+    /** Removes the commands of one interface from the map and from the component interactions, and saves. */
+    void RemovePortCommands(std::int32_t nodeId);
+
+  protected:
+    /** Loads all documents. Throws as GetInstance tells. */
+    CUserData();
+
+  private:
+    void SetDocument(std::shared_mutex& mutex, nlohmann::json& held, nlohmann::json document,
+                     const char* name);
+    void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
+    void RemoveInterfaceOrder(std::int32_t nodeId);
+    void SaveInterfaceDocument();
+    void SyncComponentConfig();
+
+    CJsonFileWriter writer;
+    mutable std::shared_mutex layoutMutex;
+    nlohmann::json layout;
+    mutable std::shared_mutex materialsMutex;
+    nlohmann::json materials;
+    mutable std::shared_mutex componentMutex;
+    nlohmann::json componentConfig;
+    mutable std::shared_mutex apiListMutex;
+    nlohmann::json apiList;
+    mutable std::shared_mutex cmdMapMutex;
+    CmdMap cmdMap;
+    std::shared_mutex settingMutex;
+    std::atomic<bool> isAutoLanguage{true};
+    std::atomic<std::int32_t> language{0};
+    mutable std::shared_mutex interfaceMutex;
+    nlohmann::json interfaceConfig;
+    mutable std::shared_mutex netPortMutex;
+    NetPortMap netPortMap;
+    mutable std::shared_mutex serialPortMutex;
+    SerialPortMap serialPortMap;
+    std::shared_mutex orderMutex;
+    std::vector<SInterfaceOrderEntry> interfaceOrder;
+    mutable std::shared_mutex infraredMutex;
+    nlohmann::json infraredCom;
+};
+
+/**
+ * Sets document[key] to an empty array when the document is null or empty; any other document stays.
+ * @throw nlohmann::json::type_error 305 when the document is an empty array
+ */
+void EnsureArrayMember(nlohmann::json& document, const std::string& key);
