@@ -1,0 +1,59 @@
+#pragma once
+
+#include "support/Wait.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace support {
+
+/** What a child process is started with. */
+struct ProcessOptions {
+    std::vector<std::string> command;                ///< program and arguments
+    std::map<std::string, std::string> environment;  ///< set beside our own; an empty value removes the name
+    std::filesystem::path outputFolder;              ///< takes the files stdout.txt and stderr.txt
+    std::optional<std::size_t> descriptorLimit;      ///< most descriptors that it may have open
+};
+
+enum class EnSignal { Terminate, Kill, Pause, Resume };
+
+/** A process that runs beside the test and never outlives it. One thread. */
+class ChildProcess {
+  public:
+    /** Starts the process. @throw std::system_error when that fails. */
+    explicit ChildProcess(const ProcessOptions& options);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    void Send(EnSignal signal);
+
+    /** The exit status, 128 + N after signal N; nothing when it still runs at the bound. */
+    std::optional<int> WaitExit(milliseconds limit = kMaxTestWait);
+
+    bool Running() { return !WaitExit(milliseconds(0)); }
+    int Id() const { return m_id; }
+
+    std::string Output() const;
+    std::string ErrorOutput() const;
+
+    /** Memory that is in use, in bytes, without what is shared with other processes' files. */
+    std::size_t ResidentBytes() const;
+
+    /** Descriptors that are open. */
+    std::size_t Descriptors() const;
+
+    /** Processor time so far, of this process and of its children, in seconds. */
+    double ProcessorSeconds() const;
+
+  private:
+    std::filesystem::path m_outputFolder;
+    int m_id = -1;
+    std::optional<int> m_status;
+};
+
+}  // namespace support

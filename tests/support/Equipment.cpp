@@ -1,0 +1,101 @@
+#include "support/Equipment.h"
+
+namespace support {
+
+namespace {
+
+/** How long a device waits for something to happen before it looks whether its test is over. */
+constexpr milliseconds kDeviceTick{5};
+
+}  // namespace
+
+void Recorder::Add(std::string_view bytes) {
+    const std::lock_guard lock(m_mutex);
+    m_bytes += bytes;
+}
+
+std::string Recorder::Bytes() const {
+    const std::lock_guard lock(m_mutex);
+    return m_bytes;
+}
+
+std::string Recorder::WaitBytes(std::size_t count, milliseconds limit) const {
+    WaitUntil([&] { return Bytes().size() >= count; }, limit);
+    return Bytes();
+}
+
+void Recorder::Clear() {
+    const std::lock_guard lock(m_mutex);
+    m_bytes.clear();
+}
+
+TcpListener::TcpListener(EnDeviceMode mode, int port)
+    : m_mode(mode),
+      m_listener(Socket::Listen(port)),
+      m_port(m_listener.LocalPort()),
+      m_thread([this](std::stop_token stop) { Run(std::move(stop)); }) {}
+
+TcpListener::~TcpListener() {
+    m_thread.request_stop();
+    m_thread.join();
+}
+
+void TcpListener::Run(std::stop_token stop) {
+    while (!stop.stop_requested()) {
+        if (m_listener.WaitReadable(kDeviceTick)) {
+            Socket connection = m_listener.Accept();
+            if (m_mode == EnDeviceMode::Reset) {
+                connection.Reset();
+            } else if (m_mode != EnDeviceMode::Hangup) {
+                const std::lock_guard lock(m_mutex);
+                m_connections.push_back(std::move(connection));
+            }
+            ++m_accepted;
+        }
+        if (m_mode == EnDeviceMode::Record) {
+            ReadAll();
+        }
+    }
+}
+
+void TcpListener::ReadAll() {
+    const std::lock_guard lock(m_mutex);
+    m_connections.remove_if([this](Socket& connection) {
+        while (connection.WaitReadable(milliseconds(0))) {
+            const std::string bytes = connection.Receive();
+            if (bytes.empty()) {
+                return true;
+            }
+            m_received.Add(bytes);
+        }
+        return false;
+    });
+}
+
+void TcpListener::DropConnections(bool reset) {
+    const std::lock_guard lock(m_mutex);
+    for (Socket& connection : m_connections) {
+        if (reset) {
+            connection.Reset();
+        }
+    }
+    m_connections.clear();
+}
+
+UdpListener::UdpListener(int port) : m_socket(Socket::Udp(port)), m_port(m_socket.LocalPort()) {
+    m_thread = std::jthread([this](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            if (m_socket.WaitReadable(kDeviceTick)) {
+                m_received.Add(m_socket.Receive());
+            }
+        }
+    });
+}
+
+SilentDevice::SilentDevice() : m_listener(Socket::Listen(0, 0)) {
+    do {  // the queue of the listener takes a connection or two before the system lets attempts hang
+        m_fillers.push_back(Socket::BeginConnect(Port()));
+    } while (m_fillers.back().WaitConnected(milliseconds(100)));
+}
+
+}  // namespace support

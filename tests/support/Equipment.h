@@ -1,0 +1,95 @@
+#pragma once
+
+#include "support/Socket.h"
+
+#include <atomic>
+#include <list>
+#include <mutex>
+#include <thread>
+
+namespace support {
+
+/** What a TCP device does with the connections that it gets. */
+enum class EnDeviceMode {
+    Record,  ///< reads and keeps the bytes
+    Deaf,    ///< accepts and never reads
+    Hangup,  ///< accepts and closes
+    Reset,   ///< accepts and resets
+};
+
+/** Bytes that a device has received; any thread. */
+class Recorder {
+  public:
+    void Add(std::string_view bytes);
+    std::string Bytes() const;
+
+    /** Waits until the device has at least so many bytes. @return all that it has then. */
+    std::string WaitBytes(std::size_t count, milliseconds limit = kMaxTestWait) const;
+
+    /** Forgets what was received. */
+    void Clear();
+
+  private:
+    mutable std::mutex m_mutex;
+    std::string m_bytes;
+};
+
+/** A piece of equipment that listens on a TCP port of the loopback interface, on a thread of its own. */
+class TcpListener {
+  public:
+    explicit TcpListener(EnDeviceMode mode = EnDeviceMode::Record, int port = 0);
+    ~TcpListener();
+    TcpListener(const TcpListener&) = delete;
+    TcpListener& operator=(const TcpListener&) = delete;
+
+    int Port() const { return m_port; }
+    const Recorder& Received() const { return m_received; }
+    Recorder& Received() { return m_received; }
+
+    /** Connections that it has taken so far. */
+    int Accepted() const { return m_accepted; }
+
+    /** Closes or resets the connections that are open now. */
+    void DropConnections(bool reset = false);
+
+  private:
+    void Run(std::stop_token stop);
+    void ReadAll();
+
+    const EnDeviceMode m_mode;
+    Socket m_listener;
+    int m_port;
+    std::atomic<int> m_accepted = 0;
+    std::mutex m_mutex;
+    std::list<Socket> m_connections;
+    Recorder m_received;
+    std::jthread m_thread;
+};
+
+/** A piece of equipment that receives datagrams. */
+class UdpListener {
+  public:
+    explicit UdpListener(int port = 0);
+
+    int Port() const { return m_port; }
+    const Recorder& Received() const { return m_received; }
+
+  private:
+    Socket m_socket;
+    int m_port;
+    Recorder m_received;
+    std::jthread m_thread;
+};
+
+/** A device of which nothing answers: a connection attempt to its port hangs until its bound. */
+class SilentDevice {
+  public:
+    SilentDevice();
+    int Port() const { return m_listener.LocalPort(); }
+
+  private:
+    Socket m_listener;
+    std::list<Socket> m_fillers;
+};
+
+}  // namespace support

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
+
+#include <memory>
+
+namespace support {
+
+/** How a host process is set up; the defaults serve most tests. */
+struct HostOptions {
+    std::map<std::string, std::string> environment;  ///< beside HOME and the locale
+    std::optional<std::size_t> descriptorLimit;      ///< most descriptors that it may have open
+    std::filesystem::path userData;                  ///< the user data folder; empty: the default in the home
+    int httpPort = 0;                                ///< 0: a free one
+    int webSocketPort = 0;                           ///< 0: a free one
+};
+
+/**
+ * The built host, in a home folder of its own, with the ports of its own in LocalHost.config. The folder
+ * stays when the process is stopped and started again. The program's path comes from the build; the
+ * environment variable SERVER_HOST overrides it. One thread.
+ */
+class HostProcess {
+  public:
+    /** Makes the home folder and the configuration; starts nothing. */
+    explicit HostProcess(HostOptions options = {});
+
+    /** Starts the process and waits until it answers. @throw std::runtime_error with its output. */
+    void Start();
+
+    /** Starts the process and does not wait. */
+    void Launch();
+
+    /** Asks it to end (SIGTERM). @return its exit status; nothing when it still runs at the bound. */
+    std::optional<int> Stop();
+
+    /** Ends it at once (SIGKILL). */
+    void Kill();
+
+    ChildProcess& Process() { return *m_process; }
+    int HttpPort() const { return m_options.httpPort; }
+    int WebSocketPort() const { return m_options.webSocketPort; }
+    const std::filesystem::path& Home() const { return m_home.Path(); }
+    const std::filesystem::path& UserData() const { return m_options.userData; }
+
+    /** The content of a file of the user data folder, of its folder Log for instance. */
+    std::string UserFile(const std::string& name) const { return ReadFile(UserData() / name); }
+
+    /** Path of the program under test. */
+    static std::string Program();
+
+  private:
+    TemporaryFolder m_home;
+    HostOptions m_options;
+    std::unique_ptr<ChildProcess> m_process;
+};
+
+}  // namespace support

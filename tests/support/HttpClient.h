@@ -1,0 +1,48 @@
+#pragma once
+
+#include "support/Socket.h"
+
+namespace support {
+
+/** One reply of the server. */
+struct HttpReply {
+    int status = 0;    ///< 0: the connection ended before a whole head was there
+    std::string head;  ///< status line and headers as received, each with its line end
+    std::string body;
+
+    /** Value of a header, its name compared without case; empty when it is absent. */
+    std::string Header(std::string_view name) const;
+};
+
+/** One keep-alive connection, opened anew when the server has closed it. One thread. */
+class HttpClient {
+  public:
+    explicit HttpClient(int port, std::string from = "127.0.0.1") : m_port(port), m_from(std::move(from)) {}
+
+    HttpReply Get(const std::string& path) { return Exchange(Request("GET", path, "")); }
+    HttpReply Post(const std::string& path, const std::string& body) {
+        return Exchange(Request("POST", path, body));
+    }
+
+    /** Sends any bytes and reads one reply. */
+    HttpReply Exchange(std::string_view bytes);
+
+    /** Sends any bytes; ReadReply fetches the reply later. */
+    void Write(std::string_view bytes);
+    HttpReply ReadReply();
+
+    /** The bytes of a plain request. */
+    static std::string Request(const std::string& method, const std::string& path, const std::string& body);
+
+    Socket& Connection() { return m_socket; }
+
+  private:
+    bool ReadMore();
+
+    int m_port;
+    std::string m_from;
+    Socket m_socket;
+    std::string m_received;
+};
+
+}  // namespace support

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "support/Equipment.h"
+
+#include <filesystem>
+
+namespace support {
+
+/**
+ * A serial line: the device that the server opens, and its other side, which records what arrives. The line
+ * starts with a terminal's usual settings, so that a program that forgets to make it raw is found out.
+ */
+class PtyPair {
+  public:
+    /** Makes the pair, and a link to its device at the given place. */
+    explicit PtyPair(const std::filesystem::path& link);
+    ~PtyPair();
+    PtyPair(const PtyPair&) = delete;
+    PtyPair& operator=(const PtyPair&) = delete;
+
+    const std::filesystem::path& Device() const { return m_link; }
+    const Recorder& Received() const { return m_received; }
+
+  private:
+    std::filesystem::path m_link;
+    int m_other = -1;
+    int m_device = -1;
+    Recorder m_received;
+    std::jthread m_thread;
+};
+
+}  // namespace support

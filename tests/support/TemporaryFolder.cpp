@@ -1,0 +1,39 @@
+#include "support/TemporaryFolder.h"
+
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder() {
+    std::random_device random;
+    do {
+        m_path = fs::temp_directory_path() / ("server-test-" + std::to_string(random()));
+    } while (!fs::create_directory(m_path));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;  // a file that stays behind fails no test
+    fs::remove_all(m_path, ignored);
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void WriteFile(const fs::path& path, std::string_view content) {
+    fs::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    if (!file) {
+        throw std::runtime_error("cannot write " + path.string());
+    }
+}
+
+}  // namespace support

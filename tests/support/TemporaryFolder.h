@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace support {
+
+/** A new empty folder under the system's folder for temporary files, removed with all its content at the end.
+ */
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return m_path; }
+
+  private:
+    std::filesystem::path m_path;
+};
+
+/** The content of a file; empty when it can't be read. */
+std::string ReadFile(const std::filesystem::path& path);
+
+/** Replaces a file's content; its folder is made when it is missing. @throw std::runtime_error */
+void WriteFile(const std::filesystem::path& path, std::string_view content);
+
+}  // namespace support
