@@ -39,7 +39,7 @@ std::vector<std::string> Environment(const std::map<std::string, std::string>& c
     }
     for (const auto& [name, value] : changes) {
         if (!value.empty()) {
-            result.push_back(name + "=" + value);
+            result.emplace_back(name).append("=").append(value);
         }
     }
     return result;

@@ -33,14 +33,14 @@ TcpListener::TcpListener(EnDeviceMode mode, int port)
     : m_mode(mode),
       m_listener(Socket::Listen(port)),
       m_port(m_listener.LocalPort()),
-      m_thread([this](std::stop_token stop) { Run(std::move(stop)); }) {}
+      m_thread([this](const std::stop_token& stop) { Run(stop); }) {}
 
 TcpListener::~TcpListener() {
     m_thread.request_stop();
     m_thread.join();
 }
 
-void TcpListener::Run(std::stop_token stop) {
+void TcpListener::Run(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
         if (m_listener.WaitReadable(kDeviceTick)) {
             Socket connection = m_listener.Accept();

@@ -53,7 +53,7 @@ class TcpListener {
     void DropConnections(bool reset = false);
 
   private:
-    void Run(std::stop_token stop);
+    void Run(const std::stop_token& stop);
     void ReadAll();
 
     const EnDeviceMode m_mode;

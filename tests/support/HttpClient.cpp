@@ -58,7 +58,8 @@ HttpReply HttpClient::ReadReply() {
     }
     reply.head = m_received.substr(0, end + 2);
     m_received.erase(0, end + 4);
-    reply.status = std::atoi(reply.head.c_str() + std::min<std::size_t>(9, reply.head.size()));
+    reply.status = static_cast<int>(
+        std::strtol(reply.head.c_str() + std::min<std::size_t>(9, reply.head.size()), nullptr, 10));
     const std::string length = reply.Header("Content-Length");
     const bool bodyless = reply.status < 200 || reply.status == 204 || reply.status == 304;
     const std::size_t size = !bodyless && length.empty() ? std::string::npos : std::stoul("0" + length);

@@ -34,7 +34,7 @@ std::string WebSocketClient::ReceiveFrame() {
         }
         m_received += bytes;
     }
-    const std::string payload = m_received.substr(2, size());
+    std::string payload = m_received.substr(2, size());
     m_received.erase(0, 2 + payload.size());
     return payload;
 }
