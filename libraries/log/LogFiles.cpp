@@ -1,0 +1,210 @@
+#include "libraries/log/LogFiles.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <exception>
+
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+
+namespace RavLog {
+
+namespace {
+
+constexpr std::size_t kFileSize = 10U << 20U;     // a file is rotated at 10 MiB
+constexpr std::size_t kFilesKept = 5;             // the current one and four older ones
+constexpr std::size_t kPendingLimit = 8U << 20U;  // records beyond this are lost: the disk can't keep up
+constexpr std::size_t kPendingUrgent = 1U << 20U;
+constexpr std::size_t kChunkSize = 64U << 10U;
+constexpr std::chrono::milliseconds kCollectTime{100};
+
+/** "2026-11-21 16:04:24" in local time; formatted once a second for each thread. */
+const std::string& TimeText(std::uint64_t time) {
+    thread_local std::uint64_t cachedTime = ~std::uint64_t{0};
+    thread_local std::string cachedText;
+    if (time != cachedTime) {
+        const std::tm parts = spdlog::details::os::localtime(static_cast<std::time_t>(time));
+        char text[32];
+        cachedText.assign(text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
+        cachedTime = time;
+    }
+    return cachedText;
+}
+
+const std::string& ThreadText() {
+    thread_local const std::string text = std::to_string(spdlog::details::os::thread_id());
+    return text;
+}
+
+/** Appends the record of an event, in the form of g_recordPattern. */
+void AppendRecord(std::string& out, const CLogEvent& event) {
+    const auto name = g_levelNames.find(event.level);
+    const std::string_view level = name == g_levelNames.end() ? std::string_view() : name->second;
+    out += TimeText(event.time);
+    for (const std::string_view field :
+         {std::string_view(event.logger->name), level, std::string_view(ThreadText()),
+          std::string_view(event.first), std::string_view(event.second)}) {
+        out += '[';
+        out += field;
+        out += ']';
+    }
+    out += ' ';
+    out += event.message;
+    out += '\n';
+}
+
+}  // namespace
+
+CLogFile::CLogFile(CLogWriter& writer) : m_writer(writer) {}
+
+CLogFile::~CLogFile() = default;
+
+void CLogFile::SetPath(const std::string& path) {
+    m_path = path;
+    m_sink.reset();
+}
+
+void CLogFile::Write(const CLogEvent& event) {
+    thread_local std::string record;
+    record.clear();
+    AppendRecord(record, event);
+
+    bool notify = false;
+    bool urgent = event.level == Error;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_pending.size() + record.size() > kPendingLimit) {
+            ++m_lostCount;
+            return;
+        }
+        notify = urgent || m_pending.empty();
+        const std::size_t before = m_pending.size();
+        m_pending += record;
+        ++m_pendingCount;
+        urgent = urgent || (before < kPendingUrgent && m_pending.size() >= kPendingUrgent);
+    }
+    if (notify || urgent) {
+        m_writer.Notify(urgent);
+    }
+}
+
+bool CLogFile::IsEmpty() {
+    const std::lock_guard lock(m_mutex);
+    return m_pending.empty();
+}
+
+void CLogFile::Flush(bool mirror) {
+    std::string records;
+    std::size_t count = 0;
+    std::size_t lost = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        records.swap(m_pending);
+        count = std::exchange(m_pendingCount, 0);
+        lost = m_lostCount;
+    }
+    if (records.empty()) {
+        return;
+    }
+    if (mirror) {
+        std::fwrite(records.data(), 1, records.size(), stderr);
+    }
+    if (m_path.empty()) {
+        return;
+    }
+    try {
+        if (lost > 0) {
+            WriteToDisk(std::to_string(lost) + " records were lost here: the file could not be written\n");
+            const std::lock_guard lock(m_mutex);
+            m_lostCount -= lost;
+        }
+        WriteToDisk(records);
+    } catch (const std::exception& error) {
+        m_sink.reset();  // opened anew at the next attempt
+        const std::lock_guard lock(m_mutex);
+        if (m_lostCount == 0) {
+            std::fprintf(stderr, "The log file %s can't be written: %s\n", m_path.c_str(), error.what());
+        }
+        m_lostCount += count;
+    }
+}
+
+void CLogFile::OpenSink() {
+    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_st>(m_path, kFileSize, kFilesKept - 1);
+    sink->set_formatter(
+        std::make_unique<spdlog::pattern_formatter>("%v", spdlog::pattern_time_type::local, std::string()));
+    m_sink = std::move(sink);
+}
+
+void CLogFile::WriteToDisk(std::string_view records) {
+    if (!m_sink) {
+        OpenSink();
+    }
+    // In pieces of whole records, so that a file grows past its limit by no more than one of them.
+    while (!records.empty()) {
+        std::size_t size = records.size();
+        if (size > kChunkSize) {
+            const std::size_t end = records.find('\n', kChunkSize);
+            size = end == std::string_view::npos ? size : end + 1;
+        }
+        m_sink->log(spdlog::details::log_msg("", spdlog::level::info, records.substr(0, size)));
+        records.remove_prefix(size);
+    }
+    m_sink->flush();
+}
+
+void CLogWriter::Start() {
+    m_thread = std::thread([this] { Run(); });
+}
+
+void CLogWriter::Stop() {
+    if (!m_thread.joinable()) {
+        return;
+    }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+    }
+    m_changed.notify_one();
+    m_thread.join();
+    m_isStopping = false;
+}
+
+void CLogWriter::Notify(bool urgent) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_hasWork && (m_isUrgent || !urgent)) {
+            return;
+        }
+        m_hasWork = true;
+        m_isUrgent = m_isUrgent || urgent;
+    }
+    m_changed.notify_one();
+}
+
+void CLogWriter::Mirror(bool on) {
+    const std::lock_guard lock(m_mutex);
+    m_mirror = on;
+}
+
+void CLogWriter::Run() {
+    for (bool stopping = false; !stopping;) {
+        bool mirror = false;
+        {
+            std::unique_lock lock(m_mutex);
+            m_changed.wait(lock, [this] { return m_hasWork || m_isStopping; });
+            m_changed.wait_for(lock, kCollectTime, [this] { return m_isUrgent || m_isStopping; });
+            stopping = m_isStopping;
+            mirror = m_mirror;
+            m_hasWork = false;
+            m_isUrgent = false;
+        }
+        for (CLogFile* file : m_files) {
+            file->Flush(mirror);
+        }
+    }
+}
+
+}  // namespace RavLog

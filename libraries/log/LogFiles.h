@@ -1,0 +1,83 @@
+#pragma once
+
+#include "platform/RavLog.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace spdlog::sinks {
+class sink;
+}
+
+namespace RavLog {
+
+class CLogWriter;
+
+/**
+ * One log file: records are collected in memory by the threads that log, and written by the writer's thread.
+ * A full disk loses records, never a request; their number is told when writing works again.
+ */
+class CLogFile final : public CLogSink {
+  public:
+    explicit CLogFile(CLogWriter& writer);
+    ~CLogFile() override;
+
+    /** The file to write from now on; empty: records are dropped. */
+    void SetPath(const std::string& path);
+
+    void Write(const CLogEvent& event) override;
+
+    /** Writes what was collected. Called by one thread at a time. */
+    void Flush(bool mirror);
+
+    /** True when nothing waits to be written. */
+    bool IsEmpty();
+
+  private:
+    void WriteToDisk(std::string_view records);
+    void OpenSink();
+
+    CLogWriter& m_writer;
+    std::string m_path;                           // of the flushing thread, set while it does not run
+    std::shared_ptr<spdlog::sinks::sink> m_sink;  // of the flushing thread; null until opened
+    std::mutex m_mutex;                           // guards what follows
+    std::string m_pending;                        // whole records
+    std::size_t m_pendingCount = 0;
+    std::size_t m_lostCount = 0;
+};
+
+/** The thread that writes all log files: at most a tenth of a second late, at once when an error was logged.
+ */
+class CLogWriter {
+  public:
+    ~CLogWriter() { Stop(); }
+
+    void Add(CLogFile* file) { m_files.push_back(file); }
+    void Start();
+    /** Writes what is pending and ends the thread. */
+    void Stop();
+
+    /** Tells the thread that a file has records. urgent: they are written at once. */
+    void Notify(bool urgent);
+
+    void Mirror(bool on);
+
+  private:
+    void Run();
+
+    std::vector<CLogFile*> m_files;  // filled before the first start
+    std::thread m_thread;
+    std::mutex m_mutex;  // guards what follows
+    std::condition_variable m_changed;
+    bool m_hasWork = false;
+    bool m_isUrgent = false;
+    bool m_isStopping = false;
+    bool m_mirror = false;
+};
+
+}  // namespace RavLog

@@ -1,0 +1,148 @@
+#include "platform/RavLog.h"
+
+#include "libraries/log/LogFiles.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <utility>
+
+namespace RavLog {
+
+namespace {
+
+constexpr const char* kFileNames[] = {"Server.log", "Operation.log", "System.log"};
+
+/** Everything that the loggers stand on; lives to the end of the process. */
+struct SLogs {
+    SLogs() {
+        for (CLogFile* file : {serverFile.get(), operationFile.get(), systemFile.get()}) {
+            writer.Add(file);
+        }
+    }
+    ~SLogs() {
+        isRunning = false;
+        writer.Stop();
+    }
+    SLogs(const SLogs&) = delete;
+    SLogs& operator=(const SLogs&) = delete;
+
+    CLogWriter writer;
+    std::shared_ptr<CLogFile> serverFile = std::make_shared<CLogFile>(writer);
+    std::shared_ptr<CLogFile> operationFile = std::make_shared<CLogFile>(writer);
+    std::shared_ptr<CLogFile> systemFile = std::make_shared<CLogFile>(writer);
+    std::shared_ptr<CLogger> root = std::make_shared<CLogger>("LogRoot", Info, serverFile);
+    std::shared_ptr<CLogger> operation = std::make_shared<CLogger>("LogOperation", Trace, operationFile);
+    std::shared_ptr<CLogger> system = std::make_shared<CLogger>("LogSystem", Info, systemFile);
+    std::atomic<bool> isRunning = false;
+};
+
+SLogs& Logs() {
+    static SLogs logs;
+    return logs;
+}
+
+EnLogLevel LevelOf(const std::string& name) {
+    static const std::map<std::string, EnLogLevel> levels = {
+        {"trace", Trace}, {"debug", Debug}, {"info", Info}, {"warn", Warn}, {"error", Error}};
+    const auto row = levels.find(name);
+    return row == levels.end() ? Info : row->second;
+}
+
+/** The logger while the logs run, otherwise empty. */
+std::shared_ptr<CLogger> Running(const std::shared_ptr<CLogger> SLogs::*logger) {
+    const SLogs& logs = Logs();
+    return logs.isRunning ? logs.*logger : nullptr;
+}
+
+}  // namespace
+
+CLogger::CLogger(std::string loggerName, EnLogLevel threshold, std::shared_ptr<CLogSink> sink)
+    : name(std::move(loggerName)), level(threshold), m_sink(std::move(sink)) {}
+
+void CLogger::Send(const CLogEvent& event) const {
+    m_sink->Write(event);
+}
+
+CLogEvent::CLogEvent(std::shared_ptr<CLogger> eventLogger, EnLogLevel eventLevel, std::uint64_t eventTime,
+                     const std::string& function)
+    : logger(std::move(eventLogger)), level(eventLevel), time(eventTime), first(function) {}
+
+CLogEvent::CLogEvent(std::shared_ptr<CLogger> eventLogger, EnLogLevel eventLevel, std::uint64_t eventTime,
+                     const std::string& client, const std::string& path)
+    : logger(std::move(eventLogger)), level(eventLevel), time(eventTime), first(client), second(path) {}
+
+void CLogEvent::Format(const char* format, ...) {
+    std::va_list args;
+    va_start(args, format);
+    std::va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, args);
+    va_end(args);
+    if (length > 0) {
+        message.resize(static_cast<std::size_t>(length));
+        std::vsnprintf(message.data(), message.size() + 1, format, again);
+    }
+    va_end(again);
+}
+
+CLogEventWrap::CLogEventWrap(std::shared_ptr<CLogEvent> event) : m_event(std::move(event)) {}
+
+CLogEventWrap::~CLogEventWrap() {
+    m_event->logger->Send(*m_event);
+}
+
+std::shared_ptr<CLogEvent> CLogEventWrap::GetEvent() const {
+    return m_event;
+}
+
+std::string StartLogs(const std::string& folder, const std::string& level) {
+    SLogs& logs = Logs();
+    if (logs.isRunning) {
+        return "the logs run already";
+    }
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    CLogFile* const files[] = {logs.serverFile.get(), logs.operationFile.get(), logs.systemFile.get()};
+    for (std::size_t i = 0; i < std::size(files); ++i) {
+        files[i]->SetPath(error ? std::string() : (std::filesystem::path(folder) / kFileNames[i]).string());
+    }
+    logs.root->level = LevelOf(level);
+    logs.system->level = LevelOf(level);
+    logs.writer.Start();
+    logs.isRunning = true;
+    return error ? "the folder " + folder + " can't be made: " + error.message() : std::string();
+}
+
+void StopLogs() {
+    Logs().isRunning = false;
+    Logs().writer.Stop();
+}
+
+void MirrorToStandardError(bool on) {
+    Logs().writer.Mirror(on);
+}
+
+void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) {
+    const auto logger = LogSystem();
+    if (logger && logger->level <= level) {
+        const auto now = static_cast<std::uint64_t>(std::time(nullptr));
+        const CLogEventWrap wrap(std::make_shared<CLogEvent>(logger, level, now, std::string(place)));
+        wrap.GetEvent()->Format("%.*s", static_cast<int>(text.size()), text.data());
+    }
+}
+
+}  // namespace RavLog
+
+std::shared_ptr<RavLog::CLogger> LogRoot() {
+    return RavLog::Running(&RavLog::SLogs::root);
+}
+
+std::shared_ptr<RavLog::CLogger> LogOperation() {
+    return RavLog::Running(&RavLog::SLogs::operation);
+}
+
+std::shared_ptr<RavLog::CLogger> LogSystem() {
+    return RavLog::Running(&RavLog::SLogs::system);
+}
