@@ -11,3 +11,7 @@
  * @return the reason when it could not be done; the old content is still there then
  */
 std::error_code ReplaceFileDurably(const std::string& path, std::string_view content);
+
+/** Flushes a folder's entries to the disk. Nothing to do, and no error, where the system has no such thing.
+ */
+std::error_code FlushFolder(const std::string& path);
