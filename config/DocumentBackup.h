@@ -9,7 +9,7 @@ std::string BackupPath(const std::string& path);
 
 /**
  * Writes the text of a document to its backup, so that a power cut at any moment leaves the old backup or the
- * new one, whole. Makes the folder. One thread at a time for one path.
+ * new one, whole. Makes the folder Backup, but none above it. One thread at a time for one path.
  * @return the reason when it could not be done; the old backup is still there then
  */
 std::error_code WriteBackup(const std::string& path, std::string_view text);
@@ -19,6 +19,6 @@ std::error_code WriteBackup(const std::string& path, std::string_view text);
  * value) and the backup is whole. The broken file stays beside it as <name>.broken. One line on standard
  * output and one error in the system log tell it. A missing document, or one without a whole backup, is left
  * alone. At start, before the document is loaded; never throws.
- * @return true when the document was taken from its backup
+ * @return the file to load: path, or the backup when it could not be put in its place
  */
-bool RestoreFromBackup(const std::string& path);
+std::string RestoreFromBackup(const std::string& path);

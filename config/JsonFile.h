@@ -18,6 +18,13 @@ nlohmann::json LoadJsonFromFile(const std::string& path);
  *
  * The file is emptied first and then written, so that a crash in between leaves it short, and a document that
  * holds bad UTF-8 leaves it empty. Folders are not made. A problem is told by one line on standard output and
- * by an error in the system log, never by an exception. Any thread, but not two at once for one path.
+ * by an error in the system log, never by an exception; a write that fails half way is told by the log alone.
+ * Any thread, but not two at once for one path.
  */
 void SaveJsonToFile(const nlohmann::json& document, const std::string& path);
+
+/**
+ * Writes a document to its backup (see DocumentBackup.h) and then in place, as SaveJsonToFile does. When the
+ * disk is full, what is there is left as it was: an old document is worth more than half a new one.
+ */
+void SaveJsonWithBackup(const nlohmann::json& document, const std::string& path);

@@ -10,8 +10,8 @@
 #include <nlohmann/json.hpp>
 
 /**
- * Saves JSON documents away from the caller's thread, each first to its backup (see DocumentBackup.h) and
- * then in place.
+ * Saves JSON documents away from the caller's thread, each first to its backup and then in place (see
+ * SaveJsonWithBackup).
  *
  * Documents of different paths are saved independently of each other. Of one path, the last one asked for is
  * what stays on the disk: jobs take turns, and a document that no job has begun to write is replaced by a
@@ -35,7 +35,10 @@ class CJsonFileWriter {
   private:
     struct SPathState;
 
-    std::mutex m_mutex;                        ///< guards the members below; a leaf lock
+    /** One job: writes the document that waits for this path. */
+    void Save(SPathState& state, const std::string& path);
+
+    std::mutex m_mutex;  ///< guards the members below and the waiting documents; a leaf lock
     std::vector<std::future<void>> m_futures;  ///< running jobs, and finished ones not yet cleared away
     std::map<std::string, std::shared_ptr<SPathState>> m_paths;  ///< one entry for each path ever saved
 };

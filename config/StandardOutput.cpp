@@ -1,0 +1,8 @@
+#include "config/StandardOutput.h"
+
+#include <iostream>
+
+void PrintLine(std::string line) {
+    line += '\n';
+    std::cout << line << std::flush;
+}
