@@ -1,0 +1,87 @@
+#include "include/GlobalConfig.h"
+
+#include "config/FileCreation.h"
+#include "config/JsonFile.h"
+#include "config/JsonNumber.h"
+#include "config/VersionInfo.h"
+#include "platform/Folders.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+#include <hv/hpath.h>
+#include <nlohmann/json.hpp>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/** True when the file is there and holds something. */
+bool HasContent(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::status_known(status)) {
+        throw fs::filesystem_error("exists", path, error);
+    }
+    if (!fs::exists(status)) {
+        return false;
+    }
+    const std::uintmax_t size = fs::file_size(path, error);
+    if (error) {
+        throw fs::filesystem_error("file_size", path, error);
+    }
+    return size > 0;
+}
+
+void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
+    const nlohmann::json document = LoadJsonFromFile(path);
+    if (const auto value = document.find("http_port"); value != document.end()) {
+        config.http_port = JsonToInt32(*value);
+    }
+    if (const auto value = document.find("websocket_port"); value != document.end()) {
+        config.websocket_port = JsonToInt32(*value);
+    }
+    if (const auto value = document.find("log_level"); value != document.end()) {
+        config.log_level = value->get<std::string>();
+    }
+    if (const auto value = document.find("user_data_path"); value != document.end()) {
+        config.user_data_path = value->get<std::string>();
+    }
+}
+
+void WriteConfigFile(const std::string& path, const SGlobalConfig& config) {
+    if (!CreateFileWithDirectories(path)) {
+        return;
+    }
+    SaveJsonToFile({{"http_port", config.http_port},
+                    {"websocket_port", config.websocket_port},
+                    {"log_level", config.log_level},
+                    {"user_data_path", config.user_data_path},
+                    {"webui_path", config.webui_path}},
+                   path);
+}
+
+}  // namespace
+
+SGlobalConfig::SGlobalConfig() {
+    app_dir = GetModuleDirectory();
+    LoadVersionInfo(*this);
+    documents_dir = GetDocumentsDirectory();
+    user_data_path = HPath::join(documents_dir, GetUserDataFolderName());
+    webui_path = HPath::join(app_dir, "dist");
+    index_path = HPath::join(webui_path, "index.html");
+    resource_path = HPath::join(app_dir, "Resource");
+
+    const std::string path = HPath::join(user_data_path, "LocalHost.config");
+    if (HasContent(path)) {
+        ReadConfigFile(path, *this);
+    } else {
+        WriteConfigFile(path, *this);
+    }
+}
+
+SGlobalConfig& GetConfigInstance() {
+    static SGlobalConfig instance;
+    return instance;
+}
