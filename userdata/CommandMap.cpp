@@ -1,0 +1,173 @@
+#include "userdata/CommandMap.h"
+
+#include "config/JsonNumber.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+using nlohmann::json;
+
+/** The member of an object; null when it is no object or has no such key. */
+const json* Find(const json& object, const char* key) {
+    const auto member = object.find(key);
+    return member == object.end() ? nullptr : &*member;
+}
+
+json* Find(json& object, const char* key) {
+    const auto member = object.find(key);
+    return member == object.end() ? nullptr : &*member;
+}
+
+/** The array member of an object; null when there is none. */
+template <typename Json>
+Json* FindArray(Json& object, const char* key) {
+    Json* member = Find(object, key);
+    return member != nullptr && member->is_array() ? member : nullptr;
+}
+
+/** The integer member of an object; null when there is none. */
+const json* FindInteger(const json& object, const char* key) {
+    const json* member = Find(object, key);
+    return member != nullptr && member->is_number_integer() ? member : nullptr;
+}
+
+std::string TextOrEmpty(const json* value) {
+    return value != nullptr && value->is_string() ? value->get<std::string>() : std::string();
+}
+
+/** A number that may be missing. @throw type_error 302 for any other type, booleans included */
+std::int32_t OptionalNumber(const json& object, const char* key) {
+    const json* value = Find(object, key);
+    if (value == nullptr) {
+        return 0;
+    }
+    if (!value->is_number()) {
+        static_cast<void>(value->get<double>());  // raises the type error of the JSON library
+    }
+    return JsonToInt32(*value);
+}
+
+/** The interface's name. @throw type_error 302 when either spelling holds something else than a text */
+std::string InterfaceNameOf(const json& command) {
+    const json* name = Find(command, "interfaceName");
+    const json* otherName = Find(command, "interFaceName");
+    const std::string otherText = otherName != nullptr ? otherName->get<std::string>() : "Unnamed";
+    return name != nullptr ? name->get<std::string>() : otherText;
+}
+
+std::vector<SCommandConfig> ParseCommands(const json& commands) {
+    std::vector<SCommandConfig> records;
+    records.reserve(commands.size());
+    for (const json& command : commands) {
+        SCommandConfig record;
+        if (ParseCommand(command, record)) {
+            records.push_back(std::move(record));
+        }
+    }
+    return records;
+}
+
+/** Erases the commands whose port none of the records has. */
+void PruneCommands(json& commands, const std::vector<SCommandConfig>& records) {
+    const auto isForgotten = [&records](const json& command) {
+        const json* portIndex = FindInteger(command, "portIndex");
+        return portIndex != nullptr &&
+               std::none_of(records.begin(), records.end(),
+                            [port = JsonToInt32(*portIndex)](const SCommandConfig& record) {
+                                return record.portIndex == port;
+                            });
+    };
+    auto& elements = commands.get_ref<json::array_t&>();
+    elements.erase(std::remove_if(elements.begin(), elements.end(), isForgotten), elements.end());
+}
+
+}  // namespace
+
+bool ParseCommand(const nlohmann::json& command, SCommandConfig& record) {
+    const json* portIndex = FindInteger(command, "portIndex");
+    if (portIndex == nullptr) {
+        return false;
+    }
+    record.portIndex = JsonToInt32(*portIndex);
+    const json* controlType = Find(command, "controlType");
+    const std::string kind = controlType != nullptr ? TextOrEmpty(controlType) : std::string();
+    if (kind != "comInfo" && kind != "netPortInfo") {
+        return false;
+    }
+    record.controlType = kind == "comInfo" ? 0 : 1;
+    const json* inner = Find(command, kind.c_str());
+    const json* content = inner != nullptr ? Find(*inner, "content") : nullptr;
+    if (content == nullptr) {
+        return false;
+    }
+    record.content = content->get<std::string>();
+    record.commandName = TextOrEmpty(Find(command, "commandName"));
+    record.interfaceName = InterfaceNameOf(command);
+    record.contentFormat = OptionalNumber(command, "contentFormat");
+    record.asciiEncode = OptionalNumber(command, "asciiEncode");
+    return true;
+}
+
+void BuildCmdMap(const nlohmann::json& document, CmdMap& cmdMap) {
+    CmdMap built;
+    if (const json* components = FindArray(document, "componentArr")) {
+        built.reserve(components->size());
+        for (const json& component : *components) {
+            const json* componentId = FindInteger(component, "componentId");
+            const json* interactions = FindArray(component, "interactionArr");
+            if (componentId == nullptr || interactions == nullptr) {
+                continue;
+            }
+            CmdMap::mapped_type triggers;
+            for (const json& interaction : *interactions) {
+                const json* triggerType = Find(interaction, "triggerType");
+                const json* commands = FindArray(interaction, "commandArr");
+                if (triggerType != nullptr && triggerType->is_string() && commands != nullptr) {
+                    triggers[triggerType->get<std::string>()] = ParseCommands(*commands);
+                }
+            }
+            built[JsonToInt32(*componentId)] = std::move(triggers);
+        }
+    }
+    cmdMap.swap(built);
+}
+
+void RemoveCommandsOfPort(CmdMap& cmdMap, std::int32_t nodeId) {
+    for (auto& [componentId, triggers] : cmdMap) {
+        for (auto& [triggerType, records] : triggers) {
+            std::erase_if(records,
+                          [nodeId](const SCommandConfig& record) { return record.portIndex == nodeId; });
+        }
+    }
+}
+
+void PruneCommandArrays(nlohmann::json& document, const CmdMap& cmdMap) {
+    json* components = FindArray(document, "componentArr");
+    if (components == nullptr) {
+        return;
+    }
+    for (json& component : *components) {
+        const json* componentId = FindInteger(component, "componentId");
+        json* interactions = FindArray(component, "interactionArr");
+        if (componentId == nullptr || interactions == nullptr) {
+            continue;
+        }
+        const auto triggers = cmdMap.find(JsonToInt32(*componentId));
+        if (triggers == cmdMap.end()) {
+            continue;
+        }
+        for (json& interaction : *interactions) {
+            const json* triggerType = Find(interaction, "triggerType");
+            json* commands = FindArray(interaction, "commandArr");
+            if (triggerType == nullptr || commands == nullptr) {
+                continue;
+            }
+            const auto records = triggers->second.find(TextOrEmpty(triggerType));
+            if (records != triggers->second.end()) {
+                PruneCommands(*commands, records->second);
+            }
+        }
+    }
+}

@@ -1,0 +1,229 @@
+// The operations of CUserData on interfaces: the two maps, their order, and the document interFace.json.
+
+#include "config/JsonNumber.h"
+#include "platform/GeneratorId.h"
+#include "userdata/DocumentPath.h"
+#include "userdata/UserData.h"
+
+#include <algorithm>
+#include <mutex>
+#include <set>
+#include <utility>
+
+namespace {
+
+using nlohmann::json;
+
+constexpr const char* g_listKey = "configList";
+constexpr const char* g_fileName = "/interFace.json";
+
+template <typename Map>
+Map CopyMap(std::shared_mutex& mutex, const Map& map) {
+    const std::shared_lock lock(mutex);
+    return map;
+}
+
+template <typename Map>
+bool CopyRecord(std::shared_mutex& mutex, const Map& map, std::int32_t nodeId,
+                typename Map::mapped_type& record) {
+    const std::shared_lock lock(mutex);
+    const auto found = map.find(nodeId);
+    if (found == map.end()) {
+        return false;
+    }
+    record = found->second;
+    return true;
+}
+
+template <typename Map>
+void StoreRecord(std::shared_mutex& mutex, Map& map, std::int32_t nodeId,
+                 const typename Map::mapped_type& record) {
+    const std::unique_lock lock(mutex);
+    map[nodeId] = record;
+}
+
+template <typename Map>
+bool EraseRecord(std::shared_mutex& mutex, Map& map, std::int32_t nodeId) {
+    const std::unique_lock lock(mutex);
+    return map.erase(nodeId) != 0;
+}
+
+/** True when a record other than the excepted one fulfils the condition. */
+template <typename Map, typename Condition>
+bool AnyRecord(const Map& map, bool exists, std::int32_t nodeId, Condition condition) {
+    return std::any_of(map.begin(), map.end(), [&](const auto& entry) {
+        return !(exists && entry.first == nodeId) && condition(entry.second);
+    });
+}
+
+/** The kind of an element and its body; an empty kind for an element without a usable node id. */
+struct SElement {
+    std::int32_t nodeId = 0;
+    std::string kind;
+    const json* body = nullptr;  ///< the object that the kind names, or null
+};
+
+bool ReadElement(const json& source, SElement& element) {
+    const auto controlType = source.find("controlType");
+    const auto nodeId = source.find("nodeId");
+    if (controlType == source.end() || nodeId == source.end() || !nodeId->is_number_integer()) {
+        return false;
+    }
+    element.nodeId = JsonToInt32(*nodeId);
+    element.kind = controlType->is_string() ? controlType->get<std::string>() : std::string();
+    const auto body = source.find(element.kind);
+    element.body = body != source.end() && body->is_object() ? &*body : nullptr;
+    return true;
+}
+
+}  // namespace
+
+bool CUserData::GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const {
+    return CopyRecord(netPortMutex, netPortMap, nodeId, record);
+}
+
+bool CUserData::GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& record) const {
+    return CopyRecord(serialPortMutex, serialPortMap, nodeId, record);
+}
+
+void CUserData::SetNetPortConfig(std::int32_t nodeId, const SNetPortConfig& record) {
+    StoreRecord(netPortMutex, netPortMap, nodeId, record);
+    AddInterfaceOrder(nodeId, true);
+    SaveInterfaceDocument();
+}
+
+void CUserData::SetSerialPortConfig(std::int32_t nodeId, const SSerialPortConfig& record) {
+    StoreRecord(serialPortMutex, serialPortMap, nodeId, record);
+    AddInterfaceOrder(nodeId, false);
+    SaveInterfaceDocument();
+}
+
+NetPortMap CUserData::GetNetPortMap() const {
+    return CopyMap(netPortMutex, netPortMap);
+}
+
+void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
+    const bool isFound =
+        EraseRecord(netPortMutex, netPortMap, nodeId) || EraseRecord(serialPortMutex, serialPortMap, nodeId);
+    RemoveInterfaceOrder(nodeId);
+    if (!isFound || mode != 1) {
+        return;
+    }
+    SaveInterfaceDocument();
+    RemovePortCommands(nodeId);
+}
+
+void CUserData::ClearInterfaces() {
+    {
+        const std::unique_lock lock(interfaceMutex);
+        interfaceConfig[g_listKey] = json::array();
+        writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
+    }
+    {
+        const std::unique_lock lock(netPortMutex);
+        netPortMap.clear();
+    }
+    {
+        const std::unique_lock lock(serialPortMutex);
+        serialPortMap.clear();
+    }
+    const std::unique_lock lock(orderMutex);
+    interfaceOrder.clear();
+}
+
+bool CUserData::IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const {
+    return AnyRecord(CopyMap(netPortMutex, netPortMap), exists, nodeId,
+                     [&name](const SNetPortConfig& record) { return record.netPortName == name; }) ||
+           AnyRecord(CopyMap(serialPortMutex, serialPortMap), exists, nodeId,
+                     [&name](const SSerialPortConfig& record) { return record.comName == name; });
+}
+
+bool CUserData::IsNetConfigDuplicate(const SNetPortConfig& record, bool exists, std::int32_t nodeId) const {
+    const std::shared_lock lock(netPortMutex);
+    return AnyRecord(netPortMap, exists, nodeId, [&record](const SNetPortConfig& other) {
+        return other.ipAddress == record.ipAddress && other.dstIpAddress == record.dstIpAddress &&
+               other.port == record.port && other.dstPort == record.dstPort &&
+               other.netMode == record.netMode;
+    });
+}
+
+bool CUserData::IsSerialConfigDuplicate(const SSerialPortConfig& record, bool exists,
+                                        std::int32_t nodeId) const {
+    const std::shared_lock lock(serialPortMutex);
+    return AnyRecord(serialPortMap, exists, nodeId, [&record](const SSerialPortConfig& other) {
+        return other.comPort == record.comPort && other.baudRate == record.baudRate &&
+               other.wordLength == record.wordLength && other.parity == record.parity &&
+               other.stopBits == record.stopBits;
+    });
+}
+
+void CUserData::UpdateNetSerialMap() {
+    json list;
+    {
+        const std::shared_lock lock(interfaceMutex);
+        if (const auto member = interfaceConfig.find(g_listKey); member != interfaceConfig.end()) {
+            list = *member;
+        }
+    }
+    if (!list.is_array()) {
+        return;
+    }
+    std::set<int> usedIds;
+    for (const json& source : list) {
+        SElement element;
+        if (!ReadElement(source, element)) {
+            continue;
+        }
+        usedIds.insert(element.nodeId);  // an element with a bad body keeps its id all the same
+        SSerialPortConfig serialPort;
+        SNetPortConfig netPort;
+        if (element.body == nullptr) {
+            continue;
+        }
+        if (element.kind == "comInfo" && ParseSerialPortRequest(*element.body, serialPort)) {
+            AddInterfaceOrder(element.nodeId, false);
+            StoreRecord(serialPortMutex, serialPortMap, element.nodeId, serialPort);
+        } else if (element.kind == "netPortInfo" && ParseNetPortRequest(*element.body, netPort)) {
+            AddInterfaceOrder(element.nodeId, true);
+            StoreRecord(netPortMutex, netPortMap, element.nodeId, netPort);
+        }
+    }
+    CGeneratorId::getInstance()->Initialize(usedIds);
+}
+
+void CUserData::AddInterfaceOrder(std::int32_t nodeId, bool isNet) {
+    const std::unique_lock lock(orderMutex);
+    const auto entry =
+        std::find_if(interfaceOrder.begin(), interfaceOrder.end(),
+                     [nodeId](const SInterfaceOrderEntry& other) { return other.nodeId == nodeId; });
+    if (entry != interfaceOrder.end()) {
+        entry->isNet = isNet;
+    } else {
+        interfaceOrder.push_back({nodeId, isNet});
+    }
+}
+
+void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
+    const std::unique_lock lock(orderMutex);
+    std::erase_if(interfaceOrder,
+                  [nodeId](const SInterfaceOrderEntry& entry) { return entry.nodeId == nodeId; });
+}
+
+void CUserData::SaveInterfaceDocument() {
+    const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
+    const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
+    const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);
+    json list = json::array();
+    for (const auto& [nodeId, isNet] : order) {
+        if (isNet) {
+            if (const auto port = netPorts.find(nodeId); port != netPorts.end()) {
+                list.push_back(MakeNetPortElement(nodeId, port->second));
+            }
+        } else if (const auto port = serialPorts.find(nodeId); port != serialPorts.end()) {
+            list.push_back(MakeSerialPortElement(nodeId, port->second));
+        }
+    }
+    const std::unique_lock lock(interfaceMutex);
+    interfaceConfig[g_listKey] = std::move(list);
+    writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
+}

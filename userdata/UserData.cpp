@@ -1,0 +1,146 @@
+#include "userdata/UserData.h"
+
+#include "config/DocumentBackup.h"
+#include "config/JsonFile.h"
+#include "include/GlobalConfig.h"
+#include "server/LogText.h"
+#include "userdata/BoardInfo.h"
+#include "userdata/DocumentPath.h"
+#include "userdata/LanguageSetting.h"
+
+#include <exception>
+#include <mutex>
+#include <utility>
+
+namespace {
+
+using nlohmann::json;
+
+json LoadDocument(const char* name) {
+    return LoadJsonFromFile(RestoreFromBackup(DocumentPath(name)));
+}
+
+json CopyDocument(std::shared_mutex& mutex, const json& held) {
+    const std::shared_lock lock(mutex);
+    return held;
+}
+
+void LogLoadFailure(const char* what, const std::exception& error) {
+    WriteRootLog(RavLog::Error, "CUserData::CUserData", FormatLogText(what, error.what()));
+}
+
+}  // namespace
+
+std::string DocumentPath(const char* name) {
+    return GetConfigInstance().user_data_path + name;
+}
+
+void EnsureArrayMember(nlohmann::json& document, const std::string& key) {
+    if (document.empty()) {
+        document[key] = json::array();
+    }
+}
+
+CUserData& CUserData::GetInstance() {
+    static CUserData instance;
+    return instance;
+}
+
+CUserData::CUserData() {
+    apiList = CreateDefaultBoardInfo();
+    layout = LoadDocument("/layout.json");
+    materials = LoadDocument("/materials.json");
+    EnsureArrayMember(materials, "materialList");
+    componentConfig = LoadDocument("/componentConfig.json");
+    interfaceConfig = LoadDocument("/interFace.json");
+    EnsureArrayMember(interfaceConfig, "configList");
+    infraredCom = LoadDocument("/infraredCom.json");
+    try {
+        UpdateCmdMap();
+    } catch (const std::exception& error) {
+        LogLoadFailure("[Load File] Failed UpdateCmdMap!", error);
+    }
+    try {
+        UpdateNetSerialMap();
+    } catch (const std::exception& error) {
+        LogLoadFailure("[Load File] Failed UpdateNetSerialMap!", error);
+    }
+    const SLanguageSetting setting =
+        ParseLanguageSetting(LoadDocument("/setting.json"), GetConfigInstance().system_language, 0);
+    isAutoLanguage = setting.isAuto;
+    language = setting.language;
+}
+
+CUserData::~CUserData() {
+    writer.WaitAll();
+}
+
+void CUserData::SetDocument(std::shared_mutex& mutex, nlohmann::json& held, nlohmann::json document,
+                            const char* name) {
+    json saved = document;
+    const std::string path = DocumentPath(name);
+    const std::unique_lock lock(mutex);
+    held.swap(document);  // what was held is destroyed by the caller, after the lock
+    writer.SaveAsync(std::move(saved), path);
+}
+
+nlohmann::json CUserData::GetLayout() const {
+    return CopyDocument(layoutMutex, layout);
+}
+
+void CUserData::SetLayout(nlohmann::json document) {
+    SetDocument(layoutMutex, layout, std::move(document), "/layout.json");
+}
+
+nlohmann::json CUserData::GetMaterials() const {
+    return CopyDocument(materialsMutex, materials);
+}
+
+void CUserData::SetMaterials(nlohmann::json document) {
+    SetDocument(materialsMutex, materials, std::move(document), "/materials.json");
+}
+
+nlohmann::json CUserData::GetComponentConfig() const {
+    return CopyDocument(componentMutex, componentConfig);
+}
+
+void CUserData::SetComponentConfig(nlohmann::json document) {
+    SetDocument(componentMutex, componentConfig, std::move(document), "/componentConfig.json");
+    UpdateCmdMap();
+}
+
+nlohmann::json CUserData::GetApiList() const {
+    return CopyDocument(apiListMutex, apiList);
+}
+
+void CUserData::SetApiList(nlohmann::json document) {
+    SetDocument(apiListMutex, apiList, std::move(document), "/apiList.json");
+}
+
+nlohmann::json CUserData::GetInfraredCom() const {
+    return CopyDocument(infraredMutex, infraredCom);
+}
+
+void CUserData::SetInfraredCom(nlohmann::json document) {
+    SetDocument(infraredMutex, infraredCom, std::move(document), "/infraredCom.json");
+}
+
+nlohmann::json CUserData::GetInterfaceConfig() const {
+    return CopyDocument(interfaceMutex, interfaceConfig);
+}
+
+std::int32_t CUserData::GetLanguage() const {
+    return language;
+}
+
+bool CUserData::GetIsAutoLanguage() const {
+    return isAutoLanguage;
+}
+
+void CUserData::SetLanguage(std::int32_t newLanguage, bool isAuto) {
+    language = newLanguage;
+    isAutoLanguage = isAuto;
+    json setting = {{"IsAutoLanguage", isAuto}, {"Language", newLanguage}};
+    const std::unique_lock lock(settingMutex);
+    writer.SaveAsync(std::move(setting), DocumentPath("/setting.json"));
+}
