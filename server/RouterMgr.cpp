@@ -1,0 +1,92 @@
+#include "server/RouterMgr.h"
+
+#include "config/JsonDepth.h"
+#include "server/ClientsManager.h"
+#include "server/LogText.h"
+
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+
+std::string MakeClientId(const HttpRequest& request) {
+    return request.client_addr.ip + std::to_string(request.client_addr.port);
+}
+
+nlohmann::json ParseBody(const std::string& body) {
+    if (IsNestedTooDeep(body)) {
+        throw std::invalid_argument("the JSON text is nested too deep");
+    }
+    return nlohmann::json::parse(body);
+}
+
+int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
+    nlohmann::json envelope = {{"code", code}, {"message", content.message}};
+    if (!content.data.is_null()) {
+        envelope["data"] = std::move(content.data);
+    }
+    response->SetHeader("Content-Type", "application/json; charset=utf-8");
+    response->body = envelope.dump();
+    return HTTP_STATUS_OK;
+}
+
+int RouterMgr::Respond(HttpResponse* response, int code, SResponseData& content, SRequestTrace& trace) {
+    WriteOperationLog(trace.client, trace.path, FormatLogText(code, trace.detail));
+    return WriteEnvelope(response, code, content);
+}
+
+int RouterMgr::Respond(HttpResponse* response, int code, SRequestTrace& trace) {
+    SResponseData empty;
+    return Respond(response, code, empty, trace);
+}
+
+bool RouterMgr::CheckWriteRequest(HttpRequest* request, HttpResponse* response, SRequestTrace& trace) {
+    if (request == nullptr || response == nullptr) {
+        return false;
+    }
+    WriteOperationLog(trace.client, trace.path, std::string());
+    if (!CClientsManager::GetInstance()->IsClientConnected(request->client_addr.ip)) {
+        Respond(response, CodeNoConnection, trace);
+        return false;
+    }
+    if (request->body.empty()) {
+        Respond(response, CodeBadRequest, trace);
+        return false;
+    }
+    return true;
+}
+
+int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
+                           const char* errorLine, const WriteWork& work) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    SRequestTrace trace{MakeClientId(*request), request->path, {}};
+    if (!CheckWriteRequest(request, response, trace)) {
+        return HTTP_STATUS_OK;
+    }
+    try {
+        nlohmann::json body = ParseBody(request->body);
+        if (!body.is_object() || !body.contains(key)) {
+            return Respond(response, CodeBadRequest, trace);
+        }
+        return work(body, trace);
+    } catch (const std::exception& error) {
+        if (errorLine != nullptr) {
+            std::cout << errorLine << error.what() << std::endl;
+        }
+        trace.detail = error.what();
+        return Respond(response, CodeBadRequest, trace);
+    }
+}
+
+int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response,
+                          const std::function<nlohmann::json()>& read) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    SRequestTrace trace{MakeClientId(*request), request->path, {}};
+    WriteOperationLog(trace.client, trace.path, std::string());
+    SResponseData content{read(), {}};
+    return Respond(response, CodeSuccess, content, trace);
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include <hv/HttpMessage.h>
+#include <nlohmann/json.hpp>
+
+/** The "code" of a reply: 2xxxx success, 301xx refused, 302xx not sent to a device, 303xx interface not
+ * accepted. */
+enum EnResponseCode : int {
+    CodeSuccess = 20000,
+    CodeNoConnection = 30100,         ///< the client's address holds no open WebSocket connection
+    CodeBadRequest = 30101,           ///< empty or unparsable body, missing key, wrong type, any exception
+    CodeSerialSendFailed = 30200,     ///< a command could not be sent over a serial port
+    CodeTcpSendFailed = 30201,        ///< a command could not be sent over a TCP interface
+    CodeUdpSendFailed = 30202,        ///< a command could not be sent over a UDP interface
+    CodeNothingSent = 30203,          ///< no command could be sent
+    CodeSerialCheckFailed = 30300,    ///< the serial port can't be used
+    CodeUdpInitFailed = 30301,        ///< the UDP interface can't be opened
+    CodeTcpClientInitFailed = 30302,  ///< the TCP client interface can't be opened
+    CodeTcpServerInitFailed = 30303,  ///< the TCP server interface can't be opened
+    CodeNameTaken = 30304,            ///< another interface has the name
+    CodeDuplicateConfig = 30306,      ///< another interface has the same end points or serial settings
+};
+
+/** What a handler puts into its reply. */
+struct SResponseData {
+    nlohmann::json data;  ///< left out of the reply while null
+    std::string message;  ///< text for the user; only a failed sending of commands fills it
+};
+
+/** The identity of one request in the operation log. */
+struct SRequestTrace {
+    std::string client;
+    std::string path;
+    std::string detail;  ///< reason of a failure: for the log, never for the client
+};
+
+/** IP text and port of the client, directly one behind the other: "10.0.0.551234". */
+std::string MakeClientId(const HttpRequest& request);
+
+/**
+ * Parses a request body. Nesting beyond the limit of IsNestedTooDeep is refused before anything is parsed.
+ * @throw std::exception with the reason
+ */
+nlohmann::json ParseBody(const std::string& body);
+
+/**
+ * All route handlers, and what they have in common. Handlers run on the HTTP server's worker threads, keep no
+ * state, and return the HTTP status of the reply: 200 for every JSON reply, whose "code" tells success from
+ * failure.
+ */
+class RouterMgr {
+  public:
+    /** Logs the outcome of a request and writes the envelope, into which content's data is moved. Returns
+     * 200. */
+    static int Respond(HttpResponse* response, int code, SResponseData& content, SRequestTrace& trace);
+
+    /** The same for a reply that is nothing but its code. */
+    static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
+
+    /** Writes the envelope without logging. Content's data is moved into it. Returns 200. */
+    static int WriteEnvelope(HttpResponse* response, int code, SResponseData& content);
+
+    /**
+     * The head of the write routes: logs the arrival, and refuses a client without a WebSocket connection
+     * (30100) and an empty body (30101).
+     * @return true: go on; false: the reply is written, return 200
+     */
+    static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response, SRequestTrace& trace);
+
+    // Documents (webapi/)
+    static int GetPageLayoutInfo(HttpRequest* request, HttpResponse* response);
+    static int GetMaterialList(HttpRequest* request, HttpResponse* response);
+    static int GetComponentInteractionInfo(HttpRequest* request, HttpResponse* response);
+    static int GetCentralControlInterfaceList(HttpRequest* request, HttpResponse* response);
+    static int GetConfigList(HttpRequest* request, HttpResponse* response);
+    static int SetCentralControlWebLayout(HttpRequest* request, HttpResponse* response);
+    static int SetMaterialList(HttpRequest* request, HttpResponse* response);
+    static int UpdateComponentInteraction(HttpRequest* request, HttpResponse* response);
+
+    // Interfaces (device/)
+    static int AddComInfo(HttpRequest* request, HttpResponse* response);
+    static int AddNetPortInfo(HttpRequest* request, HttpResponse* response);
+    static int EditComInfo(HttpRequest* request, HttpResponse* response);
+    static int EditNetPortInfo(HttpRequest* request, HttpResponse* response);
+    static int DeleteInterfaceConfig(HttpRequest* request, HttpResponse* response);
+    static int DeleteAllInterfaceConfig(HttpRequest* request, HttpResponse* response);
+
+    // Commands (device/)
+    static int UseComponent(HttpRequest* request, HttpResponse* response);
+
+    /** What a write route does with the parsed body; replies and returns the status. Exceptions end in 30101.
+     */
+    using WriteWork = std::function<int(nlohmann::json& body, SRequestTrace& trace)>;
+
+    /**
+     * The form of the write routes: head, parse, look-up of the required key, work.
+     * @param key        top-level key that the body must have, else 30101
+     * @param errorLine  when an exception comes up: text for standard output, followed by the exception's;
+     * may be null
+     */
+    static int HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
+                           const char* errorLine, const WriteWork& work);
+
+    /** The form of the read routes: logs the arrival, replies with what read returns. */
+    static int HandleRead(HttpRequest* request, HttpResponse* response,
+                          const std::function<nlohmann::json()>& read);
+};
