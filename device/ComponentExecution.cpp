@@ -1,0 +1,106 @@
+#include "device/ComponentExecution.h"
+
+#include "config/JsonNumber.h"
+#include "device/PortContract.h"
+#include "platform/ComManager.h"
+#include "platform/ErrorTexts.h"
+#include "server/RouterMgr.h"
+#include "userdata/CommandMap.h"
+#include "userdata/UserData.h"
+
+namespace {
+
+// Values of SCommandConfig::controlType.
+constexpr int kSerialCommand = 0;
+constexpr int kNetCommand = 1;
+
+/** The outcome of all commands of one request. */
+class CSendRun {
+  public:
+    /** Sends one command; one whose interface is gone is skipped. */
+    void Send(SCommandConfig& command) {
+        const bool isText = command.contentFormat == 0;
+        if (command.controlType == kSerialCommand) {
+            SSerialPortConfig config;
+            if (CUserData::GetInstance().GetSerialPortConfig(command.portIndex, config)) {
+                const int error = CComManager::getInstance()->SendSerialData(config, command.content, isText,
+                                                                             command.asciiEncode);
+                Note(error, CodeSerialSendFailed, false, config.comName, command.commandName);
+            }
+        } else if (command.controlType == kNetCommand) {
+            SNetPortConfig config;
+            if (CUserData::GetInstance().GetNetPortConfig(command.portIndex, config)) {
+                const int error = CComManager::getInstance()->SendNetData(config, command.content, isText,
+                                                                          command.asciiEncode);
+                const EnResponseCode failure =
+                    config.netMode == NetModeUdp ? CodeUdpSendFailed : CodeTcpSendFailed;
+                Note(error, failure, true, config.netPortName, command.commandName);
+            }
+        }
+    }
+
+    /** The code of the reply; the lines of the failures become its message. */
+    int Finish(SResponseData& content) {
+        if (m_code != CodeSuccess) {
+            content.message = std::move(m_failures);
+            return m_code;
+        }
+        return m_wasHandedOver ? CodeSuccess : CodeNothingSent;
+    }
+
+  private:
+    void Note(int error, EnResponseCode failure, bool isNet, const std::string& interfaceName,
+              const std::string& commandName) {
+        m_wasHandedOver = true;
+        if (error == 0) {
+            return;
+        }
+        m_code = failure;
+        if (!m_failures.empty()) {
+            m_failures += "\r\n";
+        }
+        m_failures += BuildSendFailureText(isNet, error, interfaceName, commandName);
+    }
+
+    EnResponseCode m_code = CodeSuccess;
+    std::string m_failures;
+    bool m_wasHandedOver = false;
+};
+
+int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
+    const nlohmann::json data = std::move(body["data"]);
+    if (!data.is_object() || !data.contains("interactionArr") || !data.contains("componentId")) {
+        return RouterMgr::Respond(response, CodeNothingSent, trace);
+    }
+    const int componentId = JsonToInt32(data["componentId"]);
+    CSendRun run;
+    for (const nlohmann::json& interaction : data["interactionArr"]) {
+        const auto triggerType = interaction.at("triggerType").get<std::string>();
+        for (SCommandConfig& command : CUserData::GetInstance().GetCommands(componentId, triggerType)) {
+            run.Send(command);
+        }
+    }
+    SResponseData content;
+    const int code = run.Finish(content);
+    return RouterMgr::Respond(response, code, content, trace);
+}
+
+}  // namespace
+
+std::string BuildSendFailureText(bool isNet, int errorCode, const std::string& interfaceName,
+                                 const std::string& commandName) {
+    std::string text = interfaceName;
+    if (CUserData::GetInstance().GetLanguage() == 0) {
+        text += "发送" + commandName + "失败,原因:";
+    } else {
+        text += "failed to send " + commandName + ",reason:";
+    }
+    text += std::to_string(errorCode);
+    const auto code = static_cast<std::uint32_t>(errorCode);
+    return text + (isNet ? GetSocketErrorText(code) : GetSystemErrorText(code));
+}
+
+int RouterMgr::UseComponent(HttpRequest* request, HttpResponse* response) {
+    return HandleWrite(request, response, "data", nullptr,
+                       [=](auto& body, auto& trace) { return FireComponent(body, response, trace); });
+}

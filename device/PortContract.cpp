@@ -1,0 +1,74 @@
+#include "device/PortContract.h"
+
+#include "platform/ComManager.h"
+#include "userdata/UserData.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace {
+
+/** Ports that are opened at the same time at most. */
+constexpr std::size_t kOpenersLimit = 1024;
+
+/** CodeBadRequest for a mode that does not exist. */
+EnResponseCode NetPortFailureCode(EnNetMode mode, bool atInit) {
+    switch (mode) {
+        case NetModeTcpClient:
+            return atInit ? CodeTcpClientInitFailed : CodeTcpSendFailed;
+        case NetModeTcpServer:
+            return atInit ? CodeTcpServerInitFailed : CodeTcpSendFailed;
+        case NetModeUdp:
+            return atInit ? CodeUdpInitFailed : CodeUdpSendFailed;
+    }
+    return CodeBadRequest;
+}
+
+}  // namespace
+
+EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId) {
+    CUserData& userData = CUserData::GetInstance();
+    if (userData.IsInterfaceNameUsed(config.netPortName, exists, nodeId)) {
+        return CodeNameTaken;
+    }
+    return userData.IsNetConfigDuplicate(config, exists, nodeId) ? CodeDuplicateConfig : CodeSuccess;
+}
+
+EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists, int nodeId) {
+    CUserData& userData = CUserData::GetInstance();
+    if (userData.IsInterfaceNameUsed(config.comName, exists, nodeId)) {
+        return CodeNameTaken;
+    }
+    return userData.IsSerialConfigDuplicate(config, exists, nodeId) ? CodeDuplicateConfig : CodeSuccess;
+}
+
+int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, SResponseData& content,
+                          SRequestTrace& trace) {
+    const EnResponseCode code = NetPortFailureCode(mode, atInit);
+    if (code == CodeBadRequest) {
+        trace.detail = "unknown network type: " + std::to_string(static_cast<int>(mode));
+    }
+    return RouterMgr::Respond(response, code, content, trace);
+}
+
+void ReopenNetPorts() {
+    const auto ports = CUserData::GetInstance().GetNetPortMap();
+    std::vector<SNetPortConfig> configs;
+    configs.reserve(ports.size());
+    for (const auto& row : ports) {
+        configs.push_back(row.second);
+    }
+    std::atomic<std::size_t> next = 0;
+    const auto openPorts = [&configs, &next] {
+        for (std::size_t i = next++; i < configs.size(); i = next++) {
+            CComManager::getInstance()->InitNetSocket(configs[i]);
+        }
+    };
+    std::vector<std::jthread> openers;
+    for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
+        openers.emplace_back(openPorts);
+    }
+    openPorts();
+}

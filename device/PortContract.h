@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/PortRecords.h"
+#include "server/RouterMgr.h"
+
+/**
+ * Tells whether an interface may have this name and these end points.
+ * @param exists  true: the interface nodeId itself is left out of the comparison
+ * @return CodeSuccess, CodeNameTaken or CodeDuplicateConfig
+ */
+EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId);
+
+/** The same for a serial interface and its settings. */
+EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists, int nodeId);
+
+/**
+ * Answers for a network port that could not be used, with the code that tells its mode.
+ * @param atInit  true: it could not be opened; false: a command could not be sent
+ */
+int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, SResponseData& content,
+                          SRequestTrace& trace);
+
+/**
+ * Opens the network ports of all saved interfaces, side by side: it takes as long as the slowest of them. A
+ * port that can't be opened is passed over; the first command to it tries again.
+ */
+void ReopenNetPorts();
