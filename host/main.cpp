@@ -1,0 +1,113 @@
+// The host process of the server: all it does is to start, to wait and to stop.
+
+#include "include/CenterServer.h"
+#include "platform/PortProbe.h"
+#include "platform/RavLog.h"
+#include "platform/StopSignal.h"
+
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr int kFailed = 1;      // exit status: the server could not start
+constexpr int kWrongUsage = 2;  // exit status: an unknown option
+
+constexpr const char* kHelp =
+    "Usage: ServerHost [--help | --version]\n"
+    "\n"
+    "Runs the server until it gets SIGINT (Ctrl+C) or SIGTERM. It takes its ports and folders from\n"
+    "LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
+    "written at the first start: http_port, websocket_port, log_level, user_data_path.\n"
+    "\n"
+    "Exit status: 0 stopped as asked, 1 could not start (standard error tells why), 2 unknown option.\n";
+
+std::filesystem::path ConfigFile(const SGlobalConfig& config) {
+    return std::filesystem::path(config.documents_dir) / "Sennacroft" / "Varnholt" / "LocalHost.config";
+}
+
+/** Tells a reason on standard error, and in the system log for those who come later. */
+void Tell(RavLog::EnLogLevel level, const std::string& text) {
+    std::cerr << "ServerHost: " << text << std::endl;
+    RavLog::WriteSystemLog(level, "ServerHost", text);
+}
+
+std::string PortProblem(const char* key, int port, const SGlobalConfig& config) {
+    const std::string setting = std::string(key) + " in " + ConfigFile(config).string();
+    if (port < 1 || port > 65535) {
+        return "the port " + std::to_string(port) + " can't be listened on. Set " + setting +
+               " to 1 to 65535.";
+    }
+    return "the port " + std::to_string(port) +
+           " is taken by another program, perhaps by a server that runs already. Stop that program, or set " +
+           setting + " to a free port.";
+}
+
+void PrintWhereabouts(const SGlobalConfig& config) {
+    std::cout << config.softwareName << ' ' << config.version << " is running.\n"
+              << "  Browser:     http://127.0.0.1:" << config.http_port
+              << "/ (from other machines: this machine's address)\n"
+              << "  WebSocket:   port " << config.websocket_port << '\n'
+              << "  Settings:    " << ConfigFile(config).string() << '\n'
+              << "  Documents:   " << config.user_data_path << '\n'
+              << "  Logs:        " << config.user_data_path << "/Log\n"
+              << "  Web root:    " << config.webui_path << '\n'
+              << "Stop it with Ctrl+C or SIGTERM." << std::endl;
+}
+
+int Run(CStopSignal& stopSignal) {
+    const SGlobalConfig& config = GetConfigInstance();
+    const std::string logProblem =
+        RavLog::StartLogs((std::filesystem::path(config.user_data_path) / "Log").string(), config.log_level);
+    if (!logProblem.empty()) {
+        std::cerr << "ServerHost: no log files are written: " << logProblem << std::endl;
+    }
+    // Before the documents are touched: a second instance must leave them alone.
+    if (!IsPortFree(config.http_port)) {
+        Tell(RavLog::Error, PortProblem("http_port", config.http_port, config));
+        return kFailed;
+    }
+    const bool webSocketFree = config.websocket_port != config.http_port && IsPortFree(config.websocket_port);
+
+    CCenterServer server;
+    server.InitServer();
+    server.Running();
+    if (IsPortFree(config.http_port)) {
+        Tell(RavLog::Error,
+             "the HTTP server could not be started; the reason stands in Server.log and System.log.");
+        return kFailed;
+    }
+    if (!webSocketFree) {
+        Tell(RavLog::Warn, "browsers can look but not change or fire anything: " +
+                               PortProblem("websocket_port", config.websocket_port, config));
+    }
+    PrintWhereabouts(config);
+    stopSignal.Wait();
+    server.StopServer();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (argc > 1) {
+        const std::string_view option = argv[1];
+        if (option == "--version") {
+            std::cout << "ServerHost " << SERVER_VERSION << '\n';
+            return 0;
+        }
+        const bool isHelp = option == "--help";
+        (isHelp ? std::cout : std::cerr) << kHelp;
+        return isHelp ? 0 : kWrongUsage;
+    }
+    CStopSignal stopSignal;
+    try {
+        return Run(stopSignal);
+    } catch (const std::exception& error) {
+        Tell(RavLog::Error, std::string("the server could not start: ") + error.what());
+        return kFailed;
+    }
+}
