@@ -1,0 +1,117 @@
+#include "server/ClientsManager.h"
+#include "server/LogText.h"
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+TEST(LogText, BracketsAndBlanks) {
+    EXPECT_EQ(FormatLogText(), "");
+    EXPECT_EQ(FormatLogText(20000, ""), "[20000] [] ");
+    EXPECT_EQ(FormatLogText("[HTTP Server] Failed to start!", std::string("0.0.0.0"), 8086, -1),
+              "[[HTTP Server] Failed to start!] [0.0.0.0] [8086] [-1] ");
+    EXPECT_EQ(FormatLogText("{0} {1}", "x"), "[{0} {1}] [x] ");
+}
+
+TEST(LogText, PeerHost) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"", ""},
+        {"host", "host"},
+        {"192.168.1.20:51234", "192.168.1.20"},
+        {":80", ""},
+        {"[fe80::1]:51234", "fe80::1"},
+        {"[fe80::1]", "fe80::1"},
+        {"fe80::1", "fe80:"},
+    };
+    for (const auto& [text, host] : rows) {
+        EXPECT_EQ(ExtractPeerHost(text), host) << text;
+    }
+}
+
+class LogFiles : public testing::Test {
+  protected:
+    LogFiles() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "log-tests-XXXXXX").string();
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~LogFiles() override {
+        RavLog::StopLogs();
+        std::filesystem::remove_all(m_folder);
+    }
+    std::filesystem::path m_folder;
+};
+
+TEST_F(LogFiles, RecordsByThreshold) {
+    WriteRootLog(RavLog::Error, "Before", "nobody listens");
+    ASSERT_EQ(RavLog::StartLogs((m_folder / "new").string(), "warn"), "");
+    WriteRootLog(RavLog::Info, "A::B", "below");
+    WriteRootLog(RavLog::Error, "A::B", "[100%s] ");
+    WriteOperationLog("10.0.0.551234", "/a%20b", "[20000] [] ");
+    RavLog::StopLogs();
+    WriteRootLog(RavLog::Error, "After", "nobody listens");
+
+    const std::string time = R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)";
+    EXPECT_TRUE(
+        std::regex_match(ReadFile(m_folder / "new/Server.log"),
+                         std::regex(time + R"(\[LogRoot\]\[Error\]\[\d+\]\[A::B\]\[\] \[100%s\] \n)")));
+    EXPECT_TRUE(std::regex_match(
+        ReadFile(m_folder / "new/Operation.log"),
+        std::regex(time +
+                   R"(\[LogOperation\]\[Unknow\]\[\d+\]\[10.0.0.551234\]\[/a%20b\] \[20000\] \[\] \n)")));
+}
+
+TEST_F(LogFiles, AllRecordsOfAllThreadsAreKeptInWholeLines) {
+    ASSERT_EQ(RavLog::StartLogs(m_folder.string(), "info"), "");
+    constexpr int kThreads = 4;
+    constexpr int kRecords = 20000;
+    {
+        std::vector<std::jthread> threads;
+        for (int thread = 0; thread < kThreads; ++thread) {
+            threads.emplace_back([] {
+                for (int i = 0; i < kRecords; ++i) {
+                    WriteOperationLog("client", "/path", "[20000] [] ");
+                }
+            });
+        }
+    }
+    RavLog::StopLogs();
+    int lines = 0;
+    for (const char* name : {"Operation.log", "Operation.1.log"}) {
+        std::ifstream file(m_folder / name);
+        for (std::string line; std::getline(file, line); ++lines) {
+            ASSERT_TRUE(line.ends_with("[client][/path] [20000] [] ")) << line;
+        }
+        EXPECT_LT(std::filesystem::exists(m_folder / name) ? std::filesystem::file_size(m_folder / name) : 0,
+                  11U << 20U);
+    }
+    EXPECT_EQ(lines, kThreads * kRecords);
+}
+
+TEST_F(LogFiles, AFullDiskLosesRecordsAndSaysSo) {
+    std::filesystem::create_symlink("/dev/full", m_folder / "Server.log");
+    ASSERT_EQ(RavLog::StartLogs(m_folder.string(), "info"), "");
+    WriteRootLog(RavLog::Info, "Full", "lost");
+    RavLog::StopLogs();
+    std::filesystem::remove(m_folder / "Server.log");
+    ASSERT_EQ(RavLog::StartLogs(m_folder.string(), "info"), "");
+    WriteRootLog(RavLog::Info, "Free", "kept");
+    RavLog::StopLogs();
+    const std::string text = ReadFile(m_folder / "Server.log");
+    EXPECT_TRUE(text.starts_with("1 records were lost here")) << text;
+    EXPECT_NE(text.find("kept"), std::string::npos);
+}
+
+}  // namespace

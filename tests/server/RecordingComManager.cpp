@@ -1,0 +1,79 @@
+#include "tests/server/RecordingComManager.h"
+
+#include "platform/ComManager.h"
+#include "platform/SerialNames.h"
+#include "userdata/UserData.h"
+
+namespace {
+
+std::vector<std::string>& Calls() {
+    static std::vector<std::string> calls;
+    return calls;
+}
+
+bool IsRefused(const SNetPortConfig& config) {
+    return config.port == 1 || config.dstPort == 1;
+}
+
+std::string NameOf(const SNetPortConfig& config) {
+    return std::to_string(config.dstPort);
+}
+
+/** Notes a call, and how the interfaces stood at that moment: the names in their order. */
+void Record(const std::string& call) {
+    std::string names;
+    for (const auto& element : CUserData::GetInstance().GetInterfaceConfig()["configList"]) {
+        const bool isNet = element["controlType"] == "netPortInfo";
+        names +=
+            (names.empty() ? "" : ",") + (isNet ? element["netPortInfo"]["netPortName"].get<std::string>()
+                                                : element["comInfo"]["comName"].get<std::string>());
+    }
+    Calls().push_back(call + " {" + names + "}");
+}
+
+}  // namespace
+
+std::vector<std::string> TakePortCalls() {
+    return std::exchange(Calls(), {});
+}
+
+void SetSerialNameTable(const std::string& /*file*/) {}
+
+CComManager::CComManager() = default;
+CComManager::~CComManager() = default;
+
+CComManager* CComManager::getInstance() {
+    static CComManager manager;
+    return &manager;
+}
+
+bool CComManager::InitNetSocket(SNetPortConfig& config) {
+    Record("InitNetSocket " + NameOf(config));
+    return !IsRefused(config);
+}
+
+bool CComManager::CheckSerial(SSerialPortConfig& config) {
+    Record("CheckSerial " + config.comPort);
+    return config.comPort != "COM1";
+}
+
+int CComManager::SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode) {
+    Calls().push_back("SendNetData " + NameOf(config) + " " + content + (isText ? " text " : " hex ") +
+                      std::to_string(asciiEncode));
+    return IsRefused(config) ? kRefusedError : 0;
+}
+
+int CComManager::SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
+                                int asciiEncode) {
+    Calls().push_back("SendSerialData " + config.comPort + " " + content + (isText ? " text " : " hex ") +
+                      std::to_string(asciiEncode));
+    return config.comPort == "COM1" ? 2 : 0;
+}
+
+void CComManager::DeleteUserTcp(SNetPortConfig& config) {
+    Record("DeleteUserTcp " + NameOf(config));
+}
+
+void CComManager::DeleteAllConnect() {
+    Record("DeleteAllConnect");
+}
