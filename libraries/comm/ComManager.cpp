@@ -1,0 +1,55 @@
+#include "platform/ComManager.h"
+
+#include "libraries/comm/PortRegistry.h"
+
+namespace {
+
+/** The one registry: never destroyed, since threads that outlive the end of main may still call. */
+comm::CPortRegistry& Registry() {
+    static auto* registry = new comm::CPortRegistry(comm::SCommSettings());
+
+    /** Ends the library together with the process or the module. */
+    struct SGuard {
+        ~SGuard() { registry->Stop(); }
+    };
+    static const SGuard guard;
+    return *registry;
+}
+
+}  // namespace
+
+CComManager* CComManager::getInstance() {
+    static auto* manager = new CComManager;
+    return manager;
+}
+
+CComManager::CComManager() {
+    Registry();
+}
+
+CComManager::~CComManager() = default;
+
+bool CComManager::InitNetSocket(SNetPortConfig& config) {
+    return Registry().OpenNet(config) == 0;
+}
+
+bool CComManager::CheckSerial(SSerialPortConfig& config) {
+    return Registry().CheckSerial(config) == 0;
+}
+
+int CComManager::SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode) {
+    return Registry().SendNet(config, content, isText, asciiEncode);
+}
+
+int CComManager::SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
+                                int asciiEncode) {
+    return Registry().SendSerial(config, content, isText, asciiEncode);
+}
+
+void CComManager::DeleteUserTcp(SNetPortConfig& config) {
+    Registry().DeleteTcp(config);
+}
+
+void CComManager::DeleteAllConnect() {
+    Registry().DeleteAll();
+}

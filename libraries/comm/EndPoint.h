@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/PortRecords.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <boost/asio/ip/address.hpp>
+
+namespace comm {
+
+/**
+ * What tells one port of the library from another. Records of one TCP server or of one UDP socket differ in
+ * their remote pair only, and share the port; a TCP client is told by both pairs.
+ */
+struct SEndPointView {
+    EnNetMode mode;
+    std::string_view local;
+    std::int32_t localPort;
+    std::string_view remote;
+    std::int32_t remotePort;
+
+    bool operator==(const SEndPointView&) const = default;
+};
+
+/** The end points of a record; views its texts. */
+SEndPointView EndPointOf(const SNetPortConfig& record);
+
+/** An end point that owns its texts. */
+struct SEndPoint {
+    explicit SEndPoint(const SEndPointView& view);
+    SEndPointView View() const { return {mode, local, localPort, remote, remotePort}; }
+
+    EnNetMode mode;
+    std::string local;
+    std::int32_t localPort;
+    std::string remote;
+    std::int32_t remotePort;
+};
+
+/** Hash and equality for a map that is asked with a view, so that a look-up builds no text. */
+struct SEndPointHash {
+    using is_transparent = void;
+    std::size_t operator()(const SEndPointView& view) const;
+    std::size_t operator()(const SEndPoint& point) const { return (*this)(point.View()); }
+};
+struct SEndPointEqual {
+    using is_transparent = void;
+    static const SEndPointView& View(const SEndPointView& view) { return view; }
+    static SEndPointView View(const SEndPoint& point) { return point.View(); }
+    template <typename A, typename B>
+    bool operator()(const A& a, const B& b) const {
+        return View(a) == View(b);
+    }
+};
+
+/** True for a local address that means all of them: empty, 0.0.0.0 or ::. */
+bool IsAnyAddress(std::string_view address);
+
+/** True for a port that a socket can have; 0 counts only where it means "any". */
+bool IsPort(std::int32_t port, bool orAny);
+
+/** An address of a peer in the form that it has in records: IPv4 where it is IPv4 inside IPv6. */
+boost::asio::ip::address Unmapped(const boost::asio::ip::address& address);
+
+/** Name for the log, "TCP client 192.168.1.5:23" say. */
+std::string Describe(const SNetPortConfig& record);
+
+}  // namespace comm

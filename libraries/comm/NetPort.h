@@ -1,0 +1,50 @@
+#pragma once
+
+#include "libraries/comm/NameResolver.h"
+#include "libraries/comm/Port.h"
+#include "platform/PortRecords.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <boost/asio/io_context.hpp>
+
+namespace comm {
+
+/** What a network port needs of the library. The library outlives its ports' use of it. */
+struct SNetContext {
+    boost::asio::io_context& io;
+    CNameResolver& resolver;
+    const SCommSettings& settings;
+};
+
+/**
+ * A network port: a TCP client, a TCP server or a UDP socket. Any thread may call; the handlers of its
+ * sockets run on the library's own thread, and take its lock.
+ */
+class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
+  public:
+    /** Makes the port ready for a record; 0 or an error number. Bounded by the settings. */
+    virtual int Open(const SNetPortConfig& record) = 0;
+
+    /** Sends bytes, at least one, to what the record names; 0 or an error number. Bounded by the settings. */
+    virtual int Send(const SNetPortConfig& record, std::string_view bytes) = 0;
+
+    /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
+    virtual bool Release(const SNetPortConfig& /*record*/) { return true; }
+
+  protected:
+    CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
+
+    Clock::time_point Deadline() const { return Clock::now() + m_context.settings.bound; }
+
+    /** The addresses that host means: itself, when it is a literal. The lock is given up meanwhile. */
+    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
+                std::vector<boost::asio::ip::address>& addresses);
+
+    const SNetContext m_context;
+};
+
+}  // namespace comm

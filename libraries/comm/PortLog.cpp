@@ -1,0 +1,42 @@
+#include "libraries/comm/PortLog.h"
+
+namespace comm {
+
+namespace {
+
+constexpr int g_linesAMinute = 10;
+
+}  // namespace
+
+void CPortLog::Note(std::string_view text) {
+    m_lastError = 0;
+    Write(RavLog::Info, std::string(text));
+}
+
+void CPortLog::Failed(std::string_view text, int error) {
+    if (error == m_lastError) {
+        return;
+    }
+    m_lastError = error;
+    Write(RavLog::Warn, std::string(text) + ", error " + std::to_string(error));
+}
+
+void CPortLog::Write(RavLog::EnLogLevel level, const std::string& text) {
+    const auto now = Clock::now();
+    if (now - m_minute >= std::chrono::minutes(1)) {
+        m_minute = now;
+        m_lines = 0;
+        if (m_omitted > 0) {
+            RavLog::WriteSystemLog(RavLog::Info, m_name, std::to_string(m_omitted) + " lines left out");
+            m_omitted = 0;
+        }
+    }
+    if (m_lines == g_linesAMinute) {
+        ++m_omitted;
+        return;
+    }
+    ++m_lines;
+    RavLog::WriteSystemLog(level, m_name, text);
+}
+
+}  // namespace comm

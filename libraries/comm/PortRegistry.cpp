@@ -1,0 +1,215 @@
+#include "libraries/comm/PortRegistry.h"
+
+#include "libraries/comm/Content.h"
+#include "libraries/comm/SerialNames.h"
+#include "libraries/comm/TcpClient.h"
+#include "libraries/comm/TcpServer.h"
+#include "libraries/comm/UdpPort.h"
+#include "platform/RavLog.h"
+
+#include <exception>
+#include <mutex>
+#include <new>
+
+namespace comm {
+
+namespace {
+
+/** Runs an operation; what it throws becomes an error number. */
+template <typename Operation>
+int Guarded(Operation operation) noexcept {
+    try {
+        return operation();
+    } catch (const std::bad_alloc&) {
+        return ErrorNoMemory;
+    } catch (const boost::system::system_error& error) {
+        return SocketError(error.code());
+    } catch (const std::exception&) {
+        return ErrorGeneral;
+    }
+}
+
+bool IsMode(EnNetMode mode) {
+    return mode == NetModeTcpClient || mode == NetModeTcpServer || mode == NetModeUdp;
+}
+
+}  // namespace
+
+CPortRegistry::CPortRegistry(const SCommSettings& settings)
+    : m_settings(settings),
+      m_work(boost::asio::make_work_guard(m_io)),
+      m_resolver(settings.resolvedAge),
+      m_thread(&CPortRegistry::Run, this) {}
+
+CPortRegistry::~CPortRegistry() {
+    Stop();
+}
+
+void CPortRegistry::Run() {
+    while (!m_io.stopped()) {
+        try {
+            m_io.run();
+        } catch (const std::exception& error) {
+            // The port of the handler that failed loses its watch, and finds out at its next send.
+            RavLog::WriteSystemLog(RavLog::Error, "ports", error.what());
+        }
+    }
+}
+
+int CPortRegistry::OpenNet(const SNetPortConfig& record) {
+    return Guarded([&] {
+        if (!IsMode(record.netMode)) {
+            return static_cast<int>(ErrorBadSetting);
+        }
+        const auto port = NetPort(record);
+        return port ? port->Open(record) : ErrorCut;
+    });
+}
+
+int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
+                           int asciiEncode) {
+    return Guarded([&] {
+        if (!IsMode(record.netMode)) {
+            return static_cast<int>(ErrorBadSetting);
+        }
+        std::string storage;
+        std::string_view bytes;
+        if (const int error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
+            error != ErrorNone || bytes.empty()) {
+            return error;
+        }
+        const auto port = NetPort(record);
+        return port ? port->Send(record, bytes) : ErrorCut;
+    });
+}
+
+int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
+    return Guarded([&] {
+        if (!IsSerialName(config.comPort)) {
+            return static_cast<int>(ErrorNoSuchPort);
+        }
+        const auto line = SerialLine(config.comPort);
+        return line ? line->Check(config) : ErrorCut;
+    });
+}
+
+int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
+                              int asciiEncode) {
+    return Guarded([&] {
+        std::string storage;
+        std::string_view bytes;
+        if (const int error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
+            error != ErrorNone || bytes.empty()) {
+            return error;
+        }
+        if (!IsSerialName(config.comPort)) {
+            return static_cast<int>(ErrorNoSuchPort);
+        }
+        const auto line = SerialLine(config.comPort);
+        return line ? line->Send(config, bytes) : ErrorCut;
+    });
+}
+
+void CPortRegistry::DeleteTcp(const SNetPortConfig& record) {
+    if (record.netMode != NetModeTcpClient && record.netMode != NetModeTcpServer) {
+        return;
+    }
+    Guarded([&] {
+        std::shared_ptr<CNetPort> port;
+        {
+            const std::unique_lock lock(m_mutex);
+            const auto found = m_netPorts.find(EndPointOf(record));
+            if (found == m_netPorts.end() || !found->second->Release(record)) {
+                return 0;
+            }
+            port = std::move(found->second);
+            m_netPorts.erase(found);
+        }
+        port->Close();
+        return 0;
+    });
+}
+
+void CPortRegistry::DeleteAll() {
+    Guarded([&] {
+        NetPorts netPorts;
+        SerialLines serialLines;
+        {
+            const std::unique_lock lock(m_mutex);
+            netPorts.swap(m_netPorts);
+            serialLines.swap(m_serialLines);
+        }
+        for (const auto& [point, port] : netPorts) {
+            port->Close();
+        }
+        for (const auto& [name, line] : serialLines) {
+            line->Close();
+        }
+        return 0;
+    });
+}
+
+void CPortRegistry::Stop() {
+    {
+        const std::unique_lock lock(m_mutex);
+        if (m_stopped) {
+            return;
+        }
+        m_stopped = true;
+    }
+    DeleteAll();
+    m_work.reset();
+    m_io.stop();
+    m_thread.join();
+}
+
+std::shared_ptr<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
+    const SEndPointView point = EndPointOf(record);
+    {
+        const std::shared_lock lock(m_mutex);
+        if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
+            return found->second;
+        }
+    }
+    const std::unique_lock lock(m_mutex);
+    if (m_stopped) {
+        return nullptr;
+    }
+    if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
+        return found->second;
+    }
+    return m_netPorts.emplace(SEndPoint(point), MakeNetPort(record)).first->second;
+}
+
+std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& record) {
+    const SNetContext context{m_io, m_resolver, m_settings};
+    switch (record.netMode) {
+        case NetModeTcpClient:
+            return std::make_shared<CTcpClient>(context, record);
+        case NetModeTcpServer:
+            return std::make_shared<CTcpServer>(context, record);
+        case NetModeUdp:
+            break;
+    }
+    return std::make_shared<CUdpPort>(context, record);
+}
+
+std::shared_ptr<CSerialLine> CPortRegistry::SerialLine(const std::string& comPort) {
+    {
+        const std::shared_lock lock(m_mutex);
+        if (const auto found = m_serialLines.find(comPort); found != m_serialLines.end()) {
+            return found->second;
+        }
+    }
+    const std::unique_lock lock(m_mutex);
+    if (m_stopped) {
+        return nullptr;
+    }
+    auto& line = m_serialLines[comPort];
+    if (!line) {
+        line = std::make_shared<CSerialLine>(m_io, m_settings, comPort);
+    }
+    return line;
+}
+
+}  // namespace comm

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "libraries/comm/CommSettings.h"
+#include "libraries/comm/EndPoint.h"
+#include "libraries/comm/NameResolver.h"
+#include "libraries/comm/NetPort.h"
+#include "libraries/comm/SerialLine.h"
+#include "platform/PortRecords.h"
+
+#include <memory>
+#include <shared_mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <unordered_map>
+
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+
+namespace comm {
+
+/**
+ * All ports of the process, and the thread that their sockets and lines are watched on. What CComManager
+ * offers, with error numbers throughout. Any thread may call; nothing throws.
+ */
+class CPortRegistry {
+  public:
+    explicit CPortRegistry(const SCommSettings& settings);
+    ~CPortRegistry();
+    CPortRegistry(const CPortRegistry&) = delete;
+    CPortRegistry& operator=(const CPortRegistry&) = delete;
+
+    int OpenNet(const SNetPortConfig& record);
+    int SendNet(const SNetPortConfig& record, std::string_view content, bool isText, int asciiEncode);
+    int CheckSerial(const SSerialPortConfig& config);
+    int SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText, int asciiEncode);
+    void DeleteTcp(const SNetPortConfig& record);
+    void DeleteAll();
+
+    /** Ends the library: closes everything, and has calls under way and later ones end with ErrorCut. */
+    void Stop();
+
+  private:
+    using NetPorts = std::unordered_map<SEndPoint, std::shared_ptr<CNetPort>, SEndPointHash, SEndPointEqual>;
+    using SerialLines = std::unordered_map<std::string, std::shared_ptr<CSerialLine>>;
+
+    /** The port of a record, made when there is none; null after Stop. */
+    std::shared_ptr<CNetPort> NetPort(const SNetPortConfig& record);
+    std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
+    std::shared_ptr<CSerialLine> SerialLine(const std::string& comPort);
+    void Run();
+
+    const SCommSettings m_settings;
+    boost::asio::io_context m_io;
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> m_work;
+    CNameResolver m_resolver;
+    std::shared_mutex m_mutex;  ///< guards the members below; never held while a device is waited for
+    NetPorts m_netPorts;
+    SerialLines m_serialLines;
+    bool m_stopped = false;
+    std::thread m_thread;
+};
+
+}  // namespace comm

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <boost/asio/ip/tcp.hpp>
+
+namespace comm {
+
+/**
+ * Has the system look after a silent peer: keep-alive after 10 s of silence, every 3 s, 3 probes, and a bound
+ * of 10 s for data that nobody acknowledges, so that a peer that lost its power or its cable is noticed.
+ */
+void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_code& code);
+
+/** Lets a listener take a port whose earlier connections are still closing, but never one that is in use. */
+void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code);
+
+}  // namespace comm

@@ -1,0 +1,36 @@
+#include "libraries/comm/SocketOptions.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
+namespace comm {
+
+namespace {
+
+template <int Name>
+using TcpOption = boost::asio::detail::socket_option::integer<IPPROTO_TCP, Name>;
+
+}  // namespace
+
+void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_code& code) {
+    socket.set_option(boost::asio::socket_base::keep_alive(true), code);
+    if (!code) {
+        socket.set_option(TcpOption<TCP_KEEPIDLE>(10), code);
+    }
+    if (!code) {
+        socket.set_option(TcpOption<TCP_KEEPINTVL>(3), code);
+    }
+    if (!code) {
+        socket.set_option(TcpOption<TCP_KEEPCNT>(3), code);
+    }
+    if (!code) {
+        socket.set_option(TcpOption<TCP_USER_TIMEOUT>(10000), code);
+    }
+}
+
+void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code) {
+    acceptor.set_option(boost::asio::socket_base::reuse_address(true), code);
+}
+
+}  // namespace comm

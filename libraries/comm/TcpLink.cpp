@@ -1,0 +1,75 @@
+#include "libraries/comm/TcpLink.h"
+
+#include "libraries/comm/ErrorNumbers.h"
+#include "libraries/comm/SocketOptions.h"
+
+#include <array>
+
+#include <boost/asio/buffer.hpp>
+
+namespace comm {
+
+namespace {
+
+constexpr int g_sendBuffer = 64 * 1024;
+
+/** Reads in one go, so that a peer that never stops can't keep the thread. */
+constexpr int g_readsAtOnce = 16;
+
+bool IsNotNow(const boost::system::error_code& code) {
+    return code == boost::asio::error::would_block || code == boost::asio::error::try_again ||
+           code == boost::asio::error::interrupted;
+}
+
+}  // namespace
+
+int CTcpLink::Prepare() {
+    boost::system::error_code code;
+    m_socket.non_blocking(true, code);
+    if (!code) {
+        m_socket.set_option(boost::asio::ip::tcp::no_delay(true), code);
+    }
+    if (!code) {
+        m_socket.set_option(boost::asio::socket_base::send_buffer_size(g_sendBuffer), code);
+    }
+    if (!code) {
+        SetKeepAlive(m_socket, code);
+    }
+    return SocketError(code);
+}
+
+CTcpLink::EnPeer CTcpLink::Drain(int& error) {
+    std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
+    error = ErrorNone;
+    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
+        boost::system::error_code code;
+        m_socket.receive(boost::asio::buffer(dropped), 0, code);
+        if (IsNotNow(code)) {
+            return EnPeer::Alive;
+        }
+        if (code == boost::asio::error::eof) {
+            return EnPeer::Ended;
+        }
+        if (code) {
+            error = SocketError(code);
+            return EnPeer::Broken;
+        }
+    }
+    return EnPeer::Alive;
+}
+
+int CTcpLink::Write(std::string_view& rest) {
+    while (!rest.empty()) {
+        boost::system::error_code code;
+        rest.remove_prefix(m_socket.send(boost::asio::buffer(rest.data(), rest.size()), 0, code));
+        if (IsNotNow(code)) {
+            return ErrorNone;
+        }
+        if (code) {
+            return SocketError(code);
+        }
+    }
+    return ErrorNone;
+}
+
+}  // namespace comm

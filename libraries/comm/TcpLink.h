@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string_view>
+#include <utility>
+
+#include <boost/asio/ip/tcp.hpp>
+
+namespace comm {
+
+/** One end of a TCP connection. Knows no waiting: its owner does that, and guards it with its lock. */
+class CTcpLink {
+  public:
+    using Socket = boost::asio::ip::tcp::socket;
+
+    /** What reading showed of the peer. */
+    enum class EnPeer {
+        Alive,
+        Ended,   ///< it closed the connection
+        Broken,  ///< a reset, or the system gave the connection up
+    };
+
+    explicit CTcpLink(Socket socket) : m_socket(std::move(socket)) {}
+
+    /** Sets what every connection has: no delay, a send buffer of 64 KiB, keep-alive, calls that don't block.
+     */
+    int Prepare();
+
+    /** Reads and drops what the peer sent. @param error why it is broken, 0 otherwise */
+    EnPeer Drain(int& error);
+
+    /** Sends what the system takes at once, and takes it off rest. @return 0 or an error number */
+    int Write(std::string_view& rest);
+
+    /** Calls handler(), on the thread of the socket, when there is something to read. */
+    template <typename Handler>
+    void WhenReadable(Handler handler) {
+        When(Socket::wait_read, std::move(handler));
+    }
+
+    /** The same for when the system takes bytes again. */
+    template <typename Handler>
+    void WhenWritable(Handler handler) {
+        When(Socket::wait_write, std::move(handler));
+    }
+
+    Socket& GetSocket() { return m_socket; }
+
+  private:
+    template <typename Handler>
+    void When(Socket::wait_type what, Handler handler) {
+        m_socket.async_wait(what, [handler = std::move(handler)](const boost::system::error_code& code) {
+            if (code != boost::asio::error::operation_aborted) {
+                handler();
+            }
+        });
+    }
+
+    Socket m_socket;
+};
+
+}  // namespace comm

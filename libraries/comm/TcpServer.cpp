@@ -1,0 +1,282 @@
+#include "libraries/comm/TcpServer.h"
+
+#include "libraries/comm/EndPoint.h"
+#include "libraries/comm/SocketOptions.h"
+
+#include <algorithm>
+
+#include <boost/asio/ip/v6_only.hpp>
+
+namespace comm {
+
+using boost::asio::ip::tcp;
+
+CTcpServer::CTcpServer(const SNetContext& context, const SNetPortConfig& record)
+    : CNetPort(context, Describe(record)), m_record(record), m_acceptor(context.io), m_pause(context.io) {}
+
+int CTcpServer::Open(const SNetPortConfig& record) {
+    const Lock lock(m_mutex);
+    if (m_closed) {
+        return ErrorCut;
+    }
+    const int error = Listen();
+    if (error == ErrorNone) {
+        m_users.emplace(record.dstIpAddress, record.dstPort);
+    }
+    return error;
+}
+
+int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
+    const auto deadline = Deadline();
+    Addresses meant;
+    if (!IsAnyAddress(record.dstIpAddress)) {
+        Lock lock(m_mutex);
+        if (const int error = Resolve(lock, record.dstIpAddress, deadline, meant); error != ErrorNone) {
+            return error;
+        }
+    }
+    CTurn turn(*this, deadline);
+    if (turn.Error() != ErrorNone) {
+        return turn.Error();
+    }
+    m_users.emplace(record.dstIpAddress, record.dstPort);
+    if (const int error = Listen(); error != ErrorNone) {
+        return error;
+    }
+    std::set<std::uint64_t> targets = Targets(meant);
+    std::erase_if(targets, [this](std::uint64_t id) { return !Look(id); });
+    if (targets.empty()) {
+        return ErrorNotConnected;
+    }
+    return WriteToAll(turn.GetLock(), std::move(targets), bytes, deadline);
+}
+
+bool CTcpServer::Release(const SNetPortConfig& record) {
+    const Lock lock(m_mutex);
+    m_users.erase({record.dstIpAddress, record.dstPort});
+    return m_users.empty();
+}
+
+void CTcpServer::Close() {
+    const Lock lock(m_mutex);
+    m_closed = true;
+    boost::system::error_code ignored;  // closing fails only for what is closed already
+    m_acceptor.close(ignored);
+    m_pause.cancel();
+    m_peers.clear();
+    m_changed.notify_all();
+}
+
+int CTcpServer::Listen() {
+    if (m_acceptor.is_open()) {
+        return ErrorNone;
+    }
+    const int error = TryListen();
+    if (error != ErrorNone) {
+        boost::system::error_code ignored;  // what matters is the error of listening
+        m_acceptor.close(ignored);
+        m_log.Failed("can't listen", error);
+        return error;
+    }
+    m_log.Note("listening");
+    Accept();
+    return ErrorNone;
+}
+
+int CTcpServer::TryListen() {
+    if (!IsPort(m_record.port, true)) {
+        return ErrorNoAddress;
+    }
+    boost::system::error_code code;
+    tcp::endpoint local(tcp::v6(), static_cast<std::uint16_t>(m_record.port));
+    if (!IsAnyAddress(m_record.ipAddress)) {
+        local.address(boost::asio::ip::make_address(m_record.ipAddress, code));
+        if (code) {
+            return ErrorNoAddress;
+        }
+    }
+    m_acceptor.open(local.protocol(), code);
+    if (code && IsAnyAddress(m_record.ipAddress)) {
+        local = tcp::endpoint(tcp::v4(), local.port());  // a system without IPv6
+        m_acceptor.open(local.protocol(), code);
+    } else if (!code && local.protocol() == tcp::v6()) {
+        m_acceptor.set_option(boost::asio::ip::v6_only(!IsAnyAddress(m_record.ipAddress)), code);
+    }
+    if (!code) {
+        SetListenerReuse(m_acceptor, code);
+    }
+    if (!code) {
+        m_acceptor.bind(local, code);
+    }
+    if (!code) {
+        m_acceptor.listen(tcp::acceptor::max_listen_connections, code);
+    }
+    return SocketError(code);
+}
+
+void CTcpServer::Accept() {
+    m_acceptor.async_accept(
+        [self = shared_from_this(), this](const boost::system::error_code& code, tcp::socket socket) {
+            const Lock lock(m_mutex);
+            if (m_closed) {
+                return;
+            }
+            OnAccepted(code, socket);
+        });
+}
+
+void CTcpServer::OnAccepted(const boost::system::error_code& code, tcp::socket& socket) {
+    if (code && code != boost::asio::error::connection_aborted) {
+        m_log.Failed("can't accept a connection", SocketError(code));
+        AcceptLater();
+        return;
+    }
+    Accept();
+    if (code) {
+        return;
+    }
+    boost::system::error_code gone;
+    const auto from = Unmapped(socket.remote_endpoint(gone).address());
+    if (gone) {
+        return;
+    }
+    if (m_peers.size() >= m_context.settings.maxPeers) {
+        m_log.Failed("too many connections, closed that of " + from.to_string(), ErrorTooManySockets);
+        return;
+    }
+    const auto id = ++m_lastId;
+    SPeer& peer = m_peers.try_emplace(id, std::move(socket), from).first->second;
+    if (const int error = peer.link.Prepare(); error != ErrorNone) {
+        Forget(id, "can't set up the connection", error);
+        return;
+    }
+    m_log.Note(from.to_string() + " connected");
+    Watch(id, peer);
+}
+
+void CTcpServer::AcceptLater() {
+    m_pause.expires_after(m_context.settings.acceptPause);
+    m_pause.async_wait([self = shared_from_this(), this](const boost::system::error_code&) {
+        const Lock lock(m_mutex);
+        if (!m_closed) {
+            Accept();
+        }
+    });
+}
+
+void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
+    peer.link.WhenReadable([self = shared_from_this(), this, id] {
+        const Lock lock(m_mutex);
+        if (m_peers.contains(id) && Look(id)) {
+            Watch(id, m_peers.at(id));
+        }
+    });
+}
+
+bool CTcpServer::Look(std::uint64_t id) {
+    int error = ErrorNone;
+    switch (m_peers.at(id).link.Drain(error)) {
+        case CTcpLink::EnPeer::Alive:
+            return true;
+        case CTcpLink::EnPeer::Ended:
+            Forget(id, "closed the connection", ErrorNone);
+            break;
+        case CTcpLink::EnPeer::Broken:
+            Forget(id, "connection lost", error);
+            break;
+    }
+    return false;
+}
+
+void CTcpServer::Forget(std::uint64_t id, std::string_view why, int error) {
+    std::string text = m_peers.at(id).address.to_string() + ": ";
+    text += why;
+    if (error != ErrorNone) {
+        text += ", error " + std::to_string(error);
+    }
+    m_peers.erase(id);
+    m_log.Note(text);
+    m_changed.notify_all();
+}
+
+std::set<std::uint64_t> CTcpServer::Targets(const Addresses& meant) const {
+    std::set<std::uint64_t> targets;
+    for (const auto& [id, peer] : m_peers) {
+        if (meant.empty() || std::find(meant.begin(), meant.end(), peer.address) != meant.end()) {
+            targets.insert(id);
+        }
+    }
+    return targets;
+}
+
+int CTcpServer::WriteToAll(Lock& lock, std::set<std::uint64_t> targets, std::string_view bytes,
+                           Clock::time_point deadline) {
+    for (const auto id : targets) {
+        m_peers.at(id).rest = bytes;
+        m_peers.at(id).writable = true;
+    }
+    int lastError = ErrorNone;
+    int served = WriteOn(targets, lastError);
+    while (!targets.empty()) {
+        const int error = WaitUntil(lock, deadline, [&] { return AnyWritable(targets); });
+        if (error == ErrorCut) {
+            return error;
+        }
+        if (error == ErrorTimedOut) {
+            for (const auto id : targets) {
+                Forget(id, "takes no more data, connection closed", error);
+            }
+            lastError = error;
+            break;
+        }
+        served += WriteOn(targets, lastError);
+    }
+    return served > 0 ? ErrorNone : lastError;
+}
+
+int CTcpServer::WriteOn(std::set<std::uint64_t>& laggards, int& lastError) {
+    int served = 0;
+    for (auto at = laggards.begin(); at != laggards.end();) {
+        const auto id = *at;
+        const auto found = m_peers.find(id);
+        if (found == m_peers.end()) {
+            lastError = ErrorReset;  // it went while it was waited for
+            at = laggards.erase(at);
+            continue;
+        }
+        SPeer& peer = found->second;
+        if (!peer.writable) {
+            ++at;
+            continue;
+        }
+        const int error = peer.link.Write(peer.rest);
+        if (error != ErrorNone) {
+            lastError = error;
+            Forget(id, "connection lost", error);
+            at = laggards.erase(at);
+        } else if (peer.rest.empty()) {
+            ++served;
+            at = laggards.erase(at);
+        } else {
+            peer.writable = false;
+            peer.link.WhenWritable([self = shared_from_this(), this, id] {
+                const Lock lock(m_mutex);
+                if (const auto waiting = m_peers.find(id); waiting != m_peers.end()) {
+                    waiting->second.writable = true;
+                    m_changed.notify_all();
+                }
+            });
+            ++at;
+        }
+    }
+    return served;
+}
+
+bool CTcpServer::AnyWritable(const std::set<std::uint64_t>& laggards) const {
+    return std::any_of(laggards.begin(), laggards.end(), [this](std::uint64_t id) {
+        const auto peer = m_peers.find(id);
+        return peer == m_peers.end() || peer->second.writable;
+    });
+}
+
+}  // namespace comm

@@ -1,0 +1,166 @@
+#include "libraries/comm/UdpPort.h"
+
+#include "libraries/comm/EndPoint.h"
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/ip/multicast.hpp>
+#include <boost/asio/ip/v6_only.hpp>
+
+namespace comm {
+
+namespace {
+
+/** What fits into one datagram over IPv4: 65,535 bytes without the two headers (RFC 791, RFC 768). */
+constexpr std::size_t g_longestDatagram = 65507;
+
+constexpr int g_readsAtOnce = 64;
+
+}  // namespace
+
+CUdpPort::CUdpPort(const SNetContext& context, const SNetPortConfig& record)
+    : CNetPort(context, Describe(record)), m_record(record) {}
+
+int CUdpPort::Open(const SNetPortConfig& record) {
+    boost::system::error_code notLiteral;
+    auto address = boost::asio::ip::make_address(record.dstIpAddress, notLiteral);
+    if (notLiteral && !IsAnyAddress(record.ipAddress)) {
+        address = boost::asio::ip::make_address(record.ipAddress, notLiteral);
+    }
+    const Lock lock(m_mutex);
+    return m_closed ? ErrorCut : Bind(!notLiteral && address.is_v6());
+}
+
+int CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+    if (bytes.size() > g_longestDatagram) {
+        return ErrorTooLong;
+    }
+    if (!IsPort(record.dstPort, false)) {
+        return ErrorNoAddress;
+    }
+    const auto deadline = Deadline();
+    std::vector<boost::asio::ip::address> addresses;
+    {
+        Lock lock(m_mutex);
+        if (const int error = Resolve(lock, record.dstIpAddress, deadline, addresses); error != ErrorNone) {
+            return error;
+        }
+    }
+    CTurn turn(*this, deadline);
+    if (turn.Error() != ErrorNone) {
+        return turn.Error();
+    }
+    const Udp::endpoint destination(addresses.front(), static_cast<std::uint16_t>(record.dstPort));
+    if (const int error = Bind(destination.address().is_v6()); error != ErrorNone) {
+        return error;
+    }
+    const int error = SendTo(turn.GetLock(), destination, bytes, deadline);
+    if (error != ErrorNone && error != ErrorCut) {
+        m_log.Failed("can't send to " + record.dstIpAddress, error);
+    }
+    return error;
+}
+
+void CUdpPort::Close() {
+    const Lock lock(m_mutex);
+    m_closed = true;
+    m_sockets = {};
+    m_changed.notify_all();
+}
+
+int CUdpPort::Bind(bool v6) {
+    auto& slot = m_sockets.at(v6 ? 1 : 0);
+    if (slot) {
+        return ErrorNone;
+    }
+    auto socket = std::make_unique<Udp::socket>(m_context.io);
+    if (const int error = TryBind(*socket, v6); error != ErrorNone) {
+        m_log.Failed("can't bind", error);
+        return error;
+    }
+    slot = std::move(socket);
+    m_log.Note("bound");
+    Watch(v6);
+    return ErrorNone;
+}
+
+int CUdpPort::TryBind(Udp::socket& socket, bool v6) const {
+    if (!IsPort(m_record.port, true)) {
+        return ErrorNoAddress;
+    }
+    boost::system::error_code code;
+    Udp::endpoint local(v6 ? Udp::v6() : Udp::v4(), static_cast<std::uint16_t>(m_record.port));
+    if (!IsAnyAddress(m_record.ipAddress)) {
+        local.address(boost::asio::ip::make_address(m_record.ipAddress, code));
+        if (code || local.address().is_v6() != v6) {
+            return ErrorNoAddress;
+        }
+    }
+    socket.open(local.protocol(), code);
+    if (!code) {
+        socket.non_blocking(true, code);
+    }
+    if (!code) {
+        socket.set_option(boost::asio::socket_base::broadcast(true), code);
+    }
+    if (!code && v6) {
+        socket.set_option(boost::asio::ip::v6_only(true), code);
+    }
+    if (!code && !v6 && !IsAnyAddress(m_record.ipAddress)) {
+        // Multicast leaves by the interface that the record names.
+        socket.set_option(boost::asio::ip::multicast::outbound_interface(local.address().to_v4()), code);
+    }
+    if (!code) {
+        socket.bind(local, code);
+    }
+    return SocketError(code);
+}
+
+int CUdpPort::SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                     Clock::time_point deadline) {
+    const bool v6 = destination.address().is_v6();
+    for (;;) {
+        const auto& socket = m_sockets.at(v6 ? 1 : 0);
+        boost::system::error_code code;
+        socket->send_to(boost::asio::buffer(bytes.data(), bytes.size()), destination, 0, code);
+        if (code != boost::asio::error::would_block && code != boost::asio::error::interrupted) {
+            return SocketError(code);
+        }
+        m_writable = false;
+        socket->async_wait(Udp::socket::wait_write,
+                           [self = shared_from_this(), this](const boost::system::error_code&) {
+                               const Lock writable(m_mutex);
+                               m_writable = true;
+                               m_changed.notify_all();
+                           });
+        if (const int error = WaitUntil(lock, deadline, [this] { return m_writable; }); error != ErrorNone) {
+            return error;
+        }
+    }
+}
+
+void CUdpPort::Watch(bool v6) {
+    m_sockets.at(v6 ? 1 : 0)
+        ->async_wait(Udp::socket::wait_read,
+                     [self = shared_from_this(), this, v6](const boost::system::error_code& code) {
+                         const Lock lock(m_mutex);
+                         if (m_closed || code == boost::asio::error::operation_aborted) {
+                             return;
+                         }
+                         Drain(*m_sockets.at(v6 ? 1 : 0));
+                         Watch(v6);
+                     });
+}
+
+void CUdpPort::Drain(Udp::socket& socket) {
+    std::array<char, 64>
+        dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): the rest of a datagram goes too
+    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
+        boost::system::error_code code;
+        socket.receive(boost::asio::buffer(dropped), 0, code);
+        if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {
+            return;
+        }
+    }
+}
+
+}  // namespace comm
