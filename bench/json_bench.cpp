@@ -24,6 +24,7 @@ Store* g_store = nullptr;
 const json& Interactions() {
     static const json document = [] {
         std::vector<support::Command> commands;
+        commands.reserve(kComponents * kCommandsEach);
         for (int id = 0; id < kComponents * kCommandsEach; ++id) {
             commands.push_back({id / kCommandsEach, "click", 1 + id % 50, true, "Set " + std::to_string(id),
                                 "SET " + std::to_string(id) + "\r\n", 0});
@@ -51,7 +52,7 @@ const json& Layout() {
 
 void CommandMapOf20000(benchmark::State& state) {
     const json& document = Interactions().at("componentInteractionInfo");
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         CmdMap map;
         BuildCmdMap(document, map);
         benchmark::DoNotOptimize(map);
@@ -61,14 +62,14 @@ void CommandMapOf20000(benchmark::State& state) {
 void GetCommands(benchmark::State& state) {
     g_store->SetComponentConfig(Interactions());
     std::int32_t id = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(g_store->GetCommands(id++ % kComponents, "click"));
     }
 }
 
 void DepthScanOf10MB(benchmark::State& state) {
     const std::string text = Layout().dump();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(IsNestedTooDeep(text));
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
@@ -76,21 +77,21 @@ void DepthScanOf10MB(benchmark::State& state) {
 
 void ParseOf10MB(benchmark::State& state) {
     const std::string text = Layout().dump();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(json::parse(text));
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
 void CopyOf10MB(benchmark::State& state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         json copy = Layout();
         benchmark::DoNotOptimize(copy);
     }
 }
 
 void SerialisingOf10MB(benchmark::State& state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(Layout().dump());
     }
 }
