@@ -1,0 +1,192 @@
+#include "libraries/http/src/EventThreads.h"
+
+#include "platform/RavLog.h"
+
+#include <algorithm>
+#include <exception>
+
+#include <boost/asio/post.hpp>
+
+namespace hv::internal {
+
+namespace {
+
+constexpr EventThreads::Time g_tick{1};
+constexpr int g_quietTicks = 100;
+constexpr EventThreads::Time g_endOfIdleThreads{1000};
+
+// The task whose end the former leader has to tell: it lost the loop while it was inside.
+thread_local std::shared_ptr<BlockingTask> t_finishedLate;
+
+}  // namespace
+
+EventThreads::EventThreads(std::size_t tasks)
+    : m_tasks(std::max<std::size_t>(tasks, 1)), m_guard(boost::asio::make_work_guard(m_context)) {}
+
+EventThreads::~EventThreads() {
+    for (auto& seat : m_seats) {
+        if (seat->thread.joinable()) {
+            seat->thread.detach();
+        }
+    }
+}
+
+void EventThreads::Start(const std::shared_ptr<void>& owner) {
+    const std::lock_guard lock(m_mutex);
+    for (std::size_t i = 0; i <= m_tasks; ++i) {
+        Seat& seat = *m_seats.emplace_back(std::make_unique<Seat>());
+        seat.thread = std::thread([this, owner, &seat, leads = i == 0] { Main(seat, leads); });
+        ++m_alive;
+    }
+}
+
+void EventThreads::Main(Seat& seat, bool leads) {
+    if (leads) {
+        Lead();
+    }
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_spareWake.wait(lock, [&] { return m_over || !m_watched; });
+        if (m_over) {
+            break;
+        }
+        m_watched = true;
+        const bool leadsNow = Watch(lock);
+        m_watched = false;
+        m_spareWake.notify_one();
+        if (leadsNow) {
+            lock.unlock();
+            Lead();
+            lock.lock();
+        }
+    }
+    seat.ended = true;
+    --m_alive;
+    m_endedWake.notify_all();
+}
+
+void EventThreads::Lead() {
+    while (!t_finishedLate) {
+        try {
+            if (m_context.run_one() == 0) {
+                Finish();
+                return;
+            }
+        } catch (const std::exception& error) {
+            RavLog::WriteSystemLog(RavLog::Error, "HttpServer", error.what());
+        }
+    }
+    WorkOff(std::exchange(t_finishedLate, nullptr));
+}
+
+bool EventThreads::Watch(std::unique_lock<std::mutex>& lock) {
+    std::uint64_t seen = m_turn.load();
+    int quiet = 0;
+    while (!m_over) {
+        if (quiet < g_quietTicks) {
+            m_watchWake.wait_for(lock, g_tick);
+        } else {
+            m_watcherSleeps.store(true);
+            m_watchWake.wait(lock, [&] { return m_over || !m_watcherSleeps || m_turn.load() != seen; });
+            m_watcherSleeps.store(false);
+            quiet = 0;
+        }
+        const std::uint64_t now = m_turn.load();
+        if (now != seen) {
+            seen = now;
+            quiet = 0;
+        } else if ((now & 1) == 0) {
+            ++quiet;
+        } else if (m_turn.compare_exchange_strong(seen, now + 1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void EventThreads::WakeWatcher() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_watcherSleeps.store(false);
+    }
+    m_watchWake.notify_one();
+}
+
+void EventThreads::Execute(std::shared_ptr<BlockingTask> task) {
+    if (m_running.load() >= m_tasks) {
+        const std::lock_guard lock(m_mutex);
+        if (m_running.load() >= m_tasks) {
+            m_waiting.push_back(std::move(task));
+            return;
+        }
+    }
+    m_running.fetch_add(1);
+    const std::uint64_t turn = m_turn.load() + 2;
+    m_turn.store(turn | 1);
+    if (m_watcherSleeps.load()) {
+        WakeWatcher();
+    }
+    task->Run();
+    std::uint64_t expected = turn | 1;
+    if (m_turn.compare_exchange_strong(expected, turn)) {
+        m_running.fetch_sub(1);
+        task->Done();
+    } else {
+        t_finishedLate = std::move(task);
+    }
+}
+
+// A thread without the loop: tells the end of its task and takes the next one that waits. Its own event is
+// left behind here, so that the loop is woken by what it posts.
+void EventThreads::WorkOff(std::shared_ptr<BlockingTask> finished) {
+    PostDone(std::move(finished));
+    while (auto task = TakeWaiting()) {
+        task->Run();
+        PostDone(std::move(task));
+    }
+}
+
+std::shared_ptr<BlockingTask> EventThreads::TakeWaiting() {
+    const std::lock_guard lock(m_mutex);
+    if (m_waiting.empty() || m_over) {
+        m_running.fetch_sub(1);
+        return nullptr;
+    }
+    auto task = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return task;
+}
+
+void EventThreads::PostDone(std::shared_ptr<BlockingTask> task) {
+    boost::asio::post(m_context, [task = std::move(task)] { task->Done(); });
+}
+
+void EventThreads::Finish() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_over = true;
+    }
+    m_context.stop();
+    m_watchWake.notify_all();
+    m_spareWake.notify_all();
+}
+
+bool EventThreads::Join(Time grace) {
+    std::unique_lock lock(m_mutex);
+    if (!m_endedWake.wait_for(lock, grace, [&] { return m_alive == 0; })) {
+        lock.unlock();
+        Finish();
+        lock.lock();
+        m_endedWake.wait_for(lock, g_endOfIdleThreads, [&] { return m_alive <= m_running.load(); });
+    }
+    const bool all = m_alive == 0;
+    for (auto& seat : m_seats) {
+        const bool ended = seat->ended;
+        lock.unlock();
+        ended ? seat->thread.join() : seat->thread.detach();
+        lock.lock();
+    }
+    return all;
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace hv::internal {
+
+/** An open regular file; closed at the end of its life. One thread at a time. */
+class FileHandle {
+  public:
+    FileHandle() = default;
+    FileHandle(std::intptr_t native, std::uint64_t size, std::int64_t modified)
+        : m_native(native), m_size(size), m_modified(modified) {}
+    FileHandle(FileHandle&& other) noexcept { *this = std::move(other); }
+    FileHandle& operator=(FileHandle&& other) noexcept {
+        std::swap(m_native, other.m_native);
+        std::swap(m_size, other.m_size);
+        std::swap(m_modified, other.m_modified);
+        return *this;
+    }
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle();
+
+    explicit operator bool() const { return m_native != g_none; }
+
+    std::uint64_t Size() const { return m_size; }         ///< bytes, when it was opened
+    std::int64_t Modified() const { return m_modified; }  ///< nanoseconds since 1970
+
+    /** Reads at an offset. @return bytes read, 0 at the end, negative on an error */
+    std::ptrdiff_t Read(std::uint64_t offset, char* to, std::size_t size) const;
+
+  private:
+    static constexpr std::intptr_t g_none = -1;
+
+    std::intptr_t m_native = g_none;
+    std::uint64_t m_size = 0;
+    std::int64_t m_modified = 0;
+};
+
+/** Opens a file for reading. An empty handle when there is none, it is no regular file or can't be read. */
+FileHandle OpenFile(const std::string& path);
+
+/**
+ * Opens a file below a folder and never one outside of it, wherever links lead.
+ * @param relative  plain names separated by "/"; no "..", no leading "/"
+ */
+FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative);
+
+}  // namespace hv::internal

@@ -1,0 +1,329 @@
+// Reading side of a connection: from the socket to the handler.
+#include "libraries/http/src/HttpConnection.h"
+
+#include "libraries/http/src/OriginRule.h"
+#include "libraries/http/src/Text.h"
+#include "libraries/http/src/WebSocketConnection.h"
+
+#include <exception>
+
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+
+namespace hv::internal {
+
+namespace asio = boost::asio;
+using boost::system::error_code;
+
+namespace {
+
+constexpr std::string_view g_continue = "HTTP/1.1 100 Continue\r\n\r\n";
+constexpr std::size_t g_logText = 200;
+constexpr std::size_t g_keptCapacity = 4096;
+
+std::string Shown(std::string_view text) {
+    std::string shown(text.substr(0, g_logText));
+    for (char& c : shown) {
+        c = static_cast<unsigned char>(c) < 0x20 ? '?' : c;
+    }
+    return shown;
+}
+
+}  // namespace
+
+HttpConnection::HttpConnection(Server& server, Socket socket, const asio::ip::tcp::endpoint& peer)
+    : ServerConnection(server),
+      m_socket(std::move(socket)),
+      m_peer(peer),
+      m_peerIp(peer.address().to_string()) {}
+
+void HttpConnection::Start() {
+    m_deadline = Clock::now() + m_server.Bounds().headerWait;
+    WaitForInput();
+}
+
+void HttpConnection::Close() {
+    if (IsDone()) {
+        return;
+    }
+    m_phase = Phase::Closed;
+    error_code ignored;
+    m_socket.close(ignored);
+    m_exchange.reset();
+    Leave();
+}
+
+void HttpConnection::Stop() {
+    if (m_phase != Phase::Handling) {
+        Close();
+    }
+}
+
+bool HttpConnection::IsExpendable() const {
+    return m_phase == Phase::Idle || m_phase == Phase::Header || m_phase == Phase::Draining;
+}
+
+void HttpConnection::WaitForInput() {
+    m_socket.async_wait(asio::socket_base::wait_read, [self = shared_from_this()](const error_code& error) {
+        if (!error && !self->IsDone()) {
+            self->OnReadable();
+        }
+    });
+}
+
+void HttpConnection::OnReadable() {
+    std::string_view input;
+    if (!Receive(input)) {
+        return;
+    }
+    if (m_phase == Phase::Draining) {
+        m_kept.clear();
+        WaitForInput();
+        return;
+    }
+    Process(input);
+}
+
+bool HttpConnection::Receive(std::string_view& input) {
+    auto& scratch = m_server.Scratch();
+    error_code error;
+    std::size_t wanted = scratch.size();
+    if (m_server.WebSockets() != nullptr) {
+        // What follows the upgrade request is left for the WebSocket stream.
+        const std::size_t offered =
+            m_socket.receive(asio::buffer(scratch), asio::socket_base::message_peek, error);
+        const std::string all = m_kept + std::string(scratch.data(), error ? 0 : offered);
+        const std::size_t end = all.find("\r\n\r\n");
+        wanted =
+            end == std::string::npos || end + 4 <= m_kept.size() ? scratch.size() : end + 4 - m_kept.size();
+    }
+    const std::size_t got = error ? 0 : m_socket.read_some(asio::buffer(scratch.data(), wanted), error);
+    if (error == asio::error::would_block || error == asio::error::try_again) {
+        WaitForInput();
+        return false;
+    }
+    if (error) {
+        Close();
+        return false;
+    }
+    input = {scratch.data(), got};
+    if (!m_kept.empty()) {
+        m_kept.append(input);
+        input = m_kept;
+    }
+    return true;
+}
+
+// The input is what has been kept, or came from the socket while nothing was kept.
+void HttpConnection::Keep(std::string_view rest) {
+    if (!m_kept.empty()) {
+        m_kept.erase(0, m_kept.size() - rest.size());
+    } else {
+        m_kept.assign(rest);
+    }
+    if (m_kept.empty() && m_kept.capacity() > g_keptCapacity) {
+        std::string().swap(m_kept);
+    }
+}
+
+void HttpConnection::ProcessKept() {
+    if (!IsDone()) {
+        Process(m_kept);
+    }
+}
+
+void HttpConnection::Process(std::string_view input) {
+    if (!m_exchange) {
+        while (input.starts_with('\r') || input.starts_with('\n')) {
+            input.remove_prefix(1);  // RFC 9112, 2.2
+        }
+        if (input.empty()) {
+            Keep(input);
+            WaitForInput();
+            return;
+        }
+        m_exchange = std::make_unique<Exchange>(m_server.Bounds());
+        if (m_phase == Phase::Idle) {
+            m_deadline = Clock::now() + m_server.Bounds().headerWait;
+        }
+        m_phase = Phase::Header;
+    }
+    for (;;) {
+        switch (m_exchange->reader.Put(input)) {
+            case RequestReader::State::NeedMore:
+                Keep(input);
+                if (m_phase == Phase::Body) {
+                    m_deadline = Clock::now() + m_server.Bounds().bodyStall;
+                }
+                WaitForInput();
+                return;
+            case RequestReader::State::Header:
+                if (!OnHeader()) {
+                    return;
+                }
+                break;
+            case RequestReader::State::Failed:
+                Refuse(m_exchange->reader.FailStatus());
+                return;
+            case RequestReader::State::Done:
+                Keep(input);
+                Dispatch();
+                return;
+        }
+    }
+}
+
+// The header of a request whose body is outstanding: what needs no body is answered at once when the client
+// waits for leave to send it.
+bool HttpConnection::OnHeader() {
+    m_phase = Phase::Body;
+    m_deadline = Clock::now() + m_server.Bounds().bodyStall;
+    if (m_server.WebSockets() != nullptr) {
+        Refuse(400);
+        return false;
+    }
+    Decide();
+    RequestReader& reader = m_exchange->reader;
+    if (m_exchange->handler == nullptr) {
+        reader.DiscardBody();
+        if (reader.ExpectsContinue()) {
+            m_keepAlive = false;
+            Reply();
+            return false;
+        }
+    } else if (reader.ExpectsContinue()) {
+        error_code error;
+        if (m_socket.write_some(asio::buffer(g_continue), error) != g_continue.size()) {
+            Close();
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string_view HttpConnection::Path() const {
+    const std::string_view target = m_exchange->request->path;
+    return target.substr(0, target.find('?'));
+}
+
+// Looks up who answers: a handler, or a reply that stands already.
+void HttpConnection::Decide() {
+    if (std::exchange(m_exchange->decided, true)) {
+        return;
+    }
+    HttpRequest& request = *m_exchange->request;
+    HttpResponse& response = m_exchange->response;
+    request.client_addr = {m_peerIp, m_peer.port()};
+    if (request.method == HTTP_POST && IsForeign()) {
+        return;
+    }
+    RouteMatch match = m_server.Routes().Find(request.method, Path(), request.query_params);
+    m_exchange->handler = match.handler;
+    if (match.handler != nullptr) {
+        if (const std::size_t query = request.path.find('?'); query != std::string::npos) {
+            ReadQuery(std::string_view(request.path).substr(query + 1), request.query_params);
+        }
+    } else if (match.known) {
+        response.status_code = static_cast<http_status>(405);
+        response.SetHeader("Allow", match.allow);
+    } else if (!m_server.Files().Answer(request, Path(), response, m_exchange->file)) {
+        response.status_code = HTTP_STATUS_NOT_FOUND;
+    }
+}
+
+bool HttpConnection::IsForeign() {
+    const HttpRequest& request = *m_exchange->request;
+    if (!IsFromElsewhere(request)) {
+        return false;
+    }
+    ReportError("Refused " + Shown(request.path) + " from " + m_peerIp + " for a page of " +
+                Shown(request.GetHeader("Origin")));
+    m_exchange->response.status_code = static_cast<http_status>(403);
+    return true;
+}
+
+void HttpConnection::Dispatch() {
+    m_keepAlive = m_keepAlive && m_exchange->reader.keep_alive() && !m_server.IsStopping();
+    if (m_server.WebSockets() != nullptr) {
+        Upgrade();
+        return;
+    }
+    Decide();
+    if (m_exchange->handler == nullptr) {
+        Reply();
+        return;
+    }
+    m_phase = Phase::Handling;
+    m_deadline = Clock::time_point::max();
+    m_server.Threads().Execute(shared_from_this());
+}
+
+void HttpConnection::Upgrade() {
+    HttpRequest& request = *m_exchange->request;
+    request.client_addr = {m_peerIp, m_peer.port()};
+    m_keepAlive = false;
+    const bool asks = request.method == HTTP_GET && !m_exchange->reader.IsHttp10() &&
+                      m_exchange->reader.upgrade() &&
+                      EqualsCaseless(request.GetHeader("Upgrade"), "websocket");
+    if (!asks) {
+        m_exchange->response.status_code = static_cast<http_status>(426);
+        m_exchange->response.SetHeader("Upgrade", "websocket");
+        Reply();
+        return;
+    }
+    if (IsForeign()) {
+        Reply();
+        return;
+    }
+    m_phase = Phase::Closed;
+    std::make_shared<WebSocketConnection>(m_server, std::move(m_socket), m_peer, m_exchange->request)
+        ->Start();
+    m_exchange.reset();
+    Leave();
+}
+
+void HttpConnection::Run() noexcept {
+    try {
+        if (m_server.IsStopping()) {
+            m_exchange->written = Written::Failed;
+            return;
+        }
+        CallHandler();
+        PrepareReply();
+        m_exchange->written = m_server.IsGone() ? Written::Failed : Write();
+    } catch (const std::exception&) {
+        m_exchange->written = Written::Failed;
+    }
+}
+
+void HttpConnection::CallHandler() {
+    HttpResponse& response = m_exchange->response;
+    std::string failure;
+    try {
+        const int status = (*m_exchange->handler)(m_exchange->request.get(), &response);
+        if (status >= 200 && status <= 999) {
+            response.status_code = static_cast<http_status>(status);
+        }
+        return;
+    } catch (const std::exception& error) {
+        failure = error.what();
+    } catch (...) {
+        failure = "unknown exception";
+    }
+    ReportError("The handler of " + Shown(m_exchange->request->path) + " failed: " + Shown(failure));
+    response.headers.clear();
+    response.body.clear();
+    response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
+}
+
+void HttpConnection::Done() {
+    m_lastUse = Clock::now();
+    if (m_server.IsStopping()) {
+        m_phase = Phase::Writing;
+        Close();
+    } else {
+        Continue(m_exchange->written);
+    }
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "libraries/http/src/RequestReader.h"
+#include "libraries/http/src/Server.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <boost/asio/ip/tcp.hpp>
+#include <hv/HttpMessage.h>
+
+namespace hv::internal {
+
+/**
+ * A connection that speaks HTTP: reads requests, has them answered, writes the replies, in order. On a
+ * WebSocket server it reads the upgrade request and hands the socket on. It holds no buffers while it waits
+ * for a request.
+ */
+class HttpConnection final : public ServerConnection,
+                             public BlockingTask,
+                             public std::enable_shared_from_this<HttpConnection> {
+  public:
+    HttpConnection(Server& server, Socket socket, const boost::asio::ip::tcp::endpoint& peer);
+
+    /** Begins to read. */
+    void Start();
+
+    void Close() override;
+    void Stop() override;
+    bool IsExpendable() const override;
+
+    void Run() noexcept override;
+    void Done() override;
+
+  private:
+    enum class Phase { Idle, Header, Body, Handling, Writing, Draining, Closed };
+    enum class Written { All, Blocked, Failed };
+
+    /** All about one request and its reply; there is none between requests. */
+    struct Exchange {
+        explicit Exchange(const Limits& limits) : reader(*request, limits) {}
+
+        std::shared_ptr<HttpRequest> request = std::make_shared<HttpRequest>();
+        HttpResponse response;
+        RequestReader reader;
+        bool decided = false;
+        const http_sync_handler* handler = nullptr;
+        FilePart file;
+        Written written = Written::Blocked;  // what became of the handler's reply so far
+    };
+
+    void WaitForInput();
+    void OnReadable();
+    bool Receive(std::string_view& input);
+    void Process(std::string_view input);
+    void ProcessKept();
+    void Keep(std::string_view rest);
+    bool OnHeader();
+    void Decide();
+    bool IsForeign();
+    void Dispatch();
+    void Upgrade();
+    void CallHandler();
+    void Refuse(int status);
+    void Reply();
+    void PrepareReply();
+    Written Write();
+    void Continue(Written written);
+    void WaitForOutput();
+    bool NextFilePart();
+    void FinishReply();
+    void Drain();
+    std::string_view Path() const;
+    bool IsDone() const { return m_phase == Phase::Closed; }
+
+    Socket m_socket;
+    const boost::asio::ip::tcp::endpoint m_peer;
+    const std::string m_peerIp;
+    Phase m_phase = Phase::Header;
+    bool m_keepAlive = true;
+    std::string m_kept;  // received, not yet understood
+    std::string m_head;  // of the reply
+    std::size_t m_sent = 0;
+    std::unique_ptr<Exchange> m_exchange;
+};
+
+}  // namespace hv::internal

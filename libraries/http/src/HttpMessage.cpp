@@ -1,0 +1,71 @@
+#include "libraries/http/src/ContentTypes.h"
+#include "libraries/http/src/FileAccess.h"
+#include "libraries/http/src/Text.h"
+
+#include <algorithm>
+
+#include <hv/HttpMessage.h>
+
+namespace hv {
+
+bool StringCaseLess::operator()(std::string_view left, std::string_view right) const {
+    return std::lexicographical_compare(
+        left.begin(), left.end(), right.begin(), right.end(),
+        [](char a, char b) { return internal::LowerCase(a) < internal::LowerCase(b); });
+}
+
+}  // namespace hv
+
+void HttpMessage::SetHeader(const char* key, const std::string& value) {
+    std::string& stored = headers[key];
+    stored = value;
+    std::replace_if(
+        stored.begin(), stored.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; }, ' ');
+}
+
+std::string HttpMessage::GetHeader(const char* key, const std::string& defvalue) const {
+    const auto found = headers.find(std::string_view(key));
+    return found == headers.end() ? defvalue : found->second;
+}
+
+void HttpMessage::SetBody(const std::string& text) {
+    body = text;
+}
+
+void HttpMessage::SetContentType(const char* type) {
+    SetHeader("Content-Type", type);
+}
+
+void HttpMessage::SetContentType(http_content_type type) {
+    SetContentType(http_content_type_str(type));
+}
+
+std::string HttpRequest::GetParam(const char* key, const std::string& defvalue) const {
+    const auto found = query_params.find(key);
+    return found == query_params.end() ? defvalue : found->second;
+}
+
+int HttpResponse::File(const char* filepath) {
+    const auto file = hv::internal::OpenFile(filepath);
+    if (!file) {
+        return HTTP_STATUS_NOT_FOUND;
+    }
+    body.resize(static_cast<std::size_t>(file.Size()));
+    std::size_t have = 0;
+    while (have < body.size()) {
+        const std::ptrdiff_t got = file.Read(have, body.data() + have, body.size() - have);
+        if (got < 0) {
+            body.clear();
+            return HTTP_STATUS_NOT_FOUND;
+        }
+        if (got == 0) {
+            break;
+        }
+        have += static_cast<std::size_t>(got);
+    }
+    body.resize(have);
+    if (headers.find(std::string_view("Content-Type")) == headers.end()) {
+        SetContentType(hv::internal::ContentTypeOfFile(filepath).c_str());
+    }
+    return HTTP_STATUS_OK;
+}

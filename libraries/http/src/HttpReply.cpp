@@ -1,0 +1,165 @@
+// Writing side of a connection: from the reply to the socket.
+#include "libraries/http/src/HttpConnection.h"
+#include "libraries/http/src/ReplyHead.h"
+
+#include <array>
+
+#include <boost/asio/post.hpp>
+
+namespace hv::internal {
+
+namespace asio = boost::asio;
+using boost::system::error_code;
+
+namespace {
+
+constexpr int g_filePartsPerEvent = 4;
+constexpr std::size_t g_headCapacity = 4096;
+
+}  // namespace
+
+void HttpConnection::Refuse(int status) {
+    m_keepAlive = false;
+    m_exchange->response = HttpResponse();
+    m_exchange->response.status_code = static_cast<http_status>(status);
+    Reply();
+}
+
+void HttpConnection::Reply() {
+    m_phase = Phase::Writing;
+    m_deadline = Clock::now() + m_server.Bounds().writeStall;
+    PrepareReply();
+    Continue(Write());
+}
+
+void HttpConnection::PrepareReply() {
+    HttpResponse& response = m_exchange->response;
+    FilePart& part = m_exchange->file;
+    ReplyFrame frame;
+    frame.contentLength = part.file ? part.length : response.body.size();
+    if (m_exchange->request->method == HTTP_HEAD || !MayHaveBody(response.status_code)) {
+        response.body.clear();
+        part.length = 0;
+    }
+    if (part.length > 0 && !NextFilePart()) {
+        response = HttpResponse();
+        response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
+        part = FilePart();
+        frame.contentLength = 0;
+        m_keepAlive = false;
+    }
+    frame.http10 = m_exchange->reader.IsHttp10();
+    frame.close = !m_keepAlive;
+    m_head.clear();
+    AppendReplyHead(m_head, response, frame);
+    m_sent = 0;
+}
+
+// Replaces the body, which has been sent, by the next piece of the file.
+bool HttpConnection::NextFilePart() {
+    FilePart& part = m_exchange->file;
+    std::string& body = m_exchange->response.body;
+    body.resize(
+        static_cast<std::size_t>(std::min<std::uint64_t>(part.length, m_server.Bounds().fileChunkBytes)));
+    const std::ptrdiff_t got = part.file.Read(part.offset, body.data(), body.size());
+    if (got <= 0) {
+        return false;  // the file was cut since its length was told
+    }
+    body.resize(static_cast<std::size_t>(got));
+    part.offset += body.size();
+    part.length -= body.size();
+    return true;
+}
+
+HttpConnection::Written HttpConnection::Write() {
+    const std::string& body = m_exchange->response.body;
+    while (m_sent < m_head.size() + body.size()) {
+        std::array<asio::const_buffer, 2> rest;
+        if (m_sent < m_head.size()) {
+            rest = {asio::buffer(m_head) + m_sent, asio::buffer(body)};
+        } else {
+            rest = {asio::buffer(body) + (m_sent - m_head.size()), asio::const_buffer()};
+        }
+        error_code error;
+        m_sent += m_socket.write_some(rest, error);
+        if (error == asio::error::would_block || error == asio::error::try_again) {
+            return Written::Blocked;
+        }
+        if (error) {
+            return Written::Failed;
+        }
+    }
+    return Written::All;
+}
+
+void HttpConnection::Continue(Written written) {
+    for (int parts = 0; written == Written::All && m_exchange->file.length > 0; ++parts) {
+        if (parts == g_filePartsPerEvent) {
+            // Others may want something meanwhile.
+            asio::post(m_socket.get_executor(), [self = shared_from_this()] {
+                if (!self->IsDone()) {
+                    self->Continue(Written::All);
+                }
+            });
+            m_phase = Phase::Writing;
+            m_deadline = Clock::now() + m_server.Bounds().writeStall;
+            return;
+        }
+        m_head.clear();
+        m_sent = 0;
+        written = NextFilePart() ? Write() : Written::Failed;
+    }
+    switch (written) {
+        case Written::All:
+            FinishReply();
+            break;
+        case Written::Blocked:
+            m_phase = Phase::Writing;
+            m_deadline = Clock::now() + m_server.Bounds().writeStall;
+            WaitForOutput();
+            break;
+        case Written::Failed:
+            m_phase = Phase::Writing;
+            Close();
+            break;
+    }
+}
+
+void HttpConnection::WaitForOutput() {
+    m_socket.async_wait(asio::socket_base::wait_write, [self = shared_from_this()](const error_code& error) {
+        if (!error && !self->IsDone()) {
+            self->Continue(self->Write());
+        }
+    });
+}
+
+void HttpConnection::FinishReply() {
+    m_exchange.reset();
+    if (m_head.capacity() > g_headCapacity) {
+        std::string().swap(m_head);
+    }
+    m_lastUse = Clock::now();
+    if (!m_keepAlive) {
+        Drain();
+        return;
+    }
+    m_phase = Phase::Idle;
+    m_deadline = m_lastUse + m_server.Bounds().keepAlive;
+    if (m_kept.empty()) {
+        WaitForInput();
+    } else {
+        asio::post(m_socket.get_executor(), [self = shared_from_this()] { self->ProcessKept(); });
+    }
+}
+
+// A close with unread input resets the connection, and the reset can overtake the reply. So this side ends
+// first and the client's rest is read and thrown away, for a while.
+void HttpConnection::Drain() {
+    error_code ignored;
+    m_socket.shutdown(asio::socket_base::shutdown_send, ignored);
+    m_phase = Phase::Draining;
+    m_deadline = Clock::now() + m_server.Bounds().linger;
+    WaitForInput();
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,85 @@
+// The running servers, by the ids that records carry: a record may be copied, so it owns nothing.
+#include "libraries/http/src/Server.h"
+
+#include <cstdint>
+#include <exception>
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include <hv/HttpServer.h>
+
+namespace {
+
+using hv::internal::Server;
+
+constexpr int g_cannotListen = -22;
+
+std::mutex g_mutex;
+
+std::map<std::uintptr_t, std::shared_ptr<Server>>& Running() {
+    static std::map<std::uintptr_t, std::shared_ptr<Server>> servers;
+    return servers;
+}
+
+std::uintptr_t IdOf(const http_server_t& record) {
+    return reinterpret_cast<std::uintptr_t>(record.privdata);
+}
+
+}  // namespace
+
+int http_server_run(http_server_t* record, int wait) {
+    if (record == nullptr) {
+        return g_cannotListen;
+    }
+    if (record->port == 0) {
+        return 0;
+    }
+    std::shared_ptr<Server> server;
+    try {
+        const std::lock_guard lock(g_mutex);
+        if (Running().contains(IdOf(*record))) {
+            return g_cannotListen;  // it runs already
+        }
+        static std::uintptr_t lastId = 0;
+        server = std::make_shared<Server>(*record);
+        const auto place = Running().emplace(++lastId, server).first;
+        bool started = false;
+        try {
+            started = server->Start();
+        } catch (const std::exception& error) {
+            hv::internal::ReportError(std::string("The server can't start: ") + error.what());
+        }
+        if (!started) {
+            Running().erase(place);
+            return g_cannotListen;
+        }
+        record->privdata = reinterpret_cast<void*>(lastId);  // NOLINT(performance-no-int-to-ptr)
+    } catch (const std::exception& error) {
+        hv::internal::ReportError(std::string("The server can't start: ") + error.what());
+        return g_cannotListen;
+    }
+    if (wait != 0) {
+        server->WaitUntilStopped();
+    }
+    return 0;
+}
+
+int http_server_stop(http_server_t* record) {
+    if (record == nullptr) {
+        return 0;
+    }
+    std::shared_ptr<Server> server;
+    {
+        const std::lock_guard lock(g_mutex);
+        const auto place = Running().find(IdOf(*record));
+        record->privdata = nullptr;
+        if (place == Running().end()) {
+            return 0;
+        }
+        server = std::move(place->second);
+        Running().erase(place);
+    }
+    server->Stop();
+    return 0;
+}

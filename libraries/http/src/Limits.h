@@ -1,0 +1,33 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+namespace hv::internal {
+
+/** Bounds that protect a server from its clients. One place for all of them. */
+struct Limits {
+    using Time = std::chrono::milliseconds;
+
+    std::size_t headerBytes = std::size_t{16} * 1024;            ///< request line and headers together: 431
+    std::uint64_t bodyBytes = std::uint64_t{256} << 20;          ///< request body: 413
+    std::size_t chunkOverheadBytes = std::size_t{8} * 1024;      ///< chunk lines' extensions, trailer: 400
+    Time headerWait{15'000};                                     ///< first byte to end of header, absolute
+    Time bodyStall{30'000};                                      ///< without a byte of the body
+    Time writeStall{30'000};                                     ///< without a byte of the reply taken
+    Time keepAlive{75'000};                                      ///< between two requests
+    Time linger{2'000};                                          ///< for the client to read a last reply
+    Time webSocketClose{5'000};                                  ///< for the other half of a close
+    std::size_t webSocketMessageBytes = std::size_t{64} * 1024;  ///< received message: close code 1009
+    std::size_t webSocketQueueBytes = std::size_t{1} << 20;      ///< unsent bytes of one connection: closed
+    std::size_t fileChunkBytes = std::size_t{64} * 1024;         ///< files are read in pieces of this size
+    Time sweep{250};        ///< how often expired connections are looked for
+    Time acceptPause{100};  ///< after descriptors ran out
+    Time stopGrace{2'000};  ///< for handlers that run at a stop
+};
+
+/** Limits that servers started from now on take over. Tests lower them; not to be changed during a start. */
+Limits& LimitsOfNewServers();
+
+}  // namespace hv::internal

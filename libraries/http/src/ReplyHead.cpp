@@ -1,0 +1,58 @@
+#include "libraries/http/src/ReplyHead.h"
+
+#include "libraries/http/src/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace hv::internal {
+
+namespace {
+
+bool IsOwnHeader(std::string_view name) {
+    constexpr std::array<std::string_view, 4> names = {"Content-Length", "Connection", "Transfer-Encoding",
+                                                       "Date"};
+    return std::any_of(names.begin(), names.end(), [&](auto own) { return EqualsCaseless(own, name); });
+}
+
+bool FitsOnLine(std::string_view text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+}
+
+void AppendNumber(std::string& text, std::uint64_t number) {
+    std::array<char, 20> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    text.append(digits.data(), end);
+}
+
+}  // namespace
+
+bool MayHaveBody(int status) {
+    return status >= 200 && status != 204 && status != 304;
+}
+
+void AppendReplyHead(std::string& text, const HttpResponse& response, const ReplyFrame& frame) {
+    const int status = response.status_code;
+    text.append("HTTP/1.1 ");
+    AppendNumber(text, static_cast<unsigned>(status));
+    text.append(" ").append(ReasonOf(status)).append("\r\nDate: ").append(HttpDateNow()).append("\r\n");
+    for (const auto& [name, value] : response.headers) {
+        if (!IsOwnHeader(name) && !name.empty() && FitsOnLine(name) && FitsOnLine(value)) {
+            text.append(name).append(": ").append(value).append("\r\n");
+        }
+    }
+    if (MayHaveBody(status)) {
+        text.append("Content-Length: ");
+        AppendNumber(text, frame.contentLength);
+        text.append("\r\n");
+    }
+    if (frame.close) {
+        text.append("Connection: close\r\n");
+    } else if (frame.http10) {
+        text.append("Connection: keep-alive\r\n");
+    }
+    text.append("\r\n");
+}
+
+}  // namespace hv::internal

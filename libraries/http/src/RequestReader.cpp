@@ -1,0 +1,201 @@
+#include "libraries/http/src/RequestReader.h"
+
+#include "libraries/http/src/Text.h"
+
+#include <algorithm>
+
+namespace hv::internal {
+
+namespace http = boost::beast::http;
+
+namespace {
+
+constexpr std::uint64_t g_reserveAtMost = std::uint64_t{1} << 20;
+
+http_method MethodOf(http::verb method) {
+    switch (method) {
+        case http::verb::get:
+            return HTTP_GET;
+        case http::verb::head:
+            return HTTP_HEAD;
+        case http::verb::post:
+            return HTTP_POST;
+        case http::verb::put:
+            return HTTP_PUT;
+        case http::verb::delete_:
+            return HTTP_DELETE;
+        case http::verb::options:
+            return HTTP_OPTIONS;
+        case http::verb::patch:
+            return HTTP_PATCH;
+        default:
+            return HTTP_CUSTOM_METHOD;
+    }
+}
+
+// A line that begins with a blank continues the one before it (RFC 9112, 5.2), or is taken so by some.
+bool HasFoldedLine(std::string_view lines) {
+    for (std::size_t at = lines.find('\n'); at + 1 < lines.size(); at = lines.find('\n', at + 1)) {
+        if (lines[at + 1] == ' ' || lines[at + 1] == '\t') {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsHostText(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (LowerCase(c) >= 'a' && LowerCase(c) <= 'z') ||
+               std::string_view("-._~:[]%!$&'()*+;=").find(c) != std::string_view::npos;
+    });
+}
+
+}  // namespace
+
+RequestReader::RequestReader(HttpRequest& request, const Limits& limits)
+    : m_request(request), m_limits(limits) {
+    header_limit(static_cast<std::uint32_t>(limits.headerBytes));
+    body_limit(limits.bodyBytes);
+}
+
+RequestReader::State RequestReader::Put(std::string_view& input) {
+    if (!is_header_done()) {
+        const State got = PutHeader(input);
+        if (got != State::Done || is_done()) {
+            return got;
+        }
+    }
+    if (!m_headerTold) {
+        m_headerTold = true;
+        return State::Header;
+    }
+    return PutBody(input);
+}
+
+RequestReader::State RequestReader::PutHeader(std::string_view& input) {
+    Error error;
+    const std::size_t taken = put(boost::asio::const_buffer(input.data(), input.size()), error);
+    m_headerBytes += taken;
+    if (HasFoldedLine(input.substr(0, taken))) {
+        return Fail(400);
+    }
+    input.remove_prefix(taken);
+    if (error && error != http::error::need_more) {
+        return Fail(error == http::error::header_limit ? 431
+                    : error == http::error::body_limit ? 413
+                                                       : m_failStatus);
+    }
+    const std::size_t pending = is_header_done() ? 0 : input.size();
+    if (m_headerBytes + pending > m_limits.headerBytes) {
+        return Fail(431);
+    }
+    return is_header_done() ? State::Done : State::NeedMore;
+}
+
+RequestReader::State RequestReader::PutBody(std::string_view& input) {
+    while (!is_done() && !input.empty()) {
+        Error error;
+        const std::size_t taken = put(boost::asio::const_buffer(input.data(), input.size()), error);
+        input.remove_prefix(taken);
+        if (error == http::error::need_more) {
+            return input.size() > m_limits.chunkOverheadBytes ? Fail(400) : State::NeedMore;
+        }
+        if (error) {
+            return Fail(error == http::error::body_limit ? 413 : 400);
+        }
+    }
+    return is_done() ? State::Done : State::NeedMore;
+}
+
+RequestReader::State RequestReader::Fail(int status) {
+    m_failStatus = status;
+    return State::Failed;
+}
+
+void RequestReader::on_request_impl(http::verb method, Text /*name*/, Text target, int version,
+                                    Error& error) {
+    if (target.empty() || target.front() != '/') {
+        error = http::error::bad_target;
+        return;
+    }
+    m_version = version;
+    m_request.method = MethodOf(method);
+    m_request.path.assign(target.data(), target.size());
+}
+
+void RequestReader::on_field_impl(Field field, Text name, Text value, Error& error) {
+    if (is_header_done()) {
+        return;  // a trailer: nothing that a handler could trust
+    }
+    const std::string_view text(value.data(), value.size());
+    CheckKnownField(field, text, error);
+    if (error) {
+        return;
+    }
+    const auto [row, added] = m_request.headers.try_emplace(std::string(name.data(), name.size()), text);
+    if (!added) {
+        row->second.append(field == Field::cookie ? "; " : ", ").append(text);
+    }
+}
+
+void RequestReader::CheckKnownField(Field field, std::string_view value, Error& error) {
+    switch (field) {
+        case Field::host:
+            if (std::exchange(m_hasHost, true) || !IsHostText(value)) {
+                error = http::error::bad_field;
+            }
+            break;
+        case Field::content_length:
+            if (std::exchange(m_hasLength, true) || value.find(',') != std::string_view::npos) {
+                error = http::error::multiple_content_length;
+            }
+            break;
+        case Field::transfer_encoding:
+            if (m_version == 10 || !EqualsCaseless(value, "chunked")) {
+                error = http::error::bad_transfer_encoding;
+            }
+            break;
+        case Field::expect:
+            m_expectsContinue = EqualsCaseless(value, "100-continue");
+            if (!m_expectsContinue) {
+                m_failStatus = 417;
+                error = http::error::bad_value;
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+void RequestReader::on_header_impl(Error& error) {
+    if (!m_hasHost && m_version != 10) {
+        error = http::error::bad_field;
+    }
+    m_expectsContinue = m_expectsContinue && m_version != 10;
+}
+
+void RequestReader::on_body_init_impl(boost::optional<std::uint64_t> const& length, Error& /*error*/) {
+    if (length && !m_discard) {
+        m_request.body.reserve(static_cast<std::size_t>(std::min(*length, g_reserveAtMost)));
+    }
+}
+
+std::size_t RequestReader::on_body_impl(Text body, Error& /*error*/) {
+    if (!m_discard) {
+        m_request.body.append(body.data(), body.size());
+    }
+    return body.size();
+}
+
+void RequestReader::on_chunk_header_impl(std::uint64_t /*size*/, Text extensions, Error& error) {
+    m_chunkOverhead += extensions.size();
+    if (m_chunkOverhead > m_limits.chunkOverheadBytes) {
+        error = http::error::bad_chunk_extension;
+    }
+}
+
+std::size_t RequestReader::on_chunk_body_impl(std::uint64_t /*remain*/, Text body, Error& error) {
+    return on_body_impl(body, error);
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "libraries/http/src/Limits.h"
+
+#include <cstdint>
+#include <string_view>
+
+#include <boost/beast/http/basic_parser.hpp>
+#include <hv/HttpMessage.h>
+
+namespace hv::internal {
+
+/**
+ * Reads one request, piece by piece as it comes from the socket, into an HttpRequest. Refuses what two
+ * programs could understand differently (RFC 9112, 11.2) and what goes beyond the limits.
+ */
+class RequestReader final : public boost::beast::http::basic_parser<true> {
+  public:
+    enum class State {
+        NeedMore,  ///< the rest of the input has to be offered again, with more behind it
+        Header,    ///< header complete, body outstanding; told once
+        Done,
+        Failed,
+    };
+
+    RequestReader(HttpRequest& request, const Limits& limits);
+
+    /** Takes what it can off the front of the input. */
+    State Put(std::string_view& input);
+
+    int FailStatus() const { return m_failStatus; }  ///< 400, 413, 417 or 431, after Failed
+    bool IsHttp10() const { return m_version == 10; }
+    bool ExpectsContinue() const { return m_expectsContinue; }
+
+    /** The body that is to come is read and thrown away. */
+    void DiscardBody() { m_discard = true; }
+
+  private:
+    using Error = boost::beast::error_code;
+    using Text = boost::beast::string_view;
+    using Field = boost::beast::http::field;
+
+    void on_request_impl(boost::beast::http::verb method, Text name, Text target, int version,
+                         Error& error) override;
+    void on_response_impl(int, Text, int, Error&) override {}
+    void on_field_impl(Field field, Text name, Text value, Error& error) override;
+    void on_header_impl(Error& error) override;
+    void on_body_init_impl(boost::optional<std::uint64_t> const& length, Error& error) override;
+    std::size_t on_body_impl(Text body, Error& error) override;
+    void on_chunk_header_impl(std::uint64_t size, Text extensions, Error& error) override;
+    std::size_t on_chunk_body_impl(std::uint64_t remain, Text body, Error& error) override;
+    void on_finish_impl(Error&) override {}
+
+    State PutHeader(std::string_view& input);
+    State PutBody(std::string_view& input);
+    State Fail(int status);
+    void CheckKnownField(Field field, std::string_view value, Error& error);
+
+    HttpRequest& m_request;
+    const Limits& m_limits;
+    std::size_t m_headerBytes = 0;
+    std::size_t m_chunkOverhead = 0;
+    int m_version = 0;
+    int m_failStatus = 400;
+    bool m_hasHost = false;
+    bool m_hasLength = false;
+    bool m_headerTold = false;
+    bool m_expectsContinue = false;
+    bool m_discard = false;
+};
+
+}  // namespace hv::internal

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <hv/HttpService.h>
+
+namespace hv::internal {
+
+/** What a path leads to. */
+struct RouteMatch {
+    const http_sync_handler* handler = nullptr;  ///< null: none for this method
+    bool known = false;                          ///< some method leads somewhere
+    std::string allow;                           ///< methods that do, when this one does not
+};
+
+/** Routes of a service, copied, so that the service may die while a handler runs. Any thread. */
+class RouteTable {
+  public:
+    explicit RouteTable(const std::vector<HttpRoute>& routes);
+
+    /**
+     * Looks up a path without its query: exact paths first, then those with "{name}", whose segments are
+     * stored in the parameters. HEAD goes where GET goes.
+     */
+    RouteMatch Find(http_method method, std::string_view path, QueryParams& params) const;
+
+  private:
+    using Methods = std::vector<std::pair<http_method, http_sync_handler>>;
+
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    };
+
+    struct Pattern {
+        std::string path;
+        Methods methods;
+    };
+
+    static bool Fits(std::string_view pattern, std::string_view path, QueryParams* params);
+    static RouteMatch Choose(const Methods& methods, http_method method);
+
+    std::unordered_map<std::string, Methods, TextHash, std::equal_to<>> m_exact;
+    std::vector<Pattern> m_patterns;
+};
+
+}  // namespace hv::internal

@@ -1,0 +1,223 @@
+#include "libraries/http/src/StaticFiles.h"
+
+#include "libraries/http/src/ContentTypes.h"
+#include "libraries/http/src/Text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace hv::internal {
+
+namespace {
+
+constexpr std::int64_t g_nanoseconds = 1'000'000'000;
+
+// Names that Windows takes for devices, whatever the suffix.
+bool IsDeviceName(std::string_view name) {
+    std::string stem = LowerCase(name.substr(0, name.find('.')));
+    stem.erase(stem.find_last_not_of(' ') + 1);
+    constexpr std::array<std::string_view, 6> devices = {"con", "prn", "aux", "nul", "conin$", "conout$"};
+    if (std::find(devices.begin(), devices.end(), stem) != devices.end()) {
+        return true;
+    }
+    // COM0 to COM9 and LPT0 to LPT9, the superscript digits 1 to 3 (U+00B9, U+00B2, U+00B3) included.
+    const bool numbered = stem.starts_with("com") || stem.starts_with("lpt");
+    return numbered && ((stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9') ||
+                        (stem.size() == 5 && stem[3] == '\xC2'));
+}
+
+bool IsPlainName(std::string_view name) {
+    const bool odd = std::any_of(name.begin(), name.end(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte < 0x20 || byte == 0x7F || c == '\\' || c == ':' || c == '/';
+    });
+    return !odd && !name.empty() && name.back() != '.' && name.back() != ' ' && !IsDeviceName(name);
+}
+
+std::string_view HeaderOf(const HttpRequest& request, std::string_view name) {
+    const auto found = request.headers.find(name);
+    return found == request.headers.end() ? std::string_view() : std::string_view(found->second);
+}
+
+// Whether a list such as "gzip, br;q=0.8" takes the coding.
+bool Accepts(std::string_view list, std::string_view coding) {
+    while (!list.empty()) {
+        std::string_view weight = TakeUntil(list, ',');
+        const std::string_view name = Trimmed(TakeUntil(weight, ';'));
+        if (EqualsCaseless(name, coding)) {
+            weight = Trimmed(weight);
+            return !weight.starts_with("q=0") || weight.find_first_of("123456789") != std::string_view::npos;
+        }
+    }
+    return false;
+}
+
+FileHandle OpenBest(const HttpRequest& request, const std::string& folder, const std::string& name,
+                    HttpResponse& response) {
+    const std::string type = ContentTypeOfFile(name);
+    response.SetContentType(type.c_str());
+    if (type == "text/html") {
+        response.SetHeader("Cache-Control", "no-cache");
+    }
+    if (IsCompressible(type)) {
+        response.SetHeader("Vary", "Accept-Encoding");
+        const std::string_view accepted = HeaderOf(request, "Accept-Encoding");
+        constexpr std::array<std::pair<const char*, const char*>, 2> codings = {
+            {{"br", ".br"}, {"gzip", ".gz"}}};
+        for (const auto& [coding, suffix] : codings) {
+            if (!Accepts(accepted, coding)) {
+                continue;
+            }
+            if (FileHandle file = OpenFileBeneath(folder, name + suffix)) {
+                response.SetHeader("Content-Encoding", coding);
+                return file;
+            }
+        }
+    }
+    return OpenFileBeneath(folder, name);
+}
+
+bool IsUnchanged(const HttpRequest& request, const std::string& tag, std::time_t modified) {
+    if (const std::string_view tags = HeaderOf(request, "If-None-Match"); !tags.empty()) {
+        std::string_view rest = tags;
+        while (!rest.empty()) {
+            std::string_view one = Trimmed(TakeUntil(rest, ','));
+            if (one.starts_with("W/")) {
+                one.remove_prefix(2);
+            }
+            if (one == "*" || one == tag) {
+                return true;
+            }
+        }
+        return false;
+    }
+    const auto since = ParseHttpDate(HeaderOf(request, "If-Modified-Since"));
+    return since && modified <= *since;
+}
+
+enum class RangeKind { Whole, Part, Impossible };
+
+// One range of bytes (RFC 9110, 14.1.2); several, or what makes no sense, mean the whole file.
+RangeKind ReadRange(std::string_view text, std::uint64_t size, std::uint64_t& offset, std::uint64_t& length) {
+    if (!text.starts_with("bytes=") || text.find(',') != std::string_view::npos) {
+        return RangeKind::Whole;
+    }
+    text.remove_prefix(6);
+    const std::size_t dash = text.find('-');
+    if (dash == std::string_view::npos) {
+        return RangeKind::Whole;
+    }
+    const std::string_view from = Trimmed(text.substr(0, dash));
+    const std::string_view to = Trimmed(text.substr(dash + 1));
+    const auto first = ParseDecimal(from);
+    const auto last = ParseDecimal(to);
+    if ((!first && !from.empty()) || (!last && !to.empty()) || (!first && !last) ||
+        (first && last && *last < *first)) {
+        return RangeKind::Whole;
+    }
+    if (!first) {
+        length = std::min(*last, size);
+        offset = size - length;
+        return length == 0 ? RangeKind::Impossible : RangeKind::Part;
+    }
+    if (*first >= size) {
+        return RangeKind::Impossible;
+    }
+    offset = *first;
+    length = last ? std::min(*last - offset, size - offset - 1) + 1 : size - offset;
+    return RangeKind::Part;
+}
+
+void Describe(const HttpRequest& request, HttpResponse& response, FilePart& part) {
+    const FileHandle& file = part.file;
+    const auto modified = static_cast<std::time_t>(file.Modified() / g_nanoseconds);
+    const std::string tag = "\"" + std::to_string(file.Modified()) + "-" + std::to_string(file.Size()) + "\"";
+    response.SetHeader("ETag", tag);
+    response.SetHeader("Last-Modified", HttpDate(modified));
+    response.SetHeader("Accept-Ranges", "bytes");
+    part.length = file.Size();
+    if (IsUnchanged(request, tag, modified)) {
+        response.status_code = static_cast<http_status>(304);
+        part.length = 0;
+        return;
+    }
+    const std::string_view unless = HeaderOf(request, "If-Range");
+    if (request.method != HTTP_GET || (!unless.empty() && unless != tag && unless != HttpDate(modified))) {
+        return;
+    }
+    const std::string size = std::to_string(file.Size());
+    switch (ReadRange(HeaderOf(request, "Range"), file.Size(), part.offset, part.length)) {
+        case RangeKind::Part:
+            response.status_code = static_cast<http_status>(206);
+            response.SetHeader("Content-Range", "bytes " + std::to_string(part.offset) + "-" +
+                                                    std::to_string(part.offset + part.length - 1) + "/" +
+                                                    size);
+            break;
+        case RangeKind::Impossible:
+            response.status_code = static_cast<http_status>(416);
+            response.SetHeader("Content-Range", "bytes */" + size);
+            part.offset = 0;
+            part.length = 0;
+            break;
+        case RangeKind::Whole:
+            break;
+    }
+}
+
+}  // namespace
+
+std::optional<std::string> StaticFileName(std::string_view path) {
+    std::string name;
+    while (!path.empty()) {
+        const bool more = path.find('/') != std::string_view::npos;
+        const auto element = PercentDecoded(TakeUntil(path, '/'));
+        if (!element || !IsPlainName(*element)) {
+            return std::nullopt;
+        }
+        name += *element;
+        if (more) {
+            name += '/';
+        }
+    }
+    if (name.empty() || name.back() == '/') {
+        name += "index.html";
+    }
+    return name;
+}
+
+bool StaticFiles::Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
+                         FilePart& part) const {
+    for (const auto& [prefix, folder] : m_folders) {
+        std::string_view rest = path;
+        if (!rest.starts_with(prefix)) {
+            continue;
+        }
+        rest.remove_prefix(prefix.size());
+        if (!prefix.ends_with('/')) {
+            if (!rest.starts_with('/')) {
+                continue;
+            }
+            rest.remove_prefix(1);
+        }
+        const auto name = StaticFileName(rest);
+        if (!name) {
+            continue;
+        }
+        part.file = OpenBest(request, folder, *name, response);
+        if (!part.file) {
+            response.headers.clear();
+            continue;
+        }
+        if (request.method != HTTP_GET && request.method != HTTP_HEAD) {
+            response.headers.clear();
+            response.status_code = static_cast<http_status>(405);
+            response.SetHeader("Allow", "GET, HEAD");
+            return true;
+        }
+        Describe(request, response, part);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,221 @@
+#include "libraries/http/src/WebSocketConnection.h"
+
+#include <array>
+#include <cstring>
+#include <exception>
+
+#include <boost/asio/post.hpp>
+#include <boost/beast/http/empty_body.hpp>
+#include <boost/beast/http/message.hpp>
+
+namespace hv::internal {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+namespace websocket = boost::beast::websocket;
+using boost::system::error_code;
+
+namespace {
+
+constexpr std::size_t g_keptCapacity = 4096;
+
+// A close frame with the code 1001, going away (RFC 6455, 7.4.1).
+constexpr std::array<unsigned char, 4> g_goingAway = {0x88, 0x02, 0x03, 0xE9};
+
+http::request<http::empty_body> UpgradeOf(const HttpRequest& request) {
+    http::request<http::empty_body> upgrade(http::verb::get, request.path, 11);
+    for (const auto& [name, value] : request.headers) {
+        upgrade.insert(name, value);
+    }
+    return upgrade;
+}
+
+}  // namespace
+
+Channel::Channel(WebSocketConnection& connection, const asio::ip::tcp::endpoint& peer)
+    : WebSocketChannel(&m_handle), m_connection(&connection) {
+    std::memcpy(&m_handle.peer, peer.data(), std::min(peer.size(), sizeof m_handle.peer));
+}
+
+int Channel::send(const std::string& message, ws_opcode opcode, bool fin) {
+    const std::lock_guard lock(m_mutex);
+    if (m_connection == nullptr) {
+        return -1;
+    }
+    const auto connection = m_connection->weak_from_this().lock();
+    if (!connection) {
+        return -1;
+    }
+    if (m_queuedBytes + message.size() > connection->m_server.Bounds().webSocketQueueBytes) {
+        asio::post(connection->m_stream.get_executor(), [connection] { connection->Close(); });
+        return -1;
+    }
+    m_queuedBytes += message.size();
+    m_queue.push_back({message, opcode, fin});
+    if (m_queue.size() == 1) {
+        asio::post(connection->m_stream.get_executor(), [connection] { connection->WriteNext(); });
+    }
+    return static_cast<int>(message.size());
+}
+
+void Channel::Detach() {
+    const std::lock_guard lock(m_mutex);
+    m_connection = nullptr;
+    m_queue.clear();
+}
+
+WebSocketConnection::WebSocketConnection(Server& server, Socket socket, const asio::ip::tcp::endpoint& peer,
+                                         std::shared_ptr<HttpRequest> request)
+    : ServerConnection(server),
+      m_stream(std::move(socket)),
+      m_request(std::move(request)),
+      m_channel(std::make_shared<Channel>(*this, peer)),
+      m_buffer(m_text) {
+    const Limits& limits = server.Bounds();
+    m_stream.next_layer().deadline = &m_deadline;
+    m_stream.next_layer().wait = limits.webSocketClose;
+    m_stream.read_message_max(limits.webSocketMessageBytes);
+    m_stream.auto_fragment(false);
+    m_stream.set_option(websocket::stream_base::decorator(
+        [](websocket::response_type& response) { response.erase(http::field::server); }));
+}
+
+WebSocketConnection::~WebSocketConnection() {
+    m_channel->Detach();
+}
+
+void WebSocketConnection::Start() {
+    m_deadline = Clock::now() + m_server.Bounds().headerWait;
+    m_stream.async_accept(UpgradeOf(*m_request), [self = shared_from_this()](const error_code& error) {
+        if (error || self->m_isClosed) {
+            self->Close();
+            self->Leave();
+            return;
+        }
+        self->m_deadline = Clock::time_point::max();
+        self->Call(Callback::Open);
+    });
+}
+
+// The end of the read that is outstanding, or comes next, leads to the last callback.
+void WebSocketConnection::Close() {
+    if (std::exchange(m_isClosed, true)) {
+        return;
+    }
+    m_deadline = Clock::time_point::max();
+    m_channel->Detach();
+    error_code ignored;
+    m_stream.next_layer().close(ignored);
+}
+
+void WebSocketConnection::Stop() {
+    if (!m_isClosed && !m_isWriting) {
+        error_code ignored;
+        m_stream.next_layer().write_some(asio::buffer(g_goingAway), ignored);
+    }
+    Close();
+}
+
+void WebSocketConnection::Call(Callback callback) {
+    m_callback = callback;
+    m_server.Threads().Execute(shared_from_this());
+}
+
+void WebSocketConnection::Run() noexcept {
+    const WebSocketService& service = *m_server.WebSockets();
+    try {
+        switch (m_callback) {
+            case Callback::Open:
+                if (service.onopen) {
+                    service.onopen(m_channel, m_request);
+                }
+                break;
+            case Callback::Message:
+                if (service.onmessage) {
+                    service.onmessage(m_channel, m_text);
+                }
+                break;
+            case Callback::Close:
+                if (service.onclose) {
+                    service.onclose(m_channel);
+                }
+                break;
+        }
+    } catch (const std::exception& error) {
+        ReportError(std::string("A WebSocket callback failed: ") + error.what());
+    } catch (...) {
+        ReportError("A WebSocket callback failed: unknown exception");
+    }
+}
+
+void WebSocketConnection::Done() {
+    if (m_callback == Callback::Close) {
+        Leave();
+        return;
+    }
+    m_request.reset();
+    m_buffer.consume(m_buffer.size());
+    if (m_text.capacity() > g_keptCapacity) {
+        std::string().swap(m_text);
+    }
+    Read();
+}
+
+void WebSocketConnection::Read() {
+    m_stream.async_read(m_buffer, [self = shared_from_this()](const error_code& error, std::size_t) {
+        if (error) {
+            self->Close();
+        }
+        self->Call(error ? Callback::Close : Callback::Message);
+    });
+}
+
+void WebSocketConnection::WriteNext() {
+    {
+        const std::lock_guard lock(m_channel->m_mutex);
+        if (m_isClosed || m_isWriting || m_channel->m_queue.empty()) {
+            return;
+        }
+        m_writing = std::move(m_channel->m_queue.front());
+    }
+    m_isWriting = true;
+    m_deadline = Clock::now() + m_server.Bounds().writeStall;
+    const auto written = [self = shared_from_this()](const error_code& error, std::size_t = 0) {
+        self->OnWritten(error);
+    };
+    switch (m_writing.opcode) {
+        case WS_OPCODE_CLOSE:
+            m_stream.async_close(websocket::close_code::normal, written);
+            break;
+        case WS_OPCODE_PING:
+            m_stream.async_ping(websocket::ping_data(m_writing.payload.substr(0, 125)), written);
+            break;
+        case WS_OPCODE_PONG:
+            m_stream.async_pong(websocket::ping_data(m_writing.payload.substr(0, 125)), written);
+            break;
+        default:
+            m_stream.binary(m_writing.opcode == WS_OPCODE_BINARY);
+            m_stream.async_write_some(m_writing.fin, asio::buffer(m_writing.payload), written);
+            break;
+    }
+}
+
+void WebSocketConnection::OnWritten(const error_code& error) {
+    m_isWriting = false;
+    if (m_isClosed) {
+        return;
+    }
+    m_deadline = Clock::time_point::max();
+    if (error) {
+        Close();
+        return;
+    }
+    {
+        const std::lock_guard lock(m_channel->m_mutex);
+        m_channel->m_queuedBytes -= m_writing.payload.size();
+        m_channel->m_queue.pop_front();
+    }
+    WriteNext();
+}
+
+}  // namespace hv::internal

@@ -1,0 +1,102 @@
+#pragma once
+
+#include "libraries/http/src/IoHandle.h"
+#include "libraries/http/src/Server.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/beast/websocket/stream.hpp>
+#include <boost/beast/websocket/teardown.hpp>
+#include <hv/WebSocketServer.h>
+
+namespace hv::internal {
+
+/** The socket below a WebSocket stream: tells when the stream begins to wait for the client's end. */
+class WebSocketLayer final : public Socket {
+  public:
+    explicit WebSocketLayer(Socket socket) : Socket(std::move(socket)) {}
+
+    Clock::time_point* deadline = nullptr;  ///< of the connection
+    Clock::duration wait{};                 ///< for the client's end
+};
+
+template <class Handler>
+void async_teardown(boost::beast::role_type role, WebSocketLayer& layer, Handler&& handler) {
+    *layer.deadline = Clock::now() + layer.wait;
+    boost::beast::websocket::async_teardown(role, static_cast<Socket&>(layer),
+                                            std::forward<Handler>(handler));
+}
+
+class WebSocketConnection;
+
+/** What user code holds of a WebSocket connection. It outlives the connection and the server. */
+class Channel final : public WebSocketChannel {
+  public:
+    Channel(WebSocketConnection& connection, const boost::asio::ip::tcp::endpoint& peer);
+
+    int send(const std::string& message, ws_opcode opcode, bool fin) override;
+
+    /** From now on nothing is taken for sending. */
+    void Detach();
+
+  private:
+    friend class WebSocketConnection;
+
+    struct Frame {
+        std::string payload;
+        ws_opcode opcode;
+        bool fin;
+    };
+
+    hio_t m_handle;
+    std::mutex m_mutex;
+    WebSocketConnection* m_connection;  // null when it has ended
+    std::deque<Frame> m_queue;
+    std::size_t m_queuedBytes = 0;
+};
+
+/** A connection that was upgraded to WebSocket. Its callbacks run one after the other. */
+class WebSocketConnection final : public ServerConnection,
+                                  public BlockingTask,
+                                  public std::enable_shared_from_this<WebSocketConnection> {
+  public:
+    WebSocketConnection(Server& server, Socket socket, const boost::asio::ip::tcp::endpoint& peer,
+                        std::shared_ptr<HttpRequest> request);
+    ~WebSocketConnection() override;
+
+    /** Accepts the upgrade and begins to serve. */
+    void Start();
+
+    void Close() override;
+    void Stop() override;
+    bool IsExpendable() const override { return false; }
+
+    void Run() noexcept override;
+    void Done() override;
+
+  private:
+    friend class Channel;
+    enum class Callback { Open, Message, Close };
+
+    void Call(Callback callback);
+    void Read();
+    void WakeWriter();
+    void WriteNext();
+    void OnWritten(const boost::system::error_code& error);
+
+    boost::beast::websocket::stream<WebSocketLayer, false> m_stream;
+    std::shared_ptr<HttpRequest> m_request;
+    std::shared_ptr<Channel> m_channel;
+    std::string m_text;
+    boost::asio::dynamic_string_buffer<char, std::char_traits<char>, std::allocator<char>> m_buffer;
+    Callback m_callback = Callback::Open;
+    Channel::Frame m_writing{};
+    bool m_isWriting = false;
+    bool m_isClosed = false;
+};
+
+}  // namespace hv::internal
