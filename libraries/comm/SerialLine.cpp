@@ -112,6 +112,7 @@ int CSerialLine::MakeReady(const SSerialPortConfig& config) {
 }
 
 int CSerialLine::Apply(const SSerialPortConfig& config) {
+    m_applied.baudRate = 0;  // equal to no good settings, should this fail halfway
     const int error = m_handle->Apply(config);
     if (error == ErrorNone) {
         m_applied = config;

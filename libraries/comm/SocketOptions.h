@@ -10,6 +10,9 @@ namespace comm {
  */
 void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_code& code);
 
+/** True when the peer has not acknowledged all that was sent; false also where the system doesn't tell. */
+bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket);
+
 /** Lets a listener take a port whose earlier connections are still closing, but never one that is in use. */
 void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code);
 

@@ -1,7 +1,9 @@
 #include "libraries/comm/SocketOptions.h"
 
+#include <linux/sockios.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 namespace comm {
@@ -27,6 +29,11 @@ void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_cod
     if (!code) {
         socket.set_option(TcpOption<TCP_USER_TIMEOUT>(10000), code);
     }
+}
+
+bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket) {
+    int bytes = 0;
+    return ioctl(socket.native_handle(), SIOCOUTQ, &bytes) == 0 && bytes > 0;
 }
 
 void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code) {

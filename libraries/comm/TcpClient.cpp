@@ -1,6 +1,7 @@
 #include "libraries/comm/TcpClient.h"
 
 #include "libraries/comm/EndPoint.h"
+#include "libraries/comm/SocketOptions.h"
 
 namespace comm {
 
@@ -248,7 +249,9 @@ void CTcpClient::Look() {
 }
 
 void CTcpClient::Lose(int error, bool ended) {
-    const bool useless = Clock::now() - m_connectedAt < m_context.settings.retryPause && !(m_used && ended);
+    // A device that ends the connection after each command that it has read does its work.
+    const bool served = ended && m_used && !HasUnacknowledged(m_link->GetSocket());
+    const bool useless = Clock::now() - m_connectedAt < m_context.settings.retryPause && !served;
     m_shortLived = useless ? m_shortLived + 1 : 0;
     Drop();
     m_lostError = error;
@@ -264,7 +267,12 @@ void CTcpClient::Lose(int error, bool ended) {
 }
 
 void CTcpClient::Drop() {
-    m_link.reset();
+    if (m_link) {
+        // By name: the destructor of a socket would take its linger option back.
+        boost::system::error_code ignored;  // closing frees the socket in any case
+        m_link->GetSocket().close(ignored);
+        m_link.reset();
+    }
     m_connected = false;
     ++m_generation;
 }
