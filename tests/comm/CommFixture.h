@@ -1,0 +1,50 @@
+#pragma once
+
+#include "libraries/comm/PortRegistry.h"
+#include "support/Socket.h"
+
+#include <string>
+
+/** A library with a short bound, and what the tests of its network ports share. */
+struct CommFixture {
+    static comm::SCommSettings Settings(std::chrono::milliseconds bound = std::chrono::milliseconds(300)) {
+        comm::SCommSettings settings;
+        settings.bound = bound;
+        settings.retryPause = std::chrono::milliseconds(300);
+        return settings;
+    }
+
+    explicit CommFixture(const comm::SCommSettings& settings = Settings()) : registry(settings) {}
+
+    static SNetPortConfig Client(int port, const std::string& address = "127.0.0.1") {
+        return {"device", "", address, 0, port, NetModeTcpClient};
+    }
+    static SNetPortConfig Server(int port, const std::string& from = "") {
+        return {"server", "127.0.0.1", from, port, 0, NetModeTcpServer};
+    }
+    static SNetPortConfig Udp(int localPort, int port, const std::string& address = "127.0.0.1") {
+        return {"udp", "", address, localPort, port, NetModeUdp};
+    }
+
+    int Send(const SNetPortConfig& record, const std::string& text) {
+        return registry.SendNet(record, text, true, 0);
+    }
+
+    comm::CPortRegistry registry;
+};
+
+/** All that comes from a connection up to a number of bytes, or to its end. */
+inline std::string ReceiveUpTo(support::Socket& socket, std::size_t count) {
+    std::string all;
+    while (all.size() < count) {
+        const std::string bytes = socket.Receive();
+        if (bytes.empty()) {
+            break;
+        }
+        all += bytes;
+    }
+    return all;
+}
+
+/** Number of lines that the library has written to the system log. */
+int LogLines();

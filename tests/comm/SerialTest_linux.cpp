@@ -1,0 +1,174 @@
+#include "CommFixture.h"
+#include "platform/SerialNames.h"
+#include "support/PtyPair.h"
+#include "support/TemporaryFolder.h"
+
+#include <optional>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <asm/termbits.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace {
+
+using support::PtyPair;
+
+class SerialLine : public testing::Test, protected CommFixture {
+  protected:
+    SerialLine() {
+        Table(nlohmann::json{{"COM7", m_link}, {"COM8", {{"device", m_link}}}}.dump());
+        SetSerialNameTable(m_table);
+    }
+
+    void Table(const std::string& text) { support::WriteFile(m_table, text); }
+    int SendSerial(const std::string& text, std::uint32_t speed = 115200, const std::string& name = "COM7") {
+        return registry.SendSerial({"", name, speed}, text, true, 0);
+    }
+
+    support::TemporaryFolder m_folder;
+    std::string m_link = m_folder.Path() / "line";
+    std::string m_table = m_folder.Path() / "SerialPorts.json";
+};
+
+TEST_F(SerialLine, SendsRawBytesWithTheSettingsOfEachCommand) {
+    const PtyPair line(m_link);
+    const int probe = open(m_link.c_str(), O_RDWR | O_NOCTTY);
+    std::string sent;
+    for (const unsigned speed : {9600U, 115200U, 12345U}) {
+        EXPECT_EQ(SendSerial("a\r\n\x03\x04z", speed), 0);
+        sent += "a\r\n\x03\x04z";
+        termios2 settings{};
+        ASSERT_EQ(ioctl(probe, TCGETS2, &settings), 0);
+        EXPECT_EQ(settings.c_ospeed, speed);
+        EXPECT_EQ(settings.c_lflag & (ICANON | ECHO | ISIG), 0U);
+    }
+    close(probe);
+    EXPECT_EQ(line.Received().WaitBytes(sent.size()), sent);
+}
+
+TEST_F(SerialLine, RefusesSettingsThatNoLineHas) {
+    const PtyPair line(m_link);
+    const SSerialPortConfig good{"", "COM7", 12345, 8, ParityMark, StopBitsTwo};
+    EXPECT_EQ(registry.CheckSerial(good), 0);
+    EXPECT_EQ(registry.SendSerial(good, "a", true, 0), 0);
+    const std::vector<SSerialPortConfig> bad = {
+        {"", "COM7", 0},
+        {"", "COM7", 9600, 9},
+        {"", "COM7", 9600, 4},
+        {"", "COM7", 9600, 8, static_cast<EnParity>(5)},
+        {"", "COM7", 9600, 8, ParityNone, static_cast<EnStopBits>(3)},
+        {"", "COM7", 9600, 8, ParityNone, StopBitsOneAndHalf},
+        {"", "COM7", 9600, 5, ParityNone, StopBitsTwo},
+    };
+    for (const auto& config : bad) {
+        EXPECT_EQ(registry.CheckSerial(config), 87);
+        EXPECT_EQ(registry.SendSerial(config, "a", true, 0), 87);
+    }
+    EXPECT_EQ(registry.SendSerial(good, "\xC3(", true, 2), 13);
+    EXPECT_EQ(registry.SendSerial({"", "COM99"}, "", true, 0), 0);
+    EXPECT_EQ(line.Received().WaitBytes(1), "a");
+}
+
+TEST_F(SerialLine, FindsThePortThatItsNameMeansNow) {
+    for (const std::string name : {"COM7", "COM", "COM12345", "com7", "COM7/../null", "", "LPT1"}) {
+        EXPECT_EQ(SendSerial("a", 9600, name), 2) << name;
+        EXPECT_EQ(registry.CheckSerial({"", name}), 2) << name;
+    }
+    std::optional<PtyPair> line(m_link);
+    EXPECT_EQ(registry.CheckSerial({"", "COM7"}), 0);
+    EXPECT_EQ(SendSerial("plugged", 9600, "COM8"), 0);
+    EXPECT_EQ(line->Received().WaitBytes(7), "plugged");
+    EXPECT_EQ(SendSerial("a"), 5) << "open here under another name";
+    Table("{}");
+    EXPECT_EQ(SendSerial("a", 9600, "COM8"), 1167) << "the name is gone while its line is open";
+    EXPECT_EQ(SendSerial("a", 9600, "COM8"), 2);
+    Table("[broken");
+    EXPECT_EQ(SendSerial("a"), 2);
+    Table(nlohmann::json{{"COM7", "/dev/null"}, {"COM8", m_table}, {"COM9", 5}}.dump());
+    for (const std::string name : {"COM7", "COM8", "COM9"}) {
+        EXPECT_EQ(SendSerial("a", 9600, name), 2) << name << " is no serial line";
+    }
+}
+
+TEST_F(SerialLine, LeavesAPortToTheProgramThatHasIt) {
+    const PtyPair line(m_link);
+    const int other = open(m_link.c_str(), O_RDWR | O_NOCTTY);
+    ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(registry.CheckSerial({"", "COM7"}), 5);
+    EXPECT_EQ(SendSerial("a"), 5);
+    close(other);
+    EXPECT_EQ(registry.CheckSerial({"", "COM7"}), 0);
+    const int after = open(m_link.c_str(), O_RDWR | O_NOCTTY);
+    EXPECT_EQ(flock(after, LOCK_EX | LOCK_NB), 0) << "a check leaves nothing open";
+    close(after);
+    EXPECT_EQ(SendSerial("a"), 0);
+}
+
+TEST_F(SerialLine, NoticesThatTheLineWasUnplugged) {
+    for (int round = 0; round < 10; ++round) {
+        std::optional<PtyPair> line(m_link);
+        ASSERT_EQ(SendSerial("before"), 0) << round;
+        ASSERT_EQ(line->Received().WaitBytes(6), "before");
+        line.reset();
+        if (round % 2 == 0) {
+            EXPECT_EQ(SendSerial("gone"), 1167);
+            EXPECT_EQ(SendSerial("gone"), 2);
+        }
+        line.emplace(m_link);
+        EXPECT_EQ(SendSerial("after"), 0) << round;
+        EXPECT_EQ(line->Received().WaitBytes(5), "after");
+        registry.DeleteAll();
+    }
+}
+
+/** A line whose other side takes nothing. */
+class BlockedSerialLine : public SerialLine {
+  protected:
+    BlockedSerialLine() : m_other(posix_openpt(O_RDWR | O_NOCTTY)) {
+        unlockpt(m_other);
+        std::filesystem::create_symlink(ptsname(m_other), m_link);
+    }
+    ~BlockedSerialLine() override { close(m_other); }
+
+    const std::string m_content = std::string(100000, 'x');
+    int m_other;
+};
+
+TEST_F(BlockedSerialLine, TimesOutAndServesTheNextCommand) {
+    EXPECT_EQ(SendSerial(m_content, 4000000), 121);
+    std::string all(1 << 20, '\0');
+    fcntl(m_other, F_SETFL, O_NONBLOCK);
+    while (read(m_other, all.data(), all.size()) > 0) {
+    }
+    EXPECT_EQ(SendSerial("next", 4000000), 0);
+    EXPECT_EQ(std::string(all.data(), static_cast<std::size_t>(read(m_other, all.data(), all.size()))),
+              "next");
+}
+
+TEST_F(BlockedSerialLine, EndsASendThatIsCutByADelete) {
+    std::atomic<bool> ended = false;
+    int error = -1;
+    std::thread sender([&] {
+        error = SendSerial(m_content, 50);  // ten seconds, if it were not cut
+        ended = true;
+    });
+    ASSERT_TRUE(support::WaitUntil([&] {
+        pollfd output{m_other, POLLIN, 0};
+        return poll(&output, 1, 0) == 1;
+    }));
+    EXPECT_EQ(registry.CheckSerial({"", "COM7", 50}), 0) << "busy, so it is there";
+    EXPECT_FALSE(ended);
+    registry.DeleteAll();
+    sender.join();
+    EXPECT_EQ(error, 995);
+}
+
+}  // namespace
