@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdint>
+
 bool IsPortFree(int port) {
     if (port < 1 || port > 65535) {
         return false;
