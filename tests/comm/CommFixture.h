@@ -26,6 +26,7 @@ struct CommFixture {
         return {"udp", "", address, localPort, port, NetModeUdp};
     }
 
+    int Open(const SNetPortConfig& record) { return registry.OpenNet(record); }
     int Send(const SNetPortConfig& record, const std::string& text) {
         return registry.SendNet(record, text, true, 0);
     }
@@ -45,6 +46,3 @@ inline std::string ReceiveUpTo(support::Socket& socket, std::size_t count) {
     }
     return all;
 }
-
-/** Number of lines that the library has written to the system log. */
-int LogLines();

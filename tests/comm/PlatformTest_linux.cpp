@@ -1,7 +1,9 @@
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/SerialSettings.h"
 
+#include <array>
 #include <cerrno>
+#include <utility>
 #include <vector>
 
 #include <boost/asio/error.hpp>
@@ -12,12 +14,7 @@
 namespace {
 
 TEST(ErrorNumbers, AreThoseOfWindows) {
-    struct SCase {
-        int code;
-        int socket;
-        int serial;
-    };
-    const std::vector<SCase> cases = {
+    const std::vector<std::array<int, 3>> cases = {
         {0, 0, 0},
         {ECONNREFUSED, 10061, 31},
         {ETIMEDOUT, 10060, 31},
@@ -45,11 +42,7 @@ TEST(ErrorNumbers, AreThoseOfWindows) {
 }
 
 TEST(SerialSettings, AreBuiltForTheDriverAndReadBack) {
-    struct SCase {
-        SSerialPortConfig config;
-        tcflag_t form;
-    };
-    const std::vector<SCase> cases = {
+    const std::vector<std::pair<SSerialPortConfig, tcflag_t>> cases = {
         {{"", "", 9600, 8, ParityNone, StopBitsOne}, CS8},
         {{"", "", 12345, 7, ParityEven, StopBitsTwo}, CS7 | PARENB | CSTOPB},
         {{"", "", 9600, 6, ParityOdd, StopBitsOne}, CS6 | PARENB | PARODD},
