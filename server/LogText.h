@@ -13,7 +13,7 @@
 template <typename... Args>
 std::string FormatLogText(const Args&... args) {
     std::string text;
-    const auto append = [&text](const auto& arg) {
+    [[maybe_unused]] const auto append = [&text](const auto& arg) {
         text += '[';
         if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(arg)>>) {
             text += std::to_string(arg);

@@ -22,7 +22,8 @@ std::string NameOf(const SNetPortConfig& config) {
 /** Notes a call, and how the interfaces stood at that moment: the names in their order. */
 void Record(const std::string& call) {
     std::string names;
-    for (const auto& element : CUserData::GetInstance().GetInterfaceConfig()["configList"]) {
+    const nlohmann::json document = CUserData::GetInstance().GetInterfaceConfig();
+    for (const auto& element : document["configList"]) {
         const bool isNet = element["controlType"] == "netPortInfo";
         names +=
             (names.empty() ? "" : ",") + (isNet ? element["netPortInfo"]["netPortName"].get<std::string>()
