@@ -9,16 +9,18 @@
  * serial lines.
  *
  * There is one object a process. All operations may be called from any thread at any time; a device that
- * hangs delays only the calls that name it. Connections are keyed by the end points of a record (mode and
- * both address pairs), serial lines by their port; the names of interfaces play no part. No operation throws,
- * and no record is changed.
+ * hangs delays only the calls that name it. A TCP client is told from others by both address pairs of its
+ * record; a TCP server and a UDP socket by their local pair, so that records which differ only in the remote
+ * pair share them; a serial line by its port. The names of interfaces play no part. No operation throws, and
+ * no record is changed. After the end of the process's main all of them fail at once, sends with 995.
  *
  * Send results are 0 or a Windows error number, on every platform, so that a message reads the same
- * everywhere: 2 no such port, 5 no permission, 13 content that can't be turned into bytes, 32 port in use by
- * another program, 87 a setting that no port has, 121 serial write timed out, 995 cut off by DeleteUserTcp or
- * DeleteAllConnect, 1167 unplugged, 10040 datagram too long, 10048 address in use, 10049 address not
- * available, 10051 network unreachable, 10054 reset by the peer, 10057 not connected, 10060 timed out, 10061
- * refused, 10065 no route, 11001 unknown host name.
+ * everywhere. These are the usual ones (docs/ports.md says what to do about each): 2 no such port, 5 no
+ * permission, or a serial port that another program has, 13 content that can't be turned into bytes, 87 a
+ * setting that no port has, 121 serial write timed out, 995 cut off by DeleteUserTcp or DeleteAllConnect,
+ * 1167 unplugged, 10013 forbidden by a route or firewall, 10040 datagram too long, 10048 address in use,
+ * 10049 address not available, 10051 network unreachable, 10054 reset by the peer, 10057 not connected, 10060
+ * timed out, 10061 refused, 10065 no route, 11001 unknown host name.
  */
 class CComManager {
   public:
@@ -57,7 +59,10 @@ class CComManager {
      */
     int SendSerialData(SSerialPortConfig& config, std::string& content, bool isText, int asciiEncode);
 
-    /** Closes what is open for the end points of a TCP record; a send under way there ends with 995. */
+    /**
+     * Closes what is open for the end points of a TCP record; a send under way there ends with 995. A TCP
+     * server that other records use as well stays open for these. Nothing happens for a UDP record.
+     */
     void DeleteUserTcp(SNetPortConfig& config);
 
     /** Closes every connection, listener, socket and serial line; sends under way end with 995. */
@@ -65,5 +70,5 @@ class CComManager {
 
   private:
     CComManager();
-    ~CComManager();
+    ~CComManager() = default;
 };

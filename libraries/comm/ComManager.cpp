@@ -27,8 +27,6 @@ CComManager::CComManager() {
     Registry();
 }
 
-CComManager::~CComManager() = default;
-
 bool CComManager::InitNetSocket(SNetPortConfig& config) {
     return Registry().OpenNet(config) == 0;
 }
