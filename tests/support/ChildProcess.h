@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,35 +12,35 @@ namespace support {
 
 /** What a child process is started with. */
 struct ProcessOptions {
-    std::vector<std::string> command;                ///< program and arguments
-    std::map<std::string, std::string> environment;  ///< set beside our own; an empty value removes the name
-    std::filesystem::path outputFolder;              ///< takes the files stdout.txt and stderr.txt
-    std::optional<std::size_t> descriptorLimit;      ///< most descriptors that it may have open
+    std::vector<std::string> command;            ///< program and arguments
+    std::vector<std::string> environment;        ///< "NAME=value" or "-uNAME" (removed), beside our own
+    std::filesystem::path outputFolder;          ///< takes the files stdout.txt and stderr.txt
+    std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
 };
 
-enum class EnSignal { Terminate, Kill, Pause, Resume };
+enum class EnSignal { Terminate, Kill };
 
-/** A process that runs beside the test and never outlives it. One thread. */
+/** A process that runs beside the test and never outlives it. Started, used and ended by one thread. */
 class ChildProcess {
   public:
-    /** Starts the process. @throw std::system_error when that fails. */
+    /** Starts the process. @throw std::system_error when that fails */
     explicit ChildProcess(const ProcessOptions& options);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    void Send(EnSignal signal);
+    void Send(EnSignal signal) const;
 
     /** The exit status, 128 + N after signal N; nothing when it still runs at the bound. */
     std::optional<int> WaitExit(milliseconds limit = kMaxTestWait);
 
     bool Running() { return !WaitExit(milliseconds(0)); }
-    int Id() const { return m_id; }
 
+    /** What it has written so far. */
     std::string Output() const;
     std::string ErrorOutput() const;
 
-    /** Memory that is in use, in bytes, without what is shared with other processes' files. */
+    /** Memory in use, in bytes. */
     std::size_t ResidentBytes() const;
 
     /** Descriptors that are open. */

@@ -19,19 +19,14 @@ std::string Recorder::Bytes() const {
     return m_bytes;
 }
 
-std::string Recorder::WaitBytes(std::size_t count, milliseconds limit) const {
-    WaitUntil([&] { return Bytes().size() >= count; }, limit);
+std::string Recorder::WaitBytes(std::size_t count) const {
+    WaitUntil([&] { return Bytes().size() >= count; });
     return Bytes();
 }
 
-void Recorder::Clear() {
-    const std::lock_guard lock(m_mutex);
-    m_bytes.clear();
-}
-
-TcpListener::TcpListener(EnDeviceMode mode, int port)
+TcpListener::TcpListener(EnDeviceMode mode)
     : m_mode(mode),
-      m_listener(Socket::Listen(port)),
+      m_listener(Socket::Listen()),
       m_port(m_listener.LocalPort()),
       m_thread([this](const std::stop_token& stop) { Run(stop); }) {}
 
@@ -82,7 +77,7 @@ void TcpListener::DropConnections(bool reset) {
     m_connections.clear();
 }
 
-UdpListener::UdpListener(int port) : m_socket(Socket::Udp(port)), m_port(m_socket.LocalPort()) {
+UdpListener::UdpListener() : m_socket(Socket::Udp()), m_port(m_socket.LocalPort()) {
     m_thread = std::jthread([this](const std::stop_token& stop) {
         while (!stop.stop_requested()) {
             if (m_socket.WaitReadable(kDeviceTick)) {
@@ -94,7 +89,7 @@ UdpListener::UdpListener(int port) : m_socket(Socket::Udp(port)), m_port(m_socke
 
 SilentDevice::SilentDevice() : m_listener(Socket::Listen(0, 0)) {
     do {  // the queue of the listener takes a connection or two before the system lets attempts hang
-        m_fillers.push_back(Socket::BeginConnect(Port()));
+        m_fillers.push_back(Socket::Connect(Port(), "127.0.0.1", true));
     } while (m_fillers.back().WaitConnected(milliseconds(100)));
 }
 

@@ -12,9 +12,9 @@ namespace support {
 /** What a TCP device does with the connections that it gets. */
 enum class EnDeviceMode {
     Record,  ///< reads and keeps the bytes
-    Deaf,    ///< accepts and never reads
-    Hangup,  ///< accepts and closes
-    Reset,   ///< accepts and resets
+    Deaf,    ///< never reads
+    Hangup,  ///< closes
+    Reset,   ///< resets
 };
 
 /** Bytes that a device has received; any thread. */
@@ -23,11 +23,8 @@ class Recorder {
     void Add(std::string_view bytes);
     std::string Bytes() const;
 
-    /** Waits until the device has at least so many bytes. @return all that it has then. */
-    std::string WaitBytes(std::size_t count, milliseconds limit = kMaxTestWait) const;
-
-    /** Forgets what was received. */
-    void Clear();
+    /** Waits until the device has at least so many bytes. @return all that it has then */
+    std::string WaitBytes(std::size_t count) const;
 
   private:
     mutable std::mutex m_mutex;
@@ -37,14 +34,13 @@ class Recorder {
 /** A piece of equipment that listens on a TCP port of the loopback interface, on a thread of its own. */
 class TcpListener {
   public:
-    explicit TcpListener(EnDeviceMode mode = EnDeviceMode::Record, int port = 0);
+    explicit TcpListener(EnDeviceMode mode = EnDeviceMode::Record);
     ~TcpListener();
     TcpListener(const TcpListener&) = delete;
     TcpListener& operator=(const TcpListener&) = delete;
 
     int Port() const { return m_port; }
     const Recorder& Received() const { return m_received; }
-    Recorder& Received() { return m_received; }
 
     /** Connections that it has taken so far. */
     int Accepted() const { return m_accepted; }
@@ -69,7 +65,7 @@ class TcpListener {
 /** A piece of equipment that receives datagrams. */
 class UdpListener {
   public:
-    explicit UdpListener(int port = 0);
+    UdpListener();
 
     int Port() const { return m_port; }
     const Recorder& Received() const { return m_received; }

@@ -28,35 +28,32 @@ HostProcess::HostProcess(HostOptions options) : m_options(std::move(options)) {
     std::filesystem::create_directories(m_options.userData);
 }
 
-std::string HostProcess::Program() {
-    const char* program = std::getenv("SERVER_HOST");
-    return program != nullptr ? program : SERVER_HOST_PROGRAM;
-}
-
 void HostProcess::Launch() {
-    ProcessOptions options;
-    options.command = {Program()};
-    options.environment = m_options.environment;
-    options.environment.insert({{"HOME", Home().string()},
-                                {"LC_ALL", "en_US.UTF-8"},
-                                {"XDG_CONFIG_HOME", ""},
-                                {"XDG_DOCUMENTS_DIR", ""}});
-    options.outputFolder = Home();
-    options.descriptorLimit = m_options.descriptorLimit;
+    const char* program = std::getenv("SERVER_HOST");
+    ProcessOptions options{{program != nullptr ? program : SERVER_HOST_PROGRAM},
+                           {"-uXDG_CONFIG_HOME", "HOME=" + Home().string(), "LC_ALL=en_US.UTF-8"},
+                           Home(),
+                           m_options.descriptorLimit};
+    options.environment.insert(options.environment.end(), m_options.environment.begin(),
+                               m_options.environment.end());
     m_process = std::make_unique<ChildProcess>(options);
 }
 
-void HostProcess::Start() {
-    Launch();
+bool HostProcess::WaitServing() {
     bool answered = false;
     WaitUntil([&] {
         try {
-            answered = HttpClient(HttpPort()).Get("/api/centralControl/getConfigList").status == 200;
+            answered = HttpClient(HttpPort()).Get("/api/centralControl/getConfigList").status != 0;
         } catch (const std::system_error&) {  // not listening yet
         }
         return answered || !Process().Running();
     });
-    if (!answered) {
+    return answered;
+}
+
+void HostProcess::Start() {
+    Launch();
+    if (!WaitServing()) {
         throw std::runtime_error("the host did not come up: " + Process().Output() + Process().ErrorOutput());
     }
 }
@@ -64,11 +61,6 @@ void HostProcess::Start() {
 std::optional<int> HostProcess::Stop() {
     Process().Send(EnSignal::Terminate);
     return Process().WaitExit();
-}
-
-void HostProcess::Kill() {
-    Process().Send(EnSignal::Kill);
-    Process().WaitExit();
 }
 
 }  // namespace support

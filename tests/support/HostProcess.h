@@ -9,34 +9,34 @@ namespace support {
 
 /** How a host process is set up; the defaults serve most tests. */
 struct HostOptions {
-    std::map<std::string, std::string> environment;  ///< beside HOME and the locale
-    std::optional<std::size_t> descriptorLimit;      ///< most descriptors that it may have open
-    std::filesystem::path userData;                  ///< the user data folder; empty: the default in the home
-    int httpPort = 0;                                ///< 0: a free one
-    int webSocketPort = 0;                           ///< 0: a free one
+    std::vector<std::string> environment;        ///< "NAME=value", beside HOME and the locale
+    std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
+    std::filesystem::path userData;              ///< the user data folder; empty: the default in the home
+    int httpPort = 0;                            ///< 0: a free one
+    int webSocketPort = 0;                       ///< 0: a free one
 };
 
 /**
- * The built host, in a home folder of its own, with the ports of its own in LocalHost.config. The folder
- * stays when the process is stopped and started again. The program's path comes from the build; the
- * environment variable SERVER_HOST overrides it. One thread.
+ * The built host, in a home folder of its own, with ports of its own in LocalHost.config. The folder stays
+ * when the process is stopped and started again. The program's path comes from the build; the environment
+ * variable SERVER_HOST overrides it. One thread.
  */
 class HostProcess {
   public:
     /** Makes the home folder and the configuration; starts nothing. */
     explicit HostProcess(HostOptions options = {});
 
-    /** Starts the process and waits until it answers. @throw std::runtime_error with its output. */
+    /** Starts the process and waits until it answers. @throw std::runtime_error with its output */
     void Start();
 
     /** Starts the process and does not wait. */
     void Launch();
 
-    /** Asks it to end (SIGTERM). @return its exit status; nothing when it still runs at the bound. */
-    std::optional<int> Stop();
+    /** Waits until the process answers or has ended. @return whether it answers */
+    bool WaitServing();
 
-    /** Ends it at once (SIGKILL). */
-    void Kill();
+    /** Asks it to end. @return its exit status; nothing when it still runs at the bound */
+    std::optional<int> Stop();
 
     ChildProcess& Process() { return *m_process; }
     int HttpPort() const { return m_options.httpPort; }
@@ -46,9 +46,6 @@ class HostProcess {
 
     /** The content of a file of the user data folder, of its folder Log for instance. */
     std::string UserFile(const std::string& name) const { return ReadFile(UserData() / name); }
-
-    /** Path of the program under test. */
-    static std::string Program();
 
   private:
     TemporaryFolder m_home;

@@ -42,17 +42,16 @@ HttpReply HttpClient::Exchange(std::string_view bytes) {
     return ReadReply();
 }
 
-bool HttpClient::ReadMore() {
-    const std::string bytes = m_socket.Receive();
-    m_received += bytes;
-    return !bytes.empty();
-}
-
 HttpReply HttpClient::ReadReply() {
     HttpReply reply;
+    const auto readMore = [this] {
+        const std::string bytes = m_socket.Receive();
+        m_received += bytes;
+        return !bytes.empty();
+    };
     std::size_t end = 0;
     while ((end = m_received.find("\r\n\r\n")) == std::string::npos) {
-        if (!ReadMore()) {
+        if (!readMore()) {
             return reply;
         }
     }
@@ -63,7 +62,7 @@ HttpReply HttpClient::ReadReply() {
     const std::string length = reply.Header("Content-Length");
     const bool bodyless = reply.status < 200 || reply.status == 204 || reply.status == 304;
     const std::size_t size = !bodyless && length.empty() ? std::string::npos : std::stoul("0" + length);
-    while (m_received.size() < size && ReadMore()) {
+    while (m_received.size() < size && readMore()) {
     }
     reply.body = m_received.substr(0, size);
     m_received.erase(0, size);

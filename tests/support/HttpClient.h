@@ -17,7 +17,7 @@ struct HttpReply {
 /** One keep-alive connection, opened anew when the server has closed it. One thread. */
 class HttpClient {
   public:
-    explicit HttpClient(int port, std::string from = "127.0.0.1") : m_port(port), m_from(std::move(from)) {}
+    explicit HttpClient(int port, const char* from = "127.0.0.1") : m_port(port), m_from(from) {}
 
     HttpReply Get(const std::string& path) { return Exchange(Request("GET", path, "")); }
     HttpReply Post(const std::string& path, const std::string& body) {
@@ -37,10 +37,8 @@ class HttpClient {
     Socket& Connection() { return m_socket; }
 
   private:
-    bool ReadMore();
-
     int m_port;
-    std::string m_from;
+    const char* m_from;
     Socket m_socket;
     std::string m_received;
 };

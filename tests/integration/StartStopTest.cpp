@@ -1,0 +1,140 @@
+// Starting, failing to start, stopping, and what the process needs while it runs.
+
+#include "support/Browser.h"
+#include "support/Equipment.h"
+
+#include <iostream>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using nlohmann::json;
+using support::Browser;
+using support::HostOptions;
+using support::HostProcess;
+using support::HttpClient;
+using support::milliseconds;
+
+constexpr std::size_t kMegabyte = 1000000;
+
+#ifdef TEST_SANITIZED
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+void ExpectSays(const std::string& text, const std::vector<std::string>& parts) {
+    for (const std::string& part : parts) {
+        EXPECT_NE(text.find(part), std::string::npos) << "'" << part << "' is missing in: " << text;
+    }
+}
+
+TEST(Start, FailsWithAReasonWhenItsPortIsTaken) {
+    HostProcess first;
+    first.Start();
+    HostOptions options;
+    options.httpPort = first.HttpPort();
+    HostProcess second(options);
+    second.Launch();
+    EXPECT_EQ(second.Process().WaitExit(), 1);
+    ExpectSays(second.Process().ErrorOutput(), {std::to_string(first.HttpPort()), "taken", "http_port"});
+    EXPECT_EQ(HttpClient(first.HttpPort()).Get("/api/centralControl/getConfigList").status, 200);
+
+    const support::TcpListener other;
+    options.httpPort = other.Port();
+    HostProcess third(options);
+    third.Launch();
+    EXPECT_EQ(third.Process().WaitExit(), 1);
+    ExpectSays(third.Process().ErrorOutput(), {std::to_string(other.Port()), "taken", "http_port"});
+}
+
+TEST(Start, WarnsWhenTheWebSocketPortIsTaken) {
+    const support::TcpListener other;
+    HostOptions options;
+    options.webSocketPort = other.Port();
+    HostProcess host(options);
+    host.Start();
+    ASSERT_TRUE(support::WaitUntil([&] { return !host.Process().ErrorOutput().empty(); }));
+    ExpectSays(host.Process().ErrorOutput(), {std::to_string(other.Port()), "taken", "websocket_port"});
+    EXPECT_EQ(host.Stop(), 0);
+}
+
+TEST(Start, TellsWhichDocumentStoppedIt) {
+    const std::vector<std::pair<const char*, const char*>> table = {{"setting.json", "[1]"},
+                                                                    {"setting.json", R"({"Language":"x"})"},
+                                                                    {"materials.json", "[]"},
+                                                                    {"interFace.json", "[]"}};
+    for (const auto& [file, content] : table) {
+        HostProcess host;
+        support::WriteFile(host.UserData() / file, content);
+        host.Launch();
+        EXPECT_EQ(host.Process().WaitExit(), 1) << file << content;
+        const std::string path = (host.UserData() / file).string();
+        ExpectSays(host.Process().ErrorOutput(), {path, "type_error"});
+        EXPECT_TRUE(host.Process().ErrorOutput().find("elete") != std::string::npos ||
+                    host.Process().ErrorOutput().find("epair") != std::string::npos)
+            << "what to do: " << host.Process().ErrorOutput();
+        EXPECT_EQ(host.UserFile(file), content) << "left as it was";
+    }
+}
+
+TEST(Stop, EndsInTimeWithItsSavesDone) {
+    HostProcess host;
+    host.Start();
+    json large = json::array();
+    for (int i = 0; i < 100000; ++i) {
+        large.push_back("entry " + std::to_string(i));
+    }
+    Browser browser(host);
+    ASSERT_EQ(browser.Post("setCentralControlWebLayout", {{"data", large}}).at("code"), 20000);
+    host.Process().Send(
+        support::EnSignal::Terminate);  // at once, with the channel open and the save under way
+    EXPECT_EQ(host.Process().WaitExit(kSanitized ? support::kMaxTestWait : milliseconds(5000)), 0);
+    EXPECT_EQ(host.UserFile("layout.json"), large.dump(4));
+}
+
+TEST(Start, DoesNotWaitForEachUnreachableDevice) {
+    const support::SilentDevice silent;
+    HostProcess host;
+    json list = json::array();
+    for (int id = 1; id <= 1000; ++id) {
+        const bool isSilent = id % 20 == 0;
+        json info = Browser::NetInfo("Device" + std::to_string(id), isSilent ? "TCP_Client" : "UDP", 0,
+                                     isSilent ? silent.Port() : id);
+        info["ipAddress"] = isSilent ? "127.0.0." + std::to_string(1 + id / 20) : "";
+        list.push_back({{"nodeId", id}, {"controlType", "netPortInfo"}, {"netPortInfo", info}});
+    }
+    support::WriteFile(host.UserData() / "interFace.json", json{{"configList", list}}.dump());
+    const auto begin = std::chrono::steady_clock::now();
+    host.Start();  // one after the other they would take 150 s
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+    std::cout << "serving after " << time.count() << " s\n";
+    Browser browser(host);
+    EXPECT_EQ(browser.Get("getConfigList").at("configList").size(), 1000U);
+    EXPECT_EQ(host.Stop(), 0);
+}
+
+TEST(Memory, StaysSmallIdleAndWithAThousandChannels) {
+    if (kSanitized) {
+        GTEST_SKIP() << "a sanitizer has a memory of its own";
+    }
+    HostProcess host;
+    host.Start();
+    EXPECT_LT(host.Process().ResidentBytes(), 20 * kMegabyte);
+    const std::size_t descriptors = host.Process().Descriptors();
+    {
+        std::list<support::WebSocketClient> channels;
+        for (int i = 0; i < 1000; ++i) {
+            channels.emplace_back(host.WebSocketPort());
+        }
+        for (support::WebSocketClient& channel : channels) {
+            ASSERT_TRUE(channel.Heartbeat());
+        }
+        std::cout << "with 1,000 channels: " << host.Process().ResidentBytes() / kMegabyte << " MB\n";
+        EXPECT_LT(host.Process().ResidentBytes(), 60 * kMegabyte);
+    }
+    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors; }));
+}
+
+}  // namespace

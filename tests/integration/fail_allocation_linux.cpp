@@ -1,0 +1,75 @@
+/**
+ * Preloaded into the host: makes one C++ allocation fail. The file that FAIL_ALLOCATION names is mapped and
+ * holds three numbers of 64 bits: the allocations left until the failing one (negative: none fails), how many
+ * have failed so far, and the value that the first takes when main begins.
+ */
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+struct Control {
+    std::atomic<std::int64_t> left;
+    std::atomic<std::int64_t> failed;
+    std::atomic<std::int64_t> leftAtMain;
+};
+
+Control* g_control = nullptr;
+
+using Main = int (*)(int, char**, char**);
+using LibcStartMain = int (*)(Main, int, char**, void (*)(), void (*)(), void (*)(), void*);
+
+Main g_main = nullptr;
+
+int RunMain(int count, char** arguments, char** environment) {
+    const char* file = std::getenv("FAIL_ALLOCATION");
+    const int handle = open(file, O_RDWR | O_CLOEXEC);
+    void* memory = mmap(nullptr, sizeof(Control), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+    close(handle);
+    g_control = static_cast<Control*>(memory);
+    g_control->left = g_control->leftAtMain.load();
+    return g_main(count, arguments, environment);
+}
+
+bool IsTheFailingOne() {
+    if (g_control == nullptr || g_control->left.load() < 0 || g_control->left.fetch_sub(1) != 0) {
+        return false;
+    }
+    ++g_control->failed;
+    return true;
+}
+
+}  // namespace
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the C library's
+extern "C" __attribute__((visibility("default"))) int __libc_start_main(Main main, int count,
+                                                                        char** arguments, void (*init)(),
+                                                                        void (*finish)(),
+                                                                        void (*finishLoader)(), void* stack) {
+    g_main = main;
+    const auto next = reinterpret_cast<LibcStartMain>(dlsym(RTLD_NEXT, "__libc_start_main"));
+    return next(RunMain, count, arguments, init, finish, finishLoader, stack);
+}
+
+__attribute__((visibility("default"))) void* operator new(std::size_t size) {
+    void* memory = IsTheFailingOne() ? nullptr : std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+__attribute__((visibility("default"))) void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+__attribute__((visibility("default"))) void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
