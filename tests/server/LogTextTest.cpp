@@ -79,6 +79,7 @@ TEST_F(LogFiles, AllRecordsOfAllThreadsAreKeptInWholeLines) {
     constexpr int kRecords = 20000;
     {
         std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([] {
                 for (int i = 0; i < kRecords; ++i) {

@@ -41,7 +41,6 @@ std::vector<std::string> TakePortCalls() {
 void SetSerialNameTable(const std::string& /*file*/) {}
 
 CComManager::CComManager() = default;
-CComManager::~CComManager() = default;
 
 CComManager* CComManager::getInstance() {
     static CComManager manager;
