@@ -76,7 +76,7 @@ std::string RestoreFromBackup(const std::string& path) try {
     if (!document || IsWhole(*document)) {
         return path;
     }
-    const std::string backupPath = BackupPath(path);
+    std::string backupPath = BackupPath(path);
     const std::optional<std::string> backup = ReadBytes(backupPath);
     if (!backup || !IsWhole(*backup)) {
         return path;

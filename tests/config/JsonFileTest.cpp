@@ -1,0 +1,146 @@
+#include "config/DocumentBackup.h"
+#include "config/JsonDepth.h"
+#include "config/JsonFile.h"
+#include "config/JsonFileWriter.h"
+#include "config/JsonNumber.h"
+#include "platform/RavLog.h"
+#include "tests/config/TestCases.h"
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using support::ReadFile;
+using support::WriteFile;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStdout;
+
+namespace {
+
+class JsonFile : public testing::Test {
+  protected:
+    JsonFile() { RavLog::StartLogs((m_folder.Path() / "Log").string(), "info"); }
+    ~JsonFile() override { RavLog::StopLogs(); }
+
+    /** Restores the document, which is to be told by this text; gives the file to load. */
+    std::string Restore(const std::string& text) const {
+        CaptureStdout();
+        std::string file = RestoreFromBackup(m_path);
+        const std::string output = GetCapturedStdout();
+        EXPECT_TRUE(text.empty() ? output.empty() : output.find(text) != std::string::npos) << output;
+        return file;
+    }
+
+    bool SystemLogHas(const std::string& text) {
+        RavLog::StopLogs();
+        return ReadFile(m_folder.Path() / "Log" / "System.log").find(text) != std::string::npos;
+    }
+
+    const support::TemporaryFolder m_folder;
+    const std::string m_path = (m_folder.Path() / "layout.json").string();
+    const std::string m_backup = (m_folder.Path() / "Backup" / "layout.json").string();
+};
+
+}  // namespace
+
+TEST_F(JsonFile, LoadsWhatCanBeReadAndTellsTheRest) {
+    CaptureStdout();
+    EXPECT_EQ(LoadJsonFromFile(m_path), json());
+    EXPECT_EQ(GetCapturedStdout(), "JSON Load Error: Failed to open file" + m_path + "\n");
+    json rows = TestCases("documents that are loaded");
+    rows.push_back(
+        {std::string(100000, '['), nullptr, "LoadJsonFromFile Error: nested deeper than 256 levels"});
+    for (const json& row : rows) {  // content, what is read of it, how the one line begins (empty: no line)
+        WriteFile(m_path, row[0].get<std::string>());
+        CaptureStdout();
+        EXPECT_EQ(LoadJsonFromFile(m_path), row[1]);
+        const std::string text = GetCapturedStdout();
+        EXPECT_TRUE(row[2] == "" ? text.empty() : text.starts_with(row[2].get<std::string>())) << row << text;
+        EXPECT_EQ(text.find('\n') + 1, text.size());
+    }
+}
+
+TEST_F(JsonFile, SavesSortedIndentedUtf8AndTellsFailures) {
+    CaptureStdout();
+    SaveJsonToFile({{"b", 1}, {"a", "中文"}, {"c", json::array()}}, m_path);
+    EXPECT_EQ(ReadFile(m_path), "{\n    \"a\": \"中文\",\n    \"b\": 1,\n    \"c\": []\n}");
+    SaveJsonToFile({{"a", 1}}, (m_folder.Path() / "none" / "a.json").string());
+    SaveJsonToFile({{"a", "\xff"}}, m_path);
+    EXPECT_TRUE(GetCapturedStdout().starts_with(
+        "JSON Save Error:Failed to create file\nSaveJsonToFile Error: [json.exception.type_error.316]"));
+    EXPECT_EQ(ReadFile(m_path), "");
+    WriteFile(m_folder.Path() / "Backup", "a file where the folder belongs");
+    SaveJsonWithBackup({{"a", 1}}, m_path);
+    EXPECT_EQ(LoadJsonFromFile(m_path), json({{"a", 1}}));
+    EXPECT_TRUE(SystemLogHas("the backup could not be written"));
+}
+
+// Long and short documents take turns, so that an earlier save that isn't held back would end last.
+TEST_F(JsonFile, LastDocumentOfEachPathStays) {
+    const std::string paths[] = {m_path, m_path + "2"};
+    CJsonFileWriter writer;
+    json document;
+    for (int save = 0; save < 200; ++save) {
+        document = {{"save", save}, {"padding", std::string(save % 2 == 0 ? 500000 : 10, 'x')}};
+        writer.SaveAsync(document, paths[0]);
+        writer.SaveAsync(document, paths[1]);
+    }
+    writer.WaitAll();
+    for (const std::string& path : paths) {
+        EXPECT_EQ(LoadJsonFromFile(path), document);
+        EXPECT_EQ(LoadJsonFromFile(BackupPath(path)), document);
+    }
+}
+
+TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocument) {
+    const std::string whole = R"({"name":"中文","list":[1, 2.5, "x", null, {"k": true}]})";
+    std::vector<std::string> broken = {std::string(whole.size(), '\0'), "7\n" + whole,
+                                       std::string(300, '[') + std::string(300, ']')};
+    for (std::size_t i = 0; i < 20; ++i) {
+        const std::size_t place = whole.size() * i / 20;
+        broken.push_back(whole.substr(0, place));
+        broken.push_back(whole);
+        broken.back()[place] = static_cast<char>(static_cast<unsigned char>(whole[place]) ^ 0x80U);
+    }
+    WriteFile(m_backup, whole);
+    WriteFile(m_path + ".target", "");
+    fs::create_symlink(m_path + ".target", m_path);
+    for (const std::string& content : broken) {
+        WriteFile(m_path, content);
+        EXPECT_EQ(Restore("was broken and has been taken from its backup"), m_path);
+        EXPECT_EQ(ReadFile(m_path + ".target"), whole) << content;
+        EXPECT_EQ(ReadFile(m_path + ".broken"), content);
+    }
+    fs::remove(m_path + ".broken");
+    fs::create_directory(m_path + ".broken");
+    WriteFile(m_path, "{");
+    EXPECT_EQ(Restore("can't be put in its place"), m_backup);
+    EXPECT_TRUE(SystemLogHas(m_path + " was broken"));
+}
+
+TEST_F(JsonFile, BackupStaysAsideWhereItCannotHelp) {
+    WriteFile(m_backup, "{}");
+    EXPECT_EQ(Restore(""), m_path);
+    EXPECT_FALSE(fs::exists(m_path)) << "a missing document has come back";
+    for (const json& row : TestCases("backups that stay aside")) {  // document, backup
+        WriteFile(m_path, row[0].get<std::string>());
+        WriteFile(m_backup, row[1].get<std::string>());
+        EXPECT_EQ(Restore(""), m_path);
+        EXPECT_EQ(ReadFile(m_path), row[0]);
+    }
+}
+
+TEST(JsonText, DepthAndNumbers) {
+    for (const json& row : TestCases("depths")) {  // # stands for 256 brackets
+        std::string text = row[0];
+        if (const std::size_t place = text.find('#'); place != std::string::npos) {
+            text.replace(place, 1, std::string(256, '['));
+        }
+        EXPECT_EQ(IsNestedTooDeep(text), row[1]) << row;
+    }
+    for (const json& row : TestCases("numbers")) {
+        EXPECT_EQ(JsonToInt32(json::parse(row[0].get<std::string>())), row[1]) << row;
+    }
+    EXPECT_THROW(JsonToInt32("1"), json::type_error);
+    EXPECT_THROW(JsonToInt32(nullptr), json::type_error);
+}
