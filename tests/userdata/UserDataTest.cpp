@@ -1,0 +1,260 @@
+#include "config/JsonFile.h"
+#include "include/GlobalConfig.h"
+#include "platform/GeneratorId.h"
+#include "platform/RavLog.h"
+#include "tests/config/TestCases.h"
+#include "userdata/UserData.h"
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+using nlohmann::json;
+
+namespace {
+
+json Changed(json document, const json& patch) {
+    document.merge_patch(patch);
+    return document;
+}
+
+json Command(int port, const std::string& content) {
+    return {{"portIndex", port}, {"controlType", "comInfo"}, {"comInfo", {{"content", content}}}};
+}
+
+/** Component interactions: one component, one trigger, these commands. */
+json Interactions(const json& commands) {
+    json document = json::parse(R"({"kept":1,"componentInteractionInfo":{"componentArr":[
+        {"componentId":1,"interactionArr":[{"triggerType":"click"}]}]}})");
+    document["componentInteractionInfo"]["componentArr"][0]["interactionArr"][0]["commandArr"] = commands;
+    return document;
+}
+
+std::string ContentsOf(const CUserData& store) {
+    std::string contents;
+    for (const SCommandConfig& command : store.GetCommands(1, "click")) {
+        contents += command.content;
+    }
+    return contents;
+}
+
+std::string OrderOf(const CUserData& store) {
+    std::string ids;
+    const json document = store.GetInterfaceConfig();
+    for (const json& element : document["configList"]) {
+        ids += element["nodeId"].dump() + (element["controlType"] == "comInfo" ? "s " : "n ");
+    }
+    return ids;
+}
+
+/** Opens stores, each of which loads what the one before it has saved. */
+class UserData : public testing::Test {
+  protected:
+    class Store : public CUserData {};
+
+    UserData() {
+        setenv("HOME", m_folder.Path().c_str(), 1);
+        GetConfigInstance().user_data_path = m_folder.Path().string();
+    }
+
+    void Write(const std::string& name, const json& document) const {
+        support::WriteFile(m_folder.Path() / name, document.dump());
+    }
+
+    json Saved(const std::string& name) const { return LoadJsonFromFile((m_folder.Path() / name).string()); }
+
+    const support::TemporaryFolder m_folder;
+    const json m_interfaces = TestCases("interfaces");
+};
+
+}  // namespace
+
+TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
+    constexpr std::pair<void (CUserData::*)(json), json (CUserData::*)() const> operations[] = {
+        {&CUserData::SetLayout, &CUserData::GetLayout},
+        {&CUserData::SetMaterials, &CUserData::GetMaterials},
+        {&CUserData::SetComponentConfig, &CUserData::GetComponentConfig},
+        {&CUserData::SetInfraredCom, &CUserData::GetInfraredCom},
+        {&CUserData::SetApiList, &CUserData::GetApiList}};
+    const json rows = TestCases("documents");
+    for (const bool isSecondStart : {false, true}) {
+        Store store;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const auto& [set, get] = operations[i];
+            const json stored = {{"of", rows[i][0]}};
+            EXPECT_EQ((store.*get)(), isSecondStart && rows[i][0] != "apiList.json" ? stored : rows[i][1]);
+            EXPECT_EQ(Saved(rows[i][0]), isSecondStart ? stored : json());
+            (store.*set)(stored);
+            EXPECT_EQ((store.*get)(), stored);
+        }
+    }
+    support::WriteFile(m_folder.Path() / "layout.json", "{\"broken");
+    EXPECT_EQ(Store().GetLayout(), json({{"of", "layout.json"}})) << "the backup was not used";
+}
+
+TEST_F(UserData, LanguageSettings) {
+    for (const json& row :
+         TestCases("languages")) {  // setting, language of the system, auto, language in force
+        GetConfigInstance().system_language = row[1];
+        Write("setting.json", row[0]);
+        Store store;
+        EXPECT_EQ(json({store.GetIsAutoLanguage(), store.GetLanguage()}), json({row[2], row[3]})) << row;
+        store.SetLanguage(1, false);
+    }
+    EXPECT_EQ(Saved("setting.json"), json({{"IsAutoLanguage", false}, {"Language", 1}}));
+}
+
+TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
+    for (const json& row : TestCases("errors at start")) {
+        Write(row[0], row[1]);
+        int error = 0;
+        try {
+            Store();
+        } catch (const json::exception& raised) {
+            error = raised.id;
+        }
+        EXPECT_EQ(error, row[2]) << row;
+        std::filesystem::remove(m_folder.Path() / row[0]);
+    }
+    Write("componentConfig.json",
+          Interactions(json::array({Changed(Command(1, ""), {{"interfaceName", 5}})})));
+    RavLog::StartLogs(m_folder.Path().string(), "info");
+    Store();
+    RavLog::StopLogs();
+    const std::string log = support::ReadFile(m_folder.Path() / "Server.log");
+    EXPECT_NE(log.find("[[Load File] Failed UpdateCmdMap!] [[json.exception.type_error.302] "),
+              std::string::npos);
+}
+
+TEST_F(UserData, InterfaceValuesAreReadAndWrittenBack) {
+    for (const json& row : TestCases("interface values")) {  // kind, key, value, value written; none: dropped
+        json element = m_interfaces[row[0]];
+        json& value = element[row[0].get<std::string>()][row[1].get<std::string>()];
+        value = row[2];
+        Write("interFace.json", {{"configList", {element, nullptr}}, {"kept", 1}});
+        testing::internal::CaptureStdout();
+        {
+            Store store;
+            store.SetNetPortConfig(999, {});
+            store.RemoveInterface(999, 1);
+        }
+        const std::string line =
+            row[0] == "comInfo" ? "串口配置解析异常: [json." : "网口配置解析异常: [json.";
+        const bool isDropped = testing::internal::GetCapturedStdout().find(line) != std::string::npos;
+        EXPECT_EQ(isDropped, row.size() == 3) << row;
+        value = row.back();
+        const json expected = isDropped ? json::array() : json::array({element});
+        EXPECT_EQ(Saved("interFace.json").dump(), json({{"configList", expected}, {"kept", 1}}).dump())
+            << row;
+    }
+}
+
+// Later records win, in the first one's place; unusable elements are dropped but keep their ids.
+TEST_F(UserData, OrderAndIdsOfInterfaces) {
+    Write("interFace.json", {{"configList", TestCases("interface list")}});
+    Store store;
+    EXPECT_EQ(CGeneratorId::getInstance()->GetId(), 6001);
+    SSerialPortConfig record;
+    ASSERT_TRUE(store.GetSerialPortConfig(3, record));
+    EXPECT_FALSE(store.GetSerialPortConfig(2, record));
+    EXPECT_EQ(record.comName, "later");
+    store.SetSerialPortConfig(6, record);
+    store.RemoveInterface(3, 0);
+    EXPECT_EQ(OrderOf(store), "3s 2n 5s 6s ");
+    store.SetSerialPortConfig(3, record);
+    store.RemoveInterface(77, 1);
+    store.RemoveInterface(2, 1);
+    EXPECT_EQ(OrderOf(store), "5s 6s 3s ");
+    store.ClearInterfaces();
+    EXPECT_EQ(store.GetInterfaceConfig(), json({{"configList", json::array()}}));
+}
+
+TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
+    const json &serial = m_interfaces["comInfo"], &net = m_interfaces["netPortInfo"];
+    Write("interFace.json", {{"configList", {serial, net}}});
+    const Store store;
+    for (const json& row : TestCases("names")) {
+        EXPECT_EQ(store.IsInterfaceNameUsed(row[0], row[1], row[2]), row[3]) << row;
+    }
+    for (const json& row : TestCases("serial duplicates")) {
+        SSerialPortConfig record;
+        ASSERT_TRUE(ParseSerialPortRequest(Changed(serial["comInfo"], row[0]), record));
+        EXPECT_EQ(store.IsSerialConfigDuplicate(record, false, 3), row[1]) << row;
+        EXPECT_FALSE(store.IsSerialConfigDuplicate(record, true, 3));
+    }
+    for (const json& row : TestCases("network duplicates")) {
+        SNetPortConfig record;
+        ASSERT_TRUE(ParseNetPortRequest(Changed(net["netPortInfo"], row[0]), record));
+        EXPECT_EQ(store.IsNetConfigDuplicate(record, false, 2), row[1]) << row;
+        EXPECT_FALSE(store.IsNetConfigDuplicate(record, true, 2));
+    }
+}
+
+TEST_F(UserData, CommandsAreReadReplacedAndKept) {
+    for (const json& row : TestCases("commands")) {  // change of a command, its fields; none: it is left out
+        SCommandConfig c;
+        ASSERT_EQ(ParseCommand(Changed(Command(5, "x"), row[0]), c), row.size() == 2) << row;
+        const json fields = {c.portIndex,   c.interfaceName, c.controlType, c.content,
+                             c.commandName, c.contentFormat, c.asciiEncode};
+        EXPECT_TRUE(row.size() < 2 || fields == row[1]) << fields;
+    }
+    Store store;
+    store.SetComponentConfig(Interactions(json::array({Command(5, "old")})));
+    for (const json& patch : TestCases("wrong types")) {
+        const json document = Interactions(json::array({Changed(Command(5, "new"), patch)}));
+        EXPECT_THROW(store.SetComponentConfig(document), json::type_error) << patch;
+        EXPECT_EQ(ContentsOf(store), "old");
+        EXPECT_EQ(store.GetComponentConfig(), document);
+    }
+    for (const json& row :
+         TestCases("component interactions")) {  // one after the other, and what is in force then
+        store.SetComponentConfig(row[0]);
+        EXPECT_EQ(ContentsOf(store), row[1]) << row;
+    }
+}
+
+TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
+    const json noContent = Changed(Command(7, ""), {{"comInfo", {{"content", nullptr}}}});
+    const json noPort = Changed(Command(5, "never read"), {{"portIndex", nullptr}});
+    auto store = std::make_unique<Store>();
+    store->SetNetPortConfig(5, {});
+    store->SetComponentConfig(
+        Interactions({Command(5, "a"), Command(6, "b"), noPort, Command(5, "c"), noContent}));
+    store->RemoveInterface(5, 0);
+    EXPECT_EQ(ContentsOf(*store), "abc");
+    store->SetNetPortConfig(5, {});
+    store->RemoveInterface(5, 1);
+    store->ClearInterfaces();
+    EXPECT_EQ(ContentsOf(*store), "b");
+    EXPECT_EQ(store->GetComponentConfig(), Interactions({Command(6, "b"), noPort}));
+    store->RemovePortCommands(6);
+    store.reset();
+    EXPECT_EQ(Saved("componentConfig.json"), Interactions(json::array({noPort})));
+}
+
+// All operations at once; what is on the disk at the end is what was in memory.
+TEST_F(UserData, BearsConcurrentUse) {
+    auto store = std::make_unique<Store>();
+    std::vector<std::thread> threads;
+    for (int i = 1; i <= 4; ++i) {
+        threads.emplace_back([&store, i] {
+            for (int round = 0; round < 40; ++round) {
+                store->SetNetPortConfig(i, {});
+                store->SetComponentConfig(Interactions(json::array({Command(i, "x")})));
+                EXPECT_LE(ContentsOf(*store).size(), 1U);
+                store->IsInterfaceNameUsed("a", false, 0);
+                store->SetLanguage(round, false);
+                store->RemoveInterface(i, 1);
+            }
+            store->SetSerialPortConfig(i, {});
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    store->RemoveInterface(1, 1);
+    EXPECT_EQ(OrderOf(*store).size(), 9U);
+    const json interfaces = store->GetInterfaceConfig();
+    store.reset();
+    EXPECT_EQ(Saved("interFace.json"), interfaces);
+}
