@@ -1,5 +1,4 @@
 #include "CommFixture.h"
-#include "platform/ComManager.h"
 #include "support/Equipment.h"
 
 #include <cstdlib>
@@ -59,8 +58,7 @@ TEST(TcpClient, DeliversOnceWhenTheDeviceEndedTheConnectionBefore) {
             EXPECT_EQ(comm.Send(record, "click"), 0) << name;
             Socket after = listener.Accept();
             EXPECT_EQ(ReceiveUpTo(after, 5), "click") << name;
-            EXPECT_FALSE(listener.WaitReadable(std::chrono::milliseconds(0)))
-                << name << ": a third connection";
+            EXPECT_FALSE(listener.WaitReadable(std::chrono::milliseconds(0))) << name << ": third";
         }
     }
 }
@@ -79,8 +77,7 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
 
 TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
     for (const auto mode : {EnDeviceMode::Hangup, EnDeviceMode::Reset}) {
-        const comm::SCommSettings settings = CommFixture::Settings();
-        CommFixture comm(settings);
+        CommFixture comm;
         const TcpListener device(mode);
         const auto start = comm::Clock::now();
         int resets = 0;
@@ -90,22 +87,9 @@ TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
             resets += error == 10054 ? 1 : 0;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));  // the pace of the clicks
         }
-        const auto pauses = (comm::Clock::now() - start) / settings.retryPause;
+        const auto pauses = (comm::Clock::now() - start) / CommFixture::Settings().retryPause;
         EXPECT_LE(device.Accepted(), pauses + 2);
     }
-}
-
-TEST(TcpClient, DrainsADeviceThatNeverStopsTalking) {
-    CommFixture comm;
-    Socket listener = Socket::Listen();
-    const auto record = CommFixture::Client(listener.LocalPort());
-    ASSERT_EQ(comm.Open(record), 0);
-    Socket peer = listener.Accept();
-    for (int sent = 0; sent < 50; ++sent) {
-        peer.Send(g_megabyte);  // throws when nobody reads
-    }
-    EXPECT_EQ(comm.Send(record, "click"), 0);
-    EXPECT_EQ(ReceiveUpTo(peer, 5), "click");
 }
 
 TEST(TcpClient, ServesALiveDeviceWhileClicksOnADeadOneWait) {
@@ -120,8 +104,7 @@ TEST(TcpClient, ServesALiveDeviceWhileClicksOnADeadOneWait) {
     EXPECT_EQ(comm.Send(CommFixture::Client(live.Port()), "click"), 0);
     EXPECT_EQ(live.Received().WaitBytes(5), "click");
     for (auto& click : clicks) {
-        EXPECT_EQ(click.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout)
-            << "it had to wait";
+        EXPECT_EQ(click.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
     }
     for (auto& click : clicks) {
         EXPECT_EQ(click.get(), 10060);
@@ -132,7 +115,7 @@ TEST(TcpClient, EndsASendThatIsCutByADelete) {
     CommFixture comm(CommFixture::Settings(support::kMaxTestWait));
     const support::SilentDevice silent;
     Socket full = Socket::Listen();
-    const int rounds = std::getenv("COMM_ROUNDS") == nullptr ? 300 : std::atoi(std::getenv("COMM_ROUNDS"));
+    const int rounds = std::getenv("COMM_MANY_ROUNDS") == nullptr ? 300 : 10000;
     for (int round = 0; round < rounds; ++round) {
         const bool connecting = round % 3 == 0;
         const auto record = CommFixture::Client(connecting ? silent.Port() : full.LocalPort());
@@ -185,25 +168,6 @@ TEST(TcpClient, AnswersAtOnceAfterTheEndOfTheLibrary) {
     EXPECT_EQ(sender.get(), 995);
     EXPECT_EQ(comm.Open(CommFixture::Server(0)), 995);
     EXPECT_EQ(comm.registry.CheckSerial({"", "COM1"}), 995);
-}
-
-TEST(ComManager, HandsItsOperationsOn) {
-    TcpListener device;
-    auto record = CommFixture::Client(device.Port());
-    auto closed = CommFixture::Client(support::FreePort());
-    SSerialPortConfig serial{"", "COM9999"};
-    std::string text = "6869";
-    CComManager* manager = CComManager::getInstance();
-    EXPECT_TRUE(manager->InitNetSocket(record));
-    EXPECT_FALSE(manager->InitNetSocket(closed));
-    EXPECT_FALSE(manager->CheckSerial(serial));
-    EXPECT_EQ(manager->SendSerialData(serial, text, false, 0), 2);
-    EXPECT_EQ(manager->SendNetData(record, text, false, 0), 0);
-    manager->DeleteUserTcp(record);
-    EXPECT_EQ(manager->SendNetData(record, text, true, 0), 0);
-    manager->DeleteAllConnect();
-    EXPECT_EQ(device.Received().WaitBytes(6), "hi6869");
-    EXPECT_EQ(device.Accepted(), 2);
 }
 
 }  // namespace

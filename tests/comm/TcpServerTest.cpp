@@ -81,17 +81,4 @@ TEST(TcpServer, ServesTheOthersWhenOneDeviceIsStuckAndDropsThatOne) {
     EXPECT_EQ(ReceiveUpTo(devices[1], 4), "next");
 }
 
-TEST(TcpServer, RefusesMoreDevicesThanItsLimit) {
-    auto settings = CommFixture::Settings();
-    settings.maxPeers = 2;
-    CommFixture comm(settings);
-    const auto record = CommFixture::Server(support::FreePort());
-    ASSERT_EQ(comm.Open(record), 0);
-    const Socket first = Socket::Connect(record.port);
-    const Socket second = Socket::Connect(record.port);
-    Socket third = Socket::Connect(record.port);
-    EXPECT_EQ(third.Receive(), "");
-    EXPECT_FALSE(second.WaitReadable(std::chrono::milliseconds(0)));
-}
-
 }  // namespace
