@@ -74,6 +74,8 @@ void EventThreads::Lead() {
             }
         } catch (const std::exception& error) {
             RavLog::WriteSystemLog(RavLog::Error, "HttpServer", error.what());
+        } catch (...) {
+            RavLog::WriteSystemLog(RavLog::Error, "HttpServer", "unknown exception on the event loop");
         }
     }
     WorkOff(std::exchange(t_finishedLate, nullptr));

@@ -18,7 +18,8 @@ constexpr int g_cannotListen = -22;
 std::mutex g_mutex;
 
 std::map<std::uintptr_t, std::shared_ptr<Server>>& Running() {
-    static std::map<std::uintptr_t, std::shared_ptr<Server>> servers;
+    // Never destroyed: a server may be stopped by a destructor that runs at the end of the process.
+    static auto& servers = *new std::map<std::uintptr_t, std::shared_ptr<Server>>();
     return servers;
 }
 

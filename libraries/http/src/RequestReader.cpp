@@ -35,8 +35,8 @@ http_method MethodOf(http::verb method) {
 
 // A line that begins with a blank continues the one before it (RFC 9112, 5.2), or is taken so by some.
 bool HasFoldedLine(std::string_view lines) {
-    for (std::size_t at = lines.find('\n'); at + 1 < lines.size(); at = lines.find('\n', at + 1)) {
-        if (lines[at + 1] == ' ' || lines[at + 1] == '\t') {
+    for (std::size_t at = lines.find('\n'); at != std::string_view::npos; at = lines.find('\n', at + 1)) {
+        if (at + 1 < lines.size() && (lines[at + 1] == ' ' || lines[at + 1] == '\t')) {
             return true;
         }
     }

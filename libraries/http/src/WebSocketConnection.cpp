@@ -19,8 +19,10 @@ namespace {
 
 constexpr std::size_t g_keptCapacity = 4096;
 
-// A close frame with the code 1001, going away (RFC 6455, 7.4.1).
+// Close frames with the codes 1001, going away, and 1002, protocol error (RFC 6455, 7.4.1).
 constexpr std::array<unsigned char, 4> g_goingAway = {0x88, 0x02, 0x03, 0xE9};
+constexpr std::array<unsigned char, 4> g_protocolError = {0x88, 0x02, 0x03, 0xEA};
+constexpr unsigned g_highestCloseCode = 4999;
 
 http::request<http::empty_body> UpgradeOf(const HttpRequest& request) {
     http::request<http::empty_body> upgrade(http::verb::get, request.path, 11);
@@ -42,18 +44,20 @@ int Channel::send(const std::string& message, ws_opcode opcode, bool fin) {
     if (m_connection == nullptr) {
         return -1;
     }
-    const auto connection = m_connection->weak_from_this().lock();
+    // Given up before the lock is, or handed to the loop: the last reference must not die on this thread.
+    auto connection = m_connection->weak_from_this().lock();
     if (!connection) {
         return -1;
     }
+    const auto executor = connection->m_stream.get_executor();
     if (m_queuedBytes + message.size() > connection->m_server.Bounds().webSocketQueueBytes) {
-        asio::post(connection->m_stream.get_executor(), [connection] { connection->Close(); });
+        asio::post(executor, [connection = std::move(connection)] { connection->Close(); });
         return -1;
     }
     m_queuedBytes += message.size();
     m_queue.push_back({message, opcode, fin});
     if (m_queue.size() == 1) {
-        asio::post(connection->m_stream.get_executor(), [connection] { connection->WriteNext(); });
+        asio::post(executor, [connection = std::move(connection)] { connection->WriteNext(); });
     }
     return static_cast<int>(message.size());
 }
@@ -76,8 +80,14 @@ WebSocketConnection::WebSocketConnection(Server& server, Socket socket, const as
     m_stream.next_layer().wait = limits.webSocketClose;
     m_stream.read_message_max(limits.webSocketMessageBytes);
     m_stream.auto_fragment(false);
+    m_stream.control_callback([this](websocket::frame_type kind, boost::beast::string_view) {
+        if (kind == websocket::frame_type::close && m_stream.reason().code > g_highestCloseCode) {
+            // The stream takes such a code and would send it back.
+            SendLast(g_protocolError);
+        }
+    });
     m_stream.set_option(websocket::stream_base::decorator(
-        [](websocket::response_type& response) { response.erase(http::field::server); }));
+        [](websocket::response_type& response) { response.set(http::field::server, "WebSocket"); }));
 }
 
 WebSocketConnection::~WebSocketConnection() {
@@ -93,6 +103,7 @@ void WebSocketConnection::Start() {
             return;
         }
         self->m_deadline = Clock::time_point::max();
+        self->m_isOpen = true;
         self->Call(Callback::Open);
     });
 }
@@ -109,11 +120,19 @@ void WebSocketConnection::Close() {
 }
 
 void WebSocketConnection::Stop() {
-    if (!m_isClosed && !m_isWriting) {
-        error_code ignored;
-        m_stream.next_layer().write_some(asio::buffer(g_goingAway), ignored);
+    if (!m_isClosed) {
+        SendLast(g_goingAway);
     }
     Close();
+}
+
+// A last frame past the stream, unless it would land inside another.
+void WebSocketConnection::SendLast(const std::array<unsigned char, 4>& frame) {
+    error_code ignored;
+    if (!m_isWriting && m_isOpen) {
+        m_stream.next_layer().write_some(asio::buffer(frame), ignored);
+    }
+    m_stream.next_layer().shutdown(asio::socket_base::shutdown_send, ignored);
 }
 
 void WebSocketConnection::Call(Callback callback) {

@@ -3,6 +3,7 @@
 #include "libraries/http/src/IoHandle.h"
 #include "libraries/http/src/Server.h"
 
+#include <array>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -84,7 +85,7 @@ class WebSocketConnection final : public ServerConnection,
 
     void Call(Callback callback);
     void Read();
-    void WakeWriter();
+    void SendLast(const std::array<unsigned char, 4>& frame);
     void WriteNext();
     void OnWritten(const boost::system::error_code& error);
 
@@ -96,6 +97,7 @@ class WebSocketConnection final : public ServerConnection,
     Callback m_callback = Callback::Open;
     Channel::Frame m_writing{};
     bool m_isWriting = false;
+    bool m_isOpen = false;
     bool m_isClosed = false;
 };
 

@@ -1,0 +1,149 @@
+// What goes out: routes, failures, large replies; and the texts that the library hands out.
+#include "tests/http/HttpFixture.h"
+#include "tests/support/Wait.h"
+
+#include <stdexcept>
+
+#include <hv/hpath.h>
+#include <hv/hurl.h>
+
+namespace {
+
+class ReplyTest : public HttpTest {
+  protected:
+    static http_sync_handler Says(const std::string& text) {
+        return [text](HttpRequest* request, HttpResponse* response) {
+            response->SetBody(text + "|" + request->GetParam("name", "-") + "|" +
+                              request->GetParam("q", "-"));
+            return 200;
+        };
+    }
+
+    static int Large(HttpRequest* /*request*/, HttpResponse* response) {
+        response->body.assign(g_large, 'x');
+        return 200;
+    }
+
+    static constexpr std::size_t g_large = std::size_t{32} << 20;
+};
+
+TEST_F(ReplyTest, FindsTheRoute) {
+    Write("index.html", "page");
+    Write("static.txt", "static");
+    Write("api/exact", "file");
+    service.Static("/", folder.Path().c_str());
+    service.GET("/", Says("root"));
+    service.GET("/api/{name}", Says("replaced"));
+    service.GET("/api/{name}", Says("pattern"));
+    service.POST("/api/{name}/save", Says("save"));
+    service.GET("/api/exact", Says("exact"));
+    service.POST("/both", Says("post"));
+    service.GET("/both", Says("get"));
+    service.POST("/gone", [](HttpRequest*, HttpResponse*) { return 404; });
+    service.GET("/missing", [](HttpRequest*, HttpResponse*) { return 422; });
+    Run();
+    Client client = Connect();
+    for (const auto& row : Rows("routes.txt")) {
+        const HttpReply reply = client.Ask(row[3] + " HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\n\r\n{}");
+        EXPECT_EQ(row[0], std::to_string(reply.status)) << row[3];
+        EXPECT_EQ(row[1], reply.Header("Allow")) << row[3];
+        EXPECT_EQ(row[2], reply.body) << row[3];
+    }
+    EXPECT_EQ("7", client.Ask("HEAD /both HTTP/1.1\r\nHost: a\r\n\r\n", false).Header("Content-Length"));
+    EXPECT_EQ(200, client.Ask(Get("/both")).status) << "no body came behind the head";
+}
+
+TEST_F(ReplyTest, SurvivesFailingHandlers) {
+    service.GET("/throw", [](HttpRequest*, HttpResponse* response) -> int {
+        response->SetBody("half done");
+        throw std::runtime_error("out of tea");
+    });
+    service.GET("/odd", [](HttpRequest*, HttpResponse*) -> int { throw 42; });
+    service.GET("/inject", [](HttpRequest*, HttpResponse* response) {
+        response->SetHeader("X-Clean", "a\r\nX-Evil: b");
+        response->headers["X-Raw"] = "a\r\nX-Evil: b";
+        response->SetHeader("Content-Length", "5");
+        return 204;
+    });
+    Run();
+    TakeLog();
+    Client client = Connect();
+    for (const char* path : {"/throw", "/odd"}) {
+        const HttpReply reply = client.Ask(Get(path));
+        EXPECT_EQ(500, reply.status);
+        EXPECT_EQ("", reply.body);
+    }
+    const auto lines = TakeLog();
+    ASSERT_EQ(2U, lines.size());
+    EXPECT_NE(std::string::npos, lines[0].find("/throw failed: out of tea"));
+    const HttpReply clean = client.Ask(Get("/inject"));
+    EXPECT_EQ(204, clean.status);
+    EXPECT_EQ("a  X-Evil: b", clean.Header("X-Clean"));
+    EXPECT_EQ("", clean.Header("X-Evil") + clean.Header("X-Raw") + clean.Header("Content-Length"));
+}
+
+TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
+    Write("large.bin", std::string(g_large, 'f'));
+    service.Static("/", folder.Path().c_str());
+    service.GET("/large", Large);
+    service.GET("/small", Says("small"));
+    Run();
+    for (const char* path : {"/large", "/large.bin"}) {
+        Client client = Connect();
+        client.Send(Get(path));
+        EXPECT_TRUE(client.Socket().WaitReadable(support::kMaxTestWait));
+        EXPECT_EQ(200, Connect().Ask(Get("/small")).status) << "while the large one is held up";
+        EXPECT_EQ(g_large, client.Read().body.size());
+        EXPECT_EQ(200, client.Ask(Get("/small")).status);
+    }
+}
+
+TEST_F(ReplyTest, GivesUpOnClientsThatDoNotRead) {
+    limits.writeStall = std::chrono::milliseconds(150);
+    limits.sweep = std::chrono::milliseconds(20);
+    service.GET("/large", Large);
+    Run();
+    Client client = Connect();
+    client.Send(Get("/large"));
+    EXPECT_TRUE(support::WaitUntil([&] { return !client.Send("\r"); })) << "the server closes";
+    EXPECT_EQ(g_large, Connect().Ask(Get("/large")).body.size());
+}
+
+TEST_F(ReplyTest, ReadsFilesIntoReplies) {
+    Write("a.PNG", "image");
+    HttpResponse response;
+    EXPECT_EQ(200, response.File(Path("a.PNG").c_str()));
+    EXPECT_EQ("image", response.body);
+    EXPECT_EQ("image/png", response.GetHeader("content-type"));
+    response.SetContentType(TEXT_PLAIN);
+    EXPECT_EQ(200, response.File(Path("a.PNG").c_str()));
+    EXPECT_EQ("text/plain", response.GetHeader("Content-Type"));
+    EXPECT_EQ(404, response.File(Path("none").c_str()));
+    EXPECT_EQ(404, response.File(Path("").c_str()));
+}
+
+TEST(TextTest, NamesAndTypes) {
+    EXPECT_EQ("a b%c/%4", HUrl::unescape("a+b%c%2f%4"));
+    EXPECT_EQ("dir/a dir/a /a", HPath::join("dir", "a ") + HPath::join("dir/", "a ") + HPath::join("", "a"));
+    for (const auto& [suffix, type] : {std::pair("aac", "audio/aac"),
+                                       {"png", "image/png"},
+                                       {"woff2", "font/woff2"},
+                                       {"zip", "application/zip"},
+                                       {"webmanifest", "application/manifest+json"},
+                                       {"webp", "image/webp"},
+                                       {"PNG", ""},
+                                       {"", ""}}) {
+        EXPECT_STREQ(type, http_content_type_str_by_suffix(suffix)) << suffix;
+    }
+    EXPECT_EQ(TEXT_HTML, http_content_type_enum("text/HTML ; charset=utf-8"));
+    EXPECT_EQ(CONTENT_TYPE_UNDEFINED, http_content_type_enum("text/unheard"));
+    sockaddr_u address{};
+    address.sin6.sin6_family = AF_INET6;
+    address.sin6.sin6_addr.s6_addr[15] = 1;
+    address.sin6.sin6_port = htons(80);
+    char text[64];
+    EXPECT_STREQ("[::1]:80", sockaddr_str(&address, text, sizeof text));
+    EXPECT_STREQ("[::", sockaddr_str(&address, text, 4));
+}
+
+}  // namespace

@@ -1,0 +1,177 @@
+// What comes in: framing, limits, refusals, the order of replies.
+#include "tests/http/HttpFixture.h"
+#include "tests/support/Wait.h"
+
+#include <random>
+
+namespace {
+
+class RequestTest : public HttpTest {
+  protected:
+    void SetUp() override {
+        service.POST("/echo", [](HttpRequest* request, HttpResponse* response) {
+            response->SetBody(request->body);
+            return 200;
+        });
+        service.GET("/who", [](HttpRequest* request, HttpResponse* response) {
+            response->SetBody(request->client_addr.ip + ":" + std::to_string(request->client_addr.port) +
+                              request->path + request->GetHeader("x-twice"));
+            return 200;
+        });
+    }
+
+    // Fills in what rows of the data files leave out.
+    static std::string Complete(std::string request) {
+        for (const auto& [name, start] : {std::pair("CHUNKS\r\n", "POST\r\nTransfer-Encoding: chunked\r\n"),
+                                          std::pair("POST\r\n", "POST /echo HTTP/1.1\r\nHost: a\r\n")}) {
+            if (const std::size_t at = request.find(name); at <= 2) {
+                request.replace(at, std::string(name).size(), start);
+            }
+        }
+        return request;
+    }
+
+    void ExpectAlive() { EXPECT_EQ(200, Connect().Ask(Get("/who")).status); }
+};
+
+TEST_F(RequestTest, RefusesAndCloses) {
+    Run();
+    for (const auto& row : Rows("refused_requests.txt")) {
+        const std::string request = Complete(row[2]);
+        // At once, and in small pieces.
+        for (const std::size_t piece : {request.size(), 1 + request.size() / 200}) {
+            SCOPED_TRACE(row[1] + " by " + std::to_string(piece));
+            Client client = Connect();
+            for (std::size_t at = 0; at < request.size(); at += piece) {
+                client.Send(request.substr(at, piece));
+            }
+            const HttpReply reply = client.Read();
+            EXPECT_EQ(row[0], std::to_string(reply.status));
+            EXPECT_EQ("close", reply.Header("Connection"));
+            EXPECT_EQ("", client.Rest());
+        }
+    }
+    ExpectAlive();
+}
+
+TEST_F(RequestTest, ReadsBodies) {
+    Run();
+    for (const auto& row : Rows("read_requests.txt")) {
+        Client client = Connect();
+        HttpReply reply = client.Ask(Complete(row[2]));
+        reply = reply.status == 100 ? client.Read() : reply;
+        EXPECT_EQ(200, reply.status) << row[1];
+        EXPECT_EQ(row[0], reply.body) << row[1];
+    }
+    const std::string big(3'000'000, 'b');
+    EXPECT_TRUE(Connect().Ask(Post("/echo", big)).body == big);
+}
+
+TEST_F(RequestTest, AnswersInOrderAndKeepsTheConnection) {
+    Run();
+    Client client = Connect();
+    std::string requests;
+    for (int i = 0; i < 500; ++i) {
+        requests += i % 3 == 0 ? Post("/echo", std::to_string(i)) : Get("/who?" + std::to_string(i));
+        requests += i % 7 == 0 ? Post("/nowhere", "read, and of no use") : "";
+    }
+    client.Send(requests);
+    const std::string start = "127.0.0.1:" + std::to_string(client.Socket().LocalPort()) + "/who?";
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(i % 3 == 0 ? std::to_string(i) : start + std::to_string(i), client.Read().body);
+        ASSERT_EQ(i % 7 == 0 ? 404 : 0, i % 7 == 0 ? client.Read().status : 0);
+    }
+    const HttpReply last = client.Ask(Get("/who?", "X-Twice: a\r\nx-twice: b\r\nConnection: close\r\n"));
+    EXPECT_EQ(start + "a, b", last.body);
+    EXPECT_EQ("", client.Rest());
+}
+
+TEST_F(RequestTest, OldClientsKeepTheConnectionOnlyWhenTheyAsk) {
+    Run();
+    Client client = Connect();
+    const HttpReply kept = client.Ask("GET /who HTTP/1.0\r\nConnection: keep-alive\r\n\r\n");
+    EXPECT_EQ("keep-alive", kept.Header("Connection"));
+    EXPECT_EQ("close", client.Ask("GET /who HTTP/1.0\r\n\r\n").Header("Connection"));
+    EXPECT_EQ("", client.Rest());
+}
+
+TEST_F(RequestTest, GivesLeaveToSendTheBody) {
+    Run();
+    const std::string rest = " HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\nExpect: 100-continue\r\n\r\n";
+    Client client = Connect();
+    EXPECT_EQ(100, client.Ask("POST /echo" + rest).status);
+    EXPECT_EQ("ok", client.Ask("ok").body);
+    Client refused = Connect();
+    EXPECT_EQ(404, refused.Ask("POST /nowhere" + rest).status);
+    EXPECT_EQ("", refused.Rest());
+}
+
+TEST_F(RequestTest, PagesFromElsewhereMayNotPost) {
+    Run();
+    EXPECT_EQ(200, Connect().Ask(Post("/echo", "x")).status);
+    for (const auto& row : Rows("origins.txt")) {
+        TakeLog();
+        const std::string headers =
+            "Host: " + row[1] + "\r\nOrigin: " + row[2] + "\r\nContent-Length: 1\r\n\r\nx";
+        EXPECT_EQ(row[0], std::to_string(Connect().Ask("POST /echo HTTP/1.1\r\n" + headers).status))
+            << headers;
+        EXPECT_EQ(row[0] == "403" ? 1U : 0U, TakeLog().size()) << headers;
+    }
+    EXPECT_EQ(200, Connect().Ask(Get("/who", "Origin: http://evil.example\r\n")).status);
+}
+
+TEST_F(RequestTest, GivesUpOnSlowClients) {
+    limits.headerWait = limits.bodyStall = limits.keepAlive = std::chrono::milliseconds(150);
+    limits.sweep = std::chrono::milliseconds(20);
+    Run();
+    for (const std::string begun : {"", "GET /who HT", "GET /who HTTP/1.1\r\nHost: a\r\n",
+                                    "POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 5\r\n\r\nab"}) {
+        Client client = Connect();
+        client.Send(begun);
+        EXPECT_EQ("", client.Rest()) << begun;
+    }
+    Client idle = Connect();
+    EXPECT_EQ(200, idle.Ask(Get("/who")).status);
+    EXPECT_EQ("", idle.Rest());
+    Client trickling = Connect();
+    EXPECT_TRUE(support::WaitUntil([&] { return !trickling.Send("G"); }))
+        << "the bound of the header is absolute";
+    ExpectAlive();
+}
+
+TEST_F(RequestTest, MakesRoomForNewConnections) {
+    server.worker_threads = 1;
+    server.worker_connections = 8;
+    Run();
+    std::vector<Client> idle;
+    for (int i = 0; i < 40; ++i) {
+        EXPECT_EQ(200, idle.emplace_back(server.port).Ask(Get("/who")).status);
+    }
+    EXPECT_EQ("", idle.front().Rest());
+    EXPECT_EQ(200, idle.back().Ask(Get("/who")).status) << "the latest are the ones that stay";
+}
+
+TEST_F(RequestTest, SurvivesNoise) {
+    Run();
+    std::mt19937 random(20240607);
+    const auto seeds = Rows("read_requests.txt");
+    for (int round = 0; round < 600; ++round) {
+        std::string bytes = Complete(seeds[random() % seeds.size()][2]);
+        for (auto changes = random() % 6 + 1; changes > 0; --changes) {
+            const std::size_t at = random() % bytes.size();
+            if (random() % 2 == 0) {
+                bytes[at] = static_cast<char>(random());
+            } else {
+                bytes.replace(at, random() % 4, "\r\n");
+            }
+        }
+        Client client = Connect();
+        client.Send(bytes);
+        client.Socket().ShutdownSend();
+        const std::string replies = client.Rest();
+        EXPECT_TRUE(replies.empty() || replies.starts_with("HTTP/1.1 ")) << replies;
+    }
+    ExpectAlive();
+}
+
+}  // namespace

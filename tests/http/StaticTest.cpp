@@ -1,0 +1,69 @@
+// Files of the web root: what is served, how it is cached, and what is never served.
+#include "tests/http/HttpFixture.h"
+
+#include <filesystem>
+
+namespace {
+
+class StaticTest : public HttpTest {
+  protected:
+    void SetUp() override {
+        for (const auto& [name, text] : {std::pair("outside.txt", "secret"),
+                                         {"www/index.html", "<html>"},
+                                         {"www/app.js", "0123456789"},
+                                         {"www/app.js.gz", "zipped"},
+                                         {"www/app.js.br", "brotli"},
+                                         {"www/sub/a b.png", "png"},
+                                         {"www/sub/index.html", "sub"},
+                                         {"www-other/x.txt", "other"}}) {
+            Write(name, text);
+        }
+        std::filesystem::create_symlink(Path("outside.txt"), Path("www/absolute"));
+        std::filesystem::create_symlink("../outside.txt", Path("www/relative"));
+        std::filesystem::create_directory_symlink(folder.Path(), Path("www/up"));
+        std::filesystem::create_symlink("sub/index.html", Path("www/inside"));
+        service.Static("/", Path("www").c_str());
+        Run();
+    }
+};
+
+TEST_F(StaticTest, NeverLeavesTheFolder) {
+    Client client = Connect();
+    for (const auto& row : Rows("hostile_paths.txt")) {
+        const HttpReply reply = client.Ask(Get(row[0]));
+        EXPECT_EQ(404, reply.status) << row[0];
+        EXPECT_EQ("", reply.body) << row[0];
+    }
+    EXPECT_EQ("sub", client.Ask(Get("/inside")).body) << "a link that stays inside";
+}
+
+TEST_F(StaticTest, ServesAndValidates) {
+    Client client = Connect();
+    const HttpReply page = client.Ask(Get("/"));
+    EXPECT_EQ("<html>", page.body);
+    EXPECT_EQ("text/html", page.Header("Content-Type"));
+    EXPECT_EQ("no-cache", page.Header("Cache-Control"));
+    EXPECT_EQ("sub", client.Ask(Get("/sub/")).body);
+    EXPECT_EQ("image/png", client.Ask(Get("/sub/a%20b.png")).Header("Content-Type"));
+    const HttpReply script = client.Ask(Get("/app.js"));
+    EXPECT_EQ("", script.Header("Cache-Control"));
+    for (const auto& row : Rows("conditions.txt")) {
+        std::string header = row[3];
+        for (const auto& [name, value] :
+             {std::pair("TAG", script.Header("ETag")), {"DATE", script.Header("Last-Modified")}}) {
+            const std::size_t at = header.find(name);
+            header = at == std::string::npos ? header : header.replace(at, std::string(name).size(), value);
+        }
+        const HttpReply reply = client.Ask(Get("/app.js", header + "\r\n"));
+        EXPECT_EQ(row[0], std::to_string(reply.status)) << header;
+        EXPECT_EQ(row[1], reply.Header("Content-Range")) << header;
+        EXPECT_EQ(row[2], reply.body) << header;
+        EXPECT_EQ("Accept-Encoding", reply.Header("Vary")) << header;
+        EXPECT_EQ("application/javascript", reply.Header("Content-Type")) << header;
+    }
+    const HttpReply head = client.Ask("HEAD /app.js HTTP/1.1\r\nHost: a\r\nRange: bytes=1-2\r\n\r\n", false);
+    EXPECT_EQ("10", head.Header("Content-Length"));
+    EXPECT_EQ("0123456789", client.Ask(Get("/app.js")).body) << "no body came behind the head";
+}
+
+}  // namespace

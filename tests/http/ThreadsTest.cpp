@@ -1,0 +1,165 @@
+// Handlers that block: what goes on meanwhile, who waits, and how a server ends.
+#include "tests/http/HttpFixture.h"
+#include "tests/support/Wait.h"
+
+#include <atomic>
+#include <future>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+// What handlers wait at. Shared, since a handler may outlive its test.
+struct Gate {
+    std::atomic<int> inside = 0;
+    std::atomic<bool> open = false;
+};
+
+class ThreadsTest : public HttpTest {
+  protected:
+    void SetUp() override {
+        Write("page.txt", "page");
+        service.Static("/", folder.Path().c_str());
+        service.GET("/quick", [](HttpRequest*, HttpResponse* response) {
+            response->SetBody("quick");
+            return 200;
+        });
+        service.GET("/gate/{number}", [gate = gate](HttpRequest* request, HttpResponse* response) {
+            ++gate->inside;
+            support::WaitUntil([&] { return gate->open.load(); });
+            --gate->inside;
+            response->SetBody(request->GetParam("number"));
+            return 200;
+        });
+        server.worker_threads = 4;
+    }
+
+    void TearDown() override {
+        gate->open = true;
+        HttpTest::TearDown();
+    }
+
+    void Enter(int count) {
+        for (int i = 0; i < count; ++i) {
+            clients.emplace_back(server.port).Send(Get("/gate/" + std::to_string(clients.size() - 1)));
+        }
+    }
+
+    bool WaitForInside(int count) {
+        return support::WaitUntil([&] { return gate->inside == count; });
+    }
+
+    const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
+    std::vector<Client> clients;
+};
+
+TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
+    Run();
+    for (int stuck = 1; stuck <= 4; ++stuck) {
+        Enter(1);
+        ASSERT_TRUE(WaitForInside(stuck));
+        EXPECT_EQ("page", Connect().Ask(Get("/page.txt")).body) << stuck;
+        EXPECT_EQ("quick", stuck == 4 ? "quick" : Connect().Ask(Get("/quick")).body) << stuck;
+    }
+    Enter(20);
+    Client other = Connect();
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ("page", other.Ask(Get("/page.txt")).body);
+    }
+    EXPECT_EQ(4, gate->inside) << "no more than the workers at once";
+    gate->open = true;
+    for (std::size_t i = 0; i < clients.size(); ++i) {
+        EXPECT_EQ(std::to_string(i), clients[i].Read().body);
+        EXPECT_EQ("quick", clients[i].Ask(Get("/quick")).body);
+    }
+}
+
+TEST_F(ThreadsTest, ServesManyWhileTheLeadChangesHands) {
+    service.GET("/nap", [](HttpRequest* request, HttpResponse* response) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        response->SetBody(request->path);
+        return 200;
+    });
+    Run();
+    std::vector<std::future<int>> right;
+    for (int c = 0; c < 8; ++c) {
+        right.push_back(std::async(std::launch::async, [this, c] {
+            int count = 0;
+            Client client = Connect();
+            for (int i = 0; i < 60; ++i) {
+                const std::string path = (i % 3 == 0 ? "/nap?" : "/quick?") + std::to_string(c * 100 + i);
+                count += client.Ask(Get(path)).body == (i % 3 == 0 ? path : "quick") ? 1 : 0;
+            }
+            return count;
+        }));
+    }
+    for (auto& count : right) {
+        EXPECT_EQ(60, count.get());
+    }
+}
+
+TEST_F(ThreadsTest, StopEndsConnectionsAndFreesThePort) {
+    Run();
+    Client idle = Connect();
+    EXPECT_EQ(200, idle.Ask(Get("/quick")).status);
+    Client half = Connect();
+    half.Send("POST /quick HTTP/1.1\r\nHost: a\r\nContent-Length: 9\r\n\r\n");
+    Enter(1);
+    ASSERT_TRUE(WaitForInside(1));
+    auto stopped = std::async(std::launch::async, [&] { return http_server_stop(&server); });
+    EXPECT_EQ("", idle.Rest());
+    EXPECT_EQ("", half.Rest());
+    gate->open = true;
+    EXPECT_EQ("0", clients[0].Read().body) << "a handler that runs is let finish";
+    EXPECT_EQ("", clients[0].Rest());
+    EXPECT_EQ(0, stopped.get());
+    EXPECT_THROW(Connect(), std::system_error);
+    EXPECT_EQ(0, http_server_stop(&server)) << "twice";
+    EXPECT_EQ(0, http_server_run(&server, 0)) << "and again, on the same port";
+    EXPECT_EQ(200, Connect().Ask(Get("/quick")).status);
+}
+
+TEST_F(ThreadsTest, StopLeavesHandlersThatHangBehind) {
+    limits.stopGrace = std::chrono::milliseconds(50);
+    Run();
+    Enter(6);
+    ASSERT_TRUE(WaitForInside(4));
+    TakeLog();
+    http_server_stop(&server);
+    EXPECT_EQ(1U, TakeLog().size());
+    EXPECT_THROW(Connect(), std::system_error);
+    service = hv::HttpService();  // may die now
+    gate->open = true;
+    EXPECT_TRUE(WaitForInside(0));
+    for (auto& client : clients) {
+        EXPECT_EQ("", client.Rest()) << "nothing is told after the stop";
+    }
+}
+
+TEST_F(ThreadsTest, RunTellsWhetherItListens) {
+    http_server_t none;
+    EXPECT_EQ(0, http_server_run(&none, 0)) << "port 0: no listener";
+    EXPECT_EQ(0, http_server_stop(&none)) << "never ran";
+    Run();
+    http_server_t copy = server;
+    EXPECT_EQ(-22, http_server_run(&copy, 0)) << "runs already";
+    for (const int port : {server.port, 65536, -1}) {
+        none.port = port;
+        EXPECT_EQ(-22, http_server_run(&none, 0)) << port;
+    }
+    EXPECT_EQ(200, Connect().Ask(Get("/quick")).status);
+    EXPECT_EQ(0, http_server_stop(&copy)) << "by the copy";
+    EXPECT_THROW(Connect(), std::system_error);
+    auto waits = std::async(std::launch::async, [this] { return http_server_run(&server, 1); });
+    EXPECT_TRUE(support::WaitUntil([this] {
+        try {
+            return Connect().Ask(Get("/quick")).status == 200;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    }));
+    EXPECT_EQ(0, http_server_stop(&server));
+    EXPECT_EQ(0, waits.get());
+}
+
+}  // namespace
