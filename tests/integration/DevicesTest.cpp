@@ -21,7 +21,8 @@ void UseSerialLine(const HostProcess& host, const std::filesystem::path& device)
 
 json NameList(Browser& browser) {
     json names = json::array();
-    for (const json& entry : browser.Get("getConfigList").at("configList")) {
+    const json document = browser.Get("getConfigList");
+    for (const json& entry : document.at("configList")) {
         names.push_back(entry.at(entry.at("controlType").get<std::string>()).at("comName"));
     }
     return names;

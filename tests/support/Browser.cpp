@@ -44,7 +44,8 @@ int Browser::AddSerial(const std::string& name, const std::string& port) {
 }
 
 int Browser::NodeId(const std::string& name) {
-    for (const json& entry : Get("getConfigList").at("configList")) {
+    const json document = Get("getConfigList");
+    for (const json& entry : document.at("configList")) {
         if (entry.at(entry.at("controlType").get<std::string>()).at("comName") == name) {
             return entry.at("nodeId");
         }
