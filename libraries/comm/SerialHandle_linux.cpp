@@ -36,14 +36,16 @@ struct CSerialHandle::SDevice {
     int Descriptor() { return stream.native_handle(); }
 
     boost::asio::posix::stream_descriptor stream;
+    bool ours = false;  ///< locked: until then the device may be another program's, and is left alone
 };
 
 CSerialHandle::CSerialHandle(boost::asio::io_context& io) : m_device(std::make_unique<SDevice>(io)) {}
 
 CSerialHandle::~CSerialHandle() {
-    if (m_device->stream.is_open()) {
-        // Without this, closing waits up to 30 s for a line that doesn't move.
+    if (m_device->ours) {
+        // Without the flush, closing waits up to 30 s for a line that doesn't move.
         ioctl(m_device->Descriptor(), TCFLSH, TCIOFLUSH);
+        ioctl(m_device->Descriptor(), TIOCNXCL);
     }
 }
 
@@ -59,9 +61,11 @@ int CSerialHandle::Open(const std::string& device) {
         close(descriptor);
         return SerialError(code.value());
     }
-    if (ioctl(descriptor, TIOCEXCL) != 0 || flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+    // The lock keeps out programs that look for it, the flag all others.
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 || ioctl(descriptor, TIOCEXCL) != 0) {
         return SerialError(errno);
     }
+    m_device->ours = true;
     return ErrorNone;
 }
 
