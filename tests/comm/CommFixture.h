@@ -37,11 +37,7 @@ struct CommFixture {
 /** All that comes from a connection up to a number of bytes, or to its end. */
 inline std::string ReceiveUpTo(support::Socket& socket, std::size_t count) {
     std::string all;
-    while (all.size() < count) {
-        const std::string bytes = socket.Receive();
-        if (bytes.empty()) {
-            break;
-        }
+    for (std::string bytes; all.size() < count && !(bytes = socket.Receive()).empty();) {
         all += bytes;
     }
     return all;

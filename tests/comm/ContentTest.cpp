@@ -35,9 +35,8 @@ TEST(Content, RefusesTextThatIsNotUtf8WhereItHasToBeConverted) {
     for (const std::string_view text : {"\xC3", "a\xC3(", "\xFF", "\x80", "\xED\xA0\x80", "ok \xE5\xBC"}) {
         for (const int encoding : {1, 2}) {
             std::string storage;
-            std::string_view bytes = "old";
+            std::string_view bytes;
             EXPECT_EQ(comm::ContentToBytes(text, true, encoding, storage, bytes), 13) << text << encoding;
-            EXPECT_EQ(bytes, "");
         }
     }
 }

@@ -20,7 +20,7 @@ class Cable {
     Cable() : m_there(NewNetwork()), m_here(NewNetwork()) {
         Run("ip link add here type veth peer name there");
         Run("ip link set there netns /proc/self/fd/" + std::to_string(m_there));
-        RunThere("ip addr add 10.9.0.2/24 dev there && ip link set there up && ip link set lo up");
+        There([] { Run("ip addr add 10.9.0.2/24 dev there && ip link set there up && ip link set lo up"); });
         Run("ip addr add 10.9.0.1/24 dev here && ip link set here up");
     }
     static void Run(const std::string& command) { ASSERT_EQ(std::system(command.c_str()), 0) << command; }
@@ -31,9 +31,6 @@ class Cable {
         setns(m_there, CLONE_NEWNET);
         action();
         setns(m_here, CLONE_NEWNET);
-    }
-    void RunThere(const std::string& command) const {
-        There([&] { Run(command); });
     }
 
   private:
@@ -70,16 +67,15 @@ TEST(Network, NoticesACableThatIsCut) {
             cable.There([&] { listener = support::Socket::Listen(0, 128, "10.9.0.2"); });
             const auto record = CommFixture::Client(listener.LocalPort(), "10.9.0.2");
             ASSERT_EQ(comm.Send(record, "a"), 0);
-            cable.RunThere("ip link set there down");
+            cable.There([] { Cable::Run("ip link set there down"); });
             if (inFlight) {
                 EXPECT_EQ(comm.Send(record, "lost"), 0);
             }
             EXPECT_TRUE(support::WaitUntil([&] { return comm.Open(record) != 0; }));
             const int error = comm.Send(record, "a");
             EXPECT_TRUE(error == 10060 || error == 10065) << error;
-            cable.RunThere("ip link set there up");
-            EXPECT_TRUE(support::WaitUntil([&] { return comm.Send(record, "b") == 0; }))
-                << "not back in service";
+            cable.There([] { Cable::Run("ip link set there up"); });
+            EXPECT_TRUE(support::WaitUntil([&] { return comm.Send(record, "b") == 0; }));
         }).get();
     }
 }
