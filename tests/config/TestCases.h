@@ -2,11 +2,13 @@
 
 #include "support/TemporaryFolder.h"
 
-#include <string>
-
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+using nlohmann::json;
+namespace fs = std::filesystem;
+
 /** A list of cases from the file TestCases.json beside the test. */
-inline nlohmann::json TestCases(const std::string& name) {
-    return nlohmann::json::parse(support::ReadFile(TEST_CASES_FILE)).at(name);
+inline json TestCases(const std::string& name) {
+    return json::parse(support::ReadFile(TEST_CASES_FILE)).at(name);
 }

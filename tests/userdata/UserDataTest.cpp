@@ -7,10 +7,6 @@
 
 #include <thread>
 
-#include <gtest/gtest.h>
-
-using nlohmann::json;
-
 namespace {
 
 json Changed(json document, const json& patch) {
@@ -93,8 +89,8 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
 }
 
 TEST_F(UserData, LanguageSettings) {
-    for (const json& row :
-         TestCases("languages")) {  // setting, language of the system, auto, language in force
+    // setting, language of the system, auto, language in force
+    for (const json& row : TestCases("languages")) {
         GetConfigInstance().system_language = row[1];
         Write("setting.json", row[0]);
         Store store;
@@ -114,7 +110,7 @@ TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
             error = raised.id;
         }
         EXPECT_EQ(error, row[2]) << row;
-        std::filesystem::remove(m_folder.Path() / row[0]);
+        fs::remove(m_folder.Path() / row[0]);
     }
     Write("componentConfig.json",
           Interactions(json::array({Changed(Command(1, ""), {{"interfaceName", 5}})})));
@@ -138,8 +134,7 @@ TEST_F(UserData, InterfaceValuesAreReadAndWrittenBack) {
             store.SetNetPortConfig(999, {});
             store.RemoveInterface(999, 1);
         }
-        const std::string line =
-            row[0] == "comInfo" ? "串口配置解析异常: [json." : "网口配置解析异常: [json.";
+        const char* line = row[0] == "comInfo" ? "串口配置解析异常: [json." : "网口配置解析异常: [json.";
         const bool isDropped = testing::internal::GetCapturedStdout().find(line) != std::string::npos;
         EXPECT_EQ(isDropped, row.size() == 3) << row;
         value = row.back();
@@ -206,8 +201,8 @@ TEST_F(UserData, CommandsAreReadReplacedAndKept) {
         EXPECT_EQ(ContentsOf(store), "old");
         EXPECT_EQ(store.GetComponentConfig(), document);
     }
-    for (const json& row :
-         TestCases("component interactions")) {  // one after the other, and what is in force then
+    // one after the other, and what is in force then
+    for (const json& row : TestCases("component interactions")) {
         store.SetComponentConfig(row[0]);
         EXPECT_EQ(ContentsOf(store), row[1]) << row;
     }
