@@ -95,13 +95,8 @@ bool CSerialHandle::Drain() {
     std::array<char, 4096> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     for (int reads = 0; reads < g_readsAtOnce; ++reads) {
         const auto got = read(m_device->Descriptor(), dropped.data(), dropped.size());
-        if (got < 0 && errno != EINTR) {
-            return errno == EAGAIN;
-        }
-        if (got == 0) {
-            // Nothing to read with VMIN 0, or hung up: only the latter has an end to tell of.
-            int waiting = 0;
-            return ioctl(m_device->Descriptor(), TIOCINQ, &waiting) == 0;
+        if (got == 0 || (got < 0 && errno != EINTR)) {
+            return got < 0 && errno == EAGAIN;
         }
     }
     return true;

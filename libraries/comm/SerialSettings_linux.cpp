@@ -30,7 +30,7 @@ void BuildSettings(const SSerialPortConfig& config, termios2& settings) {
     settings.c_cflag |= BOTHER | (BOTHER << IBSHIFT);
     settings.c_ispeed = config.baudRate;
     settings.c_ospeed = config.baudRate;
-    settings.c_cc[VMIN] = 0;
+    settings.c_cc[VMIN] = 1;  // reading nothing then means that the device went away
     settings.c_cc[VTIME] = 0;
 }
 
