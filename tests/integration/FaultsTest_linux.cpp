@@ -218,14 +218,13 @@ TEST(Allocation, FailsOnceDuringTheStart) {
         HostProcess host(options);
         allocation.Arm(-1, left);
         host.Launch();
-        const bool answers = host.WaitServing();
+        // A configuration that could not be read leaves the default ports, so look at what the host says.
+        const auto isUp = [&] { return host.Process().Output().find("is running.") != std::string::npos; };
+        EXPECT_TRUE(support::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
         failed = allocation.HasFailed();
-        if (answers) {
-            EXPECT_EQ(host.Stop(), 0) << host.Process().ErrorOutput();
-        } else {
-            EXPECT_EQ(host.Process().WaitExit(milliseconds(0)), 1) << host.Process().ErrorOutput();
-            EXPECT_NE(host.Process().ErrorOutput(), "");
-        }
+        const int expected = isUp() ? 0 : 1;
+        EXPECT_EQ(host.Stop(), expected) << host.Process().ErrorOutput();
+        EXPECT_TRUE(isUp() || !host.Process().ErrorOutput().empty());
     }
 }
 
