@@ -4,13 +4,13 @@
 #include "tests/support/HttpClient.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <hv/WebSocketServer.h>
+#include <nlohmann/json.hpp>
 
 using support::HttpReply;
 
@@ -36,16 +36,29 @@ class Client {
     support::Socket& Socket() { return m_socket; }
 
   private:
+    bool Receive();
+
     support::Socket m_socket;
     std::string m_input;
 };
 
-/** Requests with a Host and what else they need. */
-std::string Get(const std::string& target, const std::string& headers = "");
-std::string Post(const std::string& target, const std::string& body, const std::string& headers = "");
+inline std::string Get(const std::string& target, const std::string& headers = "") {
+    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n" + headers + "\r\n";
+}
 
-/** Rows of a file of the data folder: cells between " | ", "." empty, with \r \n \t \xHH and {count*text}. */
-std::vector<std::vector<std::string>> Rows(const std::string& file);
+inline std::string Post(const std::string& target, const std::string& body) {
+    return "POST " + target +
+           " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
+           body;
+}
+
+/** Rows of a table in the data folder. */
+inline nlohmann::json Rows(const std::string& file) {
+    return nlohmann::json::parse(support::ReadFile(std::string(HTTP_TEST_DATA) + file));
+}
+
+/** The text with every {count*part} replaced by that many parts. */
+std::string Expanded(std::string text);
 
 /** A server of its own for each test, with limits that the test may lower before Run. */
 class HttpTest : public ::testing::Test {

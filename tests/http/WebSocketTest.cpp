@@ -2,8 +2,8 @@
 #include "tests/http/HttpFixture.h"
 #include "tests/support/Wait.h"
 
+#include <algorithm>
 #include <atomic>
-#include <mutex>
 #include <stdexcept>
 
 namespace {
@@ -16,21 +16,29 @@ std::string Upgrade(const std::string& headers = "Host: box:8081\r\n") {
 
 // A frame (RFC 6455, 5.2), masked as clients do. first: FIN, reserved bits and opcode.
 std::string Frame(int first, const std::string& payload, bool masked = true) {
-    const int mask = masked ? 0x80 : 0;
-    const int bytes = payload.size() < 126 ? 0 : payload.size() < 65536 ? 2 : 8;
-    std::string frame(1, static_cast<char>(first));
-    frame += static_cast<char>(mask | (bytes == 0   ? static_cast<int>(payload.size())
-                                       : bytes == 2 ? 126
-                                                    : 127));
-    for (int i = bytes - 1; i >= 0; --i) {
+    const std::size_t mask = masked ? 0x80 : 0;
+    const std::size_t bytes = payload.size() < 126 ? 0 : payload.size() < 65536 ? 2 : 8;
+    std::string frame = {static_cast<char>(first),
+                         static_cast<char>(mask | (payload.size() < 126 ? payload.size() : 126 + bytes / 8))};
+    for (std::size_t i = bytes; i-- > 0;) {
         frame += static_cast<char>(payload.size() >> (8 * i));
     }
-    const std::string key = masked ? "\x11\x22\x33\x44" : "";
-    frame += key;
+    const std::string key = masked ? std::string("\x11\x22\x33\x44") : std::string(4, 0);
+    frame += masked ? key : "";
     for (std::size_t i = 0; i < payload.size(); ++i) {
-        frame += static_cast<char>(masked ? payload[i] ^ key[i % 4] : payload[i]);
+        frame += static_cast<char>(payload[i] ^ key[i % 4]);
     }
     return frame;
+}
+
+// Of hexadecimal digits, blanks between.
+std::string Bytes(std::string digits) {
+    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+    }
+    return bytes;
 }
 
 std::string CloseFrame(int code) {
@@ -42,7 +50,7 @@ class WebSocketTest : public HttpTest {
     void SetUp() override {
         webSockets.onopen = [this](const WebSocketChannelPtr& channel, const HttpRequestPtr& request) {
             latest = channel;
-            Tell(AddressOf(channel) + request->path + " " + request->client_addr.ip);
+            told = AddressOf(channel) + request->path + " " + request->client_addr.ip;
             ++opened;
         };
         webSockets.onmessage = [](const WebSocketChannelPtr& channel, const std::string& text) {
@@ -52,7 +60,7 @@ class WebSocketTest : public HttpTest {
             channel->send(text);
         };
         webSockets.onclose = [this](const WebSocketChannelPtr& channel) {
-            Tell(AddressOf(channel));
+            told = AddressOf(channel);
             ++closed;
         };
         server.ws = &webSockets;
@@ -68,16 +76,6 @@ class WebSocketTest : public HttpTest {
         return sockaddr_str(reinterpret_cast<sockaddr_u*>(hio_peeraddr(channel->io())), text, sizeof text);
     }
 
-    void Tell(const std::string& what) {
-        const std::lock_guard lock(mutex);
-        told = what;
-    }
-
-    std::string Told() {
-        const std::lock_guard lock(mutex);
-        return told;
-    }
-
     Client Open() {
         const int before = opened;
         Client client = Connect();
@@ -90,8 +88,7 @@ class WebSocketTest : public HttpTest {
         return support::WaitUntil([&] { return closed == number; });
     }
 
-    std::mutex mutex;
-    std::string told;  // the latest connection
+    std::string told;  // by the latest callback; read after the count that it raised
     std::atomic<int> opened = 0;
     std::atomic<int> closed = 0;
     WebSocketChannelPtr latest;
@@ -111,11 +108,10 @@ TEST_F(WebSocketTest, AnswersTheUpgrade) {
     for (const auto& [request, status] : requests) {
         EXPECT_EQ(status, Connect().Ask(request).status) << request.substr(0, 300);
     }
-    for (const auto& row : Rows("origins.txt")) {
-        const HttpReply reply = Connect().Ask(Upgrade("Host: " + row[1] + "\r\nOrigin: " + row[2] + "\r\n"));
-        EXPECT_EQ(row[0] == "200" ? 101 : 403, reply.status) << row[2];
-        EXPECT_EQ(row[0] == "200" ? "s3pPLMBiTxaQ9kYGzzhZRbK+xOo=" : "",
-                  reply.Header("Sec-WebSocket-Accept"));
+    for (const auto& row : Rows("origins.json")) {
+        const std::string from =
+            "Host: " + std::string(row[1]) + "\r\nOrigin: " + std::string(row[2]) + "\r\n";
+        EXPECT_EQ(row[0] == 200 ? 101 : 403, Connect().Ask(Upgrade(from)).status) << from;
     }
 }
 
@@ -123,10 +119,10 @@ TEST_F(WebSocketTest, ExchangesMessages) {
     Run();
     Client client = Connect();
     client.Send(Upgrade() + Frame(0x81, "heartbeat"));  // the first message may come along with the upgrade
-    EXPECT_EQ(101, client.Read().status);
+    EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=", client.Read().Header("Sec-WebSocket-Accept"));
     EXPECT_EQ("\x81\x09heartbeat", client.Take(11));
     const std::string address = "127.0.0.1:" + std::to_string(client.Socket().LocalPort());
-    EXPECT_EQ(address + "/ws?id=7 127.0.0.1", Told());
+    EXPECT_EQ(address + "/ws?id=7 127.0.0.1", told);
     for (const char byte : Frame(0x01, "heart") + Frame(0x89, "p") + Frame(0x80, "beat")) {
         client.Send({&byte, 1});
     }
@@ -142,24 +138,18 @@ TEST_F(WebSocketTest, ExchangesMessages) {
     EXPECT_EQ(CloseFrame(1000), client.Rest());
     client.Socket().Close();
     EXPECT_TRUE(WaitForClosed(1));
-    EXPECT_EQ(address, Told()) << "the address outlives the connection";
+    EXPECT_EQ(address, told) << "the address outlives the connection";
     EXPECT_EQ(-1, latest->send("too late"));
 }
 
 TEST_F(WebSocketTest, RefusesMalformedFrames) {
     Run();
     int number = 0;
-    for (const auto& row : Rows("wrong_frames.txt")) {
-        SCOPED_TRACE(row[1]);
-        std::string frames;
-        for (std::string rest = row[2] + " / "; !rest.empty(); rest.erase(0, rest.find(" / ") + 3)) {
-            const std::string payload = rest.substr(0, rest.find(" / "));
-            frames += payload.starts_with("RAW ") ? payload.substr(4)
-                                                  : Frame(std::stoi(payload, nullptr, 16), payload.substr(3));
-        }
+    for (const auto& row : Rows("wrong_frames.json")) {
+        SCOPED_TRACE(row[1].dump());
         Client client = Open();
-        client.Send(frames);
-        EXPECT_EQ(CloseFrame(std::stoi(row[0])), client.Rest());
+        client.Send(Bytes(Expanded(row[2])));
+        EXPECT_EQ(CloseFrame(row[0]), client.Rest());
         client.Socket().Close();
         EXPECT_TRUE(WaitForClosed(++number));
     }

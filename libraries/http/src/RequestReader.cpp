@@ -33,10 +33,12 @@ http_method MethodOf(http::verb method) {
     }
 }
 
-// A line that begins with a blank continues the one before it (RFC 9112, 5.2), or is taken so by some.
-bool HasFoldedLine(std::string_view lines) {
+// A line that begins with a blank continues the one before it, or is taken so by some (RFC 9112, 5.2); a bare
+// line feed ends a line for some (2.2). The text begins at the beginning of a line.
+bool HasOddLine(std::string_view lines) {
     for (std::size_t at = lines.find('\n'); at != std::string_view::npos; at = lines.find('\n', at + 1)) {
-        if (at + 1 < lines.size() && (lines[at + 1] == ' ' || lines[at + 1] == '\t')) {
+        const char next = at + 1 < lines.size() ? lines[at + 1] : '\r';
+        if (next == ' ' || next == '\t' || at == 0 || lines[at - 1] != '\r') {
             return true;
         }
     }
@@ -76,7 +78,7 @@ RequestReader::State RequestReader::PutHeader(std::string_view& input) {
     Error error;
     const std::size_t taken = put(boost::asio::const_buffer(input.data(), input.size()), error);
     m_headerBytes += taken;
-    if (HasFoldedLine(input.substr(0, taken))) {
+    if (HasOddLine(is_header_done() ? input.substr(0, taken) : input)) {
         return Fail(400);
     }
     input.remove_prefix(taken);

@@ -1,16 +1,13 @@
-// Any bytes, in any pieces: the reader ends, and understands the same in one piece as in many.
+// Any bytes, in any pieces: the reader ends, and understands the same in one piece as byte by byte.
 #include "libraries/http/src/RequestReader.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
-namespace {
-
 using hv::internal::RequestReader;
 
-std::string Understood(std::string_view bytes, std::size_t piece) {
+static std::string Understood(std::string_view bytes, std::size_t piece) {
     static const hv::internal::Limits limits{
         .headerBytes = 512, .bodyBytes = 4096, .chunkOverheadBytes = 256};
     HttpRequest request;
@@ -26,17 +23,12 @@ std::string Understood(std::string_view bytes, std::size_t piece) {
         } while (state == RequestReader::State::Header);
         kept.erase(0, kept.size() - input.size());
     }
-    if (state != RequestReader::State::Done) {
-        return "";
-    }
     std::string text = request.path + "\n" + request.body;
     for (const auto& [name, value] : request.headers) {
         text.append("\n").append(name).append(":").append(value);
     }
-    return text;
+    return state == RequestReader::State::Done ? text : "";
 }
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(data, data + std::min<std::size_t>(size, 300));
