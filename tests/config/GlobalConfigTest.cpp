@@ -18,12 +18,8 @@ class Machine : public testing::Test {
   protected:
     Machine() { SetVariable("HOME", m_home); }
 
-    /** True when the construction fails with this text. */
-    static bool FailsWith(const std::string& text) try {
-        const SGlobalConfig config;
-        return false;
-    } catch (const std::exception& error) {
-        return std::string(error.what()).find(text) != std::string::npos;
+    static bool FailsWith(const std::string& text) {
+        return FailureOf([] { SGlobalConfig(); }).find(text) != std::string::npos;
     }
 
     const support::TemporaryFolder m_folder;
@@ -38,7 +34,7 @@ TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
     for (json row : TestCases("configurations")) {  // content, ports, level, data folder; empty: the default
         const std::string content = row[0];
         if (content != "missing") {
-            support::WriteFile(m_file, content);
+            WriteFile(m_file, content);
         }
         const SGlobalConfig config;
         row[1][3] = row[1][3] == "" ? m_data : row[1][3].get<std::string>();
@@ -49,13 +45,13 @@ TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
         written["user_data_path"] = m_data;
         written["webui_path"] = config.webui_path;
         const bool isWritten = content.empty() || content == "missing";
-        EXPECT_EQ(support::ReadFile(m_file), isWritten ? written.dump(4) : content);
+        EXPECT_EQ(ReadFile(m_file), isWritten ? written.dump(4) : content);
     }
 }
 
 TEST_F(Machine, WrongTypesAndImpossibleFoldersStopTheStart) {
     for (const char* content : {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})"}) {
-        support::WriteFile(m_file, content);
+        WriteFile(m_file, content);
         EXPECT_TRUE(FailsWith("type_error.302")) << content;
     }
     fs::remove(m_file);
@@ -68,23 +64,21 @@ TEST_F(Machine, WrongTypesAndImpossibleFoldersStopTheStart) {
     fs::create_symlink(m_file, m_file);
     EXPECT_TRUE(FailsWith("exists"));
     fs::remove_all(m_home + "/Documents");
-    support::WriteFile(m_home + "/Documents", "a file where the folder belongs");
+    WriteFile(m_home + "/Documents", "a file where the folder belongs");
     EXPECT_TRUE(FailsWith("create_directories"));
 }
 
-TEST_F(Machine, VersionLinesHaveTheirOwnDefaults) {
+TEST_F(Machine, VersionLinesHaveDefaultsAndLanguageFollowsTheLocale) {
     SGlobalConfig config;
     config.app_dir = m_home;
     for (const json& row : TestCases("versions")) {
         if (row[0] != "missing") {
-            support::WriteFile(m_home + "/Resource/Version.info", row[0].get<std::string>());
+            WriteFile(m_home + "/Resource/Version.info", row[0].get<std::string>());
         }
         LoadVersionInfo(config);
         EXPECT_EQ(json({config.softwareName, config.version, config.buildVersion, config.buildTime}), row[1]);
     }
-}
 
-TEST_F(Machine, LanguageFollowsTheLocale) {
     for (const json& row : TestCases("languages")) {
         SetVariable("LC_ALL", row[0]);
         SetVariable("LC_MESSAGES", row[1]);
@@ -99,7 +93,7 @@ TEST_F(Machine, LanguageFollowsTheLocale) {
 
 TEST_F(Machine, DocumentsFolderComesFromTheUsersSettings) {
     for (const json& row : TestCases("documents folders")) {  // settings, folder with ~ for the home folder
-        support::WriteFile(m_home + "/.config/user-dirs.dirs", row[0].get<std::string>());
+        WriteFile(m_home + "/.config/user-dirs.dirs", row[0].get<std::string>());
         std::string expected = row[1];
         EXPECT_EQ(GetDocumentsDirectory(), expected[0] == '~' ? expected.replace(0, 1, m_home) : expected);
     }

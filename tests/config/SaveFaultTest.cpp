@@ -7,28 +7,23 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace {
-
-json Document(int number, std::size_t size) {
+static json Document(int number, std::size_t size) {
     return {{"number", number}, {"text", std::string(size, static_cast<char>('a' + number % 26))}};
 }
 
 /** The number of the document that a start would load; -1 when it isn't whole. */
-int NumberOfWholeDocument(const std::string& path, std::size_t size) {
+static int NumberOfWholeDocument(const std::string& path, std::size_t size) {
     const json document = LoadJsonFromFile(RestoreFromBackup(path));
     const int number = document.is_object() ? document.value("number", -1) : -1;
     return number >= 0 && document == Document(number, size) ? number : -1;
 }
-
-}  // namespace
 
 TEST(SaveFaults, KilledSaveLeavesTheOldOrTheNewDocument) {
     constexpr std::size_t size = 1000000;
     const support::TemporaryFolder folder;
     const std::string path = (folder.Path() / "layout.json").string();
     SaveJsonWithBackup(Document(0, size), path);
-    int last = 0;
-    int restored = 0;
+    int last = 0, restored = 0;
     for (int kill = 0; kill < 100; ++kill) {
         const pid_t saver = fork();
         for (int number = last + 1; saver == 0; ++number) {

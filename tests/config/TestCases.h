@@ -7,8 +7,19 @@
 
 using nlohmann::json;
 namespace fs = std::filesystem;
+using support::ReadFile;
+using support::WriteFile;
+
+/** What an action fails with; empty when it does not. */
+template <typename Action>
+std::string FailureOf(Action action) try {
+    action();
+    return {};
+} catch (const std::exception& error) {
+    return error.what();
+}
 
 /** A list of cases from the file TestCases.json beside the test. */
 inline json TestCases(const std::string& name) {
-    return json::parse(support::ReadFile(TEST_CASES_FILE)).at(name);
+    return json::parse(ReadFile(TEST_CASES_FILE)).at(name);
 }
