@@ -6,6 +6,8 @@
 #include "platform/RavLog.h"
 #include "tests/config/TestCases.h"
 
+#include <regex>
+
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
@@ -124,10 +126,8 @@ TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {
 
 TEST(JsonText, DepthAndNumbers) {
     for (const json& row : TestCases("depths")) {  // # stands for 256 brackets
-        std::string text = row[0];
-        if (const std::size_t place = text.find('#'); place != std::string::npos) {
-            text.replace(place, 1, std::string(256, '['));
-        }
+        const std::regex mark("#");
+        const std::string text = std::regex_replace(row[0].get<std::string>(), mark, std::string(256, '['));
         EXPECT_EQ(IsNestedTooDeep(text), row[1]) << row;
     }
     for (const json& row : TestCases("numbers")) {
