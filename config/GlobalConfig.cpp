@@ -3,6 +3,7 @@
 #include "config/FileCreation.h"
 #include "config/JsonFile.h"
 #include "config/JsonNumber.h"
+#include "config/UnusableFile.h"
 #include "config/VersionInfo.h"
 #include "platform/Folders.h"
 
@@ -74,11 +75,13 @@ SGlobalConfig::SGlobalConfig() {
     resource_path = HPath::join(app_dir, "Resource");
 
     const std::string path = HPath::join(user_data_path, "LocalHost.config");
-    if (HasContent(path)) {
-        ReadConfigFile(path, *this);
-    } else {
-        WriteConfigFile(path, *this);
-    }
+    UseFile(path, [&] {
+        if (HasContent(path)) {
+            ReadConfigFile(path, *this);
+        } else {
+            WriteConfigFile(path, *this);
+        }
+    });
 }
 
 SGlobalConfig& GetConfigInstance() {

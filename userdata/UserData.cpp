@@ -2,6 +2,7 @@
 
 #include "config/DocumentBackup.h"
 #include "config/JsonFile.h"
+#include "config/UnusableFile.h"
 #include "include/GlobalConfig.h"
 #include "server/LogText.h"
 #include "userdata/BoardInfo.h"
@@ -50,10 +51,10 @@ CUserData::CUserData() {
     apiList = CreateDefaultBoardInfo();
     layout = LoadDocument("/layout.json");
     materials = LoadDocument("/materials.json");
-    EnsureArrayMember(materials, "materialList");
+    UseFile(DocumentPath("/materials.json"), [this] { EnsureArrayMember(materials, "materialList"); });
     componentConfig = LoadDocument("/componentConfig.json");
     interfaceConfig = LoadDocument("/interFace.json");
-    EnsureArrayMember(interfaceConfig, "configList");
+    UseFile(DocumentPath("/interFace.json"), [this] { EnsureArrayMember(interfaceConfig, "configList"); });
     infraredCom = LoadDocument("/infraredCom.json");
     try {
         UpdateCmdMap();
@@ -65,10 +66,12 @@ CUserData::CUserData() {
     } catch (const std::exception& error) {
         LogLoadFailure("[Load File] Failed UpdateNetSerialMap!", error);
     }
-    const SLanguageSetting setting =
-        ParseLanguageSetting(LoadDocument("/setting.json"), GetConfigInstance().system_language, 0);
-    isAutoLanguage = setting.isAuto;
-    language = setting.language;
+    UseFile(DocumentPath("/setting.json"), [this] {
+        const SLanguageSetting setting =
+            ParseLanguageSetting(LoadDocument("/setting.json"), GetConfigInstance().system_language, 0);
+        isAutoLanguage = setting.isAuto;
+        language = setting.language;
+    });
 }
 
 CUserData::~CUserData() {
