@@ -1,11 +1,11 @@
 #include "server/RouterMgr.h"
 
 #include "config/JsonDepth.h"
+#include "config/StandardOutput.h"
 #include "server/ClientsManager.h"
 #include "server/LogText.h"
 
 #include <exception>
-#include <iostream>
 #include <stdexcept>
 #include <utility>
 
@@ -73,7 +73,7 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
         return work(body, trace);
     } catch (const std::exception& error) {
         if (errorLine != nullptr) {
-            std::cout << errorLine << error.what() << std::endl;
+            PrintLine(std::string(errorLine) + error.what());
         }
         trace.detail = error.what();
         return Respond(response, CodeBadRequest, trace);
