@@ -26,16 +26,12 @@ TEST(NetPorts, TellWhatCannotBeDone) {
         {"client, itself", {"", "", "127.0.0.1", closed, closed, NetModeTcpClient}, 10061, 10061},
         {"client, nobody answers", CommFixture::Client(silent.Port()), 10060, 10060},
         {"client, no such local", {"", "192.0.2.1", "127.0.0.1", 0, closed, NetModeTcpClient}, 10049, 10049},
-        {"client, two versions", {"", "::1", "127.0.0.1", 0, closed, NetModeTcpClient}, 10049, 10049},
-        {"client, local port -1", {"", "", "127.0.0.1", -1, closed, NetModeTcpClient}, 10049, 10049},
         {"client, no address", CommFixture::Client(closed, ""), 10049, 10049},
         {"client, impossible name", CommFixture::Client(closed, "a..b"), 11001, 11001},
         {"server, nobody there", CommFixture::Server(spare), 0, 10057},
         {"server, port in use", CommFixture::Server(taken.LocalPort()), 10048, 10048},
-        {"server, foreign address", {"", "192.0.2.1", "", spare, 0, NetModeTcpServer}, 10049, 10049},
         {"UDP, closed port", CommFixture::Udp(0, closed), 0, 0},
         {"UDP, IPv6", CommFixture::Udp(0, closed, "::1"), 0, 0},
-        {"UDP, host name", CommFixture::Udp(0, closed, "localhost"), 0, 0},
         {"UDP, broadcast", CommFixture::Udp(0, closed, "127.255.255.255"), 0, 0},
         {"UDP, impossible name", CommFixture::Udp(0, closed, "a..b"), 0, 11001},
         {"UDP, port in use", CommFixture::Udp(bound.LocalPort(), closed), 10048, 10048},
@@ -45,7 +41,6 @@ TEST(NetPorts, TellWhatCannotBeDone) {
     for (const auto& [name, record, opened, sent] : cases) {
         EXPECT_EQ(comm.Open(record), opened) << name;
         EXPECT_EQ(comm.Send(record, "a"), sent) << name;
-        EXPECT_EQ(comm.registry.SendNet(record, "4", false, 0), sent) << name;
     }
     EXPECT_EQ(comm.Send(CommFixture::Client(closed), ""), 0);
     EXPECT_EQ(comm.registry.SendNet(CommFixture::Client(closed), "4G", false, 0), 13);

@@ -64,7 +64,7 @@ TEST(TcpClient, DeliversOnceWhenTheDeviceEndedTheConnectionBefore) {
 }
 
 TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
-    CommFixture comm;
+    CommFixture comm(CommFixture::Settings(std::chrono::milliseconds(2000)));
     Socket listener = Socket::Listen();
     const auto record = CommFixture::Client(listener.LocalPort());
     EXPECT_EQ(comm.Send(record, g_megabyte), 10060);
@@ -73,6 +73,12 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
     Socket next = listener.Accept();
     EXPECT_EQ(ReceiveUpTo(next, 4), "next");
     EXPECT_LT(ReceiveUpTo(torn, g_megabyte.size()).size(), g_megabyte.size());
+
+    auto sender = std::async(std::launch::async, [&] { return comm.Send(record, g_megabyte); });
+    next.Receive();
+    next.Reset();
+    EXPECT_EQ(sender.get(), 10054);
+    EXPECT_FALSE(listener.WaitReadable(std::chrono::milliseconds(0))) << "sent again";
 }
 
 TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
