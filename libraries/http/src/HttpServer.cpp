@@ -29,6 +29,13 @@ std::uintptr_t IdOf(const http_server_t& record) {
 
 }  // namespace
 
+void hv::internal::AskForRoomEverywhere() {
+    const std::lock_guard lock(g_mutex);
+    for (const auto& [id, server] : Running()) {
+        server->AskForRoom();
+    }
+}
+
 int http_server_run(http_server_t* record, int wait) {
     if (record == nullptr) {
         return g_cannotListen;

@@ -135,22 +135,27 @@ void Server::AcceptAll() {
         }
         if (IsExhaustion(error)) {
             ReportExhaustion(error);
-            if (MakeRoom(g_roomAfterExhaustion)) {
+            if (MakeRoom(g_roomAfterExhaustion, m_limits.acceptPause)) {
                 continue;
             }
+            AskForRoomEverywhere();
             AcceptLater();
             return;
         }
         if (error) {
             continue;  // this client has gone again
         }
-        if (m_connections.size() >= m_maxConnections && !MakeRoom(1)) {
+        if (m_connections.size() >= m_maxConnections && !MakeRoom(1, Limits::Time(0))) {
             continue;
         }
         SetConnectionOptions(socket);
         std::make_shared<HttpConnection>(*this, std::move(socket), peer)->Start();
     }
     Accept();
+}
+
+void Server::AskForRoom() {
+    asio::post(m_threads.Context(), [this] { MakeRoom(g_roomAfterExhaustion, m_limits.acceptPause); });
 }
 
 void Server::AcceptLater() {
@@ -169,10 +174,14 @@ void Server::ReportExhaustion(const error_code& error) {
     }
 }
 
-bool Server::MakeRoom(std::size_t count) {
+// Closes the connections that have been idle longest, but none that is younger than the age.
+bool Server::MakeRoom(std::size_t count, Limits::Time age) {
+    const auto before = Clock::now() - age;
     std::vector<ServerConnection*> idle;
     std::copy_if(m_connections.begin(), m_connections.end(), std::back_inserter(idle),
-                 [](const ServerConnection* connection) { return connection->IsExpendable(); });
+                 [&](const ServerConnection* connection) {
+                     return connection->IsExpendable() && connection->LastUse() <= before;
+                 });
     count = std::min(count, idle.size());
     const auto end = idle.begin() + static_cast<std::ptrdiff_t>(count);
     std::partial_sort(idle.begin(), end, idle.end(),

@@ -76,6 +76,9 @@ class Server : public std::enable_shared_from_this<Server> {
     /** Ends everything; handlers that run get the time of grace. Any thread but the server's own; once. */
     void Stop();
 
+    /** Closes some idle connections, since descriptors have run out. Any thread. */
+    void AskForRoom();
+
     /** Waits until a stop is over. */
     void WaitUntilStopped();
 
@@ -103,7 +106,7 @@ class Server : public std::enable_shared_from_this<Server> {
     void AcceptAll();
     void AcceptLater();
     void ReportExhaustion(const boost::system::error_code& error);
-    bool MakeRoom(std::size_t count);
+    bool MakeRoom(std::size_t count, Limits::Time age);
     void Sweep();
     void StopOnLoop();
     void Enter(ServerConnection& connection);
@@ -128,6 +131,9 @@ class Server : public std::enable_shared_from_this<Server> {
     boost::asio::steady_timer m_sweepTimer;
     boost::asio::steady_timer m_acceptTimer;
 };
+
+/** Has every server of the process close some idle connections. Any thread. */
+void AskForRoomEverywhere();
 
 /** Sends one line to the system log. Any thread. */
 void ReportError(const std::string& text);
