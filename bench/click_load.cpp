@@ -66,10 +66,10 @@ void PrintRow(const std::string& what, int connections, const std::string& ours,
 std::string Ratios(const std::vector<double>& ours, const std::vector<double>& theirs) {
     std::vector<double> ratios(ours.size());
     std::transform(ours.begin(), ours.end(), theirs.begin(), ratios.begin(), std::divides<>());
+    const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
     char text[80];
-    std::snprintf(text, sizeof text, "%.2f (%.2f to %.2f)", Quantile(ratios, 0.5),
-                  *std::min_element(ratios.begin(), ratios.end()),
-                  *std::max_element(ratios.begin(), ratios.end()));
+    std::snprintf(text, sizeof text, ratios.size() == 1 ? "%.2f" : "%.2f (%.2f to %.2f)",
+                  Quantile(ratios, 0.5), *least, *most);
     return text;
 }
 
@@ -109,7 +109,7 @@ void StorePages(Browser& browser, int equipmentPort) {
 /** A layout of about 10 MB, as a browser might store it. */
 json LargeLayout() {
     json components = json::array();
-    for (int id = 0; id < 50000; ++id) {
+    for (int id = 0; id < 60000; ++id) {
         components.push_back(
             {{"componentId", id},
              {"type", "button"},

@@ -38,7 +38,7 @@ const json& Interactions() {
 const json& Layout() {
     static const json document = [] {
         json components = json::array();
-        for (int id = 0; id < 50000; ++id) {
+        for (int id = 0; id < 66000; ++id) {
             components.push_back(
                 {{"componentId", id},
                  {"title", "Button " + std::to_string(id)},
