@@ -56,10 +56,10 @@ class ThreadsTest : public HttpTest {
 TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
     Run();
     for (int stuck = 1; stuck <= 4; ++stuck) {
+        EXPECT_EQ("quick", Connect().Ask(Get("/quick")).body) << stuck;
         Enter(1);
         ASSERT_TRUE(WaitForInside(stuck));
         EXPECT_EQ("page", Connect().Ask(Get("/page.txt")).body) << stuck;
-        EXPECT_EQ("quick", stuck == 4 ? "quick" : Connect().Ask(Get("/quick")).body) << stuck;
     }
     Enter(20);
     Client other = Connect();
@@ -75,26 +75,20 @@ TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
 }
 
 TEST_F(ThreadsTest, ServesManyWhileTheLeadChangesHands) {
-    service.GET("/nap", [](HttpRequest* request, HttpResponse* response) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
-        response->SetBody(request->path);
+    service.GET("/nap/{number}", [](HttpRequest* request, HttpResponse* response) {
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(std::stoi(request->GetParam("number")) % 3 * 2));
+        response->SetBody(request->GetParam("number"));
         return 200;
     });
     Run();
-    std::vector<std::future<int>> right;
-    for (int c = 0; c < 8; ++c) {
-        right.push_back(std::async(std::launch::async, [this, c] {
-            int count = 0;
-            Client client = Connect();
-            for (int i = 0; i < 60; ++i) {
-                const std::string path = (i % 3 == 0 ? "/nap?" : "/quick?") + std::to_string(c * 100 + i);
-                count += client.Ask(Get(path)).body == (i % 3 == 0 ? path : "quick") ? 1 : 0;
+    std::vector<std::future<void>> users;
+    for (int user = 0; user < 8; ++user) {
+        users.push_back(std::async(std::launch::async, [client = Connect(), user]() mutable {
+            for (int i = user; i < 480; i += 8) {
+                EXPECT_EQ(std::to_string(i), client.Ask(Get("/nap/" + std::to_string(i))).body);
             }
-            return count;
         }));
-    }
-    for (auto& count : right) {
-        EXPECT_EQ(60, count.get());
     }
 }
 
@@ -102,13 +96,10 @@ TEST_F(ThreadsTest, StopEndsConnectionsAndFreesThePort) {
     Run();
     Client idle = Connect();
     EXPECT_EQ(200, idle.Ask(Get("/quick")).status);
-    Client half = Connect();
-    half.Send("POST /quick HTTP/1.1\r\nHost: a\r\nContent-Length: 9\r\n\r\n");
     Enter(1);
     ASSERT_TRUE(WaitForInside(1));
     auto stopped = std::async(std::launch::async, [&] { return http_server_stop(&server); });
     EXPECT_EQ("", idle.Rest());
-    EXPECT_EQ("", half.Rest());
     gate->open = true;
     EXPECT_EQ("0", clients[0].Read().body) << "a handler that runs is let finish";
     EXPECT_EQ("", clients[0].Rest());
@@ -150,16 +141,6 @@ TEST_F(ThreadsTest, RunTellsWhetherItListens) {
     EXPECT_EQ(200, Connect().Ask(Get("/quick")).status);
     EXPECT_EQ(0, http_server_stop(&copy)) << "by the copy";
     EXPECT_THROW(Connect(), std::system_error);
-    auto waits = std::async(std::launch::async, [this] { return http_server_run(&server, 1); });
-    EXPECT_TRUE(support::WaitUntil([this] {
-        try {
-            return Connect().Ask(Get("/quick")).status == 200;
-        } catch (const std::system_error&) {
-            return false;
-        }
-    }));
-    EXPECT_EQ(0, http_server_stop(&server));
-    EXPECT_EQ(0, waits.get());
 }
 
 }  // namespace

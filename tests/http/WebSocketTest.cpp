@@ -8,29 +8,6 @@
 
 namespace {
 
-std::string Upgrade(const std::string& headers = "Host: box:8081\r\n") {
-    return "GET /ws?id=7 HTTP/1.1\r\nUpgrade: websocket\r\nConnection: keep-alive, Upgrade\r\n"
-           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n" +
-           headers + "\r\n";
-}
-
-// A frame (RFC 6455, 5.2), masked as clients do. first: FIN, reserved bits and opcode.
-std::string Frame(int first, const std::string& payload, bool masked = true) {
-    const std::size_t mask = masked ? 0x80 : 0;
-    const std::size_t bytes = payload.size() < 126 ? 0 : payload.size() < 65536 ? 2 : 8;
-    std::string frame = {static_cast<char>(first),
-                         static_cast<char>(mask | (payload.size() < 126 ? payload.size() : 126 + bytes / 8))};
-    for (std::size_t i = bytes; i-- > 0;) {
-        frame += static_cast<char>(payload.size() >> (8 * i));
-    }
-    const std::string key = masked ? std::string("\x11\x22\x33\x44") : std::string(4, 0);
-    frame += masked ? key : "";
-    for (std::size_t i = 0; i < payload.size(); ++i) {
-        frame += static_cast<char>(payload[i] ^ key[i % 4]);
-    }
-    return frame;
-}
-
 // Of hexadecimal digits, blanks between.
 std::string Bytes(std::string digits) {
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
@@ -79,7 +56,8 @@ class WebSocketTest : public HttpTest {
     Client Open() {
         const int before = opened;
         Client client = Connect();
-        EXPECT_EQ(101, client.Ask(Upgrade()).status);
+        EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=",
+                  client.Ask(Rows("upgrades.json")[0][1].get<std::string>()).Header("Sec-WebSocket-Accept"));
         EXPECT_TRUE(support::WaitUntil([&] { return opened > before; }));
         return client;
     }
@@ -96,45 +74,30 @@ class WebSocketTest : public HttpTest {
 
 TEST_F(WebSocketTest, AnswersTheUpgrade) {
     Run();
-    const std::string host = "Host: box:8081\r\n";
-    const std::pair<std::string, int> requests[] = {
-        {Upgrade(host + "Cookie: " + std::string(15'000, 'c') + "\r\n"), 101},
-        {Upgrade(host + "Cookie: " + std::string(17'000, 'c') + "\r\n"), 431},
-        {Upgrade(host + "Content-Length: 5\r\n"), 400},
-        {Upgrade(), 101},
-        {Get("/"), 426},
-        {Get("/", "Upgrade: websocket\r\nConnection: Upgrade\r\n"), 400},
-    };
-    for (const auto& [request, status] : requests) {
-        EXPECT_EQ(status, Connect().Ask(request).status) << request.substr(0, 300);
+    for (const auto& row : Rows("upgrades.json")) {
+        EXPECT_EQ(row[0], Connect().Ask(Expanded(row[1])).status) << row[1];
     }
+    const std::string upgrade = Rows("upgrades.json")[0][1];
+    const std::string start = upgrade.substr(0, upgrade.find("Host:"));
     for (const auto& row : Rows("origins.json")) {
-        const std::string from =
-            "Host: " + std::string(row[1]) + "\r\nOrigin: " + std::string(row[2]) + "\r\n";
-        EXPECT_EQ(row[0] == 200 ? 101 : 403, Connect().Ask(Upgrade(from)).status) << from;
+        const int status = Connect().Ask(start + row[1].get<std::string>() + "\r\n").status;
+        EXPECT_EQ(row[0] == 200 ? 101 : 403, status) << row[1];
     }
 }
 
 TEST_F(WebSocketTest, ExchangesMessages) {
     Run();
-    Client client = Connect();
-    client.Send(Upgrade() + Frame(0x81, "heartbeat"));  // the first message may come along with the upgrade
-    EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=", client.Read().Header("Sec-WebSocket-Accept"));
-    EXPECT_EQ("\x81\x09heartbeat", client.Take(11));
+    Client client = Open();
     const std::string address = "127.0.0.1:" + std::to_string(client.Socket().LocalPort());
     EXPECT_EQ(address + "/ws?id=7 127.0.0.1", told);
-    for (const char byte : Frame(0x01, "heart") + Frame(0x89, "p") + Frame(0x80, "beat")) {
-        client.Send({&byte, 1});
+    for (const auto& row : Rows("exchange.json")) {
+        client.Send(Bytes(Expanded(row[1])));
+        const std::string answer = Bytes(Expanded(row[2]));
+        EXPECT_EQ(answer, client.Take(answer.size())) << row[0];
     }
-    EXPECT_EQ("\x8a\x01p\x81\x09heartbeat", client.Take(14)) << "fragments, a ping between, byte by byte";
-    const std::string largest(65'536, 'x');
-    client.Send(Frame(0x81, largest));
-    EXPECT_EQ(Frame(0x81, largest, false), client.Take(largest.size() + 10));
-    client.Send(Frame(0x81, "throw") + Frame(0x82, ""));
-    EXPECT_EQ(std::string("\x81\0", 2), client.Take(2)) << "lives on";
     EXPECT_EQ(4, latest->send("late"));
     EXPECT_EQ("\x81\x04late", client.Take(6));
-    client.Send(Frame(0x88, CloseFrame(1000).substr(2) + "bye"));
+    client.Send(Bytes("8882 00000000 03E8"));
     EXPECT_EQ(CloseFrame(1000), client.Rest());
     client.Socket().Close();
     EXPECT_TRUE(WaitForClosed(1));
@@ -163,7 +126,7 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     Open().Socket().Close();
     EXPECT_TRUE(WaitForClosed(1));
     Client silent = Open();
-    silent.Send(Frame(0x83, "a"));
+    silent.Send(Bytes("8381 00000000 61"));
     EXPECT_TRUE(WaitForClosed(2)) << "waits for the client's end, but not for ever";
     Client deaf = Open();
     EXPECT_TRUE(support::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
