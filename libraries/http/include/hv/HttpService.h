@@ -25,11 +25,17 @@ struct HttpService {
     std::vector<HttpRoute> routes;
     std::vector<HttpStaticFolder> staticFolders;
 
-    /** Binds a handler to a path; a later one for the same method and path replaces the earlier. */
+    /**
+     * Binds a handler to a path; a later one for the same method and path replaces the earlier. HEAD goes to
+     * the handler of GET, and its reply goes out without the body.
+     */
     void GET(const char* path, http_sync_handler handler);
     void POST(const char* path, http_sync_handler handler);
 
-    /** Maps a URL prefix to a folder; "/" inside it is its index.html. */
+    /**
+     * Maps a URL prefix to a folder; "/" inside it is its index.html. Routes go first. Never serves a file
+     * outside the folder, also where a link in it leads there.
+     */
     void Static(const char* prefix, const char* dir);
 };
 
