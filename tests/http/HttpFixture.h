@@ -47,9 +47,7 @@ inline std::string Get(const std::string& target, const std::string& headers = "
 }
 
 inline std::string Post(const std::string& target, const std::string& body) {
-    return "POST " + target +
-           " HTTP/1.1\r\nHost: localhost\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
-           body;
+    return support::HttpClient::Request("POST", target, body);
 }
 
 /** Rows of a table in the data folder. */

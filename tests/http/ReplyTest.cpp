@@ -12,9 +12,8 @@ namespace {
 class ReplyTest : public HttpTest {
   protected:
     static http_sync_handler Says(const std::string& text) {
-        return [text](HttpRequest* request, HttpResponse* response) {
-            response->SetBody(text + "|" + request->GetParam("name", "-") + "|" +
-                              request->GetParam("q", "-"));
+        return [text](HttpRequest* request, HttpResponse* reply) {
+            reply->SetBody(text + "|" + request->GetParam("name", "-") + "|" + request->GetParam("q", "-"));
             return 200;
         };
     }
@@ -118,15 +117,8 @@ TEST_F(ReplyTest, ReadsFilesIntoReplies) {
 TEST(TextTest, NamesAndTypes) {
     EXPECT_EQ("a b%c/%4", HUrl::unescape("a+b%c%2f%4"));
     EXPECT_EQ("dir/a dir/a /a", HPath::join("dir", "a ") + HPath::join("dir/", "a ") + HPath::join("", "a"));
-    for (const auto& [suffix, type] : {std::pair("aac", "audio/aac"),
-                                       {"png", "image/png"},
-                                       {"woff2", "font/woff2"},
-                                       {"zip", "application/zip"},
-                                       {"webmanifest", "application/manifest+json"},
-                                       {"webp", "image/webp"},
-                                       {"PNG", ""},
-                                       {"", ""}}) {
-        EXPECT_STREQ(type, http_content_type_str_by_suffix(suffix)) << suffix;
+    for (const auto& row : Rows("types.json")) {
+        EXPECT_EQ(row[1], http_content_type_str_by_suffix(row[0].get<std::string>().c_str())) << row[0];
     }
     EXPECT_EQ(TEXT_HTML, http_content_type_enum("text/HTML ; charset=utf-8"));
     sockaddr_u address{};

@@ -8,15 +8,8 @@ namespace {
 class StaticTest : public HttpTest {
   protected:
     void SetUp() override {
-        for (const auto& [name, text] : {std::pair("outside.txt", "secret"),
-                                         {"www/index.html", "<html>"},
-                                         {"www/app.js", "0123456789"},
-                                         {"www/app.js.gz", "zipped"},
-                                         {"www/app.js.br", "brotli"},
-                                         {"www/sub/a b.png", "png"},
-                                         {"www/sub/index.html", "sub"},
-                                         {"www-other/x.txt", "other"}}) {
-            Write(name, text);
+        for (const auto& row : Rows("files.json")) {
+            Write(row[0], row[1].get<std::string>());
         }
         std::filesystem::create_symlink(Path("outside.txt"), Path("www/absolute"));
         std::filesystem::create_symlink("../outside.txt", Path("www/relative"));
