@@ -37,7 +37,7 @@ TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
             WriteFile(m_file, content);
         }
         const SGlobalConfig config;
-        row[1][3] = row[1][3] == "" ? m_data : row[1][3].get<std::string>();
+        row[1][3] = row[1][3].get<std::string>().empty() ? m_data : row[1][3].get<std::string>();
         EXPECT_EQ(json({config.http_port, config.websocket_port, config.log_level, config.user_data_path}),
                   row[1]);
         EXPECT_EQ(config.index_path, fs::read_symlink("/proc/self/exe").parent_path() / "dist/index.html");

@@ -108,7 +108,7 @@ TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
     Write("componentConfig.json",
           Interactions(json::array({Changed(Command(1, ""), {{"interfaceName", 5}})})));
     RavLog::StartLogs(m_path.string(), "info");
-    Store();
+    EXPECT_EQ(FailureOf([] { Store(); }), "");
     RavLog::StopLogs();
     const std::string log = ReadFile(m_path / "Server.log");
     EXPECT_NE(log.find("[[Load File] Failed UpdateCmdMap!] [[json.exception.type_error.302] "),
