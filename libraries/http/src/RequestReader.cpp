@@ -10,6 +10,8 @@ namespace http = boost::beast::http;
 
 namespace {
 
+// "0", two line ends. The parser must not be asked again with less once it has seen a part of the last chunk.
+constexpr std::size_t g_shortestChunk = 5;
 constexpr std::uint64_t g_reserveAtMost = std::uint64_t{1} << 20;
 
 http_method MethodOf(http::verb method) {
@@ -96,6 +98,9 @@ RequestReader::State RequestReader::PutHeader(std::string_view& input) {
 
 RequestReader::State RequestReader::PutBody(std::string_view& input) {
     while (!is_done() && !input.empty()) {
+        if (chunked() && m_chunkLeft == 0 && input.size() < g_shortestChunk) {
+            return State::NeedMore;
+        }
         Error error;
         const std::size_t taken = put(boost::asio::const_buffer(input.data(), input.size()), error);
         input.remove_prefix(taken);
@@ -189,14 +194,16 @@ std::size_t RequestReader::on_body_impl(Text body, Error& /*error*/) {
     return body.size();
 }
 
-void RequestReader::on_chunk_header_impl(std::uint64_t /*size*/, Text extensions, Error& error) {
+void RequestReader::on_chunk_header_impl(std::uint64_t size, Text extensions, Error& error) {
+    m_chunkLeft = size;
     m_chunkOverhead += extensions.size();
     if (m_chunkOverhead > m_limits.chunkOverheadBytes) {
         error = http::error::bad_chunk_extension;
     }
 }
 
-std::size_t RequestReader::on_chunk_body_impl(std::uint64_t /*remain*/, Text body, Error& error) {
+std::size_t RequestReader::on_chunk_body_impl(std::uint64_t remain, Text body, Error& error) {
+    m_chunkLeft = remain - body.size();
     return on_body_impl(body, error);
 }
 

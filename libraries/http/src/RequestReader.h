@@ -60,6 +60,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     const Limits& m_limits;
     std::size_t m_headerBytes = 0;
     std::size_t m_chunkOverhead = 0;
+    std::uint64_t m_chunkLeft = 0;
     int m_version = 0;
     int m_failStatus = 400;
     bool m_hasHost = false;
