@@ -2,6 +2,7 @@
 #include "tests/http/HttpFixture.h"
 #include "tests/support/Wait.h"
 
+#include <array>
 #include <atomic>
 #include <future>
 #include <system_error>
@@ -82,13 +83,13 @@ TEST_F(ThreadsTest, ServesManyWhileTheLeadChangesHands) {
         return 200;
     });
     Run();
-    std::vector<std::future<void>> users;
-    for (int user = 0; user < 8; ++user) {
-        users.push_back(std::async(std::launch::async, [client = Connect(), user]() mutable {
-            for (int i = user; i < 480; i += 8) {
+    std::array<std::future<void>, 8> users;
+    for (std::size_t user = 0; user < users.size(); ++user) {
+        users[user] = std::async(std::launch::async, [client = Connect(), user]() mutable {
+            for (std::size_t i = user; i < 480; i += 8) {
                 EXPECT_EQ(std::to_string(i), client.Ask(Get("/nap/" + std::to_string(i))).body);
             }
-        }));
+        });
     }
 }
 
