@@ -20,13 +20,19 @@ nlohmann::json ParseBody(const std::string& body) {
     return nlohmann::json::parse(body);
 }
 
+// The text is put together here, with the keys in the order of the JSON library, so that the data is neither
+// copied nor moved through an object of its own: that took longer than all the rest of a small reply.
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
-    nlohmann::json envelope = {{"code", code}, {"message", content.message}};
+    std::string text = "{\"code\":" + std::to_string(code);
     if (!content.data.is_null()) {
-        envelope["data"] = std::move(content.data);
+        text += ",\"data\":";
+        text += content.data.dump();
     }
+    text += ",\"message\":";
+    text += content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump();
+    text += '}';
     response->SetHeader("Content-Type", "application/json; charset=utf-8");
-    response->body = envelope.dump();
+    response->body = std::move(text);
     return HTTP_STATUS_OK;
 }
 

@@ -61,7 +61,7 @@ class RouterMgr {
     /** The same for a reply that is nothing but its code. */
     static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
 
-    /** Writes the envelope without logging. Content's data is moved into it. Returns 200. */
+    /** Writes the envelope without logging. Returns 200. */
     static int WriteEnvelope(HttpResponse* response, int code, SResponseData& content);
 
     /**

@@ -74,15 +74,19 @@ CLogEvent::CLogEvent(std::shared_ptr<CLogger> eventLogger, EnLogLevel eventLevel
     : logger(std::move(eventLogger)), level(eventLevel), time(eventTime), first(client), second(path) {}
 
 void CLogEvent::Format(const char* format, ...) {
+    char text[512];  // most messages fit, and are formatted once
     std::va_list args;
     va_start(args, format);
     std::va_list again;
     va_copy(again, args);
-    const int length = std::vsnprintf(nullptr, 0, format, args);
+    const int formatted = std::vsnprintf(text, sizeof text, format, args);
     va_end(args);
-    if (length > 0) {
-        message.resize(static_cast<std::size_t>(length));
-        std::vsnprintf(message.data(), message.size() + 1, format, again);
+    const std::size_t length = formatted > 0 ? static_cast<std::size_t>(formatted) : 0;
+    if (length < sizeof text) {
+        message.assign(text, length);
+    } else {
+        message.resize(length);
+        std::vsnprintf(message.data(), length + 1, format, again);
     }
     va_end(again);
 }
