@@ -2,6 +2,7 @@
 
 #include "include/CenterServer.h"
 #include "platform/PortProbe.h"
+#include "platform/ProcessLimits.h"
 #include "platform/RavLog.h"
 #include "platform/StopSignal.h"
 
@@ -104,6 +105,7 @@ int main(int argc, char* argv[]) {
         return isHelp ? 0 : kWrongUsage;
     }
     CStopSignal stopSignal;
+    RaiseDescriptorLimit();
     try {
         return Run(stopSignal);
     } catch (const std::exception& error) {

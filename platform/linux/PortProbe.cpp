@@ -1,11 +1,11 @@
 #include "platform/PortProbe.h"
 
+#include <cstdint>
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include <cstdint>
 
 bool IsPortFree(int port) {
     if (port < 1 || port > 65535) {
