@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -16,6 +15,20 @@ std::string ReadFile(const std::filesystem::path& path) {
     std::ostringstream text;
     text << std::ifstream(path).rdbuf();
     return text.str();
+}
+
+/** The text with "#" for each run of digits. */
+std::string ShortDigits(const std::string& text) {
+    std::string shortened;
+    for (const char c : text) {
+        const bool isDigit = c >= '0' && c <= '9';
+        if (!isDigit) {
+            shortened += c;
+        } else if (!shortened.ends_with('#')) {
+            shortened += '#';
+        }
+    }
+    return shortened;
 }
 
 TEST(LogText, BracketsAndBlanks) {
@@ -63,14 +76,10 @@ TEST_F(LogFiles, RecordsByThreshold) {
     RavLog::StopLogs();
     WriteRootLog(RavLog::Error, "After", "nobody listens");
 
-    const std::string time = R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)";
-    EXPECT_TRUE(
-        std::regex_match(ReadFile(m_folder / "new/Server.log"),
-                         std::regex(time + R"(\[LogRoot\]\[Error\]\[\d+\]\[A::B\]\[\] \[100%s\] \n)")));
-    EXPECT_TRUE(std::regex_match(
-        ReadFile(m_folder / "new/Operation.log"),
-        std::regex(time +
-                   R"(\[LogOperation\]\[Unknow\]\[\d+\]\[10.0.0.551234\]\[/a%20b\] \[20000\] \[\] \n)")));
+    EXPECT_EQ(ShortDigits(ReadFile(m_folder / "new/Server.log")),
+              "#-#-# #:#:#[LogRoot][Error][#][A::B][] [#%s] \n");
+    EXPECT_EQ(ShortDigits(ReadFile(m_folder / "new/Operation.log")),
+              "#-#-# #:#:#[LogOperation][Unknow][#][#.#.#.#][/a%#b] [#] [] \n");
 }
 
 TEST_F(LogFiles, AllRecordsOfAllThreadsAreKeptInWholeLines) {
