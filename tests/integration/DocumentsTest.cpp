@@ -2,7 +2,8 @@
 
 #include "support/Browser.h"
 
-#include <regex>
+#include <algorithm>
+#include <array>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -62,18 +63,24 @@ TEST(Documents, ComeBackAfterARestartAndLieSortedInTheirFiles) {
 void ExpectReplies(const HostProcess& host, const char* file, const char* from = "127.0.0.1") {
     HttpClient client(host.HttpPort(), from);
     std::istringstream lines(support::ReadFile(std::filesystem::path(TEST_TABLES) / file));
-    const std::regex form(R"((.*?) \| (\w+) (\w+) \| (.*?) ?\| (\d+) \|(?: (.*))?)");
     int rows = 0;
-    std::smatch row;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with('#')) {
             continue;
         }
-        ASSERT_TRUE(std::regex_match(line, row, form)) << line;
-        const std::string path = "/api/centralControl/" + row[3].str();
-        const HttpReply reply = client.Exchange(HttpClient::Request(row[2], path, row[4]));
-        EXPECT_EQ(std::to_string(reply.status), row[5]) << line;
-        EXPECT_EQ(reply.body, row[6]) << line;
+        std::array<std::string, 5> columns;  // what, request, body, status, reply
+        std::size_t begin = 0;
+        for (std::string& column : columns) {
+            const std::size_t end = std::min(line.find(" |", begin), line.size());
+            column = line.substr(begin, end - begin);
+            begin = std::min(end + 3, line.size());
+        }
+        const std::size_t blank = columns[1].find(' ');
+        const std::string path = "/api/centralControl/" + columns[1].substr(blank + 1);
+        const HttpReply reply =
+            client.Exchange(HttpClient::Request(columns[1].substr(0, blank), path, columns[2]));
+        EXPECT_EQ(std::to_string(reply.status), columns[3]) << line;
+        EXPECT_EQ(reply.body, columns[4]) << line;
         EXPECT_EQ(reply.Header("Content-Type"), reply.status == 200 ? "application/json; charset=utf-8" : "")
             << line;
         ++rows;
@@ -103,20 +110,26 @@ TEST(OperationLog, HoldsAnArrivalAndAReplyOfEachRequest) {
     EXPECT_EQ(host.Stop(), 0);
     std::vector<std::string> texts;
     std::istringstream lines(host.UserFile("Log/Operation.log"));
-    const std::regex form(
-        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\[\w+\]\[Unknow\]\[\d+\]\[(127\.0\.0\.1\d+)\]\[/api/centralControl/(\w+)\] (.*))");
-    std::smatch parts;
     for (std::string line; std::getline(lines, line);) {
-        ASSERT_TRUE(std::regex_match(line, parts, form)) << line;
-        if (parts[2] != "getConfigList") {  // asked while the host came up
-            texts.push_back(parts[2].str() + " " + parts[3].str());
+        const std::size_t path = line.find("][/api/centralControl/");
+        ASSERT_NE(path, std::string::npos) << line;
+        std::string start = line.substr(0, path);
+        std::replace_if(
+            start.begin(), start.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+        start.erase(
+            std::unique(start.begin(), start.end(), [](char a, char b) { return a == '0' && b == '0'; }),
+            start.end());
+        EXPECT_EQ(start, "0-0-0 0:0:0[LogOperation][Unknow][0][0.0.0.0") << line;
+        const std::string text = line.substr(path + 22);
+        if (!text.starts_with("getConfigList")) {  // asked while the host came up
+            texts.push_back(text);
         }
     }
     ASSERT_EQ(texts.size(), 4U);
-    EXPECT_EQ(texts[0], "getMaterialList ");
-    EXPECT_EQ(texts[1], "getMaterialList [20000] [] ");
-    EXPECT_EQ(texts[2], "setMaterialList ");
-    EXPECT_TRUE(texts[3].starts_with("setMaterialList [30101] [[json.exception.parse_error.101]"))
+    EXPECT_EQ(texts[0], "getMaterialList] ");
+    EXPECT_EQ(texts[1], "getMaterialList] [20000] [] ");
+    EXPECT_EQ(texts[2], "setMaterialList] ");
+    EXPECT_TRUE(texts[3].starts_with("setMaterialList] [30101] [[json.exception.parse_error.101]"))
         << texts[3];
     EXPECT_TRUE(texts[3].ends_with("] "));
     const std::string server = host.UserFile("Log/Server.log");
