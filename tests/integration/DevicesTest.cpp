@@ -109,6 +109,7 @@ TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
     EXPECT_TRUE(support::WaitUntil([&] { return other.Accepted() == 2; })) << "opened again at the start";
     EXPECT_EQ(again.Post("deleteAllInterfaceConfig", json()).at("code"), 20000);
     EXPECT_EQ(NameList(again), json::array());
+    EXPECT_EQ(host.Stop(), 0);
 }
 
 const std::string kRefused =
@@ -182,6 +183,7 @@ TEST(Click, TellsEachFailedCommandAndSendsTheOthers) {
     EXPECT_EQ(udp.Received().WaitBytes(4), std::string("1\n\0\xff", 4));
     ASSERT_EQ(browser.Post("deleteAllInterfaceConfig", json()).at("code"), 20000);
     EXPECT_EQ(browser.Click(1, "works").at("code"), 30203);
+    EXPECT_EQ(host.Stop(), 0);
 }
 
 /** A host with interfaces to silent devices, node ids 1 to 4, and to a live one, node id 5. */
@@ -205,6 +207,8 @@ class SilentDevices : public ::testing::Test {
         }
         ASSERT_EQ(m_browser->Store(commands), 20000);
     }
+
+    void TearDown() override { EXPECT_EQ(m_host.Stop(), 0) << m_host.Process().ErrorOutput(); }
 
     /** Clicks until the click waits for its device: right after a failed attempt it is refused at once. */
     void Hang(int component) {

@@ -68,6 +68,7 @@ TEST(Hostile, RandomBytesAndBrokenOffRequests) {
     EXPECT_EQ(browser.Get("getPageLayoutInfo"), "kept");
     EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 3; }))
         << "descriptors are given back";
+    EXPECT_EQ(host.Stop(), 0) << host.Process().ErrorOutput();
 }
 
 TEST(Hostile, JsonThatNobodyWouldWrite) {
@@ -119,6 +120,7 @@ TEST(Hostile, JsonThatNobodyWouldWrite) {
         EXPECT_EQ(json::parse(reply.body).at("code"), row.code) << row.name;
     }
     ExpectAlive(host);
+    EXPECT_EQ(host.Stop(), 0) << host.Process().ErrorOutput();
 }
 
 TEST(Hostile, FourClientsSaveOneDocumentAtOnce) {
