@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Socket.h"
+#include "simulation/Socket.h"
 
 #include <chrono>
 #include <cstdint>
@@ -60,8 +60,8 @@ class LoadGenerator {
     void ReadEquipment(int handle);
     void AcceptEquipment();
 
-    support::Socket m_listener;
-    std::vector<support::Socket> m_equipment;
+    simulation::Socket m_listener;
+    std::vector<simulation::Socket> m_equipment;
     std::uint64_t m_equipmentBytes = 0;
     int m_poll;
     std::vector<char> m_buffer;

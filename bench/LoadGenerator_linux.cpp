@@ -63,7 +63,7 @@ double Quantile(std::vector<double> values, double share) {
 
 /** One keep-alive connection with at most one request under way. */
 struct LoadGenerator::Connection {
-    support::Socket socket;
+    simulation::Socket socket;
     std::size_t next = 0;  ///< the request to send next
     Clock::time_point sent;
     std::string received;  ///< the beginning of a reply that came in pieces
@@ -100,7 +100,7 @@ struct LoadGenerator::Connection {
 };
 
 LoadGenerator::LoadGenerator()
-    : m_listener(support::Socket::Listen()), m_poll(epoll_create1(EPOLL_CLOEXEC)), m_buffer(1 << 20) {
+    : m_listener(simulation::Socket::Listen()), m_poll(epoll_create1(EPOLL_CLOEXEC)), m_buffer(1 << 20) {
     Watch(m_listener.Handle());
 }
 
@@ -125,7 +125,8 @@ void LoadGenerator::ReadEquipment(int handle) {
     if (size > 0) {
         m_equipmentBytes += static_cast<std::uint64_t>(size);
     } else if (size == 0 || errno != EAGAIN) {
-        std::erase_if(m_equipment, [&](const support::Socket& socket) { return socket.Handle() == handle; });
+        std::erase_if(m_equipment,
+                      [&](const simulation::Socket& socket) { return socket.Handle() == handle; });
     }
 }
 
@@ -134,7 +135,7 @@ LoadResult LoadGenerator::Run(int port, const std::vector<std::string>& requests
     std::vector<Connection> all(static_cast<std::size_t>(connections));
     std::vector<Connection*> byHandle;
     for (std::size_t i = 0; i < all.size(); ++i) {
-        all[i].socket = support::Socket::Connect(port);
+        all[i].socket = simulation::Socket::Connect(port);
         all[i].next = i * requests.size() / all.size();
         const auto handle = static_cast<std::size_t>(all[i].socket.Handle());
         byHandle.resize(std::max(byHandle.size(), handle + 1));
@@ -180,7 +181,7 @@ LoadResult LoadGenerator::Run(int port, const std::vector<std::string>& requests
 
 LoadResult LoadGenerator::Click(int port, const std::vector<std::string>& requests, std::size_t payloadSize,
                                 std::chrono::milliseconds time) {
-    Connection connection{support::Socket::Connect(port), 0, {}, {}};
+    Connection connection{simulation::Socket::Connect(port), 0, {}, {}};
     Watch(connection.socket.Handle());
     LoadResult result;
     const Clock::time_point begin = Clock::now();
@@ -230,7 +231,7 @@ bool LoadGenerator::DrainEquipment(std::uint64_t bytes) {
         }
         return m_equipmentBytes >= bytes;
     };
-    return support::WaitUntil(drain);
+    return simulation::WaitUntil(drain);
 }
 
 }  // namespace bench

@@ -4,7 +4,7 @@
  * all alike. Prints a table in Markdown. Everything stays on the loopback interface.
  */
 #include "bench/LoadGenerator.h"
-#include "support/Browser.h"
+#include "simulation/Browser.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -17,9 +17,9 @@ using bench::LoadGenerator;
 using bench::LoadResult;
 using bench::Quantile;
 using nlohmann::json;
+using simulation::Browser;
+using simulation::HttpClient;
 using std::chrono::milliseconds;
-using support::Browser;
-using support::HttpClient;
 
 constexpr int kRounds = 5;
 constexpr int kComponents = 1000;
@@ -31,7 +31,7 @@ const std::string kLayout = "/api/centralControl/getPageLayoutInfo";
 struct Target {
     std::string name;
     int port = 0;
-    const support::ChildProcess* process = nullptr;
+    const simulation::ChildProcess* process = nullptr;
     std::vector<double> medians;  ///< microseconds, one a round
     std::vector<double> rates;    ///< replies a second, one a round
     std::vector<double> all;      ///< microseconds of all rounds
@@ -92,7 +92,7 @@ void StorePages(Browser& browser, int equipmentPort) {
     if (browser.AddNet("Equipment", "TCP_Client", 0, equipmentPort) != 20000) {
         throw std::runtime_error("the interface was refused");
     }
-    std::vector<support::Command> commands;
+    std::vector<simulation::Command> commands;
     for (int id = 1; id <= kComponents; ++id) {
         commands.push_back({id, "click", browser.NodeId("Equipment"), true, "Set", Payload(id), 0});
     }
@@ -123,7 +123,8 @@ json LargeLayout() {
 /** nginx with two ports that answer the same constant, one with its usual log and one without. */
 class Nginx {
   public:
-    explicit Nginx(const std::string& body) : m_logged(support::FreePort()), m_silent(support::FreePort()) {
+    explicit Nginx(const std::string& body)
+        : m_logged(simulation::FreePort()), m_silent(simulation::FreePort()) {
         const auto server = [&](int port, const std::string& log) {
             return "server { listen 127.0.0.1:" + std::to_string(port) + "; access_log " + log +
                    "; location / { return 200 '" + body + "'; } }\n";
@@ -135,9 +136,9 @@ class Nginx {
             "client_body_temp_path b; proxy_temp_path p; fastcgi_temp_path f; uwsgi_temp_path u; "
             "scgi_temp_path s;\n" +
             server(m_logged, "access.log combined") + server(m_silent, "off") + "}\n";
-        support::WriteFile(m_folder.Path() / "nginx.conf", config);
+        simulation::WriteFile(m_folder.Path() / "nginx.conf", config);
         const std::string folder = m_folder.Path().string();
-        m_process = std::make_unique<support::ChildProcess>(support::ProcessOptions{
+        m_process = std::make_unique<simulation::ChildProcess>(simulation::ProcessOptions{
             {"nginx", "-p", folder, "-c", folder + "/nginx.conf", "-e", folder + "/error.log"},
             {},
             folder,
@@ -145,25 +146,25 @@ class Nginx {
     }
 
     ~Nginx() {
-        m_process->Send(support::EnSignal::Terminate);  // its workers end with it
+        m_process->Send(simulation::EnSignal::Terminate);  // its workers end with it
         m_process->WaitExit();
     }
 
     int LoggedPort() const { return m_logged; }
     int SilentPort() const { return m_silent; }
-    const support::ChildProcess* Process() const { return m_process.get(); }
+    const simulation::ChildProcess* Process() const { return m_process.get(); }
 
   private:
-    support::TemporaryFolder m_folder;
+    simulation::TemporaryFolder m_folder;
     int m_logged;
     int m_silent;
-    std::unique_ptr<support::ChildProcess> m_process;
+    std::unique_ptr<simulation::ChildProcess> m_process;
 };
 
 void WaitListening(int port) {
-    const bool up = support::WaitUntil([port] {
+    const bool up = simulation::WaitUntil([port] {
         try {
-            support::Socket::Connect(port);
+            simulation::Socket::Connect(port);
             return true;
         } catch (const std::system_error&) {  // not yet
             return false;
@@ -272,19 +273,19 @@ void MeasureLargeGet(LoadGenerator& load, Browser& browser, int port) {
 
 void Run() {
     LoadGenerator load;
-    support::HostProcess host;
+    simulation::HostProcess host;
     host.Start();
     Browser browser(host);
     StorePages(browser, load.EquipmentPort());
     const std::string document = HttpClient(host.HttpPort()).Get(kSmallDocument).body;
 
-    const support::TemporaryFolder folder;
-    const int floorPort = support::FreePort();
-    support::ChildProcess floor({{FLOOR_PROGRAM, std::to_string(floorPort),
-                                  std::to_string(load.EquipmentPort()), Payload(1), document},
-                                 {},
-                                 folder.Path(),
-                                 {}});
+    const simulation::TemporaryFolder folder;
+    const int floorPort = simulation::FreePort();
+    simulation::ChildProcess floor({{FLOOR_PROGRAM, std::to_string(floorPort),
+                                     std::to_string(load.EquipmentPort()), Payload(1), document},
+                                    {},
+                                    folder.Path(),
+                                    {}});
     const Nginx nginx(document);
     for (const int port : {floorPort, nginx.LoggedPort(), nginx.SilentPort()}) {
         WaitListening(port);

@@ -1,7 +1,7 @@
 // What the document store costs: parsing, the nesting scan, copies, serialising, and the command map.
 
 #include "config/JsonDepth.h"
-#include "support/Browser.h"
+#include "simulation/Browser.h"
 #include "userdata/CommandMap.h"
 #include "userdata/UserData.h"
 
@@ -23,13 +23,13 @@ Store* g_store = nullptr;
 
 const json& Interactions() {
     static const json document = [] {
-        std::vector<support::Command> commands;
+        std::vector<simulation::Command> commands;
         commands.reserve(kComponents * kCommandsEach);
         for (int id = 0; id < kComponents * kCommandsEach; ++id) {
             commands.push_back({id / kCommandsEach, "click", 1 + id % 50, true, "Set " + std::to_string(id),
                                 "SET " + std::to_string(id) + "\r\n", 0});
         }
-        return support::Browser::Interactions(commands);
+        return simulation::Browser::Interactions(commands);
     }();
     return document;
 }
@@ -106,7 +106,7 @@ BENCHMARK(SerialisingOf10MB)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int count, char** arguments) {
-    const support::TemporaryFolder home;  // the store takes its files from there and saves to it
+    const simulation::TemporaryFolder home;  // the store takes its files from there and saves to it
     setenv("HOME", home.Path().c_str(), 1);
     Store store;
     g_store = &store;

@@ -4,9 +4,9 @@
  * clicks, and prints for each device what was sent beside what arrived. Exit status 0 when every byte is the
  * same.
  */
-#include "support/Browser.h"
-#include "support/Equipment.h"
-#include "support/PtyPair.h"
+#include "simulation/Browser.h"
+#include "simulation/Equipment.h"
+#include "simulation/PtyPair.h"
 
 #include <cstdio>
 #include <exception>
@@ -18,7 +18,7 @@
 namespace {
 
 using nlohmann::json;
-using support::Browser;
+using simulation::Browser;
 
 /** One device of the demonstration and the two commands of its component. */
 struct Device {
@@ -27,7 +27,7 @@ struct Device {
     std::string text;        ///< content of the text command
     std::string digits;      ///< content of the hexadecimal command
     std::string digitBytes;  ///< the bytes that the digits name
-    const support::Recorder& received;
+    const simulation::Recorder& received;
 
     std::string Sent() const { return text + digitBytes; }
 };
@@ -62,7 +62,7 @@ void AddInterfaces(Browser& browser, int tcpPort, int udpPort) {
 
 void StorePage(Browser& browser, const std::vector<Device>& devices) {
     json buttons = json::array();
-    std::vector<support::Command> commands;
+    std::vector<simulation::Command> commands;
     for (const Device& device : devices) {
         const int id = static_cast<int>(buttons.size()) + 1;
         const int nodeId = browser.NodeId(device.name);
@@ -89,12 +89,12 @@ bool Report(const Device& device) {
 }
 
 bool Run() {
-    support::HostProcess host;
-    const support::TcpListener projector;
-    const support::UdpListener lights;
-    const support::PtyPair screen(host.Home() / "screen");
-    support::WriteFile(host.UserData() / "SerialPorts.json",
-                       json{{"COM7", screen.Device().string()}}.dump(4));
+    simulation::HostProcess host;
+    const simulation::TcpListener projector;
+    const simulation::UdpListener lights;
+    const simulation::PtyPair screen(host.Home() / "screen");
+    simulation::WriteFile(host.UserData() / "SerialPorts.json",
+                          json{{"COM7", screen.Device().string()}}.dump(4));
     host.Start();
     std::cout << "host on port " << host.HttpPort() << ", WebSocket on port " << host.WebSocketPort() << '\n';
 

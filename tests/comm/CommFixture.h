@@ -1,7 +1,7 @@
 #pragma once
 
 #include "libraries/comm/PortRegistry.h"
-#include "support/Socket.h"
+#include "simulation/Socket.h"
 
 #include <string>
 
@@ -35,7 +35,7 @@ struct CommFixture {
 };
 
 /** All that comes from a connection up to a number of bytes, or to its end. */
-inline std::string ReceiveUpTo(support::Socket& socket, std::size_t count) {
+inline std::string ReceiveUpTo(simulation::Socket& socket, std::size_t count) {
     std::string all;
     for (std::string bytes; all.size() < count && !(bytes = socket.Receive()).empty();) {
         all += bytes;

@@ -63,19 +63,19 @@ TEST(Network, NoticesACableThatIsCut) {
         std::async(std::launch::async, [inFlight] {
             CommFixture comm(comm::SCommSettings{});
             const Cable cable;
-            support::Socket listener;
-            cable.There([&] { listener = support::Socket::Listen(0, 128, "10.9.0.2"); });
+            simulation::Socket listener;
+            cable.There([&] { listener = simulation::Socket::Listen(0, 128, "10.9.0.2"); });
             const auto record = CommFixture::Client(listener.LocalPort(), "10.9.0.2");
             ASSERT_EQ(comm.Send(record, "a"), 0);
             cable.There([] { Cable::Run("ip link set there down"); });
             if (inFlight) {
                 EXPECT_EQ(comm.Send(record, "lost"), 0);
             }
-            EXPECT_TRUE(support::WaitUntil([&] { return comm.Open(record) != 0; }));
+            EXPECT_TRUE(simulation::WaitUntil([&] { return comm.Open(record) != 0; }));
             const int error = comm.Send(record, "a");
             EXPECT_TRUE(error == 10060 || error == 10065) << error;
             cable.There([] { Cable::Run("ip link set there up"); });
-            EXPECT_TRUE(support::WaitUntil([&] { return comm.Send(record, "b") == 0; }));
+            EXPECT_TRUE(simulation::WaitUntil([&] { return comm.Send(record, "b") == 0; }));
         }).get();
     }
 }

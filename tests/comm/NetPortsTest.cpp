@@ -1,5 +1,5 @@
 #include "CommFixture.h"
-#include "support/Equipment.h"
+#include "simulation/Equipment.h"
 
 #include <vector>
 
@@ -9,11 +9,11 @@ namespace {
 
 /** Records of all modes, and what opening them and sending one byte give. */
 TEST(NetPorts, TellWhatCannotBeDone) {
-    const int closed = support::FreePort();
-    const int spare = support::FreePort();
-    const support::SilentDevice silent;
-    const support::Socket taken = support::Socket::Listen();
-    const support::Socket bound = support::Socket::Udp();
+    const int closed = simulation::FreePort();
+    const int spare = simulation::FreePort();
+    const simulation::SilentDevice silent;
+    const simulation::Socket taken = simulation::Socket::Listen();
+    const simulation::Socket bound = simulation::Socket::Udp();
     struct SCase {
         const char* name;
         SNetPortConfig record;
@@ -50,9 +50,9 @@ TEST(NetPorts, TellWhatCannotBeDone) {
 TEST(Udp, SharesALocalPortAmongRecordsAndKeepsItWhenATcpRecordIsDeleted) {
     CommFixture comm;
     const std::string longest(65507, 'x');
-    support::Socket one = support::Socket::Udp();
-    support::Socket two = support::Socket::Udp();
-    const int local = support::FreePort();
+    simulation::Socket one = simulation::Socket::Udp();
+    simulation::Socket two = simulation::Socket::Udp();
+    const int local = simulation::FreePort();
     for (const auto* device : {&one, &two}) {
         EXPECT_EQ(comm.Open(CommFixture::Udp(local, device->LocalPort())), 0);
     }

@@ -1,7 +1,7 @@
 #include "CommFixture.h"
 #include "platform/SerialNames.h"
-#include "support/PtyPair.h"
-#include "support/TemporaryFolder.h"
+#include "simulation/PtyPair.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <future>
 #include <optional>
@@ -19,7 +19,7 @@
 
 namespace {
 
-using support::PtyPair;
+using simulation::PtyPair;
 
 class SerialLine : public testing::Test, protected CommFixture {
   protected:
@@ -28,12 +28,12 @@ class SerialLine : public testing::Test, protected CommFixture {
         SetSerialNameTable(m_table);
     }
 
-    void Table(const std::string& text) { support::WriteFile(m_table, text); }
+    void Table(const std::string& text) { simulation::WriteFile(m_table, text); }
     int SendSerial(const std::string& text, std::uint32_t speed = 115200, const std::string& name = "COM7") {
         return registry.SendSerial({"", name, speed}, text, true, 0);
     }
 
-    support::TemporaryFolder m_folder;
+    simulation::TemporaryFolder m_folder;
     std::string m_link = m_folder.Path() / "line";
     std::string m_table = m_folder.Path() / "SerialPorts.json";
 };
@@ -145,7 +145,7 @@ TEST_F(BlockedSerialLine, TimesOutAndServesTheNextCommand) {
 TEST_F(BlockedSerialLine, EndsASendThatIsCutByADelete) {
     // Ten seconds, if it were not cut.
     auto sender = std::async(std::launch::async, [&] { return SendSerial(m_content, 50); });
-    ASSERT_TRUE(support::WaitUntil([&] {
+    ASSERT_TRUE(simulation::WaitUntil([&] {
         pollfd output{m_other, POLLIN, 0};
         return poll(&output, 1, 0) == 1;
     }));

@@ -1,5 +1,5 @@
 #include "CommFixture.h"
-#include "support/Equipment.h"
+#include "simulation/Equipment.h"
 
 #include <array>
 #include <cstdlib>
@@ -13,14 +13,14 @@
 
 namespace {
 
-using support::Socket;
-using support::TcpListener;
+using simulation::Socket;
+using simulation::TcpListener;
 
 const std::string g_megabyte(1 << 20, 'x');
 
 TEST(TcpClient, ReachesAHostNameAndAFixedLocalPortAgainAndAgain) {
     const TcpListener device;
-    const int local = support::FreePort();
+    const int local = simulation::FreePort();
     std::string sent;
     for (const SNetPortConfig& record :
          {CommFixture::Client(device.Port(), "localhost"),
@@ -82,7 +82,7 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
 }
 
 TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
-    for (const auto mode : {support::EnDeviceMode::Hangup, support::EnDeviceMode::Reset}) {
+    for (const auto mode : {simulation::EnDeviceMode::Hangup, simulation::EnDeviceMode::Reset}) {
         CommFixture comm;
         const TcpListener device(mode);
         const auto start = comm::Clock::now();
@@ -100,7 +100,7 @@ TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
 
 TEST(TcpClient, ServesALiveDeviceWhileClicksOnADeadOneWait) {
     CommFixture comm(CommFixture::Settings(std::chrono::milliseconds(2000)));
-    const support::SilentDevice dead;
+    const simulation::SilentDevice dead;
     const TcpListener live;
     std::vector<std::future<int>> clicks(4);
     for (auto& click : clicks) {
@@ -116,8 +116,8 @@ TEST(TcpClient, ServesALiveDeviceWhileClicksOnADeadOneWait) {
 }
 
 TEST(TcpClient, EndsASendThatIsCutByADelete) {
-    CommFixture comm(CommFixture::Settings(support::kMaxTestWait));
-    const support::SilentDevice silent;
+    CommFixture comm(CommFixture::Settings(simulation::kMaxTestWait));
+    const simulation::SilentDevice silent;
     Socket full = Socket::Listen();
     const int rounds = std::getenv("COMM_MANY_ROUNDS") == nullptr ? 300 : 10000;
     for (int round = 0; round < rounds; ++round) {
@@ -134,7 +134,7 @@ TEST(TcpClient, EndsASendThatIsCutByADelete) {
 
 TEST(TcpClient, KeepsTheOrderOfEachThreadAndMixesNothing) {
     constexpr int messages = 500;
-    CommFixture comm(CommFixture::Settings(support::kMaxTestWait));
+    CommFixture comm(CommFixture::Settings(simulation::kMaxTestWait));
     TcpListener device;
     const auto text = [](std::size_t thread, int i) {
         return std::to_string(thread) + std::to_string(1000 + i) + std::string(94, '.') + '\n';
@@ -158,8 +158,8 @@ TEST(TcpClient, KeepsTheOrderOfEachThreadAndMixesNothing) {
 }
 
 TEST(TcpClient, AnswersAtOnceAfterTheEndOfTheLibrary) {
-    CommFixture comm(CommFixture::Settings(support::kMaxTestWait));
-    const support::SilentDevice silent;
+    CommFixture comm(CommFixture::Settings(simulation::kMaxTestWait));
+    const simulation::SilentDevice silent;
     auto sender =
         std::async(std::launch::async, [&] { return comm.Send(CommFixture::Client(silent.Port()), "a"); });
     comm.registry.Stop();

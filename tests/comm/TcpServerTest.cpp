@@ -1,5 +1,5 @@
 #include "CommFixture.h"
-#include "support/Equipment.h"
+#include "simulation/Equipment.h"
 
 #include <future>
 #include <vector>
@@ -8,17 +8,17 @@
 
 namespace {
 
-using support::Socket;
+using simulation::Socket;
 
 /** Sends until a device that has just connected is known to the server. */
 int SendToNew(CommFixture& comm, const SNetPortConfig& record, const std::string& text) {
     int error = 10057;
-    support::WaitUntil([&] { return (error = comm.Send(record, text)) != 10057; });
+    simulation::WaitUntil([&] { return (error = comm.Send(record, text)) != 10057; });
     return error;
 }
 
 TEST(TcpServer, SendsToTheDevicesThatARecordNames) {
-    const int port = support::FreePort();
+    const int port = simulation::FreePort();
     CommFixture comm;
     const auto all = CommFixture::Server(port);
     const auto second = CommFixture::Server(port, "127.0.0.2");
@@ -44,7 +44,7 @@ TEST(TcpServer, SendsToTheDevicesThatARecordNames) {
 }
 
 TEST(TcpServer, ForgetsADeviceThatLeft) {
-    const auto record = CommFixture::Server(support::FreePort());
+    const auto record = CommFixture::Server(simulation::FreePort());
     CommFixture comm;
     ASSERT_EQ(comm.Open(record), 0);
     for (int round = 0; round < 20; ++round) {
@@ -58,7 +58,7 @@ TEST(TcpServer, ForgetsADeviceThatLeft) {
 
 TEST(TcpServer, ServesTheOthersWhenOneDeviceIsStuckAndDropsThatOne) {
     const std::string content(1 << 20, 'x');
-    const auto record = CommFixture::Server(support::FreePort());
+    const auto record = CommFixture::Server(simulation::FreePort());
     CommFixture comm(CommFixture::Settings(std::chrono::milliseconds(3000)));
     ASSERT_EQ(comm.Open(record), 0);
     std::vector<Socket> devices;

@@ -22,7 +22,7 @@ class Machine : public testing::Test {
         return FailureOf([] { SGlobalConfig(); }).find(text) != std::string::npos;
     }
 
-    const support::TemporaryFolder m_folder;
+    const simulation::TemporaryFolder m_folder;
     const std::string m_home = m_folder.Path().string();
     const std::string m_data = m_home + "/Documents/Sennacroft/Varnholt";
     const std::string m_file = m_data + "/LocalHost.config";

@@ -30,7 +30,7 @@ class JsonFile : public testing::Test {
         return ReadFile(m_folder.Path() / "Log" / "System.log").find(text) != std::string::npos;
     }
 
-    const support::TemporaryFolder m_folder;
+    const simulation::TemporaryFolder m_folder;
     const std::string m_path = (m_folder.Path() / "layout.json").string();
     const std::string m_backup = (m_folder.Path() / "Backup" / "layout.json").string();
 };

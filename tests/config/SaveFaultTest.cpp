@@ -18,7 +18,7 @@ static int NumberOfWholeDocument(const std::string& path, std::size_t size) {
 
 TEST(SaveFaults, KilledSaveLeavesTheOldOrTheNewDocument) {
     constexpr std::size_t size = 1000000;
-    const support::TemporaryFolder folder;
+    const simulation::TemporaryFolder folder;
     const std::string path = (folder.Path() / "layout.json").string();
     SaveJsonWithBackup(Document(0, size), path);
     int last = 0, restored = 0;

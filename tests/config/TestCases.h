@@ -1,14 +1,14 @@
 #pragma once
 
-#include "support/TemporaryFolder.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 using nlohmann::json;
 namespace fs = std::filesystem;
-using support::ReadFile;
-using support::WriteFile;
+using simulation::ReadFile;
+using simulation::WriteFile;
 
 /** What an action fails with; empty when it does not. */
 template <typename Action>

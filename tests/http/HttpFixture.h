@@ -1,8 +1,8 @@
 #pragma once
 
 #include "libraries/http/src/Limits.h"
-#include "tests/support/HttpClient.h"
-#include "tests/support/TemporaryFolder.h"
+#include "simulation/HttpClient.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <memory>
 #include <string>
@@ -12,12 +12,12 @@
 #include <hv/WebSocketServer.h>
 #include <nlohmann/json.hpp>
 
-using support::HttpReply;
+using simulation::HttpReply;
 
 /** A raw client: sends any bytes, reads replies, frames or up to the end of the connection. */
 class Client {
   public:
-    explicit Client(int port) : m_socket(support::Socket::Connect(port)) {}
+    explicit Client(int port) : m_socket(simulation::Socket::Connect(port)) {}
 
     /** Sends; a server that has refused and closed already is no failure. */
     bool Send(std::string_view bytes);
@@ -33,12 +33,12 @@ class Client {
     /** All up to the end of the connection. */
     std::string Rest() { return Take(~std::size_t{0}); }
 
-    support::Socket& Socket() { return m_socket; }
+    simulation::Socket& Socket() { return m_socket; }
 
   private:
     bool Receive();
 
-    support::Socket m_socket;
+    simulation::Socket m_socket;
     std::string m_input;
 };
 
@@ -47,12 +47,12 @@ inline std::string Get(const std::string& target, const std::string& headers = "
 }
 
 inline std::string Post(const std::string& target, const std::string& body) {
-    return support::HttpClient::Request("POST", target, body);
+    return simulation::HttpClient::Request("POST", target, body);
 }
 
 /** Rows of a table in the data folder. */
 inline nlohmann::json Rows(const std::string& file) {
-    return nlohmann::json::parse(support::ReadFile(std::string(HTTP_TEST_DATA) + file));
+    return nlohmann::json::parse(simulation::ReadFile(std::string(HTTP_TEST_DATA) + file));
 }
 
 /** The text with every {count*part} replaced by that many parts. */
@@ -68,20 +68,20 @@ class HttpTest : public ::testing::Test {
 
     void Run() {
         server.service = &service;
-        server.port = support::FreePort();
+        server.port = simulation::FreePort();
         ASSERT_EQ(0, http_server_run(&server, 0));
     }
 
     Client Connect() { return Client(server.port); }
     std::string Path(const std::string& name) { return (folder.Path() / name).string(); }
-    void Write(const std::string& name, std::string_view text) { support::WriteFile(Path(name), text); }
+    void Write(const std::string& name, std::string_view text) { simulation::WriteFile(Path(name), text); }
 
     const hv::internal::Limits saved = hv::internal::LimitsOfNewServers();
     hv::internal::Limits& limits = hv::internal::LimitsOfNewServers();
     hv::HttpService service;
     hv::WebSocketService webSockets;
     http_server_t server;
-    support::TemporaryFolder folder;
+    simulation::TemporaryFolder folder;
 };
 
 /** The lines of the system log since the last call. */

@@ -1,6 +1,6 @@
 // What goes out: routes, failures, large replies; and the texts that the library hands out.
+#include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
-#include "tests/support/Wait.h"
 
 #include <stdexcept>
 
@@ -93,12 +93,12 @@ TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
     for (const char* path : {"/large", "/large.bin"}) {
         Client client = Connect();
         client.Send(Get(path));
-        EXPECT_TRUE(client.Socket().WaitReadable(support::kMaxTestWait));
+        EXPECT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
         EXPECT_EQ(200, Connect().Ask(Get("/small")).status) << "while the large one is held up";
         EXPECT_EQ(g_large, client.Read().body.size());
         EXPECT_EQ(200, client.Ask(Get("/small")).status);
     }
-    EXPECT_TRUE(support::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
+    EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
 }
 
 TEST_F(ReplyTest, ReadsFilesIntoReplies) {

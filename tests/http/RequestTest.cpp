@@ -1,7 +1,7 @@
 // What comes in: framing, limits, refusals, the order of replies.
+#include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 #include "tests/http/Understood.h"
-#include "tests/support/Wait.h"
 
 #include <random>
 
@@ -116,7 +116,7 @@ TEST_F(RequestTest, GivesUpOnSlowClients) {
     EXPECT_EQ(200, idle.Ask(Get("/who")).status);
     EXPECT_EQ("", idle.Rest());
     Client trickling = Connect();
-    EXPECT_TRUE(support::WaitUntil([&] { return !trickling.Send("G"); }))
+    EXPECT_TRUE(simulation::WaitUntil([&] { return !trickling.Send("G"); }))
         << "the bound of the header is absolute";
     ExpectAlive();
 }

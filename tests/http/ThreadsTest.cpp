@@ -1,6 +1,6 @@
 // Handlers that block: what goes on meanwhile, who waits, and how a server ends.
+#include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
-#include "tests/support/Wait.h"
 
 #include <array>
 #include <atomic>
@@ -27,7 +27,7 @@ class ThreadsTest : public HttpTest {
         });
         service.GET("/gate/{number}", [gate = gate](HttpRequest* request, HttpResponse* response) {
             ++gate->inside;
-            support::WaitUntil([&] { return gate->open.load(); });
+            simulation::WaitUntil([&] { return gate->open.load(); });
             --gate->inside;
             response->SetBody(request->GetParam("number"));
             return 200;
@@ -47,7 +47,7 @@ class ThreadsTest : public HttpTest {
     }
 
     bool WaitForInside(int count) {
-        return support::WaitUntil([&] { return gate->inside == count; });
+        return simulation::WaitUntil([&] { return gate->inside == count; });
     }
 
     const std::shared_ptr<Gate> gate = std::make_shared<Gate>();

@@ -1,6 +1,6 @@
 // The WebSocket server: upgrade, frames right and wrong, callbacks.
+#include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
-#include "tests/support/Wait.h"
 
 #include <algorithm>
 #include <atomic>
@@ -58,12 +58,12 @@ class WebSocketTest : public HttpTest {
         Client client = Connect();
         EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=",
                   client.Ask(Rows("upgrades.json")[0][1].get<std::string>()).Header("Sec-WebSocket-Accept"));
-        EXPECT_TRUE(support::WaitUntil([&] { return opened > before; }));
+        EXPECT_TRUE(simulation::WaitUntil([&] { return opened > before; }));
         return client;
     }
 
     bool WaitForClosed(int number) {
-        return support::WaitUntil([&] { return closed == number; });
+        return simulation::WaitUntil([&] { return closed == number; });
     }
 
     std::string told;  // by the latest callback; read after the count that it raised
@@ -129,7 +129,7 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     silent.Send(Bytes("8381 00000000 61"));
     EXPECT_TRUE(WaitForClosed(2)) << "waits for the client's end, but not for ever";
     Client deaf = Open();
-    EXPECT_TRUE(support::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
     EXPECT_TRUE(WaitForClosed(3)) << "never reads";
     Client kept = Open();
     EXPECT_EQ(0, http_server_stop(&server));

@@ -1,22 +1,22 @@
 // Interfaces and clicks, with equipment at the other end.
 
-#include "support/Browser.h"
-#include "support/Equipment.h"
-#include "support/PtyPair.h"
+#include "simulation/Browser.h"
+#include "simulation/Equipment.h"
+#include "simulation/PtyPair.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using nlohmann::json;
-using support::Browser;
-using support::Command;
-using support::HostProcess;
-using support::HttpClient;
-using support::milliseconds;
+using simulation::Browser;
+using simulation::Command;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::milliseconds;
 
 void UseSerialLine(const HostProcess& host, const std::filesystem::path& device) {
-    support::WriteFile(host.UserData() / "SerialPorts.json", json{{"COM7", device.string()}}.dump());
+    simulation::WriteFile(host.UserData() / "SerialPorts.json", json{{"COM7", device.string()}}.dump());
 }
 
 json NameList(Browser& browser) {
@@ -38,11 +38,11 @@ json Edit(int nodeId, const json& info) {
 
 TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
     HostProcess host;
-    const support::PtyPair line(host.Home() / "line");
+    const simulation::PtyPair line(host.Home() / "line");
     UseSerialLine(host, line.Device());
-    const support::TcpListener device;
-    const support::TcpListener other;
-    const int closed = support::FreePort();
+    const simulation::TcpListener device;
+    const simulation::TcpListener other;
+    const int closed = simulation::FreePort();
     host.Start();
     Browser browser(host);
 
@@ -106,7 +106,7 @@ TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
     host.Start();
     Browser again(host);
     EXPECT_EQ(NameList(again), json({"Line", "C"}));
-    EXPECT_TRUE(support::WaitUntil([&] { return other.Accepted() == 2; })) << "opened again at the start";
+    EXPECT_TRUE(simulation::WaitUntil([&] { return other.Accepted() == 2; })) << "opened again at the start";
     EXPECT_EQ(again.Post("deleteAllInterfaceConfig", json()).at("code"), 20000);
     EXPECT_EQ(NameList(again), json::array());
     EXPECT_EQ(host.Stop(), 0);
@@ -122,10 +122,10 @@ const std::string kNoFile = "2The system cannot find the file specified.\r\n";
 
 TEST(Click, TellsEachFailedCommandAndSendsTheOthers) {
     HostProcess host;
-    auto device = std::make_unique<support::TcpListener>();
-    const support::TcpListener live;
-    const support::UdpListener udp;
-    auto line = std::make_unique<support::PtyPair>(host.Home() / "line");
+    auto device = std::make_unique<simulation::TcpListener>();
+    const simulation::TcpListener live;
+    const simulation::UdpListener udp;
+    auto line = std::make_unique<simulation::PtyPair>(host.Home() / "line");
     UseSerialLine(host, line->Device());
     host.Start();
     Browser browser(host);
@@ -198,7 +198,7 @@ class SilentDevices : public ::testing::Test {
                  {"controlType", "netPortInfo"},
                  {"netPortInfo", Browser::NetInfo("Device" + std::to_string(id), "TCP_Client", 0, port)}});
         }
-        support::WriteFile(m_host.UserData() / "interFace.json", json{{"configList", list}}.dump());
+        simulation::WriteFile(m_host.UserData() / "interFace.json", json{{"configList", list}}.dump());
         m_host.Start();
         m_browser.emplace(m_host);
         std::vector<Command> commands;
@@ -213,7 +213,7 @@ class SilentDevices : public ::testing::Test {
     /** Clicks until the click waits for its device: right after a failed attempt it is refused at once. */
     void Hang(int component) {
         HttpClient& client = m_clients.emplace_back(m_host.HttpPort());
-        const bool hangs = support::WaitUntil([&] {
+        const bool hangs = simulation::WaitUntil([&] {
             client.Write(HttpClient::Request("POST", "/api/centralControl/useComponent",
                                              Browser::ClickBody(component).dump()));
             return !client.Connection().WaitReadable(milliseconds(300)) || client.ReadReply().status != 200;
@@ -236,8 +236,8 @@ class SilentDevices : public ::testing::Test {
         }
     }
 
-    std::array<support::SilentDevice, 4> m_silent;
-    support::TcpListener m_live;
+    std::array<simulation::SilentDevice, 4> m_silent;
+    simulation::TcpListener m_live;
     HostProcess m_host;
     std::optional<Browser> m_browser;
     std::list<HttpClient> m_clients;
@@ -261,7 +261,7 @@ TEST_F(SilentDevices, FourLeaveStaticFilesAndChannelsAlone) {
     HttpClient client(m_host.HttpPort());
     EXPECT_EQ(client.Get("/no-such-file.js").status, 404);
     EXPECT_TRUE(m_browser->Channel().Heartbeat());
-    EXPECT_TRUE(support::WebSocketClient(m_host.WebSocketPort()).Heartbeat());
+    EXPECT_TRUE(simulation::WebSocketClient(m_host.WebSocketPort()).Heartbeat());
     ExpectStillHanging();
     ExpectTimedOut();
     EXPECT_EQ(m_browser->Click(5).at("code"), 20000);

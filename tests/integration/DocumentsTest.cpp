@@ -1,6 +1,6 @@
 // Documents, envelopes and the operation log, over the built host's sockets.
 
-#include "support/Browser.h"
+#include "simulation/Browser.h"
 
 #include <algorithm>
 #include <array>
@@ -11,10 +11,10 @@
 namespace {
 
 using nlohmann::json;
-using support::Browser;
-using support::HostProcess;
-using support::HttpClient;
-using support::HttpReply;
+using simulation::Browser;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::HttpReply;
 
 struct Document {
     const char* setter;
@@ -62,7 +62,7 @@ TEST(Documents, ComeBackAfterARestartAndLieSortedInTheirFiles) {
 /** Makes the requests of a table file on one connection, in order, and compares the replies byte for byte. */
 void ExpectReplies(const HostProcess& host, const char* file, const char* from = "127.0.0.1") {
     HttpClient client(host.HttpPort(), from);
-    std::istringstream lines(support::ReadFile(std::filesystem::path(TEST_TABLES) / file));
+    std::istringstream lines(simulation::ReadFile(std::filesystem::path(TEST_TABLES) / file));
     int rows = 0;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with('#')) {

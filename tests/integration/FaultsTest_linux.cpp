@@ -1,7 +1,7 @@
 // What the host must live through, made with the means of one Linux machine. Some need root, some minutes.
 
-#include "support/Browser.h"
-#include "support/Equipment.h"
+#include "simulation/Browser.h"
+#include "simulation/Equipment.h"
 
 #include <array>
 #include <cstring>
@@ -17,12 +17,12 @@
 namespace {
 
 using nlohmann::json;
-using support::Browser;
-using support::HostOptions;
-using support::HostProcess;
-using support::HttpClient;
-using support::milliseconds;
-using support::Socket;
+using simulation::Browser;
+using simulation::HostOptions;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::milliseconds;
+using simulation::Socket;
 
 /** A disk of one megabyte for the user data; the logs lie elsewhere, as links may have it. */
 class SmallDisk : public ::testing::Test {
@@ -39,7 +39,7 @@ class SmallDisk : public ::testing::Test {
         m_host->Start();
         m_browser.emplace(*m_host);
         Save("old");
-        ASSERT_TRUE(support::WaitUntil([&] { return OnDisk() == "old"; }));
+        ASSERT_TRUE(simulation::WaitUntil([&] { return OnDisk() == "old"; }));
     }
 
     void TearDown() override {
@@ -62,13 +62,13 @@ class SmallDisk : public ::testing::Test {
 
     /** Waits until the failed save of the layout was told in the system log. */
     void ExpectTold() {
-        EXPECT_TRUE(support::WaitUntil([&] {
-            const std::string log = support::ReadFile(m_folder.Path() / "log" / "System.log");
+        EXPECT_TRUE(simulation::WaitUntil([&] {
+            const std::string log = simulation::ReadFile(m_folder.Path() / "log" / "System.log");
             return log.find("[Error]") != std::string::npos && log.find("layout.json") != std::string::npos;
         })) << "the failed save is told";
     }
 
-    support::TemporaryFolder m_folder;
+    simulation::TemporaryFolder m_folder;
     std::optional<HostProcess> m_host;
     std::optional<Browser> m_browser;
 };
@@ -85,7 +85,7 @@ TEST_F(SmallDisk, Full) {
     EXPECT_EQ(OnDisk(), "old") << "what was saved is not lost";
     std::filesystem::remove(Disk() / "filler");
     Save("new");
-    EXPECT_TRUE(support::WaitUntil([&] { return OnDisk() == "new"; }));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return OnDisk() == "new"; }));
     EXPECT_EQ(m_host->Stop(), 0);
 }
 
@@ -112,20 +112,20 @@ TEST(Descriptors, UsedUpAndGivenBack) {
         for (int i = 0; i < 200; ++i) {
             connections.push_back(Socket::Connect(i % 4 == 0 ? host.WebSocketPort() : host.HttpPort()));
         }
-        ASSERT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() >= 80; }));
+        ASSERT_TRUE(simulation::WaitUntil([&] { return host.Process().Descriptors() >= 80; }));
         const double before = host.Process().ProcessorSeconds();
         std::this_thread::sleep_for(milliseconds(1000));  // the time over which it might spin
         EXPECT_LT(host.Process().ProcessorSeconds() - before, 0.5) << "it waits and does not spin";
         EXPECT_EQ(browser.Get("getMaterialList").size(), 1U) << "who is connected is served";
     }
     EXPECT_EQ(HttpClient(host.HttpPort()).Get("/api/centralControl/getConfigList").status, 200);
-    EXPECT_TRUE(support::WebSocketClient(host.WebSocketPort()).Heartbeat());
+    EXPECT_TRUE(simulation::WebSocketClient(host.WebSocketPort()).Heartbeat());
     EXPECT_EQ(host.Stop(), 0);
 }
 
 TEST(Soak, MemoryAndDescriptorsStayWhereTheyWere) {
-    const support::TcpListener live;
-    auto dead = std::make_unique<support::TcpListener>();
+    const simulation::TcpListener live;
+    auto dead = std::make_unique<simulation::TcpListener>();
     HostProcess host;
     host.Start();
     Browser browser(host);
@@ -146,7 +146,7 @@ TEST(Soak, MemoryAndDescriptorsStayWhereTheyWere) {
         ASSERT_EQ(browser.Click(isDead ? 2 : 1).at("code"), isDead ? 30201 : 20000) << click;
     }
     EXPECT_LT(host.Process().ResidentBytes(), memory + 5000000);
-    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 1; }));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 1; }));
     EXPECT_EQ(live.Received().WaitBytes(45000).size(), 45000U);
 }
 
@@ -154,20 +154,20 @@ TEST(Clock, JumpsAnHourBack) {
     if (!std::filesystem::exists(FAKETIME_LIBRARY)) {
         GTEST_SKIP() << "the package faketime is not installed";
     }
-    const support::TemporaryFolder folder;
+    const simulation::TemporaryFolder folder;
     const auto clock = folder.Path() / "clock";
-    support::WriteFile(clock, "+0");
+    simulation::WriteFile(clock, "+0");
     HostOptions options;
     options.environment = {"LD_PRELOAD=" FAKETIME_LIBRARY, "FAKETIME_TIMESTAMP_FILE=" + clock.string(),
                            "FAKETIME_NO_CACHE=1", "FAKETIME_DONT_FAKE_MONOTONIC=1"};
     HostProcess host(options);
-    const support::TcpListener live;
+    const simulation::TcpListener live;
     host.Start();
     Browser browser(host);
     ASSERT_EQ(browser.AddNet("Live", "TCP_Client", 0, live.Port()), 20000);
     ASSERT_EQ(browser.Store({{1, "click", browser.NodeId("Live"), true, "On", "x", 0}}), 20000);
     for (const char* shift : {"-1h", "+1d", "-1h"}) {
-        support::WriteFile(clock, shift);
+        simulation::WriteFile(clock, shift);
         for (int i = 0; i < 100; ++i) {
             ASSERT_EQ(browser.Click(1).at("code"), 20000) << shift;
         }
@@ -182,8 +182,8 @@ TEST(Clock, JumpsAnHourBack) {
 class FailingAllocation {
   public:
     FailingAllocation() {
-        support::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
-        support::WaitUntil([&] { return !symbols.Running(); });
+        simulation::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
+        simulation::WaitUntil([&] { return !symbols.Running(); });
         std::istringstream lines(symbols.Output());
         std::size_t used = 3;
         for (std::string line; std::getline(lines, line) && used + 2 < m_numbers.size();) {
@@ -215,12 +215,12 @@ class FailingAllocation {
 
     bool WasReached() const {
         std::int64_t reached = 0;
-        std::memcpy(&reached, support::ReadFile(m_file).data() + sizeof reached, sizeof reached);
+        std::memcpy(&reached, simulation::ReadFile(m_file).data() + sizeof reached, sizeof reached);
         return reached > 0;
     }
 
   private:
-    support::TemporaryFolder m_folder;
+    simulation::TemporaryFolder m_folder;
     std::filesystem::path m_file = m_folder.Path() / "allocations";
     std::array<std::int64_t, 67> m_numbers{};
 };
@@ -237,7 +237,7 @@ TEST(Allocation, FailsOnceDuringTheStart) {
         host.Launch();
         // A configuration that could not be read leaves the default ports, so look at what the host says.
         const auto isUp = [&] { return host.Process().Output().find("is running.") != std::string::npos; };
-        EXPECT_TRUE(support::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
+        EXPECT_TRUE(simulation::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
         reached = allocation.WasReached();
         EXPECT_TRUE(isUp() || !host.Process().ErrorOutput().empty());
         EXPECT_LE(host.Stop(), 1) << host.Process().ErrorOutput();  // no signal has ended it
@@ -249,12 +249,13 @@ TEST(Allocation, FailsOnceDuringEachRequest) {
     HostOptions options;
     options.environment = allocation.Environment();
     HostProcess host(options);
-    const support::TcpListener device;
-    const support::UdpListener udp;
+    const simulation::TcpListener device;
+    const simulation::UdpListener udp;
     host.Start();
     Browser browser(host);
     ASSERT_EQ(browser.AddNet("Live", "TCP_Client", 0, device.Port()), 20000);
-    const std::vector<support::Command> commands = {{1, "click", browser.NodeId("Live"), true, "On", "x", 0}};
+    const std::vector<simulation::Command> commands = {
+        {1, "click", browser.NodeId("Live"), true, "On", "x", 0}};
     const std::vector<std::pair<std::string, json>> posts = {
         {"setCentralControlWebLayout", {{"data", {1, 2, 3}}}},
         {"updateComponentInteraction", {{"data", Browser::Interactions(commands)}}},

@@ -1,7 +1,7 @@
 // Input that no browser sends: the host answers or closes, and lives on.
 
-#include "support/Browser.h"
-#include "support/Equipment.h"
+#include "simulation/Browser.h"
+#include "simulation/Equipment.h"
 
 #include <list>
 #include <random>
@@ -12,18 +12,18 @@
 namespace {
 
 using nlohmann::json;
-using support::Browser;
-using support::HostProcess;
-using support::HttpClient;
-using support::milliseconds;
-using support::Socket;
+using simulation::Browser;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::milliseconds;
+using simulation::Socket;
 
 const std::string kSetter = "/api/centralControl/setCentralControlWebLayout";
 
 void ExpectAlive(HostProcess& host) {
     ASSERT_TRUE(host.Process().Running()) << host.Process().ErrorOutput();
     EXPECT_EQ(HttpClient(host.HttpPort()).Get("/api/centralControl/getConfigList").status, 200);
-    EXPECT_TRUE(support::WebSocketClient(host.WebSocketPort()).Heartbeat());
+    EXPECT_TRUE(simulation::WebSocketClient(host.WebSocketPort()).Heartbeat());
 }
 
 /** Sends bytes, ends the sending half, and waits for the host to close. */
@@ -66,7 +66,7 @@ TEST(Hostile, RandomBytesAndBrokenOffRequests) {
     }
     ExpectAlive(host);
     EXPECT_EQ(browser.Get("getPageLayoutInfo"), "kept");
-    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 3; }))
+    EXPECT_TRUE(simulation::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 3; }))
         << "descriptors are given back";
     EXPECT_EQ(host.Stop(), 0) << host.Process().ErrorOutput();
 }

@@ -1,7 +1,7 @@
 // Starting, failing to start, stopping, and what the process needs while it runs.
 
-#include "support/Browser.h"
-#include "support/Equipment.h"
+#include "simulation/Browser.h"
+#include "simulation/Equipment.h"
 
 #include <iostream>
 
@@ -10,11 +10,11 @@
 namespace {
 
 using nlohmann::json;
-using support::Browser;
-using support::HostOptions;
-using support::HostProcess;
-using support::HttpClient;
-using support::milliseconds;
+using simulation::Browser;
+using simulation::HostOptions;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::milliseconds;
 
 constexpr std::size_t kMegabyte = 1000000;
 
@@ -41,7 +41,7 @@ TEST(Start, FailsWithAReasonWhenItsPortIsTaken) {
     ExpectSays(second.Process().ErrorOutput(), {std::to_string(first.HttpPort()), "taken", "http_port"});
     EXPECT_EQ(HttpClient(first.HttpPort()).Get("/api/centralControl/getConfigList").status, 200);
 
-    const support::TcpListener other;
+    const simulation::TcpListener other;
     options.httpPort = other.Port();
     HostProcess third(options);
     third.Launch();
@@ -50,12 +50,12 @@ TEST(Start, FailsWithAReasonWhenItsPortIsTaken) {
 }
 
 TEST(Start, WarnsWhenTheWebSocketPortIsTaken) {
-    const support::TcpListener other;
+    const simulation::TcpListener other;
     HostOptions options;
     options.webSocketPort = other.Port();
     HostProcess host(options);
     host.Start();
-    ASSERT_TRUE(support::WaitUntil([&] { return !host.Process().ErrorOutput().empty(); }));
+    ASSERT_TRUE(simulation::WaitUntil([&] { return !host.Process().ErrorOutput().empty(); }));
     ExpectSays(host.Process().ErrorOutput(), {std::to_string(other.Port()), "taken", "websocket_port"});
     EXPECT_EQ(host.Stop(), 0);
 }
@@ -67,7 +67,7 @@ TEST(Start, TellsWhichDocumentStoppedIt) {
                                                                     {"interFace.json", "[]"}};
     for (const auto& [file, content] : table) {
         HostProcess host;
-        support::WriteFile(host.UserData() / file, content);
+        simulation::WriteFile(host.UserData() / file, content);
         host.Launch();
         EXPECT_EQ(host.Process().WaitExit(), 1) << file << content;
         const std::string path = (host.UserData() / file).string();
@@ -86,13 +86,13 @@ TEST(Stop, EndsInTimeWithItsSavesDone) {
     Browser browser(host);
     ASSERT_EQ(browser.Post("setCentralControlWebLayout", {{"data", large}}).at("code"), 20000);
     host.Process().Send(
-        support::EnSignal::Terminate);  // at once, with the channel open and the save under way
-    EXPECT_EQ(host.Process().WaitExit(kSanitized ? support::kMaxTestWait : milliseconds(5000)), 0);
+        simulation::EnSignal::Terminate);  // at once, with the channel open and the save under way
+    EXPECT_EQ(host.Process().WaitExit(kSanitized ? simulation::kMaxTestWait : milliseconds(5000)), 0);
     EXPECT_EQ(host.UserFile("layout.json"), large.dump(4));
 }
 
 TEST(Start, DoesNotWaitForEachUnreachableDevice) {
-    const support::SilentDevice silent;
+    const simulation::SilentDevice silent;
     HostProcess host;
     json list = json::array();
     for (int id = 1; id <= 1000; ++id) {
@@ -102,7 +102,7 @@ TEST(Start, DoesNotWaitForEachUnreachableDevice) {
         info["ipAddress"] = isSilent ? "127.0.0." + std::to_string(1 + id / 20) : "";
         list.push_back({{"nodeId", id}, {"controlType", "netPortInfo"}, {"netPortInfo", info}});
     }
-    support::WriteFile(host.UserData() / "interFace.json", json{{"configList", list}}.dump());
+    simulation::WriteFile(host.UserData() / "interFace.json", json{{"configList", list}}.dump());
     const auto begin = std::chrono::steady_clock::now();
     host.Start();  // one after the other they would take 150 s
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
@@ -121,17 +121,17 @@ TEST(Memory, StaysSmallIdleAndWithAThousandChannels) {
     EXPECT_LT(host.Process().ResidentBytes(), 20 * kMegabyte);
     const std::size_t descriptors = host.Process().Descriptors();
     {
-        std::list<support::WebSocketClient> channels;
+        std::list<simulation::WebSocketClient> channels;
         for (int i = 0; i < 1000; ++i) {
             channels.emplace_back(host.WebSocketPort());
         }
-        for (support::WebSocketClient& channel : channels) {
+        for (simulation::WebSocketClient& channel : channels) {
             ASSERT_TRUE(channel.Heartbeat());
         }
         std::cout << "with 1,000 channels: " << host.Process().ResidentBytes() / kMegabyte << " MB\n";
         EXPECT_LT(host.Process().ResidentBytes(), 60 * kMegabyte);
     }
-    EXPECT_TRUE(support::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 2; }))
+    EXPECT_TRUE(simulation::WaitUntil([&] { return host.Process().Descriptors() <= descriptors + 2; }))
         << descriptors << " descriptors before, now " << host.Process().Descriptors();
 }
 

@@ -56,7 +56,7 @@ class UserData : public testing::Test {
 
     json Saved(const std::string& name) const { return LoadJsonFromFile((m_path / name).string()); }
 
-    const support::TemporaryFolder m_folder;
+    const simulation::TemporaryFolder m_folder;
     const fs::path& m_path = m_folder.Path();
     const json m_interfaces = TestCases("interfaces");
 };

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "support/HttpClient.h"
+#include "simulation/HttpClient.h"
 
-namespace support {
+namespace simulation {
 
 /** An open WebSocket connection, as a browser page keeps one. One thread. */
 class WebSocketClient {
@@ -17,4 +17,4 @@ class WebSocketClient {
     HttpClient m_http;
 };
 
-}  // namespace support
+}  // namespace simulation

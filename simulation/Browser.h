@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/HostProcess.h"
-#include "support/WebSocketClient.h"
+#include "simulation/HostProcess.h"
+#include "simulation/WebSocketClient.h"
 
 #include <nlohmann/json.hpp>
 
-namespace support {
+namespace simulation {
 
 /** One command of a component, as the pages store it. */
 struct Command {
@@ -62,4 +62,4 @@ class Browser {
     HttpClient m_http;
 };
 
-}  // namespace support
+}  // namespace simulation

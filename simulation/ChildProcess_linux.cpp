@@ -1,5 +1,5 @@
-#include "support/ChildProcess.h"
-#include "support/TemporaryFolder.h"
+#include "simulation/ChildProcess.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <csignal>
 #include <ctime>
@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace support {
+namespace simulation {
 
 namespace {
 
@@ -114,4 +114,4 @@ double ChildProcess::ProcessorSeconds() const {
     return sum;
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/Wait.h"
+#include "simulation/Wait.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace support {
+namespace simulation {
 
 /** What a child process is started with. */
 struct ProcessOptions {
@@ -55,4 +55,4 @@ class ChildProcess {
     std::optional<int> m_status;
 };
 
-}  // namespace support
+}  // namespace simulation

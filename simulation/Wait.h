@@ -5,7 +5,7 @@
 #include <string>
 #include <thread>
 
-namespace support {
+namespace simulation {
 
 using std::chrono::milliseconds;
 
@@ -34,4 +34,4 @@ bool WaitUntil(Condition condition, milliseconds limit = kMaxTestWait) {
     return true;
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "support/Socket.h"
+#include "simulation/Socket.h"
 
-namespace support {
+namespace simulation {
 
 /** One reply of the server. */
 struct HttpReply {
@@ -43,4 +43,4 @@ class HttpClient {
     std::string m_received;
 };
 
-}  // namespace support
+}  // namespace simulation

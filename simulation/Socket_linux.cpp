@@ -1,4 +1,4 @@
-#include "support/Socket.h"
+#include "simulation/Socket.h"
 
 #include <array>
 #include <cerrno>
@@ -13,7 +13,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace support {
+namespace simulation {
 
 namespace {
 
@@ -153,4 +153,4 @@ int FreePort() {
     }
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,14 +1,14 @@
-#include "support/HostProcess.h"
+#include "simulation/HostProcess.h"
 
-#include "support/HttpClient.h"
-#include "support/Socket.h"
+#include "simulation/HttpClient.h"
+#include "simulation/Socket.h"
 
 #include <cstdlib>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
 
-namespace support {
+namespace simulation {
 
 HostProcess::HostProcess(HostOptions options) : m_options(std::move(options)) {
     const auto standard = Home() / "Documents" / "Sennacroft" / "Varnholt";
@@ -63,4 +63,4 @@ std::optional<int> HostProcess::Stop() {
     return Process().WaitExit();
 }
 
-}  // namespace support
+}  // namespace simulation

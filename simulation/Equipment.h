@@ -1,13 +1,13 @@
 #pragma once
 
-#include "support/Socket.h"
+#include "simulation/Socket.h"
 
 #include <atomic>
 #include <list>
 #include <mutex>
 #include <thread>
 
-namespace support {
+namespace simulation {
 
 /** What a TCP device does with the connections that it gets. */
 enum class EnDeviceMode {
@@ -88,4 +88,4 @@ class SilentDevice {
     std::list<Socket> m_fillers;
 };
 
-}  // namespace support
+}  // namespace simulation

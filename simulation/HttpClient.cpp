@@ -1,10 +1,10 @@
-#include "support/HttpClient.h"
+#include "simulation/HttpClient.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 
-namespace support {
+namespace simulation {
 
 std::string HttpReply::Header(std::string_view name) const {
     const auto same = [](char a, char b) {
@@ -69,4 +69,4 @@ HttpReply HttpClient::ReadReply() {
     return reply;
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,11 +1,11 @@
-#include "support/TemporaryFolder.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <stdexcept>
 
-namespace support {
+namespace simulation {
 
 namespace fs = std::filesystem;
 
@@ -36,4 +36,4 @@ void WriteFile(const fs::path& path, std::string_view content) {
     }
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,8 +1,8 @@
-#include "support/WebSocketClient.h"
+#include "simulation/WebSocketClient.h"
 
 #include <stdexcept>
 
-namespace support {
+namespace simulation {
 
 WebSocketClient::WebSocketClient(int port) : m_http(port) {
     const HttpReply reply = m_http.Exchange(
@@ -30,4 +30,4 @@ bool WebSocketClient::Heartbeat() {
     return received == expected;
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "support/Equipment.h"
+#include "simulation/Equipment.h"
 
 #include <filesystem>
 
-namespace support {
+namespace simulation {
 
 /**
  * A serial line: the device that the server opens, and its other side, which records what arrives. The line
@@ -29,4 +29,4 @@ class PtyPair {
     std::jthread m_thread;
 };
 
-}  // namespace support
+}  // namespace simulation

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/Wait.h"
+#include "simulation/Wait.h"
 
 #include <string>
 #include <string_view>
 
-namespace support {
+namespace simulation {
 
 /**
  * One socket on the loopback interface. Calls wait for kMaxTestWait at most and throw TimedOut then;
@@ -60,4 +60,4 @@ class Socket {
 /** A port on which nothing listens, outside the range from which the system picks ports by itself. */
 int FreePort();
 
-}  // namespace support
+}  // namespace simulation

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace support {
+namespace simulation {
 
 /** A new empty folder under the system's folder for temporary files, removed with all its content at the end.
  */
@@ -27,4 +27,4 @@ std::string ReadFile(const std::filesystem::path& path);
 /** Replaces a file's content; its folder is made when it is missing. @throw std::runtime_error */
 void WriteFile(const std::filesystem::path& path, std::string_view content);
 
-}  // namespace support
+}  // namespace simulation

@@ -1,4 +1,4 @@
-#include "support/PtyPair.h"
+#include "simulation/PtyPair.h"
 
 #include <array>
 #include <cerrno>
@@ -8,7 +8,7 @@
 #include <pty.h>
 #include <unistd.h>
 
-namespace support {
+namespace simulation {
 
 PtyPair::PtyPair(const std::filesystem::path& link) : m_link(link) {
     std::array<char, 64> name{};
@@ -37,4 +37,4 @@ PtyPair::~PtyPair() {
     std::filesystem::remove(m_link, ignored);
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,6 +1,6 @@
-#include "support/Equipment.h"
+#include "simulation/Equipment.h"
 
-namespace support {
+namespace simulation {
 
 namespace {
 
@@ -93,4 +93,4 @@ SilentDevice::SilentDevice() : m_listener(Socket::Listen(0, 0)) {
     } while (m_fillers.back().WaitConnected(milliseconds(100)));
 }
 
-}  // namespace support
+}  // namespace simulation

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "support/ChildProcess.h"
-#include "support/TemporaryFolder.h"
+#include "simulation/ChildProcess.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <memory>
 
-namespace support {
+namespace simulation {
 
 /** How a host process is set up; the defaults serve most tests. */
 struct HostOptions {
@@ -53,4 +53,4 @@ class HostProcess {
     std::unique_ptr<ChildProcess> m_process;
 };
 
-}  // namespace support
+}  // namespace simulation

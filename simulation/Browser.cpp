@@ -1,6 +1,6 @@
-#include "support/Browser.h"
+#include "simulation/Browser.h"
 
-namespace support {
+namespace simulation {
 
 using nlohmann::json;
 
@@ -87,4 +87,4 @@ json Browser::Click(int component, const std::string& trigger) {
     return Post("useComponent", ClickBody(component, trigger));
 }
 
-}  // namespace support
+}  // namespace simulation
