@@ -37,6 +37,9 @@ std::string DocumentPath(const char* name) {
 }
 
 void EnsureArrayMember(nlohmann::json& document, const std::string& key) {
+    if (document.is_null()) {
+        document = json::object();
+    }
     if (document.empty()) {
         document[key] = json::array();
     }

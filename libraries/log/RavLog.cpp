@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
+#include <exception>
 #include <filesystem>
 #include <utility>
 
@@ -94,7 +95,12 @@ void CLogEvent::Format(const char* format, ...) {
 CLogEventWrap::CLogEventWrap(std::shared_ptr<CLogEvent> event) : m_event(std::move(event)) {}
 
 CLogEventWrap::~CLogEventWrap() {
-    m_event->logger->Send(*m_event);
+    try {
+        m_event->logger->Send(*m_event);
+    } catch (const std::exception& error) {
+        // Out of memory: the record is lost, the request that wrote it goes on.
+        std::fprintf(stderr, "A log record was lost: %s\n", error.what());
+    }
 }
 
 std::shared_ptr<CLogEvent> CLogEventWrap::GetEvent() const {

@@ -4,6 +4,7 @@
 #include "platform/RavLog.h"
 
 #include <algorithm>
+#include <new>
 #include <thread>
 
 #include <boost/asio/ip/address.hpp>
@@ -19,10 +20,24 @@ namespace {
 constexpr int g_acceptsPerEvent = 64;
 constexpr std::size_t g_roomAfterExhaustion = 16;  // some for the files that others open
 constexpr std::chrono::seconds g_exhaustionEpisode{10};
+constexpr std::chrono::milliseconds g_memoryPause{10};
 
 bool IsExhaustion(const error_code& error) {
     return error == asio::error::no_descriptors || error == asio::error::no_buffer_space ||
            error == asio::error::no_memory || error == boost::system::errc::too_many_files_open_in_system;
+}
+
+/** Starts an operation that the server can't go on without: while the memory for it is missing, again. */
+template <typename Start>
+void Insist(Start start) {
+    for (;;) {
+        try {
+            start();
+            return;
+        } catch (const std::bad_alloc&) {
+            std::this_thread::sleep_for(g_memoryPause);
+        }
+    }
 }
 
 std::size_t WorkersOf(const http_server_s& record) {
@@ -117,14 +132,26 @@ void Server::StopOnLoop() {
 }
 
 void Server::Accept() {
-    m_acceptor.async_wait(asio::socket_base::wait_read, [this](const error_code& error) {
-        if (!error) {
-            AcceptAll();
-        }
+    Insist([this] {
+        m_acceptor.async_wait(asio::socket_base::wait_read, [this](const error_code& error) {
+            if (!error) {
+                AcceptAll();
+            }
+        });
     });
 }
 
 void Server::AcceptAll() {
+    bool goesOn = false;
+    try {
+        goesOn = AcceptWaiting();
+    } catch (const std::bad_alloc&) {
+        // The connection at hand is lost; the others wait until there is memory again.
+    }
+    goesOn ? Accept() : AcceptLater();
+}
+
+bool Server::AcceptWaiting() {
     for (int i = 0; i < g_acceptsPerEvent; ++i) {
         error_code error;
         Socket socket(m_threads.Context());
@@ -139,8 +166,7 @@ void Server::AcceptAll() {
                 continue;
             }
             AskForRoomEverywhere();
-            AcceptLater();
-            return;
+            return false;
         }
         if (error) {
             continue;  // this client has gone again
@@ -151,7 +177,7 @@ void Server::AcceptAll() {
         SetConnectionOptions(socket);
         std::make_shared<HttpConnection>(*this, std::move(socket), peer)->Start();
     }
-    Accept();
+    return true;
 }
 
 void Server::AskForRoom() {
@@ -159,11 +185,13 @@ void Server::AskForRoom() {
 }
 
 void Server::AcceptLater() {
-    m_acceptTimer.expires_after(m_limits.acceptPause);
-    m_acceptTimer.async_wait([this](const error_code& cancelled) {
-        if (!cancelled) {
-            AcceptAll();
-        }
+    Insist([this] {
+        m_acceptTimer.expires_after(m_limits.acceptPause);
+        m_acceptTimer.async_wait([this](const error_code& cancelled) {
+            if (!cancelled) {
+                AcceptAll();
+            }
+        });
     });
 }
 

@@ -104,6 +104,7 @@ class Server : public std::enable_shared_from_this<Server> {
 
     void Accept();
     void AcceptAll();
+    bool AcceptWaiting();
     void AcceptLater();
     void ReportExhaustion(const boost::system::error_code& error);
     bool MakeRoom(std::size_t count, Limits::Time age);
