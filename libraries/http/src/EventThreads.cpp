@@ -11,8 +11,8 @@ namespace hv::internal {
 
 namespace {
 
-constexpr EventThreads::Time g_tick{1};
-constexpr int g_quietTicks = 100;
+constexpr EventThreads::Time g_tick{5};
+constexpr int g_quietTicks = 20;
 constexpr EventThreads::Time g_endOfIdleThreads{1000};
 
 // The task whose end the former leader has to tell: it lost the loop while it was inside.

@@ -33,7 +33,7 @@ class BlockingTask {
  * is read, handled and answered without a change of thread and without a wake-up, which costs more than most
  * handlers do. Everything that runs on the loop is therefore serial, and needs no locks.
  *
- * A handler may block, though. So one spare thread watches: it looks every millisecond whether the leader is
+ * A handler may block, though. So one spare thread watches: it looks every five milliseconds whether the leader is
  * still inside the same handler as at the look before, and then takes the loop over. The old leader goes on
  * with its handler and queues behind the others afterwards. When nothing has happened for a while the
  * watching thread sleeps until the next handler begins.
