@@ -33,9 +33,9 @@ class BlockingTask {
  * is read, handled and answered without a change of thread and without a wake-up, which costs more than most
  * handlers do. Everything that runs on the loop is therefore serial, and needs no locks.
  *
- * A handler may block, though. So one spare thread watches: it looks every five milliseconds whether the leader is
- * still inside the same handler as at the look before, and then takes the loop over. The old leader goes on
- * with its handler and queues behind the others afterwards. When nothing has happened for a while the
+ * A handler may block, though. So one spare thread watches: it looks every five milliseconds whether the
+ * leader is still inside the same handler as at the look before, and then takes the loop over. The old leader
+ * goes on with its handler and queues behind the others afterwards. When nothing has happened for a while the
  * watching thread sleeps until the next handler begins.
  *
  * There is always one thread more than handlers may run at once, so the loop goes on with all of them stuck.
