@@ -4,7 +4,6 @@
 
 #include <map>
 #include <mutex>
-#include <optional>
 #include <thread>
 #include <utility>
 
@@ -49,7 +48,7 @@ struct CNameResolver::SState {
 CNameResolver::CNameResolver(Clock::duration maxAge) : m_state(std::make_shared<SState>(maxAge)) {}
 
 void CNameResolver::Resolve(const std::string& host, Handler done) {
-    std::optional<SResolved> known;
+    SResolved known;
     {
         const std::lock_guard lock(m_state->mutex);
         SEntry& entry = m_state->entries[host];
@@ -57,9 +56,7 @@ void CNameResolver::Resolve(const std::string& host, Handler done) {
             entry.waiting.push_back(std::move(done));
             return;
         }
-        if (entry.result.error == ErrorNone && Clock::now() - entry.since < m_state->maxAge) {
-            known = entry.result;
-        } else {
+        if (entry.result.error != ErrorNone || Clock::now() - entry.since >= m_state->maxAge) {
             entry.waiting.push_back(std::move(done));
             entry.running = true;
             try {
@@ -69,11 +66,11 @@ void CNameResolver::Resolve(const std::string& host, Handler done) {
                 entry.waiting.pop_back();
                 throw;
             }
+            return;
         }
+        known = entry.result;
     }
-    if (known) {
-        done(*known);
-    }
+    done(known);
 }
 
 void CNameResolver::Work(const std::shared_ptr<SState>& state, const std::string& host) {

@@ -84,7 +84,7 @@ std::string GetModuleDirectory() {
 std::string GetDocumentsDirectory() {
     const std::string home = HomeFolder();
     if (home.empty()) {
-        return home;
+        return {};
     }
     std::string folder = home == "/" ? "/Documents" : home + "/Documents";
     std::string configHome = FolderFromEnvironment("XDG_CONFIG_HOME");
