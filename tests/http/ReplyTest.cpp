@@ -2,6 +2,7 @@
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include <hv/hpath.h>
@@ -99,6 +100,41 @@ TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
         EXPECT_EQ(200, client.Ask(Get("/small")).status);
     }
     EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
+}
+
+TEST_F(ReplyTest, KeepsTheFramingOfFilesThatChangeMeanwhile) {
+    std::string text(g_large, '\0');
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        text[i] = static_cast<char>(i / 1024 % 251);  // no two pieces are alike
+    }
+    Write("large.bin", text);
+    const std::string file = Path("large.bin");
+    service.GET("/file",
+                [file](HttpRequest*, HttpResponse* response) { return response->File(file.c_str()); });
+    service.GET("/replaced", [file](HttpRequest*, HttpResponse* response) {
+        response->File(file.c_str());
+        response->SetBody("text");
+        return 200;
+    });
+    Run();
+    Client client = Connect();
+    EXPECT_EQ("text", client.Ask(Get("/replaced")).body);
+    const HttpReply head = client.Ask("HEAD /file HTTP/1.1\r\nHost: a\r\n\r\n", false);
+    EXPECT_EQ(std::to_string(g_large), head.Header("Content-Length"));
+    EXPECT_TRUE(client.Ask(Get("/file")).body == text);
+
+    client.Send(Get("/file"));
+    ASSERT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
+    std::filesystem::resize_file(file, g_large + 1000);
+    EXPECT_TRUE(client.Read().body == text) << "a file that grows";
+    EXPECT_EQ(g_large + 1000, client.Ask(Get("/file")).body.size());
+
+    client.Send(Get("/file"));
+    ASSERT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
+    std::filesystem::resize_file(file, 1000);
+    const std::string rest = client.Rest();
+    EXPECT_LT(rest.size(), g_large) << "a file that is cut ends the connection";
+    EXPECT_EQ("", Connect().Ask(Get("/file")).Header("Connection"));
 }
 
 TEST_F(ReplyTest, ReadsFilesIntoReplies) {

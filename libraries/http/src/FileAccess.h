@@ -1,9 +1,13 @@
 #pragma once
 
+#include "libraries/http/src/SocketOptions.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
+
+#include <boost/system/error_code.hpp>
 
 namespace hv::internal {
 
@@ -31,6 +35,14 @@ class FileHandle {
 
     /** Reads at an offset. @return bytes read, 0 at the end, negative on an error */
     std::ptrdiff_t Read(std::uint64_t offset, char* to, std::size_t size) const;
+
+    /**
+     * Sends from an offset over a non-blocking socket, as much as it takes now.
+     * @return bytes sent; 0 with an error: would_block when the socket takes none at present, eof when the
+     * file ends here
+     */
+    std::size_t Send(Socket& socket, std::uint64_t offset, std::size_t size,
+                     boost::system::error_code& error) const;
 
   private:
     static constexpr std::intptr_t g_none = -1;

@@ -1,11 +1,17 @@
 #include "libraries/http/src/FileAccess.h"
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <system_error>
 
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/error.hpp>
+
 #include <fcntl.h>
 #include <linux/openat2.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -50,6 +56,26 @@ FileHandle OpenAfterCheck(const std::string& folder, const std::string& relative
     return Adopt(::open(target.c_str(), g_readFlags | O_NOFOLLOW));
 }
 
+// sendfile to a connection that the client has closed raises SIGPIPE, and takes no flag against it.
+bool BlockPipeSignal() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGPIPE);
+    return ::pthread_sigmask(SIG_BLOCK, &signals, nullptr) == 0;
+}
+
+// For file systems that know no sendfile.
+std::size_t SendCopy(const FileHandle& file, Socket& socket, std::uint64_t offset, std::size_t size,
+                     boost::system::error_code& error) {
+    std::array<char, std::size_t{16} * 1024> buffer{};
+    const std::ptrdiff_t got = file.Read(offset, buffer.data(), std::min(size, buffer.size()));
+    if (got <= 0) {
+        error = boost::asio::error::eof;
+        return 0;
+    }
+    return socket.write_some(boost::asio::buffer(buffer.data(), static_cast<std::size_t>(got)), error);
+}
+
 }  // namespace
 
 FileHandle::~FileHandle() {
@@ -64,6 +90,26 @@ std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size
         got = ::pread(static_cast<int>(m_native), to, size, static_cast<off_t>(offset));
     } while (got < 0 && errno == EINTR);
     return got;
+}
+
+std::size_t FileHandle::Send(Socket& socket, std::uint64_t offset, std::size_t size,
+                             boost::system::error_code& error) const {
+    [[maybe_unused]] thread_local const bool blocked = BlockPipeSignal();
+    auto from = static_cast<off_t>(offset);
+    ssize_t sent = 0;
+    do {
+        sent = ::sendfile(socket.native_handle(), static_cast<int>(m_native), &from, size);
+    } while (sent < 0 && errno == EINTR);
+    if (sent < 0 && (errno == EINVAL || errno == ENOSYS)) {
+        return SendCopy(*this, socket, offset, size, error);
+    }
+    if (sent > 0) {
+        error.clear();
+        return static_cast<std::size_t>(sent);
+    }
+    error = sent == 0 ? boost::system::error_code(boost::asio::error::eof)
+                      : boost::system::error_code(errno, boost::system::system_category());
+    return 0;
 }
 
 FileHandle OpenFile(const std::string& path) {

@@ -45,25 +45,43 @@ std::string HttpRequest::GetParam(const char* key, const std::string& defvalue) 
     return found == query_params.end() ? defvalue : found->second;
 }
 
-int HttpResponse::File(const char* filepath) {
-    const auto file = hv::internal::OpenFile(filepath);
-    if (!file) {
-        return HTTP_STATUS_NOT_FOUND;
-    }
-    body.resize(static_cast<std::size_t>(file.Size()));
+namespace {
+
+constexpr std::uint64_t g_readAtOnce = std::uint64_t{64} * 1024;
+
+// Whether a file could be read into the text, up to the size that it had when it was opened.
+bool ReadWhole(const hv::internal::FileHandle& file, std::string& text) {
+    text.resize(static_cast<std::size_t>(file.Size()));
     std::size_t have = 0;
-    while (have < body.size()) {
-        const std::ptrdiff_t got = file.Read(have, body.data() + have, body.size() - have);
+    while (have < text.size()) {
+        const std::ptrdiff_t got = file.Read(have, text.data() + have, text.size() - have);
         if (got < 0) {
-            body.clear();
-            return HTTP_STATUS_NOT_FOUND;
+            text.clear();
+            return false;
         }
         if (got == 0) {
             break;
         }
         have += static_cast<std::size_t>(got);
     }
-    body.resize(have);
+    text.resize(have);
+    return true;
+}
+
+}  // namespace
+
+int HttpResponse::File(const char* filepath) {
+    auto opened = hv::internal::OpenFile(filepath);
+    if (!opened) {
+        return HTTP_STATUS_NOT_FOUND;
+    }
+    body.clear();
+    file.reset();
+    if (opened.Size() > g_readAtOnce) {
+        file = std::make_shared<hv::internal::FileHandle>(std::move(opened));
+    } else if (!ReadWhole(opened, body)) {
+        return HTTP_STATUS_NOT_FOUND;
+    }
     if (headers.find(std::string_view("Content-Type")) == headers.end()) {
         SetContentType(hv::internal::ContentTypeOfFile(filepath).c_str());
     }

@@ -14,7 +14,19 @@ using boost::system::error_code;
 namespace {
 
 constexpr int g_filePartsPerEvent = 4;
+constexpr std::uint64_t g_filePartBytes = std::uint64_t{256} * 1024;
 constexpr std::size_t g_headCapacity = 4096;
+
+// Sends on from the file, as much as the socket takes up to a piece. An error when it takes nothing, or when
+// the file was cut since its length was told.
+error_code SendPiece(Socket& socket, FilePart& part) {
+    error_code error;
+    const std::size_t size = static_cast<std::size_t>(std::min(part.length, g_filePartBytes));
+    const std::size_t sent = part.file.Send(socket, part.offset, size, error);
+    part.offset += sent;
+    part.length -= sent;
+    return error;
+}
 
 }  // namespace
 
@@ -35,6 +47,10 @@ void HttpConnection::Reply() {
 void HttpConnection::PrepareReply() {
     HttpResponse& response = m_exchange->response;
     FilePart& part = m_exchange->file;
+    if (const auto file = std::exchange(response.file, nullptr); file && response.body.empty()) {
+        part.file = std::move(*file);
+        part.length = part.file.Size();
+    }
     ReplyFrame frame;
     frame.contentLength = part.file ? part.length : response.body.size();
     if (m_exchange->request->method == HTTP_HEAD || !MayHaveBody(response.status_code)) {
@@ -55,7 +71,8 @@ void HttpConnection::PrepareReply() {
     m_sent = 0;
 }
 
-// Replaces the body, which has been sent, by the next piece of the file.
+// Reads the first piece of the file into the body, so that it goes out together with the head: all of a
+// small file, with one call of the system.
 bool HttpConnection::NextFilePart() {
     FilePart& part = m_exchange->file;
     std::string& body = m_exchange->response.body;
@@ -93,6 +110,11 @@ HttpConnection::Written HttpConnection::Write() {
 }
 
 void HttpConnection::Continue(Written written) {
+    if (written == Written::All && m_exchange->file.length > 0) {
+        std::string().swap(m_exchange->response.body);
+        m_head.clear();
+        m_sent = 0;
+    }
     for (int parts = 0; written == Written::All && m_exchange->file.length > 0; ++parts) {
         if (parts == g_filePartsPerEvent) {
             // Others may want something meanwhile.
@@ -105,9 +127,12 @@ void HttpConnection::Continue(Written written) {
             m_deadline = Clock::now() + m_server.Bounds().writeStall;
             return;
         }
-        m_head.clear();
-        m_sent = 0;
-        written = NextFilePart() ? Write() : Written::Failed;
+        const error_code error = SendPiece(m_socket, m_exchange->file);
+        if (error == asio::error::would_block || error == asio::error::try_again) {
+            written = Written::Blocked;
+        } else if (error) {
+            written = Written::Failed;
+        }
     }
     switch (written) {
         case Written::All:

@@ -8,6 +8,10 @@
 
 #include <hv/httpdef.h>
 
+namespace hv::internal {
+class FileHandle;
+}
+
 namespace hv {
 
 /** Orders header names without regard to case (RFC 9110, 5.1). */
@@ -70,10 +74,16 @@ class HttpResponse : public HttpMessage {
     http_status status_code = HTTP_STATUS_OK;
 
     /**
-     * Reads a whole file into the body. The content type follows the suffix unless one was set before.
+     * Makes a file the body. One of up to 64 KiB is read at once. A larger one stays open instead and is read
+     * while it is sent, so that its size costs no memory: as many bytes as it has now, and a connection that
+     * is closed when it has lost some of them by then. The content type follows the suffix unless one was set
+     * before.
      * @return 200, or 404 when the file can't be opened or read
      */
     int File(const char* filepath);
+
+    /** The larger file that File has opened; a body that is set afterwards takes its place. */
+    std::shared_ptr<hv::internal::FileHandle> file;
 };
 
 using HttpRequestPtr = std::shared_ptr<HttpRequest>;
