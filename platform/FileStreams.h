@@ -11,3 +11,6 @@ std::ifstream OpenTextForReading(const std::string& path);
 
 /** Opens a text file for writing and empties it, or makes it; shared and tested as above. */
 std::ofstream OpenTextForWriting(const std::string& path);
+
+/** Opens a text file for writing at its end, or makes it; shared and tested as above. */
+std::ofstream OpenTextForAppending(const std::string& path);

@@ -9,3 +9,7 @@ std::ifstream OpenTextForReading(const std::string& path) {
 std::ofstream OpenTextForWriting(const std::string& path) {
     return std::ofstream(path);
 }
+
+std::ofstream OpenTextForAppending(const std::string& path) {
+    return std::ofstream(path, std::ios::app);
+}
