@@ -1,5 +1,6 @@
 // The host process of the server: all it does is to start, to wait and to stop.
 
+#include "host/WebSettings.h"
 #include "include/CenterServer.h"
 #include "platform/PortProbe.h"
 #include "platform/ProcessLimits.h"
@@ -73,6 +74,7 @@ int Run(CStopSignal& stopSignal) {
     }
     const bool webSocketFree = config.websocket_port != config.http_port && IsPortFree(config.websocket_port);
 
+    WriteWebSettings(config);
     CCenterServer server;
     server.InitServer();
     server.Running();

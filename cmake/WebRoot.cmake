@@ -1,0 +1,23 @@
+# Lays out the web root OUTPUT: the application in the folder BUILT, or the page PLACEHOLDER while there is none.
+if(EXISTS "${BUILT}/index.html")
+    set(index "${BUILT}/index.html")
+else()
+    set(index "${PLACEHOLDER}")
+endif()
+
+# The names of all other files hold their hashes, so an equal entry page means an equal application.
+set(same FALSE)
+if(EXISTS "${OUTPUT}/index.html")
+    file(SHA256 "${index}" wanted)
+    file(SHA256 "${OUTPUT}/index.html" present)
+    string(COMPARE EQUAL "${wanted}" "${present}" same)
+endif()
+if(NOT same)
+    file(REMOVE_RECURSE "${OUTPUT}")
+    if(EXISTS "${BUILT}/index.html")
+        file(COPY "${BUILT}/" DESTINATION "${OUTPUT}")
+    else()
+        file(MAKE_DIRECTORY "${OUTPUT}")
+        file(COPY_FILE "${PLACEHOLDER}" "${OUTPUT}/index.html")
+    endif()
+endif()
