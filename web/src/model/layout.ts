@@ -1,0 +1,165 @@
+/**
+ * The layout document: pages and the components on them. The server keeps it as it is; its form is this
+ * application's own. `readLayout` is the only way in, so that the rest can trust every field.
+ */
+import { newComponentId, newId } from "./ids.ts";
+
+/** Version that is written. A document with a higher one is refused, see readLayout. */
+export const layoutVersion = 1;
+
+export const componentTypes = ["button", "switch", "slider", "text", "image", "link", "clock", "group"] as const;
+export type ComponentType = (typeof componentTypes)[number];
+
+/** When a button sends: on release inside its box, on press, on both, again and again, after a long press. */
+export const pressModes = ["click", "press", "pressRelease", "repeat", "long"] as const;
+export type PressMode = (typeof pressModes)[number];
+
+export const alignments = ["left", "center", "right"] as const;
+export const imageFits = ["contain", "cover", "fill"] as const;
+export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
+
+/** How a component looks in one state. An empty field means the theme's own, or the one of the normal look. */
+export interface Look {
+  text: string;
+  fill: string;
+  color: string;
+  border: string;
+  icon: string;
+  material: string;
+}
+
+export const emptyLook: Look = { text: "", fill: "", color: "", border: "", icon: "", material: "" };
+
+export interface Component {
+  readonly id: number;
+  readonly type: ComponentType;
+  /** Name for the author's lists; empty: the text is shown there. */
+  readonly name: string;
+  readonly x: number;
+  readonly y: number;
+  readonly width: number;
+  readonly height: number;
+  readonly locked: boolean;
+  /** Components with the same text here are selected and moved as one; empty: none. */
+  readonly group: string;
+  readonly fontSize: number;
+  readonly radius: number;
+  readonly align: (typeof alignments)[number];
+  readonly look: Look;
+  /** The look while a button is held, or while a switch is on. */
+  readonly activeLook: Look;
+  readonly mode: PressMode;
+  /** Question before anything is sent; empty: none is asked. */
+  readonly confirm: string;
+  /** Pause between two repetitions, in ms. */
+  readonly interval: number;
+  /** How long a long press has to last, in ms. */
+  readonly hold: number;
+  /** Slider: number of positions, and the numbers of the first and the last. */
+  readonly steps: number;
+  readonly min: number;
+  readonly max: number;
+  readonly vertical: boolean;
+  /** Slider: whether it sends while it is moved, and not only at the end. */
+  readonly live: boolean;
+  /** Page link: id of the page. */
+  readonly target: string;
+  readonly clock: (typeof clockForms)[number];
+  readonly fit: (typeof imageFits)[number];
+}
+
+export interface Page {
+  readonly id: string;
+  readonly name: string;
+  readonly width: number;
+  readonly height: number;
+  /** Colour; empty: the theme's. */
+  readonly background: string;
+  /** Id of a material behind the components; empty: none. */
+  readonly material: string;
+  /** In drawing order: the last one lies on top. */
+  readonly components: readonly Component[];
+}
+
+export interface Layout {
+  /** Id of the page that a panel shows first; empty: the first page. */
+  readonly startPage: string;
+  readonly pages: readonly Page[];
+}
+
+export const emptyLayout: Layout = { startPage: "", pages: [] };
+
+/** Least and greatest side of a page and of a component, in px. */
+export const pageSides = { least: 100, most: 8000 };
+export const componentSides = { least: 8, most: 8000 };
+
+/** Limits of a slider's positions: each has a trigger of its own in the stored document. */
+export const sliderSteps = { least: 2, most: 201 };
+
+const sizes: Record<ComponentType, [number, number]> = {
+  button: [160, 80],
+  switch: [160, 80],
+  slider: [320, 80],
+  text: [240, 48],
+  image: [240, 160],
+  link: [160, 80],
+  clock: [200, 64],
+  group: [400, 280],
+};
+
+/** A new component of its type's usual size at that place. */
+export function newComponent(type: ComponentType, x: number, y: number, text = ""): Component {
+  const [width, height] = sizes[type];
+  return {
+    id: newComponentId(), type, name: "", x, y, width, height, locked: false, group: "",
+    fontSize: type === "clock" ? 32 : 20, radius: 14, align: type === "text" ? "left" : "center",
+    look: { ...emptyLook, text }, activeLook: emptyLook,
+    mode: "click", confirm: "", interval: 300, hold: 800,
+    steps: 11, min: 0, max: 100, vertical: false, live: false,
+    target: "", clock: "time", fit: "contain",
+  };
+}
+
+export function newPage(name: string, width = 1280, height = 800): Page {
+  return { id: newId("p"), name, width, height, background: "", material: "", components: [] };
+}
+
+/** The page that a panel shows for that id: itself, else the start page, else the first, else none. */
+export function pageToShow(layout: Layout, id: string): Page | undefined {
+  const find = (wanted: string) => layout.pages.find((page) => page.id === wanted);
+  return find(id) ?? find(layout.startPage) ?? layout.pages[0];
+}
+
+/** A copy with new ids all over, and for each old component id the new one. */
+export function copyPage(page: Page, name: string): { page: Page; ids: Map<number, number> } {
+  const copied = copyComponents(page.components);
+  return { page: { ...page, id: newId("p"), name, components: copied.components }, ids: copied.ids };
+}
+
+/** Copies with new ids and groups, and for each old component id the new one. */
+export function copyComponents(
+  components: readonly Component[],
+): { components: Component[]; ids: Map<number, number> } {
+  const ids = new Map<number, number>();
+  const groups = new Map<string, string>();
+  const copies = components.map((component) => {
+    const id = newComponentId();
+    ids.set(component.id, id);
+    if (component.group && !groups.has(component.group)) groups.set(component.group, newId("g"));
+    return { ...component, id, group: groups.get(component.group) ?? "" };
+  });
+  return { components: copies, ids };
+}
+
+export function allComponents(layout: Layout): Component[] {
+  return layout.pages.flatMap((page) => page.components);
+}
+
+export function isActive(type: ComponentType): boolean {
+  return type === "button" || type === "switch" || type === "slider" || type === "link";
+}
+
+/** What the author's lists call a component. */
+export function componentTitle(component: Component): string {
+  return component.name || component.look.text || component.activeLook.text;
+}

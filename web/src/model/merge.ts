@@ -1,0 +1,54 @@
+/** What happens when two authors have changed the same documents: who changed what, and mine kept as a copy. */
+import { copyPage, type Page } from "./layout.ts";
+import { mapCommands } from "./interactions.ts";
+import { sameJson } from "./json.ts";
+import { type Project, retarget, sameProject, withCopiedCommands, withPages } from "./project.ts";
+
+/**
+ * Whether somebody else has stored something since `base` was read. Commands of interfaces that are gone don't
+ * count: the server itself takes them out when an interface is deleted.
+ */
+export function isChanged(base: Project, stored: Project, interfaceIds: ReadonlySet<number>): boolean {
+  return !sameProject(withoutLostCommands(base, interfaceIds), withoutLostCommands(stored, interfaceIds));
+}
+
+export function withoutLostCommands(project: Project, interfaceIds: ReadonlySet<number>): Project {
+  const keep = mapCommands(project.interactions, (one) => (interfaceIds.has(one.portIndex) ? one : undefined));
+  return { ...project, interactions: keep };
+}
+
+/** Whether a page, with the commands of its components, is another one in the two projects. */
+function isSamePage(page: Page, mine: Project, other: Project): boolean {
+  const counterpart = other.layout.pages.find((one) => one.id === page.id);
+  if (!counterpart || !sameJson(page, counterpart)) return false;
+  const commandsOf = (project: Project) => page.components.map((one) => {
+    const commands = project.interactions[one.id];
+    return commands ? commands : { triggers: {} };
+  });
+  return sameJson(commandsOf(mine), commandsOf(other));
+}
+
+/** The pages of a project that differ from another one's, or that the other one lacks. */
+export function changedPages(project: Project, from: Project): Page[] {
+  return project.layout.pages.filter((page) => !isSamePage(page, project, from));
+}
+
+/**
+ * Their project, with those pages added as copies that I have changed since `base`. Links between these copies
+ * lead to the copies; materials that only I have are added.
+ * @param nameOf  the copy's name
+ */
+export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf: (page: Page) => string): Project {
+  const copies: Page[] = [];
+  const pageIds = new Map<string, string>();
+  let result: Project = theirs;
+  for (const page of changedPages(mine, base)) {
+    const copy = copyPage(page, nameOf(page));
+    pageIds.set(page.id, copy.page.id);
+    copies.push(copy.page);
+    result = withCopiedCommands(result, mine.interactions, copy.ids);
+  }
+  const known = new Set(theirs.materials.map((one) => one.id));
+  const materials = [...theirs.materials, ...mine.materials.filter((one) => !known.has(one.id))];
+  return withPages({ ...result, materials }, [...theirs.layout.pages, ...copies.map((page) => retarget(page, pageIds))]);
+}

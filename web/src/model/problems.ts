@@ -1,0 +1,65 @@
+/** What an author should look at before the pages go to an operator. */
+import { type Component, isActive, type Page } from "./layout.ts";
+import { type Command, commandLists, triggersOf } from "./interactions.ts";
+import { overlaps } from "./geometry.ts";
+import { contentToBytes, isFault } from "./content.ts";
+import type { Project } from "./project.ts";
+
+export type ProblemKind =
+  | "noCommand" // an active component has a trigger without commands
+  | "lostInterface" // a command names an interface that is gone
+  | "badContent" // a command can't be turned into bytes
+  | "lostMaterial"
+  | "lostPage" // a link leads nowhere
+  | "outside" // no part of the component lies on the page
+  | "small"; // hard to hit with a finger
+
+export interface Problem {
+  readonly kind: ProblemKind;
+  readonly pageId: string;
+  /** 0: the page itself. */
+  readonly componentId: number;
+}
+
+/** Least side, in px of the page, of what a finger shall hit. */
+export const touchSide = 48;
+
+export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {
+  const materials = new Set(project.materials.map((one) => one.id));
+  const pages = new Set(project.layout.pages.map((one) => one.id));
+  return project.layout.pages.flatMap((page) => {
+    const lostBackground = page.material !== "" && !materials.has(page.material);
+    const ofPage: Problem[] = lostBackground ? [{ kind: "lostMaterial", pageId: page.id, componentId: 0 }] : [];
+    const ofComponents = page.components.flatMap((component) =>
+      problemsOf(component, page, project, interfaceIds, materials, pages)
+        .map((kind) => ({ kind, pageId: page.id, componentId: component.id })),
+    );
+    return [...ofPage, ...ofComponents];
+  });
+}
+
+function problemsOf(
+  component: Component, page: Page, project: Project, interfaceIds: ReadonlySet<number>,
+  materials: ReadonlySet<string>, pages: ReadonlySet<string>,
+): ProblemKind[] {
+  const kinds: ProblemKind[] = [];
+  const commands = project.interactions[component.id];
+  const lists = isActive(component.type) ? commandLists(commands) : [];
+  const all = lists.flat();
+  const isSet = (trigger: string) => (commands?.triggers[trigger]?.length ?? 0) > 0;
+  if (!commands?.template?.length && triggersOf(component).some((trigger) => !isSet(trigger))) kinds.push("noCommand");
+  if (all.some((one) => !interfaceIds.has(one.portIndex))) kinds.push("lostInterface");
+  if (all.some(isBad)) kinds.push("badContent");
+  const used = [component.look.material, component.activeLook.material];
+  if (used.some((id) => id !== "" && !materials.has(id))) kinds.push("lostMaterial");
+  if (component.type === "image" && component.look.material === "") kinds.push("lostMaterial");
+  if (component.type === "link" && !pages.has(component.target)) kinds.push("lostPage");
+  if (!overlaps(component, { x: 0, y: 0, width: page.width, height: page.height })) kinds.push("outside");
+  if (isActive(component.type) && Math.min(component.width, component.height) < touchSide) kinds.push("small");
+  return kinds;
+}
+
+function isBad(command: Command): boolean {
+  const content = command.content.replace(/\{value(?::\d)?\}/g, command.contentFormat ? "00" : "0");
+  return isFault(contentToBytes(content, command.contentFormat, command.asciiEncode));
+}

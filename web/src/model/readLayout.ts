@@ -1,0 +1,123 @@
+/** Reading and writing of the layout document. */
+import {
+  alignments, clockForms, type Component, componentSides, componentTypes, emptyLayout, imageFits, type Layout,
+  layoutVersion, type Look, newComponent, newPage, type Page, pageSides, pressModes, sliderSteps,
+} from "./layout.ts";
+import { asArray, asChoice, asNumber, asObject, asText, isObject } from "./json.ts";
+
+const form = "control pages";
+
+/** Why a stored document can't be used: a newer version of this application wrote it, or another program. */
+export type Refusal = { refused: "newer"; version: number } | { refused: "foreign" };
+
+export function isRefused<Value extends object>(value: Value | Refusal): value is Refusal {
+  return "refused" in value;
+}
+
+/** Looks at form and version before anything else is read. */
+export function refusal(value: unknown, expectedForm: string, version: number): Refusal | undefined {
+  if (!isObject(value) || value["form"] !== expectedForm) return { refused: "foreign" };
+  const found = asNumber(value["version"], 0, 0, Number.MAX_SAFE_INTEGER);
+  return found > version ? { refused: "newer", version: found } : undefined;
+}
+
+/** The layout that a stored document holds; nothing stored is an empty layout. */
+export function readLayout(value: unknown): Layout | Refusal {
+  if (value === undefined || value === null) return emptyLayout;
+  const refused = refusal(value, form, layoutVersion);
+  if (refused) return refused;
+  const document = asObject(value);
+  const pageIds = new Set<string>();
+  const componentIds = new Set<number>();
+  const pages = asArray(document["pages"]).filter(isObject).flatMap((page) => {
+    const read = readPage(page, componentIds);
+    if (pageIds.has(read.id)) return [];
+    pageIds.add(read.id);
+    return [read];
+  });
+  const startPage = asText(document["startPage"]);
+  return { startPage: pageIds.has(startPage) ? startPage : "", pages };
+}
+
+export function writeLayout(layout: Layout): object {
+  return { form, version: layoutVersion, ...layout };
+}
+
+/** A page as a document or an exported file holds it. Components whose id is taken already are left out. */
+export function readPage(value: unknown, takenIds: Set<number> = new Set()): Page {
+  const page = asObject(value);
+  const fresh = newPage(asText(page["name"]));
+  const { least, most } = pageSides;
+  const components = asArray(page["components"]).flatMap((one) => {
+    const component = readComponent(one);
+    if (!component || takenIds.has(component.id)) return [];
+    takenIds.add(component.id);
+    return [component];
+  });
+  return {
+    id: asText(page["id"]) || fresh.id,
+    name: fresh.name,
+    width: Math.round(asNumber(page["width"], fresh.width, least, most)),
+    height: Math.round(asNumber(page["height"], fresh.height, least, most)),
+    background: asColor(page["background"]),
+    material: asText(page["material"]),
+    components,
+  };
+}
+
+function readLook(value: unknown): Look {
+  const look = asObject(value);
+  return {
+    text: asText(look["text"]), fill: asColor(look["fill"]), color: asColor(look["color"]),
+    border: asColor(look["border"]), icon: asText(look["icon"]), material: asText(look["material"]),
+  };
+}
+
+/** A colour as #rrggbb or #rrggbbaa, otherwise none: it goes into a style, where other text could do more. */
+function asColor(value: unknown): string {
+  const text = asText(value);
+  return /^#([0-9a-f]{6}|[0-9a-f]{8})$/i.test(text) ? text : "";
+}
+
+/** Whether it is an id that the server's command map can hold. */
+function isComponentId(id: unknown): id is number {
+  return typeof id === "number" && Number.isInteger(id) && id > 0 && id <= 0x7fffffff;
+}
+
+/** A component, or nothing when its type or id can't be used. */
+export function readComponent(value: unknown): Component | undefined {
+  const from = asObject(value);
+  const type = componentTypes.find((known) => known === from["type"]);
+  const id = from["id"];
+  if (!type || !isComponentId(id)) return undefined;
+  const fresh = newComponent(type, 0, 0);
+  const side = (key: "width" | "height") =>
+    Math.round(asNumber(from[key], fresh[key], componentSides.least, componentSides.most));
+  return {
+    id, type,
+    name: asText(from["name"]),
+    x: Math.round(asNumber(from["x"], 0, -100_000, 100_000)),
+    y: Math.round(asNumber(from["y"], 0, -100_000, 100_000)),
+    width: side("width"),
+    height: side("height"),
+    locked: from["locked"] === true,
+    group: asText(from["group"]),
+    fontSize: asNumber(from["fontSize"], fresh.fontSize, 6, 400),
+    radius: asNumber(from["radius"], fresh.radius, 0, 1000),
+    align: asChoice(from["align"], alignments, fresh.align),
+    look: readLook(from["look"]),
+    activeLook: readLook(from["activeLook"]),
+    mode: asChoice(from["mode"], pressModes, "click"),
+    confirm: asText(from["confirm"]),
+    interval: Math.round(asNumber(from["interval"], fresh.interval, 50, 60_000)),
+    hold: Math.round(asNumber(from["hold"], fresh.hold, 200, 10_000)),
+    steps: Math.round(asNumber(from["steps"], fresh.steps, sliderSteps.least, sliderSteps.most)),
+    min: asNumber(from["min"], fresh.min, -1e6, 1e6),
+    max: asNumber(from["max"], fresh.max, -1e6, 1e6),
+    vertical: from["vertical"] === true,
+    live: from["live"] === true,
+    target: asText(from["target"]),
+    clock: asChoice(from["clock"], clockForms, "time"),
+    fit: asChoice(from["fit"], imageFits, "contain"),
+  };
+}

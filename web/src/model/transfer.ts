@@ -1,0 +1,108 @@
+/** Export and import of everything, or of one page, as one file. */
+import { copyPage, isActive, type Layout, type Page } from "./layout.ts";
+import { type Interactions, interfaceUses, mapCommands, readInteractions, writeInteractions } from "./interactions.ts";
+import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
+import { asArray, asObject } from "./json.ts";
+import { type Material, readMaterials, writeMaterials } from "./materials.ts";
+import { isRefused, readLayout, refusal, type Refusal, writeLayout } from "./readLayout.ts";
+import { type Project, retarget, withCopiedCommands, withPages } from "./project.ts";
+
+const form = "control project";
+export const transferVersion = 1;
+
+export interface Transfer {
+  /** "project" replaces everything, "page" is added to what is there. */
+  readonly scope: "project" | "page";
+  readonly project: Project;
+  /** Those that the commands name, so that another server can be given the same. */
+  readonly interfaces: readonly Interface[];
+}
+
+/** The text of the file. With a page, only what that page uses. */
+export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
+  const content = page ? onlyPage(project, page) : project;
+  const uses = interfaceUses(content.interactions);
+  return JSON.stringify({
+    form, version: transferVersion, scope: page ? "page" : "project",
+    layout: writeLayout(content.layout),
+    interactions: writeInteractions(content.interactions, content.layout.pages.flatMap((one) => one.components)),
+    materials: writeMaterials(content.materials),
+    interfaces: page ? interfaces.filter((one) => uses.has(one.nodeId)).map(writeInterface) : interfaces.map(writeInterface),
+  }, null, 1);
+}
+
+function writeInterface(one: Interface): object {
+  return { nodeId: one.nodeId, controlType: one.controlType, [one.controlType]: one.info };
+}
+
+function onlyPage(project: Project, page: Page): Project {
+  const used = new Set([page.material, ...page.components.flatMap((one) => [one.look.material, one.activeLook.material])]);
+  const layout: Layout = { startPage: "", pages: [page] };
+  const interactions: Record<number, Interactions[number]> = {};
+  for (const { id, type } of page.components) {
+    const commands = project.interactions[id];
+    if (commands && isActive(type)) interactions[id] = commands;
+  }
+  return { layout, interactions, materials: project.materials.filter((one) => used.has(one.id)) };
+}
+
+/** What a file holds, or why it can't be used. */
+export function readTransfer(text: string): Transfer | Refusal {
+  let value: unknown;
+  try {
+    value = JSON.parse(text);
+  } catch {
+    return { refused: "foreign" };
+  }
+  const refused = refusal(value, form, transferVersion);
+  if (refused) return refused;
+  const document = asObject(value);
+  const layout = readLayout(document["layout"]);
+  if (isRefused(layout)) return layout;
+  const materials = readMaterials(document["materials"]);
+  if (isRefused(materials)) return materials;
+  return {
+    scope: document["scope"] === "page" ? "page" : "project",
+    project: { layout, materials, interactions: readInteractions(document["interactions"]) },
+    interfaces: asArray(document["interfaces"]).flatMap((one) => readInterface(one) ?? []),
+  };
+}
+
+/** What an import will meet here: the interfaces that it needs and that this server lacks, by name. */
+export function missingInterfaces(transfer: Transfer, here: readonly Interface[]): Interface[] {
+  const names = new Set(here.map(interfaceName));
+  return transfer.interfaces.filter((one) => !names.has(interfaceName(one)));
+}
+
+/**
+ * The project after an import. Commands are pointed at this server's interfaces of the same names; those without
+ * one keep a node id that nobody has (a negative one), so that the problems list shows them.
+ */
+export function imported(project: Project, transfer: Transfer, here: readonly Interface[]): Project {
+  const idsHere = new Map(here.map((one) => [interfaceName(one), one]));
+  const namesThere = new Map(transfer.interfaces.map((one) => [one.nodeId, interfaceName(one)]));
+  const interactions = mapCommands(transfer.project.interactions, (command) => {
+    const name = namesThere.get(command.portIndex) ?? command.interfaceName;
+    const found = idsHere.get(name);
+    if (!found) return { ...command, portIndex: -Math.abs(command.portIndex) || -1, interfaceName: name };
+    return { ...command, portIndex: found.nodeId, controlType: found.controlType, interfaceName: name };
+  });
+  const content = { ...transfer.project, interactions };
+  return transfer.scope === "project" ? content : withAddedPages(project, content);
+}
+
+/** The pages are added under new ids; materials under their own, where they are not there yet. */
+function withAddedPages(project: Project, content: Project): Project {
+  const pageIds = new Map<string, string>();
+  const added: Page[] = [];
+  let result: Project = project;
+  for (const page of content.layout.pages) {
+    const copy = copyPage(page, page.name);
+    pageIds.set(page.id, copy.page.id);
+    added.push(copy.page);
+    result = withCopiedCommands(result, content.interactions, copy.ids);
+  }
+  const known = new Set(project.materials.map((one: Material) => one.id));
+  const materials = [...project.materials, ...content.materials.filter((one) => !known.has(one.id))];
+  return withPages({ ...result, materials }, [...project.layout.pages, ...added.map((page) => retarget(page, pageIds))]);
+}
