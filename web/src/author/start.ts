@@ -1,0 +1,3 @@
+export function start(place: HTMLElement): void {
+  place.textContent = "author";
+}

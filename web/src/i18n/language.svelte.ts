@@ -1,0 +1,38 @@
+/** The language of the user, as the server keeps it, and the way from a key to its sentence. */
+import { server } from "../api/server.ts";
+import { asObject } from "../model/json.ts";
+
+export type Language = "zhCN" | "en";
+export type Dictionary = Record<string, string>;
+
+const ofBrowser: Language = navigator.language.toLowerCase().startsWith("zh") ? "zhCN" : "en";
+
+class LanguageState {
+  current = $state<Language>(ofBrowser);
+  isAuto = $state(true);
+
+  /** Takes the language from the server; the browser's own stays when the server doesn't tell one. */
+  async load(): Promise<void> {
+    try {
+      const data = asObject(await server.language());
+      if (data["language"] === "zhCN" || data["language"] === "en") this.current = data["language"];
+      this.isAuto = data["isAuto"] !== false;
+    } catch {
+      // The browser's language serves until the server can be asked again.
+    }
+    document.documentElement.lang = this.current === "zhCN" ? "zh-CN" : "en";
+  }
+
+  async choose(choice: Language | "auto"): Promise<void> {
+    await server.setLanguage(choice === "auto" ? this.current : choice, choice === "auto");
+    await this.load();
+  }
+}
+
+export const language = new LanguageState();
+
+/** A function from key to sentence in the current language; {0}, {1} … take the values. */
+export function translator<Keys extends string>(dictionaries: Record<Language, Record<Keys, string>>) {
+  return (key: Keys, ...values: (string | number)[]): string =>
+    dictionaries[language.current][key].replace(/\{(\d)\}/g, (_, place: string) => String(values[Number(place)] ?? ""));
+}

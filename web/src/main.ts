@@ -1,0 +1,17 @@
+/** The start of the application: the operator's panel or the author's part, by the address. */
+import { reportUncaughtErrors } from "./api/errors.ts";
+import { applyTheme } from "./view/theme.ts";
+import "./view/theme.css";
+
+const wantsPanel = () => /^#\/panel(\/|$)/.test(location.hash);
+const isPanel = wantsPanel();
+
+reportUncaughtErrors();
+applyTheme();
+addEventListener("hashchange", () => {
+  if (wantsPanel() !== isPanel) location.reload();
+});
+
+const place = document.getElementById("app")!;
+const { start } = isPanel ? await import("./panel/start.ts") : await import("./author/start.ts");
+await start(place);

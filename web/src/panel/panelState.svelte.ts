@@ -1,0 +1,119 @@
+/** What the panel knows: the pages, the connection, and what each component shows. */
+import { Connection, type ConnectionState } from "../api/connection.ts";
+import { reportError } from "../api/errors.ts";
+import { webSocketPort } from "../api/port.ts";
+import { codes, server, ServerError } from "../api/server.ts";
+import { failureText } from "../i18n/panel.ts";
+import { language } from "../i18n/language.svelte.ts";
+import { asNumber, asObject, sameJson } from "../model/json.ts";
+import { type Component, emptyLayout, type Layout } from "../model/layout.ts";
+import { type Material, readMaterials } from "../model/materials.ts";
+import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
+import { type Pictures, PictureStore } from "../view/pictures.ts";
+
+/** What became of the last press: sent and not answered yet, all arrived, or not. */
+export interface Feedback {
+  phase: "sent" | "done" | "failed";
+  sentence: string;
+  details: string;
+  /** Tells one press from the next on the same component. */
+  serial: number;
+}
+
+/** How long "done" and "failed" stay, and how often the pages are read again, in ms. */
+const times = { done: 1200, failed: 12_000, refresh: 30_000 };
+const valuesKey = "panelValues";
+
+export class PanelState {
+  layout = $state.raw<Layout>(emptyLayout);
+  refused = $state.raw<Refusal | undefined>();
+  loaded = $state(false);
+  connection = $state<ConnectionState>("connecting");
+  pictures = $state.raw<Pictures>(new Map());
+  /** Switches that are on (1), and positions of sliders: what was sent last from this browser. */
+  values = $state<Record<number, number>>(readValues());
+  pressed = $state<Record<number, boolean>>({});
+  feedback = $state<Record<number, Feedback>>({});
+  readonly channel: Connection;
+
+  #stored: { layout: unknown; materials: unknown } = { layout: undefined, materials: undefined };
+  #pictureStore = new PictureStore();
+  #serial = 0;
+
+  /** @param lost  called when the connection is gone, so that presses under way can end */
+  constructor(lost: () => void) {
+    this.channel = new Connection(webSocketPort, (state) => {
+      const isBack = state === "open" && this.connection === "lost";
+      if (state === "lost") lost();
+      if (isBack || (state === "open" && !this.loaded)) void this.reload();
+      this.connection = state;
+    });
+    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(), times.refresh);
+    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.reload());
+  }
+
+  #isBusy(): boolean {
+    return Object.values(this.pressed).some(Boolean);
+  }
+
+  /** Reads everything again. What is unchanged stays as it is; a failure leaves what is shown. */
+  async reload(): Promise<void> {
+    try {
+      const [layout, materials] = await Promise.all([server.layout(), server.materials(), language.load()]);
+      if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
+        const read = readLayout(layout);
+        this.refused = isRefused(read) ? read : undefined;
+        this.layout = isRefused(read) ? emptyLayout : read;
+      }
+      if (!sameJson(materials, this.#stored.materials)) {
+        const read = readMaterials(materials);
+        this.pictures = this.#pictureStore.update(isRefused(read) ? [] : (read as readonly Material[]));
+      }
+      this.#stored = { layout, materials };
+      this.loaded = true;
+    } catch (error) {
+      if (!(error instanceof ServerError)) reportError(error, "panel");
+    }
+  }
+
+  /** Sends the commands of a trigger and shows what became of it. Never queues: without a connection it fails. */
+  async fire(component: Component, trigger: string): Promise<boolean> {
+    const serial = ++this.#serial;
+    const show = (phase: Feedback["phase"], sentence = "", details = "") => {
+      this.feedback[component.id] = { phase, sentence, details, serial };
+    };
+    if (this.connection !== "open") return false;
+    show("sent");
+    try {
+      await server.click(component.id, trigger);
+      if (this.feedback[component.id]?.serial === serial) show("done");
+      setTimeout(() => this.dismiss(component.id, serial), times.done);
+      return true;
+    } catch (error) {
+      const { code, text } = error instanceof ServerError ? error : { code: codes.strange, text: String(error) };
+      const { sentence, details } = failureText(code, text);
+      show("failed", sentence, details);
+      setTimeout(() => this.dismiss(component.id, serial), times.failed);
+      if (code === codes.unreachable || code === codes.noConnection) this.channel.check();
+      return false;
+    }
+  }
+
+  dismiss(id: number, serial: number): void {
+    if (this.feedback[id]?.serial === serial) delete this.feedback[id];
+  }
+
+  setValue(id: number, value: number): void {
+    this.values[id] = value;
+    localStorage.setItem(valuesKey, JSON.stringify(this.values));
+  }
+}
+
+function readValues(): Record<number, number> {
+  try {
+    const stored = asObject(JSON.parse(localStorage.getItem(valuesKey) ?? "{}"));
+    return Object.fromEntries(Object.entries(stored).map(([id, value]) => [id, asNumber(value, 0, 0, 1000)]));
+  } catch {
+    return {};
+  }
+}

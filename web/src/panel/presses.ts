@@ -1,0 +1,221 @@
+/**
+ * What fingers do to components: from pointer events to triggers. Knows no element and no server, so that each
+ * way of pressing is told in one place. Several fingers at once are independent of each other.
+ */
+import { type Component } from "../model/layout.ts";
+import { type Point, targetAt } from "../model/geometry.ts";
+import { sliderTrigger } from "../model/interactions.ts";
+
+/** How far a slider's rail ends inside its box, in px of the page; its style sets the same. */
+const railMargin = { horizontal: 32, vertical: 44 };
+
+export interface PressHooks {
+  /** The components that can be pressed now, in drawing order. */
+  targets(): readonly Component[];
+  /** Least side of a target, in px of the page as it is scaled now. */
+  side(): number;
+  /** Whether anything can be sent. When not, the press is refused, and the hook tells the operator. */
+  isAllowed(component: Component): boolean;
+  /** Shows or ends the pressed look. */
+  setPressed(id: number, pressed: boolean): void;
+  /** Asks the operator; true at once where the component asks nothing. */
+  confirm(component: Component): Promise<boolean>;
+  /** Sends the commands of a trigger. True when all arrived. */
+  fire(component: Component, trigger: string): Promise<boolean>;
+  isOn(id: number): boolean;
+  setOn(id: number, on: boolean): void;
+  /** Position of a slider as it is shown. */
+  setPosition(id: number, position: number): void;
+  position(component: Component): number;
+  follow(component: Component): void;
+}
+
+interface Press {
+  component: Component;
+  /** Ends when the finger is lifted or the press was taken away. */
+  held: boolean;
+  timer?: ReturnType<typeof setTimeout>;
+  /** What was sent last for this press; releases wait for it, so that order is kept. */
+  sent: Promise<unknown>;
+  longDone: boolean;
+  /** Slider: the position before the press, the last one that was sent, and whether one is being sent. */
+  before: number;
+  sentPosition?: number;
+  sliding?: boolean;
+}
+
+export class Presses {
+  #presses = new Map<number, Press>();
+
+  constructor(readonly hooks: PressHooks) {}
+
+  down(pointer: number, at: Point): boolean {
+    const component = targetAt(this.hooks.targets(), at, this.hooks.side());
+    if (!component || [...this.#presses.values()].some((one) => one.component.id === component.id)) return false;
+    if (component.type !== "link" && !this.hooks.isAllowed(component)) return false;
+    const press: Press = {
+      component, held: true, sent: Promise.resolve(), longDone: false, before: this.hooks.position(component),
+    };
+    this.#presses.set(pointer, press);
+    this.hooks.setPressed(component.id, true);
+    if (component.type === "slider") this.#slide(component, at);
+    if (component.type === "button") this.#buttonDown(press);
+    return true;
+  }
+
+  #buttonDown(press: Press): void {
+    const { component } = press;
+    switch (component.mode) {
+      case "press":
+        void this.#ask(component, "press");
+        break;
+      case "pressRelease":
+        press.sent = this.hooks.fire(component, "press");
+        break;
+      case "repeat":
+        void this.#repeat(press);
+        break;
+      case "long":
+        press.timer = setTimeout(() => {
+          press.longDone = true;
+          this.hooks.setPressed(component.id, false);
+          void this.#ask(component, "longPress");
+        }, component.hold);
+        break;
+      case "click":
+    }
+  }
+
+  move(pointer: number, at: Point): void {
+    const press = this.#presses.get(pointer);
+    if (!press) return;
+    const { component } = press;
+    if (component.type === "slider") {
+      this.#slide(component, at);
+      if (component.live && !component.confirm) void this.#sendLive(press);
+      return;
+    }
+    // Modes that have begun to send stay pressed until the finger leaves the screen.
+    const waits = component.type !== "button" || component.mode === "click" || component.mode === "long";
+    if (waits && !press.longDone) this.hooks.setPressed(component.id, this.#inside(component, at));
+    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at)) clearTimeout(press.timer);
+  }
+
+  up(pointer: number, at: Point): void {
+    const press = this.#end(pointer);
+    if (!press) return;
+    const { component } = press;
+    if (component.type === "slider") {
+      this.#slide(component, at);
+      void this.#sendSlider(press);
+    } else if (component.type === "button" && component.mode === "pressRelease") {
+      void press.sent.then(() => this.hooks.fire(component, "release"));
+    } else if (this.#inside(component, at)) {
+      this.activate(component, true);
+    }
+  }
+
+  /** A whole press without a pointer: the keyboard, or an aid of the browser. */
+  activate(component: Component, byPointer = false): void {
+    if (component.type === "link") return this.hooks.follow(component);
+    if (!byPointer && !this.hooks.isAllowed(component)) return;
+    if (component.type === "switch") return void this.#toggle(component);
+    if (component.type !== "button") return;
+    if (component.mode === "click") return void this.#ask(component, "click");
+    if (byPointer) return;
+    if (component.mode === "pressRelease") {
+      void this.hooks.fire(component, "press").then(() => this.hooks.fire(component, "release"));
+    } else {
+      void this.#ask(component, component.mode === "long" ? "longPress" : component.mode);
+    }
+  }
+
+  /** A slider moved by keys, one position or more at a time. */
+  stepSlider(component: Component, by: number): void {
+    if (!this.hooks.isAllowed(component)) return;
+    const before = this.hooks.position(component);
+    const position = Math.min(component.steps - 1, Math.max(0, before + by));
+    this.hooks.setPosition(component.id, position);
+    void this.#sendSlider({ component, held: false, sent: Promise.resolve(), longDone: false, before });
+  }
+
+  /** The browser took the pointer away. What was begun is ended, nothing else is sent. */
+  cancel(pointer: number): void {
+    const press = this.#end(pointer);
+    if (!press) return;
+    const { component } = press;
+    if (component.type === "slider") this.hooks.setPosition(component.id, press.sentPosition ?? press.before);
+    if (component.type === "button" && component.mode === "pressRelease") {
+      void press.sent.then(() => this.hooks.fire(component, "release"));
+    }
+  }
+
+  cancelAll(): void {
+    for (const pointer of [...this.#presses.keys()]) this.cancel(pointer);
+  }
+
+  #end(pointer: number): Press | undefined {
+    const press = this.#presses.get(pointer);
+    if (!press) return undefined;
+    this.#presses.delete(pointer);
+    press.held = false;
+    clearTimeout(press.timer);
+    this.hooks.setPressed(press.component.id, false);
+    return press;
+  }
+
+  #inside(component: Component, at: Point): boolean {
+    return targetAt([component], at, this.hooks.side()) === component;
+  }
+
+  async #ask(component: Component, trigger: string): Promise<boolean> {
+    return (await this.hooks.confirm(component)) && this.hooks.fire(component, trigger);
+  }
+
+  async #repeat(press: Press): Promise<void> {
+    while (press.held && (await this.hooks.fire(press.component, "repeat"))) {
+      await new Promise((done) => (press.timer = setTimeout(done, press.component.interval)));
+    }
+  }
+
+  async #toggle(component: Component): Promise<void> {
+    const on = !this.hooks.isOn(component.id);
+    if (!(await this.hooks.confirm(component))) return;
+    this.hooks.setOn(component.id, on);
+    if (!(await this.hooks.fire(component, on ? "on" : "off"))) this.hooks.setOn(component.id, !on);
+  }
+
+  #slide(component: Component, at: Point): void {
+    const margin = component.vertical ? railMargin.vertical : railMargin.horizontal;
+    const length = (component.vertical ? component.height : component.width) - 2 * margin;
+    const along = component.vertical ? component.y + component.height - margin - at.y : at.x - component.x - margin;
+    const share = Math.min(1, Math.max(0, along / Math.max(1, length)));
+    this.hooks.setPosition(component.id, Math.round(share * (component.steps - 1)));
+  }
+
+  async #sendSlider(press: Press): Promise<void> {
+    const { component, before } = press;
+    await press.sent;
+    const position = this.hooks.position(component);
+    if (position === (press.sentPosition ?? before)) return;
+    if (!(await this.hooks.confirm(component)) || !(await this.hooks.fire(component, sliderTrigger(position)))) {
+      this.hooks.setPosition(component.id, press.sentPosition ?? before);
+    }
+  }
+
+  /** While a send is under way the positions between are left out; the newest follows when it has ended. */
+  async #sendLive(press: Press): Promise<void> {
+    if (press.sliding) return;
+    press.sliding = true;
+    const { component } = press;
+    for (;;) {
+      const position = this.hooks.position(component);
+      if (!press.held || position === (press.sentPosition ?? press.before)) break;
+      const sent = this.hooks.fire(component, sliderTrigger(position));
+      press.sent = sent;
+      if (!(await sent)) break;
+      press.sentPosition = position;
+    }
+    press.sliding = false;
+  }
+}

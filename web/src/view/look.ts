@@ -1,0 +1,32 @@
+/** From a component's look to the style of its element. */
+import type { Component, Look } from "../model/layout.ts";
+
+/** The look of a state: what the active one leaves empty is the normal one's. */
+export function lookOf(component: Component, active: boolean): Look {
+  const { look, activeLook } = component;
+  if (!active) return look;
+  const given = Object.entries(activeLook).filter(([, value]) => value !== "");
+  return { ...look, ...Object.fromEntries(given) };
+}
+
+/** Style of the element: place, size and what the look sets; the rest is the theme's. */
+export function styleOf(component: Component, look: Look): string {
+  const ink = look.color || (look.fill && inkOn(look.fill));
+  return [
+    `left:${component.x}px;top:${component.y}px;width:${component.width}px;height:${component.height}px`,
+    `font-size:${component.fontSize}px;border-radius:${component.radius}px;text-align:${component.align}`,
+    look.fill && `--fill:${look.fill}`,
+    ink && `--ink-part:${ink}`,
+    look.border && `--edge:${look.border}`,
+  ].filter(Boolean).join(";");
+}
+
+/** Black or white, whichever stands out more on a colour. */
+export function inkOn(fill: string): string {
+  const [red = 0, green = 0, blue = 0] = [1, 3, 5].map((at) => {
+    const part = parseInt(fill.slice(at, at + 2), 16) / 255;
+    return part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4;
+  });
+  const luminance = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+  return luminance > 0.179 ? "#0b1116" : "#ffffff";
+}

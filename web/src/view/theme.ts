@@ -1,0 +1,24 @@
+/** Light, dark, or as the system has it; kept in this browser. */
+
+export const themes = ["auto", "light", "dark"] as const;
+export type Theme = (typeof themes)[number];
+const key = "theme";
+
+export function chosenTheme(): Theme {
+  const stored = localStorage.getItem(key);
+  return themes.find((theme) => theme === stored) ?? "auto";
+}
+
+export function chooseTheme(theme: Theme): void {
+  localStorage.setItem(key, theme);
+  applyTheme();
+}
+
+const systemDark = matchMedia("(prefers-color-scheme: dark)");
+systemDark.addEventListener("change", applyTheme);
+
+export function applyTheme(): void {
+  const theme = chosenTheme();
+  const isDark = theme === "dark" || (theme === "auto" && systemDark.matches);
+  document.documentElement.dataset["theme"] = isDark ? "dark" : "light";
+}
