@@ -73,7 +73,7 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
     }
     try {
         nlohmann::json body = ParseBody(request->body);
-        if (!body.is_object() || !body.contains(key)) {
+        if (key != nullptr && (!body.is_object() || !body.contains(key))) {
             return Respond(response, CodeBadRequest, trace);
         }
         return work(body, trace);

@@ -81,6 +81,27 @@ class RouterMgr {
     static int SetMaterialList(HttpRequest* request, HttpResponse* response);
     static int UpdateComponentInteraction(HttpRequest* request, HttpResponse* response);
 
+    // Files by name (webapi/)
+    static int IndexPageHandler(HttpRequest* request, HttpResponse* response);
+    static int GetResourceHandler(HttpRequest* request, HttpResponse* response);
+    static int FallbackFileHandler(HttpRequest* request, HttpResponse* response);
+
+    // Server information and language (webapi/)
+    static int GetServerVersion(HttpRequest* request, HttpResponse* response);
+    static int GetUserLanguage(HttpRequest* request, HttpResponse* response);
+    static int SetUserLanguage(HttpRequest* request, HttpResponse* response);
+
+    // Diagnostics (webapi/)
+    static int SetDeveloperMode(HttpRequest* request, HttpResponse* response);
+    static int ReportClientError(HttpRequest* request, HttpResponse* response);
+
+    // Infrared commands, which don't exist (webapi/): 404, and not a line in the log
+    static int UseInfraredCommand(HttpRequest* request, HttpResponse* response);
+    static int DeleteInfraredCommand(HttpRequest* request, HttpResponse* response);
+    static int EditInfraredCommandName(HttpRequest* request, HttpResponse* response);
+    static int ImportInfraredCommandFile(HttpRequest* request, HttpResponse* response);
+    static int ExportInfraredCommandFile(HttpRequest* request, HttpResponse* response);
+
     // Interfaces (device/)
     static int AddComInfo(HttpRequest* request, HttpResponse* response);
     static int AddNetPortInfo(HttpRequest* request, HttpResponse* response);
@@ -98,7 +119,7 @@ class RouterMgr {
 
     /**
      * The form of the write routes: head, parse, look-up of the required key, work.
-     * @param key        top-level key that the body must have, else 30101
+     * @param key        top-level key that the body must have, else 30101; null: any JSON will do
      * @param errorLine  when an exception comes up: text for standard output, followed by the exception's;
      * may be null
      */

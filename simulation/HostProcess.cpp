@@ -10,6 +10,15 @@
 
 namespace simulation {
 
+namespace {
+
+std::filesystem::path Program() {
+    const char* program = std::getenv("SERVER_HOST");
+    return program != nullptr ? program : SERVER_HOST_PROGRAM;
+}
+
+}  // namespace
+
 HostProcess::HostProcess(HostOptions options) : m_options(std::move(options)) {
     const auto standard = Home() / "Documents" / "Sennacroft" / "Varnholt";
     nlohmann::json config;
@@ -26,11 +35,27 @@ HostProcess::HostProcess(HostOptions options) : m_options(std::move(options)) {
     config["log_level"] = "info";
     WriteFile(standard / "LocalHost.config", config.dump(4));
     std::filesystem::create_directories(m_options.userData);
+    if (m_options.ownInstallation) {
+        CopyInstallation();
+    }
+}
+
+// The program and the libraries beside it.
+void HostProcess::CopyInstallation() const {
+    for (const char* folder : {"dist", "Resource"}) {
+        std::filesystem::create_directories(Installation() / folder);
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(Program().parent_path())) {
+        const std::string name = entry.path().filename().string();
+        if (name == Program().filename() || name.starts_with("lib") || name.ends_with(".dll")) {
+            std::filesystem::copy_file(entry.path(), Installation() / name);
+        }
+    }
 }
 
 void HostProcess::Launch() {
-    const char* program = std::getenv("SERVER_HOST");
-    ProcessOptions options{{program != nullptr ? program : SERVER_HOST_PROGRAM},
+    const auto program = m_options.ownInstallation ? Installation() / Program().filename() : Program();
+    ProcessOptions options{{program.string()},
                            {"-uXDG_CONFIG_HOME", "HOME=" + Home().string(), "LC_ALL=en_US.UTF-8"},
                            Home(),
                            m_options.descriptorLimit};

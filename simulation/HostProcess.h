@@ -12,8 +12,9 @@ struct HostOptions {
     std::vector<std::string> environment;        ///< "NAME=value", beside HOME and the locale
     std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
     std::filesystem::path userData;              ///< the user data folder; empty: the default in the home
-    int httpPort = 0;                            ///< 0: a free one
-    int webSocketPort = 0;                       ///< 0: a free one
+    bool ownInstallation = false;  ///< runs from a copy in the home, with empty folders dist and Resource
+    int httpPort = 0;              ///< 0: a free one
+    int webSocketPort = 0;         ///< 0: a free one
 };
 
 /**
@@ -44,10 +45,15 @@ class HostProcess {
     const std::filesystem::path& Home() const { return m_home.Path(); }
     const std::filesystem::path& UserData() const { return m_options.userData; }
 
+    /** The installation of its own, where there is one. */
+    std::filesystem::path Installation() const { return Home() / "installation"; }
+
     /** The content of a file of the user data folder, of its folder Log for instance. */
     std::string UserFile(const std::string& name) const { return ReadFile(UserData() / name); }
 
   private:
+    void CopyInstallation() const;
+
     TemporaryFolder m_home;
     HostOptions m_options;
     std::unique_ptr<ChildProcess> m_process;

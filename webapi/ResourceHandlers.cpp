@@ -1,0 +1,165 @@
+// Files that are handed out by name: the entry page and the folder of resources.
+
+#include "include/GlobalConfig.h"
+#include "platform/FileStreams.h"
+#include "platform/Folders.h"
+#include "platform/PinnedFile.h"
+#include "server/LogText.h"
+#include "server/RouterMgr.h"
+#include "webapi/ResourcePath.h"
+#include "webapi/Utf8.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include <hv/hpath.h>
+#include <hv/hurl.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMissing = 422;
+constexpr const char* kEscapedRoot = "resource path escaped root";
+
+std::string ResolveContentType(const std::string& name) {
+    const std::size_t dot = name.rfind('.');
+    const std::string suffix = dot == std::string::npos ? std::string() : name.substr(dot + 1);
+    const std::string type = suffix.empty() ? "" : http_content_type_str_by_suffix(suffix.c_str());
+    return type.empty() ? "application/octet-stream" : type;
+}
+
+/** As weakly_canonical. The error's text leaves the path out, which may hold anything. */
+fs::path Canonical(const fs::path& path) {
+    std::error_code error;
+    fs::path canonical = fs::weakly_canonical(path, error);
+    if (error) {
+        throw std::system_error(error, "a path can't be resolved");
+    }
+    return canonical;
+}
+
+bool Exists(const fs::path& path) {
+    std::error_code error;
+    const bool exists = fs::exists(path, error);
+    if (error) {
+        throw std::system_error(error, "a file can't be looked at");
+    }
+    return exists;
+}
+
+/** The reason why a name is refused before the disk is asked, or null. */
+const char* RefusalOf(const ResourcePath& name) {
+    if (name.IsAbsolute()) {
+        return "absolute path is forbidden";
+    }
+    const auto& elements = name.Elements();
+    return std::find(elements.begin(), elements.end(), u8"..") == elements.end() ? nullptr
+                                                                                 : "path traversal detected";
+}
+
+/** Whether a path with this root name can lie on the drive of the folder. */
+bool IsOnDriveOf(const fs::path& folder, const ResourcePath& name) {
+    return name.RootName().empty() || name.RootName() == folder.root_name().u8string();
+}
+
+int Refuse(HttpResponse* response, const SRequestTrace& trace, const char* reason) {
+    WriteOperationLog(trace.client, trace.path, FormatLogText(int{CodeBadRequest}, reason));
+    SResponseData empty;
+    return RouterMgr::WriteEnvelope(response, CodeBadRequest, empty);
+}
+
+int Finish(const SRequestTrace& trace, int status) {
+    WriteOperationLog(trace.client, trace.path, FormatLogText(status));
+    return status;
+}
+
+/**
+ * Answers with the file of that name, still percent-encoded.
+ *
+ * The names on the way to the file can change while they are checked: a link can be put in the place of a
+ * folder. So the file that was found is held, where it really lies is checked once more, and this very file
+ * is opened and no name again.
+ */
+int AnswerResource(const std::string& fileName, HttpResponse* response, const SRequestTrace& trace) {
+    const ResourcePath name = ResourcePath(Utf8FromBytes(HUrl::unescape(fileName))).LexicallyNormal();
+    if (const char* refusal = RefusalOf(name)) {
+        return Refuse(response, trace, refusal);
+    }
+    const fs::path root = Canonical(Utf8FromBytes(GetConfigInstance().resource_path));
+    if (!IsOnDriveOf(root, name)) {
+        return Refuse(response, trace, kEscapedRoot);
+    }
+    const fs::path candidate = Canonical(AppendResourcePath(root, name));
+    if (!IsPathWithinRoot(root, candidate)) {
+        return Refuse(response, trace, kEscapedRoot);
+    }
+    if (!Exists(candidate)) {
+        return Finish(trace, kMissing);
+    }
+    const PinnedFile folder(root);
+    const PinnedFile file(candidate);
+    if (file && !IsPathWithinRoot(folder.RealPath(), file.RealPath())) {
+        return Refuse(response, trace, kEscapedRoot);
+    }
+    response->SetContentType(ResolveContentType(fileName).c_str());
+    response->SetHeader("Cache-Control", "public, max-age=3600");
+    if (file) {
+        response->File(file.OpenName().c_str());  // a folder, or one that may not be read: no body
+    }
+    return Finish(trace, HTTP_STATUS_OK);
+}
+
+int Fail(HttpResponse* response, http_status status, const char* text) {
+    response->status_code = status;
+    response->SetBody(text);
+    return status;
+}
+
+}  // namespace
+
+int RouterMgr::IndexPageHandler(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    WriteOperationLog(MakeClientId(*request), request->path, std::string());
+    return response->File(GetConfigInstance().index_path.c_str());
+}
+
+int RouterMgr::GetResourceHandler(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    const SRequestTrace trace{MakeClientId(*request), request->path, {}};
+    WriteOperationLog(trace.client, trace.path, std::string());
+    const std::string fileName = request->GetParam("fileName");
+    if (fileName.empty()) {
+        SResponseData empty;
+        return WriteEnvelope(response, CodeBadRequest, empty);
+    }
+    try {
+        return AnswerResource(fileName, response, trace);
+    } catch (const std::exception& error) {
+        return Refuse(response, trace, error.what());
+    }
+}
+
+int RouterMgr::FallbackFileHandler(HttpRequest* /*request*/, HttpResponse* response) {
+    const std::string path = HPath::join(GetModuleDirectory(), "test.html");
+    std::ifstream file = OpenTextForReading(path);
+    if (!file) {
+        return Fail(response, HTTP_STATUS_NOT_FOUND, "File not found");
+    }
+    constexpr std::size_t longestPath = 259;  // of the size's look-up
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path.substr(0, longestPath), error);
+    std::string body(error ? 0 : static_cast<std::size_t>(size), '\0');
+    file.read(body.data(), static_cast<std::streamsize>(body.size()));
+    if (body.empty() || file.gcount() == 0) {
+        return Fail(response, HTTP_STATUS_INTERNAL_SERVER_ERROR, "Failed to read file");
+    }
+    response->SetContentType(http_content_type_enum(ResolveContentType(path).c_str()));
+    response->SetBody(body);
+    return HTTP_STATUS_OK;
+}

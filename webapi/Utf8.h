@@ -1,0 +1,9 @@
+#pragma once
+
+#include <string>
+
+/**
+ * The same text, known to be UTF-8 (RFC 3629) and to hold no NUL, so that it can name a file.
+ * @throw std::range_error when it is not
+ */
+std::u8string Utf8FromBytes(const std::string& bytes);
