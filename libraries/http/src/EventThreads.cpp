@@ -1,8 +1,8 @@
 #include "libraries/http/src/EventThreads.h"
 
+#include "libraries/http/src/Insist.h"
 #include "platform/RavLog.h"
 
-#include <algorithm>
 #include <exception>
 
 #include <boost/asio/post.hpp>
@@ -20,8 +20,8 @@ thread_local std::shared_ptr<BlockingTask> t_finishedLate;
 
 }  // namespace
 
-EventThreads::EventThreads(std::size_t tasks)
-    : m_tasks(std::max<std::size_t>(tasks, 1)), m_guard(boost::asio::make_work_guard(m_context)) {}
+EventThreads::EventThreads(TaskLimit& limit)
+    : m_limit(limit), m_guard(boost::asio::make_work_guard(m_context)) {}
 
 EventThreads::~EventThreads() {
     for (auto& seat : m_seats) {
@@ -33,7 +33,7 @@ EventThreads::~EventThreads() {
 
 void EventThreads::Start(const std::shared_ptr<void>& owner) {
     const std::lock_guard lock(m_mutex);
-    for (std::size_t i = 0; i <= m_tasks; ++i) {
+    for (std::size_t i = 0; i <= m_limit.Places(); ++i) {
         Seat& seat = *m_seats.emplace_back(std::make_unique<Seat>());
         seat.thread = std::thread([this, owner, &seat, leads = i == 0] { Main(seat, leads); });
         ++m_alive;
@@ -78,7 +78,7 @@ void EventThreads::Lead() {
             RavLog::WriteSystemLog(RavLog::Error, "HttpServer", "unknown exception on the event loop");
         }
     }
-    WorkOff(std::exchange(t_finishedLate, nullptr));
+    RunOffLoop(std::exchange(t_finishedLate, nullptr));
 }
 
 bool EventThreads::Watch(std::unique_lock<std::mutex>& lock) {
@@ -115,52 +115,48 @@ void EventThreads::WakeWatcher() {
 }
 
 void EventThreads::Execute(std::shared_ptr<BlockingTask> task) {
-    if (m_running.load() >= m_tasks) {
-        const std::lock_guard lock(m_mutex);
-        if (m_running.load() >= m_tasks) {
-            m_waiting.push_back(std::move(task));
-            return;
-        }
+    if (m_limit.Enter(*this, task)) {
+        RunOnLoop(std::move(task));
     }
-    m_running.fetch_add(1);
+}
+
+void EventThreads::RunOnLoop(std::shared_ptr<BlockingTask> task) {
     const std::uint64_t turn = m_turn.load() + 2;
     m_turn.store(turn | 1);
     if (m_watcherSleeps.load()) {
         WakeWatcher();
     }
+    ++m_inside;
     task->Run();
+    --m_inside;
     std::uint64_t expected = turn | 1;
-    if (m_turn.compare_exchange_strong(expected, turn)) {
-        m_running.fetch_sub(1);
-        task->Done();
-    } else {
+    if (!m_turn.compare_exchange_strong(expected, turn)) {
         t_finishedLate = std::move(task);
+        return;
+    }
+    if (auto next = m_limit.Leave()) {
+        Insist([&] {
+            boost::asio::post(next->home->m_context, [entry = *next] { entry.home->RunOnLoop(entry.task); });
+        });
+    }
+    task->Done();
+}
+
+// A thread without the loop: tells the end of its task and takes those that wait, of any loop. Its own event
+// is left behind here, so that the loops are woken by what it posts.
+void EventThreads::RunOffLoop(std::shared_ptr<BlockingTask> finished) {
+    PostDone(finished);
+    finished.reset();
+    while (auto next = m_limit.Leave()) {
+        ++m_inside;
+        next->task->Run();
+        --m_inside;
+        next->home->PostDone(next->task);
     }
 }
 
-// A thread without the loop: tells the end of its task and takes the next one that waits. Its own event is
-// left behind here, so that the loop is woken by what it posts.
-void EventThreads::WorkOff(std::shared_ptr<BlockingTask> finished) {
-    PostDone(std::move(finished));
-    while (auto task = TakeWaiting()) {
-        task->Run();
-        PostDone(std::move(task));
-    }
-}
-
-std::shared_ptr<BlockingTask> EventThreads::TakeWaiting() {
-    const std::lock_guard lock(m_mutex);
-    if (m_waiting.empty() || m_over) {
-        m_running.fetch_sub(1);
-        return nullptr;
-    }
-    auto task = std::move(m_waiting.front());
-    m_waiting.pop_front();
-    return task;
-}
-
-void EventThreads::PostDone(std::shared_ptr<BlockingTask> task) {
-    boost::asio::post(m_context, [task = std::move(task)] { task->Done(); });
+void EventThreads::PostDone(const std::shared_ptr<BlockingTask>& task) {
+    Insist([&] { boost::asio::post(m_context, [task] { task->Done(); }); });
 }
 
 void EventThreads::Finish() {
@@ -173,13 +169,14 @@ void EventThreads::Finish() {
     m_spareWake.notify_all();
 }
 
-bool EventThreads::Join(Time grace) {
+bool EventThreads::Join(std::chrono::steady_clock::time_point deadline) {
     std::unique_lock lock(m_mutex);
-    if (!m_endedWake.wait_for(lock, grace, [&] { return m_alive == 0; })) {
+    if (!m_endedWake.wait_until(lock, deadline, [&] { return m_alive == 0; })) {
         lock.unlock();
+        m_limit.Close();
         Finish();
         lock.lock();
-        m_endedWake.wait_for(lock, g_endOfIdleThreads, [&] { return m_alive <= m_running.load(); });
+        m_endedWake.wait_for(lock, g_endOfIdleThreads, [&] { return m_alive <= m_inside.load(); });
     }
     const bool all = m_alive == 0;
     for (auto& seat : m_seats) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "libraries/http/src/TaskLimit.h"
+
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -13,18 +14,6 @@
 #include <boost/asio/io_context.hpp>
 
 namespace hv::internal {
-
-/** A piece of work that may block: a call of somebody else's code. */
-class BlockingTask {
-  public:
-    virtual ~BlockingTask() = default;
-
-    /** The part that may block. Any of the threads; nothing else touches the task meanwhile. */
-    virtual void Run() noexcept = 0;
-
-    /** What follows, on the event loop. */
-    virtual void Done() = 0;
-};
 
 /**
  * An event loop and the threads that serve it.
@@ -39,14 +28,14 @@ class BlockingTask {
  * watching thread sleeps until the next handler begins.
  *
  * There is always one thread more than handlers may run at once, so the loop goes on with all of them stuck.
- * Work beyond that number waits in the order of its arrival.
+ * Work beyond that number waits in line with that of the other loops which share the limit.
  */
 class EventThreads {
   public:
     using Time = std::chrono::milliseconds;
 
-    /** @param tasks  tasks that run at once at most; at least 1 */
-    explicit EventThreads(std::size_t tasks);
+    /** @param limit  shared with other loops; outlives them */
+    explicit EventThreads(TaskLimit& limit);
     ~EventThreads();
     EventThreads(const EventThreads&) = delete;
     EventThreads& operator=(const EventThreads&) = delete;
@@ -56,18 +45,19 @@ class EventThreads {
     /** Starts the threads. Each holds on to the owner until it ends, also one that outlives a stop. */
     void Start(const std::shared_ptr<void>& owner);
 
-    /** Runs a task, or queues it. On the loop only, as the last act of an event. */
+    /** Runs a task, or puts it into the line. On the loop only, as the last act of an event. */
     void Execute(std::shared_ptr<BlockingTask> task);
 
-    /** Ends the loop: no event is served and no waiting task begun from now on. Any thread. */
+    /** Ends the loop: no event is served from now on. Any thread. */
     void Finish();
 
     /**
-     * Waits for Finish and the end of all threads, at most for the time of grace; after that ends the loop by
-     * itself and leaves threads that are stuck in a task to themselves. Not on a thread of this object.
+     * Waits for Finish and the end of all threads, at most until the deadline; after that closes the line of
+     * waiting tasks, ends the loop by itself and leaves threads that are stuck in a task to themselves. Not
+     * on a thread of this object.
      * @return whether all threads ended
      */
-    bool Join(Time grace);
+    bool Join(std::chrono::steady_clock::time_point deadline);
 
   private:
     struct Seat {
@@ -79,18 +69,18 @@ class EventThreads {
     void Lead();
     bool Watch(std::unique_lock<std::mutex>& lock);
     void WakeWatcher();
-    void WorkOff(std::shared_ptr<BlockingTask> finished);
-    std::shared_ptr<BlockingTask> TakeWaiting();
-    void PostDone(std::shared_ptr<BlockingTask> task);
+    void RunOnLoop(std::shared_ptr<BlockingTask> task);
+    void RunOffLoop(std::shared_ptr<BlockingTask> finished);
+    void PostDone(const std::shared_ptr<BlockingTask>& task);
 
-    const std::size_t m_tasks;
+    TaskLimit& m_limit;
     boost::asio::io_context m_context;
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> m_guard;
 
     // The lowest bit is set while the leader is inside a task; the rest counts tasks and changes of the
     // leader.
     std::atomic<std::uint64_t> m_turn{0};
-    std::atomic<std::size_t> m_running{0};
+    std::atomic<std::size_t> m_inside{0};  // threads inside a task
     std::atomic<bool> m_watcherSleeps{false};
     std::atomic<bool> m_over{false};
 
@@ -100,7 +90,6 @@ class EventThreads {
     std::condition_variable m_endedWake;  // Join
     bool m_watched = false;
     std::size_t m_alive = 0;
-    std::deque<std::shared_ptr<BlockingTask>> m_waiting;
     std::vector<std::unique_ptr<Seat>> m_seats;
 };
 

@@ -31,8 +31,8 @@ std::string Shown(std::string_view text) {
 
 }  // namespace
 
-HttpConnection::HttpConnection(Server& server, Socket socket, const asio::ip::tcp::endpoint& peer)
-    : ServerConnection(server),
+HttpConnection::HttpConnection(ServerLoop& loop, Socket socket, const asio::ip::tcp::endpoint& peer)
+    : ServerConnection(loop),
       m_socket(std::move(socket)),
       m_peer(peer),
       m_peerIp(peer.address().to_string()) {}
@@ -85,7 +85,7 @@ void HttpConnection::OnReadable() {
 }
 
 bool HttpConnection::Receive(std::string_view& input) {
-    auto& scratch = m_server.Scratch();
+    auto& scratch = m_loop.Scratch();
     error_code error;
     std::size_t wanted = scratch.size();
     if (m_server.WebSockets() != nullptr) {
@@ -255,7 +255,7 @@ void HttpConnection::Dispatch() {
     }
     m_phase = Phase::Handling;
     m_deadline = Clock::time_point::max();
-    m_server.Threads().Execute(shared_from_this());
+    m_loop.Threads().Execute(shared_from_this());
 }
 
 void HttpConnection::Upgrade() {
@@ -276,8 +276,7 @@ void HttpConnection::Upgrade() {
         return;
     }
     m_phase = Phase::Closed;
-    std::make_shared<WebSocketConnection>(m_server, std::move(m_socket), m_peer, m_exchange->request)
-        ->Start();
+    std::make_shared<WebSocketConnection>(m_loop, std::move(m_socket), m_peer, m_exchange->request)->Start();
     m_exchange.reset();
     Leave();
 }

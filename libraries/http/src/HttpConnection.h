@@ -22,7 +22,7 @@ class HttpConnection final : public ServerConnection,
                              public BlockingTask,
                              public std::enable_shared_from_this<HttpConnection> {
   public:
-    HttpConnection(Server& server, Socket socket, const boost::asio::ip::tcp::endpoint& peer);
+    HttpConnection(ServerLoop& loop, Socket socket, const boost::asio::ip::tcp::endpoint& peer);
 
     /** Begins to read. */
     void Start();

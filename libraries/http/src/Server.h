@@ -1,18 +1,14 @@
 #pragma once
 
-#include "libraries/http/src/EventThreads.h"
 #include "libraries/http/src/Limits.h"
 #include "libraries/http/src/RouteTable.h"
-#include "libraries/http/src/SocketOptions.h"
+#include "libraries/http/src/ServerLoop.h"
 #include "libraries/http/src/StaticFiles.h"
 
-#include <array>
-#include <chrono>
-#include <functional>
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <boost/asio/steady_timer.hpp>
@@ -20,55 +16,17 @@
 
 namespace hv::internal {
 
-class Server;
-
-using Clock = std::chrono::steady_clock;
-
 /**
- * One accepted connection, whatever it speaks. Belongs to the event loop of its server: its functions are
- * called there, except where they say otherwise.
+ * One listening server: its routes, and its event loops, which share the connections evenly. The first loop
+ * also accepts them.
  */
-class ServerConnection {
-  public:
-    explicit ServerConnection(Server& server);
-    virtual ~ServerConnection();
-    ServerConnection(const ServerConnection&) = delete;
-    ServerConnection& operator=(const ServerConnection&) = delete;
-
-    /** Ends the connection at once; nothing when it has ended. */
-    virtual void Close() = 0;
-
-    /** The server stops: ends what no task is working on. */
-    virtual void Stop() = 0;
-
-    /** Whether it may be closed to make room for another. */
-    virtual bool IsExpendable() const = 0;
-
-    /** When it is to be closed; Clock::time_point::max() for never. */
-    Clock::time_point Deadline() const { return m_deadline; }
-
-    /** When it last did something. */
-    Clock::time_point LastUse() const { return m_lastUse; }
-
-  protected:
-    /** To be called when the connection has ended. May be called twice. */
-    void Leave();
-
-    Server& m_server;
-    Clock::time_point m_deadline = Clock::time_point::max();
-    Clock::time_point m_lastUse = Clock::now();
-
-  private:
-    friend class Server;
-    static constexpr std::size_t g_noSlot = ~std::size_t{0};
-    std::size_t m_slot = g_noSlot;
-};
-
-/** One listening server: its routes, its connections, its threads. */
 class Server : public std::enable_shared_from_this<Server> {
   public:
     /** Takes copies of what the record points to. */
     explicit Server(const http_server_s& record);
+    ~Server();
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
 
     /** Listens and starts the threads. @return whether the address could be listened on */
     bool Start();
@@ -85,13 +43,9 @@ class Server : public std::enable_shared_from_this<Server> {
     const Limits& Bounds() const { return m_limits; }
     const RouteTable& Routes() const { return m_routes; }
     const StaticFiles& Files() const { return m_files; }
-    EventThreads& Threads() { return m_threads; }
 
     /** Callbacks of a WebSocket server; null for an HTTP server. */
     const WebSocketService* WebSockets() const { return m_webSockets ? &*m_webSockets : nullptr; }
-
-    /** Room to receive into; on the loop, and only until the end of the event. */
-    std::array<char, std::size_t{64} * 1024>& Scratch() { return m_scratch; }
 
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
@@ -100,36 +54,34 @@ class Server : public std::enable_shared_from_this<Server> {
     bool IsGone() const { return m_gone; }
 
   private:
-    friend class ServerConnection;
-
     void Accept();
-    void AcceptAll();
+
+    /** Runs first, takes all that wait, and goes on accepting; later, when one of them gives false. */
+    template <typename First>
+    void AcceptAll(First first);
     bool AcceptWaiting();
+
+    /** Hands a new connection to a loop. @return false when the system has no room for any at present */
+    bool Take(ServerLoop& loop, const boost::system::error_code& error, Socket socket,
+              const boost::asio::ip::tcp::endpoint& peer);
     void AcceptLater();
     void ReportExhaustion(const boost::system::error_code& error);
-    bool MakeRoom(std::size_t count, Limits::Time age);
-    void Sweep();
-    void StopOnLoop();
-    void Enter(ServerConnection& connection);
-    void Forget(ServerConnection& connection);
-    void FinishIfEmpty();
+    ServerLoop& LeastLoaded();
+    void StopOnFirstLoop();
 
     const Limits m_limits;
     const std::string m_host;
     const int m_port;
-    const std::size_t m_maxConnections;
     const RouteTable m_routes;
     const StaticFiles m_files;
     std::optional<WebSocketService> m_webSockets;
-    std::array<char, std::size_t{64} * 1024> m_scratch{};
-    std::vector<ServerConnection*> m_connections;
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_gone{false};
-    bool m_sweeping = false;
     Clock::time_point m_lastExhaustion = Clock::time_point();
-    EventThreads m_threads;
+    TaskLimit m_tasks;
+    std::vector<std::unique_ptr<ServerLoop>> m_loops;
     Acceptor m_acceptor;
-    boost::asio::steady_timer m_sweepTimer;
+    boost::asio::ip::tcp::endpoint m_peer;  // of the connection that is waited for
     boost::asio::steady_timer m_acceptTimer;
 };
 

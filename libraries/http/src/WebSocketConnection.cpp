@@ -68,14 +68,14 @@ void Channel::Detach() {
     m_queue.clear();
 }
 
-WebSocketConnection::WebSocketConnection(Server& server, Socket socket, const asio::ip::tcp::endpoint& peer,
+WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const asio::ip::tcp::endpoint& peer,
                                          std::shared_ptr<HttpRequest> request)
-    : ServerConnection(server),
+    : ServerConnection(loop),
       m_stream(std::move(socket)),
       m_request(std::move(request)),
       m_channel(std::make_shared<Channel>(*this, peer)),
       m_buffer(m_text) {
-    const Limits& limits = server.Bounds();
+    const Limits& limits = m_server.Bounds();
     m_stream.next_layer().deadline = &m_deadline;
     m_stream.next_layer().wait = limits.webSocketClose;
     m_stream.read_message_max(limits.webSocketMessageBytes);
@@ -137,7 +137,7 @@ void WebSocketConnection::SendLast(const std::array<unsigned char, 4>& frame) {
 
 void WebSocketConnection::Call(Callback callback) {
     m_callback = callback;
-    m_server.Threads().Execute(shared_from_this());
+    m_loop.Threads().Execute(shared_from_this());
 }
 
 void WebSocketConnection::Run() noexcept {

@@ -65,7 +65,7 @@ class WebSocketConnection final : public ServerConnection,
                                   public BlockingTask,
                                   public std::enable_shared_from_this<WebSocketConnection> {
   public:
-    WebSocketConnection(Server& server, Socket socket, const boost::asio::ip::tcp::endpoint& peer,
+    WebSocketConnection(ServerLoop& loop, Socket socket, const boost::asio::ip::tcp::endpoint& peer,
                         std::shared_ptr<HttpRequest> request);
     ~WebSocketConnection() override;
 

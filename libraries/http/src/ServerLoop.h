@@ -1,0 +1,111 @@
+#pragma once
+
+#include "libraries/http/src/EventThreads.h"
+#include "libraries/http/src/Limits.h"
+#include "libraries/http/src/SocketOptions.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+namespace hv::internal {
+
+class Server;
+class ServerLoop;
+
+using Clock = std::chrono::steady_clock;
+
+/**
+ * One accepted connection, whatever it speaks. Belongs to one event loop of its server: its functions are
+ * called there, except where they say otherwise.
+ */
+class ServerConnection {
+  public:
+    explicit ServerConnection(ServerLoop& loop);
+    virtual ~ServerConnection();
+    ServerConnection(const ServerConnection&) = delete;
+    ServerConnection& operator=(const ServerConnection&) = delete;
+
+    /** Ends the connection at once; nothing when it has ended. */
+    virtual void Close() = 0;
+
+    /** The server stops: ends what no task is working on. */
+    virtual void Stop() = 0;
+
+    /** Whether it may be closed to make room for another. */
+    virtual bool IsExpendable() const = 0;
+
+    /** When it is to be closed; Clock::time_point::max() for never. */
+    Clock::time_point Deadline() const { return m_deadline; }
+
+    /** When it last did something. */
+    Clock::time_point LastUse() const { return m_lastUse; }
+
+  protected:
+    /** To be called when the connection has ended. May be called twice. */
+    void Leave();
+
+    ServerLoop& m_loop;
+    Server& m_server;
+    Clock::time_point m_deadline = Clock::time_point::max();
+    Clock::time_point m_lastUse = Clock::now();
+
+  private:
+    friend class ServerLoop;
+    static constexpr std::size_t g_noSlot = ~std::size_t{0};
+    std::size_t m_slot = g_noSlot;
+};
+
+/** One event loop of a server, with the connections that live on it. */
+class ServerLoop {
+  public:
+    /** @param capacity  connections at once at most */
+    ServerLoop(Server& server, TaskLimit& limit, std::size_t capacity);
+
+    Server& Owner() const { return m_server; }
+    EventThreads& Threads() { return m_threads; }
+    boost::asio::io_context& Context() { return m_threads.Context(); }
+
+    /** Connections that are here or on their way. Any thread. */
+    std::size_t Load() const { return m_load; }
+
+    /** Takes over an accepted socket, which was made for this loop. When the loop is full, an idle connection
+     * has to go, or else the new one. Any thread. */
+    void Adopt(Socket socket, const boost::asio::ip::tcp::endpoint& peer);
+
+    /** Closes the connections that have been idle longest, but none that was used later than the age ago. On
+     * the loop. @return whether any was closed */
+    bool MakeRoom(std::size_t count, Limits::Time age);
+
+    /** Closes the connections, and ends the loop with the last of them. On the loop. */
+    void Stop();
+
+    /** Room to receive into; on the loop, and only until the end of the event. */
+    std::array<char, std::size_t{64} * 1024>& Scratch() { return m_scratch; }
+
+  private:
+    friend class ServerConnection;
+
+    void Sweep();
+    void Enter(ServerConnection& connection);
+    void Forget(ServerConnection& connection);
+    void FinishIfEmpty();
+
+    Server& m_server;
+    const std::size_t m_capacity;
+    std::array<char, std::size_t{64} * 1024> m_scratch{};
+    std::vector<ServerConnection*> m_connections;
+    std::atomic<std::size_t> m_load{0};
+    bool m_sweeping = false;
+    bool m_stopping = false;
+    EventThreads m_threads;
+    boost::asio::steady_timer m_sweepTimer;
+};
+
+}  // namespace hv::internal

@@ -1,0 +1,39 @@
+#include "libraries/http/src/TaskLimit.h"
+
+#include <algorithm>
+
+namespace hv::internal {
+
+TaskLimit::TaskLimit(std::size_t places) : m_places(std::max<std::size_t>(places, 1)) {}
+
+bool TaskLimit::Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& task) {
+    const std::lock_guard lock(m_mutex);
+    if (m_taken < m_places) {
+        ++m_taken;
+        return true;
+    }
+    m_waiting.push_back({&home, task});
+    return false;
+}
+
+std::optional<TaskLimit::Entry> TaskLimit::Leave() {
+    const std::lock_guard lock(m_mutex);
+    if (m_waiting.empty() || m_closed) {
+        --m_taken;
+        return std::nullopt;
+    }
+    std::optional next = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return next;
+}
+
+void TaskLimit::Close() {
+    const std::lock_guard lock(m_mutex);
+    m_closed = true;
+}
+
+void TaskLimit::Drop() {
+    m_waiting.clear();
+}
+
+}  // namespace hv::internal

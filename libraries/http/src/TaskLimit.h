@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace hv::internal {
+
+class EventThreads;
+
+/** A piece of work that may block: a call of somebody else's code. */
+class BlockingTask {
+  public:
+    virtual ~BlockingTask() = default;
+
+    /** The part that may block. Any of the threads; nothing else touches the task meanwhile. */
+    virtual void Run() noexcept = 0;
+
+    /** What follows, on the event loop. */
+    virtual void Done() = 0;
+};
+
+/**
+ * How many tasks may run at once on all event loops of a server, and the line of those that wait for a place,
+ * in the order of their arrival. While one waits no place is free: it goes from hand to hand. Any thread.
+ */
+class TaskLimit {
+  public:
+    /** A task and the event loop that it belongs to. */
+    struct Entry {
+        EventThreads* home;
+        std::shared_ptr<BlockingTask> task;
+    };
+
+    /** @param places  tasks that run at once at most; at least 1 */
+    explicit TaskLimit(std::size_t places);
+
+    std::size_t Places() const { return m_places; }
+
+    /** Takes a place, or puts the task into the line. @return whether the task has got a place */
+    bool Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& task);
+
+    /** Gives a place back. @return the task that has it now, which the caller sees to */
+    std::optional<Entry> Leave();
+
+    /** From now on no waiting task gets a place. */
+    void Close();
+
+    /** Forgets the tasks that wait; when no loop is running any more. */
+    void Drop();
+
+  private:
+    const std::size_t m_places;
+    std::mutex m_mutex;  // guards what follows
+    std::size_t m_taken = 0;
+    bool m_closed = false;
+    std::deque<Entry> m_waiting;
+};
+
+}  // namespace hv::internal
