@@ -1,10 +1,12 @@
 #include "libraries/log/LogFiles.h"
 
-#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <numeric>
+#include <string_view>
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
@@ -20,39 +22,31 @@ constexpr std::size_t kPendingUrgent = 1U << 20U;
 constexpr std::size_t kChunkSize = 64U << 10U;
 constexpr std::chrono::milliseconds kCollectTime{100};
 
-/** "2026-11-21 16:04:24" in local time; formatted once a second for each thread. */
-const std::string& TimeText(std::uint64_t time) {
-    thread_local std::uint64_t cachedTime = ~std::uint64_t{0};
-    thread_local std::string cachedText;
-    if (time != cachedTime) {
-        const std::tm parts = spdlog::details::os::localtime(static_cast<std::time_t>(time));
-        char text[32];
-        cachedText.assign(text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
-        cachedTime = time;
+/** What a thread's records have in common; one object a thread, since each look at one costs a call. */
+struct SThreadTexts {
+    std::uint64_t second = ~std::uint64_t{0};
+    std::string time;  // "2026-11-21 16:04:24" in local time; formatted once a second
+    const std::string thread = std::to_string(spdlog::details::os::thread_id());
+
+    void SetTime(std::uint64_t now) {
+        if (now != second) {
+            const std::tm parts = spdlog::details::os::localtime(static_cast<std::time_t>(now));
+            char text[32];
+            time.assign(text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
+            second = now;
+        }
     }
-    return cachedText;
-}
+};
 
-const std::string& ThreadText() {
-    thread_local const std::string text = std::to_string(spdlog::details::os::thread_id());
-    return text;
-}
-
-/** Appends the record of an event, in the form of g_recordPattern. */
-void AppendRecord(std::string& out, const CLogEvent& event) {
+/** The pieces of the record of an event, in the form of g_recordPattern. */
+std::array<std::string_view, 14> RecordOf(const CLogEvent& event) {
+    thread_local SThreadTexts texts;
+    SThreadTexts& own = texts;
+    own.SetTime(event.time);
     const auto name = g_levelNames.find(event.level);
     const std::string_view level = name == g_levelNames.end() ? std::string_view() : name->second;
-    out += TimeText(event.time);
-    for (const std::string_view field :
-         {std::string_view(event.logger->name), level, std::string_view(ThreadText()),
-          std::string_view(event.first), std::string_view(event.second)}) {
-        out += '[';
-        out += field;
-        out += ']';
-    }
-    out += ' ';
-    out += event.message;
-    out += '\n';
+    return {own.time,    "[",  event.logger->name, "][", level,         "][", own.thread, "][",
+            event.first, "][", event.second,       "] ", event.message, "\n"};
 }
 
 }  // namespace
@@ -67,23 +61,28 @@ void CLogFile::SetPath(const std::string& path) {
 }
 
 void CLogFile::Write(const CLogEvent& event) {
-    thread_local std::string record;
-    record.clear();
-    AppendRecord(record, event);
-
+    const auto record = RecordOf(event);
+    const std::size_t size =
+        std::accumulate(record.begin(), record.end(), std::size_t{0},
+                        [](std::size_t sum, std::string_view piece) { return sum + piece.size(); });
     bool notify = false;
     bool urgent = event.level == Error;
     {
         const std::lock_guard lock(m_mutex);
-        if (m_pending.size() + record.size() > kPendingLimit) {
+        const std::size_t before = m_pending.size();
+        if (before + size > kPendingLimit) {
             ++m_lostCount;
             return;
         }
-        notify = urgent || m_pending.empty();
-        const std::size_t before = m_pending.size();
-        m_pending += record;
+        if (m_pending.capacity() < before + size) {
+            m_pending.reserve(2 * (before + size));  // so that no piece fails for want of memory
+        }
+        for (const std::string_view piece : record) {
+            m_pending += piece;
+        }
         ++m_pendingCount;
-        urgent = urgent || (before < kPendingUrgent && m_pending.size() >= kPendingUrgent);
+        notify = urgent || before == 0;
+        urgent = urgent || (before < kPendingUrgent && before + size >= kPendingUrgent);
     }
     if (notify || urgent) {
         m_writer.Notify(urgent);

@@ -78,6 +78,11 @@ void CLogEvent::Format(const char* format, ...) {
     char text[512];  // most messages fit, and are formatted once
     std::va_list args;
     va_start(args, format);
+    if (std::string_view(format) == "%s") {
+        message = va_arg(args, const char*);
+        va_end(args);
+        return;
+    }
     std::va_list again;
     va_copy(again, args);
     const int formatted = std::vsnprintf(text, sizeof text, format, args);

@@ -17,7 +17,7 @@ bool IsOwnHeader(std::string_view name) {
 }
 
 bool FitsOnLine(std::string_view text) {
-    return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+    return std::none_of(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n' || c == '\0'; });
 }
 
 void AppendNumber(std::string& text, std::uint64_t number) {
