@@ -48,7 +48,7 @@ class CSerialHandle {
 
   private:
     struct SDevice;
-    std::unique_ptr<SDevice> m_device;
+    std::shared_ptr<SDevice> m_device;
 };
 
 }  // namespace comm

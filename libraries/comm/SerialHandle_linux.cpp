@@ -39,7 +39,7 @@ struct CSerialHandle::SDevice {
     bool ours = false;  ///< locked: until then the device may be another program's, and is left alone
 };
 
-CSerialHandle::CSerialHandle(boost::asio::io_context& io) : m_device(std::make_unique<SDevice>(io)) {}
+CSerialHandle::CSerialHandle(boost::asio::io_context& io) : m_device(std::make_shared<SDevice>(io)) {}
 
 CSerialHandle::~CSerialHandle() {
     if (m_device->ours) {

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/PortRecords.h"
+
+#include <windows.h>
+
+namespace comm {
+
+/** Sets raw mode, without flow control, and the settings of a record, which are good ones. */
+void BuildSettings(const SSerialPortConfig& config, DCB& settings);
+
+/** True when a device has taken the speed, within 3 %; it refuses other settings that it can't do. */
+bool HasTaken(const DCB& asked, const DCB& taken);
+
+}  // namespace comm
