@@ -1,8 +1,16 @@
 find_package(Threads REQUIRED)
-find_package(nlohmann_json 3.9.1 REQUIRED)
+if(CMAKE_CROSSCOMPILING AND WIN32)
+    include(cmake/WindowsHeaders.cmake)
+else()
+    find_package(nlohmann_json 3.9.1 REQUIRED)
+    find_path(SERVER_BOOST_INCLUDE boost/beast.hpp REQUIRED)
+    find_path(SERVER_SPDLOG_INCLUDE spdlog/spdlog.h REQUIRED)
+endif()
 
-find_path(SERVER_BOOST_INCLUDE boost/beast.hpp REQUIRED)
-find_path(SERVER_SPDLOG_INCLUDE spdlog/spdlog.h REQUIRED)
+if(SERVER_PLATFORM STREQUAL "linux")
+    find_path(SERVER_UDEV_INCLUDE libudev.h REQUIRED)
+    find_library(SERVER_UDEV_LIBRARY udev REQUIRED)
+endif()
 
 # Boost.Asio and Boost.Beast: headers only, their functions compiled once, in one translation unit.
 add_library(server_boost STATIC "${PROJECT_SOURCE_DIR}/cmake/BoostSources.cpp")
@@ -10,6 +18,9 @@ target_include_directories(server_boost SYSTEM PUBLIC "${SERVER_BOOST_INCLUDE}")
 target_compile_definitions(server_boost PUBLIC
     BOOST_ASIO_NO_DEPRECATED BOOST_ASIO_SEPARATE_COMPILATION BOOST_BEAST_SEPARATE_COMPILATION)
 target_link_libraries(server_boost PUBLIC Threads::Threads)
+if(WIN32)
+    target_link_libraries(server_boost PUBLIC ws2_32 mswsock bcrypt)
+endif()
 
 # spdlog and fmt, header-only use, so that no shared library of theirs has to be shipped.
 add_library(server_spdlog INTERFACE)

@@ -1,6 +1,7 @@
 # Source files of a platform operation lie in platform/<folder>; the build picks the folder.
 if(WIN32)
     set(SERVER_PLATFORM windows)
+    set(CMAKE_SHARED_LIBRARY_PREFIX "")  # Server.dll
 elseif(UNIX)
     set(SERVER_PLATFORM linux)
 else()

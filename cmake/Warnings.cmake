@@ -4,6 +4,11 @@ target_compile_options(server_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror)
 target_include_directories(server_warnings INTERFACE "${PROJECT_SOURCE_DIR}")
 
+# The parts of the module link server_module as well: what they declare as exported is defined beside them.
+add_library(server_module INTERFACE)
+target_compile_definitions(server_module INTERFACE SERVER_BUILD)
+target_link_libraries(server_module INTERFACE server_warnings)
+
 if(SERVER_SANITIZE)
     # Applied to everything, so that no translation unit is left without instrumentation.
     add_compile_options(-fsanitize=${SERVER_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
