@@ -3,6 +3,7 @@
 #include "config/JsonDepth.h"
 #include "config/StandardOutput.h"
 #include "platform/DurableFile.h"
+#include "platform/Paths.h"
 #include "platform/RavLog.h"
 
 #include <cstdint>
@@ -17,7 +18,8 @@ namespace fs = std::filesystem;
 namespace {
 
 /** The bytes of a file; nothing when it can't be read. */
-std::optional<std::string> ReadBytes(const std::string& path) {
+std::optional<std::string> ReadBytes(const std::string& name) {
+    const fs::path path = PathFromNarrow(name);
     std::error_code error;
     if (!fs::is_regular_file(path, error)) {
         return std::nullopt;
@@ -47,26 +49,26 @@ void Tell(const std::string& line) {
 std::error_code ReplaceBroken(const std::string& path, const std::string& text) {
     std::error_code error;
     // The document may be a link to where the user keeps it: the link stays.
-    const std::string target = fs::canonical(path, error).string();
+    const fs::path target = fs::canonical(PathFromNarrow(path), error);
     if (!error) {
-        fs::copy_file(target, path + ".broken", fs::copy_options::overwrite_existing, error);
+        fs::copy_file(target, PathFromNarrow(path + ".broken"), fs::copy_options::overwrite_existing, error);
     }
-    return error ? error : ReplaceFileDurably(target, text);
+    return error ? error : ReplaceFileDurably(NarrowFromPath(target), text);
 }
 
 }  // namespace
 
 std::string BackupPath(const std::string& path) {
-    const fs::path document(path);
-    return (document.parent_path() / "Backup" / document.filename()).string();
+    const fs::path document = PathFromNarrow(path);
+    return NarrowFromPath(document.parent_path() / "Backup" / document.filename());
 }
 
 std::error_code WriteBackup(const std::string& path, std::string_view text) {
     const std::string backup = BackupPath(path);
-    const fs::path folder = fs::path(backup).parent_path();
+    const fs::path folder = PathFromNarrow(backup).parent_path();
     std::error_code error;
     if (fs::create_directory(folder, error)) {
-        error = FlushFolder(folder.parent_path().string());
+        error = FlushFolder(NarrowFromPath(folder.parent_path()));
     }
     return error ? error : ReplaceFileDurably(backup, text);
 }

@@ -2,6 +2,7 @@
 
 #include "config/StandardOutput.h"
 #include "platform/FileStreams.h"
+#include "platform/Paths.h"
 
 #include <filesystem>
 #include <sstream>
@@ -10,7 +11,7 @@
 namespace fs = std::filesystem;
 
 bool CreateFileWithDirectories(const std::string& path) {
-    const fs::path parent = fs::path(path).parent_path();
+    const fs::path parent = PathFromNarrow(path).parent_path();
     std::error_code error;
     fs::create_directories(parent, error);
     if (error) {
@@ -20,7 +21,7 @@ bool CreateFileWithDirectories(const std::string& path) {
         return true;
     }
     std::ostringstream line;
-    line << "无法创建文件: " << fs::path(path);
+    line << "无法创建文件: " << PathFromNarrow(path);
     PrintLine(line.str());
     return false;
 }

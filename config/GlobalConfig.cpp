@@ -6,6 +6,7 @@
 #include "config/UnusableFile.h"
 #include "config/VersionInfo.h"
 #include "platform/Folders.h"
+#include "platform/Paths.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -19,7 +20,8 @@ namespace fs = std::filesystem;
 namespace {
 
 /** True when the file is there and holds something. */
-bool HasContent(const std::string& path) {
+bool HasContent(const std::string& name) {
+    const fs::path path = PathFromNarrow(name);
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::status_known(status)) {

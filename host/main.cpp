@@ -2,13 +2,13 @@
 
 #include "host/WebSettings.h"
 #include "include/CenterServer.h"
+#include "platform/Paths.h"
 #include "platform/PortProbe.h"
 #include "platform/ProcessLimits.h"
 #include "platform/RavLog.h"
 #include "platform/StopSignal.h"
 
 #include <exception>
-#include <filesystem>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -27,8 +27,9 @@ constexpr const char* kHelp =
     "\n"
     "Exit status: 0 stopped as asked, 1 could not start (standard error tells why), 2 unknown option.\n";
 
-std::filesystem::path ConfigFile(const SGlobalConfig& config) {
-    return std::filesystem::path(config.documents_dir) / "Sennacroft" / "Varnholt" / "LocalHost.config";
+std::string ConfigFile(const SGlobalConfig& config) {
+    return NarrowFromPath(PathFromNarrow(config.documents_dir) / "Sennacroft" / "Varnholt" /
+                          "LocalHost.config");
 }
 
 /** Tells a reason on standard error, and in the system log for those who come later. */
@@ -38,7 +39,7 @@ void Tell(RavLog::EnLogLevel level, const std::string& text) {
 }
 
 std::string PortProblem(const char* key, int port, const SGlobalConfig& config) {
-    const std::string setting = std::string(key) + " in " + ConfigFile(config).string();
+    const std::string setting = std::string(key) + " in " + ConfigFile(config);
     if (port < 1 || port > 65535) {
         return "the port " + std::to_string(port) + " can't be listened on. Set " + setting +
                " to 1 to 65535.";
@@ -53,7 +54,7 @@ void PrintWhereabouts(const SGlobalConfig& config) {
               << "  Browser:     http://127.0.0.1:" << config.http_port
               << "/ (from other machines: this machine's address)\n"
               << "  WebSocket:   port " << config.websocket_port << '\n'
-              << "  Settings:    " << ConfigFile(config).string() << '\n'
+              << "  Settings:    " << ConfigFile(config) << '\n'
               << "  Documents:   " << config.user_data_path << '\n'
               << "  Logs:        " << config.user_data_path << "/Log\n"
               << "  Web root:    " << config.webui_path << '\n'
@@ -63,7 +64,7 @@ void PrintWhereabouts(const SGlobalConfig& config) {
 int Run(CStopSignal& stopSignal) {
     const SGlobalConfig& config = GetConfigInstance();
     const std::string logProblem =
-        RavLog::StartLogs((std::filesystem::path(config.user_data_path) / "Log").string(), config.log_level);
+        RavLog::StartLogs(NarrowFromPath(PathFromNarrow(config.user_data_path) / "Log"), config.log_level);
     if (!logProblem.empty()) {
         std::cerr << "ServerHost: no log files are written: " << logProblem << std::endl;
     }

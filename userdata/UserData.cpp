@@ -4,6 +4,7 @@
 #include "config/JsonFile.h"
 #include "config/UnusableFile.h"
 #include "include/GlobalConfig.h"
+#include "platform/ProcessEnd.h"
 #include "server/LogText.h"
 #include "userdata/BoardInfo.h"
 #include "userdata/DocumentPath.h"
@@ -47,6 +48,9 @@ void EnsureArrayMember(nlohmann::json& document, const std::string& key) {
 
 CUserData& CUserData::GetInstance() {
     static CUserData instance;
+    // The destructor of a module's object runs too late for a wait on some systems.
+    static const bool waitsForSaves = (CallAtProcessEnd([] { GetInstance().writer.WaitAll(); }), true);
+    static_cast<void>(waitsForSaves);
     return instance;
 }
 

@@ -2,6 +2,7 @@
 
 #include "include/GlobalConfig.h"
 #include "platform/FileStreams.h"
+#include "platform/Paths.h"
 
 #include <algorithm>
 #include <ctime>
@@ -23,7 +24,7 @@ std::string TimeStamp() {
 
 void AppendRecord(const std::string& folder, const std::string& line) {
     std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
+    std::filesystem::create_directories(PathFromNarrow(folder), ignored);
     std::ofstream file = OpenTextForAppending(HPath::join(folder, "ClientError.log"));
     if (file) {
         file << TimeStamp() + SanitizeLogLine(line) + "\r\n";

@@ -3,6 +3,7 @@
 #include "include/GlobalConfig.h"
 #include "platform/FileStreams.h"
 #include "platform/Folders.h"
+#include "platform/Paths.h"
 #include "platform/PinnedFile.h"
 #include "server/LogText.h"
 #include "server/RouterMgr.h"
@@ -153,7 +154,7 @@ int RouterMgr::FallbackFileHandler(HttpRequest* /*request*/, HttpResponse* respo
     }
     constexpr std::size_t longestPath = 259;  // of the size's look-up
     std::error_code error;
-    const std::uintmax_t size = fs::file_size(path.substr(0, longestPath), error);
+    const std::uintmax_t size = fs::file_size(PathFromNarrow(path.substr(0, longestPath)), error);
     std::string body(error ? 0 : static_cast<std::size_t>(size), '\0');
     file.read(body.data(), static_cast<std::streamsize>(body.size()));
     if (body.empty() || file.gcount() == 0) {

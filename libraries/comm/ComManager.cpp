@@ -1,18 +1,17 @@
 #include "platform/ComManager.h"
 
 #include "libraries/comm/PortRegistry.h"
+#include "platform/ProcessEnd.h"
 
 namespace {
 
 /** The one registry: never destroyed, since threads that outlive the end of main may still call. */
 comm::CPortRegistry& Registry() {
-    static auto* registry = new comm::CPortRegistry(comm::SCommSettings());
-
-    /** Ends the library together with the process or the module. */
-    struct SGuard {
-        ~SGuard() { registry->Stop(); }
-    };
-    static const SGuard guard;
+    static comm::CPortRegistry* const registry = [] {
+        auto* made = new comm::CPortRegistry(comm::SCommSettings());
+        CallAtProcessEnd([] { Registry().Stop(); });
+        return made;
+    }();
     return *registry;
 }
 

@@ -1,6 +1,8 @@
 #include "platform/RavLog.h"
 
 #include "libraries/log/LogFiles.h"
+#include "platform/Paths.h"
+#include "platform/ProcessEnd.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -118,13 +120,15 @@ std::string StartLogs(const std::string& folder, const std::string& level) {
         return "the logs run already";
     }
     std::error_code error;
-    std::filesystem::create_directories(folder, error);
+    std::filesystem::create_directories(PathFromNarrow(folder), error);
     CLogFile* const files[] = {logs.serverFile.get(), logs.operationFile.get(), logs.systemFile.get()};
     for (std::size_t i = 0; i < std::size(files); ++i) {
-        files[i]->SetPath(error ? std::string() : (std::filesystem::path(folder) / kFileNames[i]).string());
+        files[i]->SetPath(error ? std::string() : NarrowFromPath(PathFromNarrow(folder) / kFileNames[i]));
     }
     logs.root->level = LevelOf(level);
     logs.system->level = LevelOf(level);
+    static const bool endsWithProcess = (CallAtProcessEnd(&StopLogs), true);
+    static_cast<void>(endsWithProcess);
     logs.writer.Start();
     logs.isRunning = true;
     return error ? "the folder " + folder + " can't be made: " + error.message() : std::string();
