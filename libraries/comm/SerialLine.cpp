@@ -1,7 +1,7 @@
 #include "libraries/comm/SerialLine.h"
 
-#include "libraries/comm/SerialNames.h"
 #include "libraries/comm/SerialSettings.h"
+#include "platform/SerialNames.h"
 
 #include <algorithm>
 

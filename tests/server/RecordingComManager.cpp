@@ -1,7 +1,6 @@
 #include "tests/server/RecordingComManager.h"
 
 #include "platform/ComManager.h"
-#include "platform/SerialNames.h"
 #include "userdata/UserData.h"
 
 namespace {
@@ -37,8 +36,6 @@ void Record(const std::string& call) {
 std::vector<std::string> TakePortCalls() {
     return std::exchange(Calls(), {});
 }
-
-void SetSerialNameTable(const std::string& /*file*/) {}
 
 CComManager::CComManager() = default;
 

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/linux/SerialWalk.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+/** Lines by the numbers of their COM names. */
+using NamedLines = std::map<int, SSerialLine>;
+
+/** The number in a port name, "COM" and 1 to 9999 without leading zeros; 0 for any other text. */
+int SerialNumber(const std::string& name);
+
+/**
+ * Which port has which name. Knows no file; SerialNames.cpp keeps it in one. One thread at a time.
+ *
+ * A line keeps its number by its identity. Of several with one identity, as cheap converters without a true
+ * serial number are, each keeps its number by its place; one alone keeps a number wherever it is.
+ */
+class CSerialNameTable {
+  public:
+    struct SEntry {
+        std::string identity;  ///< empty: an administrator's entry, which means the device whatever it is
+        std::string place;
+        std::string device;
+    };
+
+    CSerialNameTable() = default;
+
+    /** The table of a JSON object; what is no entry is kept, and told in the system log. */
+    explicit CSerialNameTable(nlohmann::json document);
+
+    std::optional<SEntry> Find(int number) const;
+
+    /**
+     * Names the lines that are present. A name means, in this order, the link that the administrator made in
+     * /dev, the device of an entry of his, the line of an entry with its identity. A line without any of
+     * these gets an entry: a built-in port the number of its own, every other the lowest free one from 5 up.
+     * @param links  the links in /dev by their numbers
+     */
+    NamedLines Name(std::vector<SSerialLine> lines, const std::map<int, std::string>& links);
+
+    const nlohmann::json& Document() const { return m_document; }
+
+    /** True when Name has changed the document since the last call. */
+    bool TakeChanged();
+
+  private:
+    void NameFixed(std::vector<SSerialLine>& lines, const std::map<int, std::string>& fixed,
+                   NamedLines& named);
+    void NameKnown(std::vector<SSerialLine>& lines, bool samePlace, const std::map<int, std::string>& fixed,
+                   NamedLines& named);
+    void NameNew(const SSerialLine& line, NamedLines& named);
+    void Reserve(int number, const std::string& link, const std::string& identity);
+    void Store(int number, const SEntry& entry);
+
+    nlohmann::json m_document = nlohmann::json::object();
+    std::map<int, SEntry> m_entries;
+    bool m_changed = false;
+};
