@@ -12,6 +12,7 @@ const std::map<int, std::string> g_getRoutes = {
     {RouteGetUserLanguage, "/api/user/getUserLanguage"},
     {RouteGetConfigList, "/api/centralControl/getConfigList"},
     {RouteGetResource, "/api/getResource/{fileName}"},
+    {RouteGetServerComList, "/api/getServerComList"},
 };
 
 const std::map<int, std::string> g_postRoutes = {
@@ -64,4 +65,5 @@ const std::map<int, std::function<int(HttpRequest*, HttpResponse*)>> g_routeHand
     {RouteGetResource, RouterMgr::GetResourceHandler},
     {RouteSetDeveloperMode, RouterMgr::SetDeveloperMode},
     {RouteReportClientError, RouterMgr::ReportClientError},
+    {RouteGetServerComList, RouterMgr::GetServerComList},
 };

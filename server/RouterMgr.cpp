@@ -88,11 +88,16 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
 
 int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response,
                           const std::function<nlohmann::json()>& read) {
+    return HandleRead(request, response, [&read](SRequestTrace& /*trace*/) { return read(); });
+}
+
+int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response,
+                          const std::function<nlohmann::json(SRequestTrace&)>& read) {
     if (request == nullptr || response == nullptr) {
         return HTTP_STATUS_OK;
     }
     SRequestTrace trace{MakeClientId(*request), request->path, {}};
     WriteOperationLog(trace.client, trace.path, std::string());
-    SResponseData content{read(), {}};
+    SResponseData content{read(trace), {}};
     return Respond(response, CodeSuccess, content, trace);
 }

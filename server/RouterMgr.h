@@ -113,6 +113,9 @@ class RouterMgr {
     // Commands (device/)
     static int UseComponent(HttpRequest* request, HttpResponse* response);
 
+    // Serial ports of the machine (device/)
+    static int GetServerComList(HttpRequest* request, HttpResponse* response);
+
     /** What a write route does with the parsed body; replies and returns the status. Exceptions end in 30101.
      */
     using WriteWork = std::function<int(nlohmann::json& body, SRequestTrace& trace)>;
@@ -129,4 +132,8 @@ class RouterMgr {
     /** The form of the read routes: logs the arrival, replies with what read returns. */
     static int HandleRead(HttpRequest* request, HttpResponse* response,
                           const std::function<nlohmann::json()>& read);
+
+    /** The same for a route that has something to tell the log: read sets the trace's detail. */
+    static int HandleRead(HttpRequest* request, HttpResponse* response,
+                          const std::function<nlohmann::json(SRequestTrace&)>& read);
 };
