@@ -4,6 +4,9 @@
 #include "simulation/Equipment.h"
 #include "simulation/PtyPair.h"
 
+#include <algorithm>
+#include <optional>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -110,6 +113,32 @@ TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
     EXPECT_EQ(again.Post("deleteAllInterfaceConfig", json()).at("code"), 20000);
     EXPECT_EQ(NameList(again), json::array());
     EXPECT_EQ(host.Stop(), 0);
+}
+
+TEST(Interfaces, OnSerialPortsAreMadeFromTheListOfPorts) {
+    HostProcess host;
+    std::optional<simulation::PtyPair> line(host.Home() / "line");
+    UseSerialLine(host, line->Device());
+    host.Start();
+    Browser browser(host);
+    const auto names = [&browser] {  // this machine may have ports of its own
+        return json::parse(browser.Http().Get("/api/getServerComList").body).at("data").at("comList");
+    };
+    const json listed = names();
+    const json port = {{"comPort", "COM7"}};
+    ASSERT_EQ(std::count(listed.begin(), listed.end(), port), 1) << listed;
+    ASSERT_EQ(browser.AddSerial("Screen", "COM7"), 20000);
+    ASSERT_EQ(browser.Store({{1, "click", browser.NodeId("Screen"), false, "On", "on", 0}}), 20000);
+    EXPECT_EQ(browser.Click(1).at("code"), 20000);
+    EXPECT_EQ(line->Received().WaitBytes(2), "on");
+    EXPECT_EQ(names(), listed) << "in use";
+    line.reset();
+    const json unplugged = names();
+    EXPECT_EQ(std::count(unplugged.begin(), unplugged.end(), port), 0) << unplugged;
+    EXPECT_EQ(host.Stop(), 0);
+    EXPECT_NE(
+        host.UserFile("Log/Operation.log").find("[SerialComs Count " + std::to_string(listed.size()) + "]"),
+        std::string::npos);
 }
 
 const std::string kRefused =

@@ -1,3 +1,4 @@
+#include "platform/NarrowText.h"
 #include "platform/RavLog.h"
 #include "platform/SerialDevices.h"
 #include "platform/SerialNames.h"
@@ -74,6 +75,8 @@ TEST_F(SerialNames, AreListedWithWhatTheSystemTellsOfThePort) {
         EXPECT_EQ(devices[index].description, expected[index].description);
         EXPECT_EQ(devices[index].hardwareId, expected[index].hardwareId);
     }
+    EXPECT_EQ(NarrowText(devices[3].description + L'\xd800'),
+              "\xe4\xb8\xb2\xe5\x8f\xa3 \xef\xbf\xbd\xef\xbf\xbd");
     EXPECT_EQ(FindSerialDevice("COM2"), "") << "no UART there";
     EXPECT_EQ(FindSerialDevice("COM1"), "/dev/ttyS0");
     EXPECT_EQ(FindSerialDevice("COM20"), "/dev/COM20");
