@@ -1,7 +1,7 @@
 // What a request for the serial ports costs, with 32 converters plugged in, and the look-up before each
 // command.
 
-#include "device/SerialPorts.h"
+#include "platform/SerialDevices.h"
 #include "platform/SerialNames.h"
 #include "simulation/DeviceTree.h"
 
@@ -31,7 +31,7 @@ struct Machine {
 void DiscoveryWith32Ports(benchmark::State& state) {
     const Machine machine;
     while (state.KeepRunning()) {
-        if (EnumerateSerialPorts().size() != kPorts) {
+        if (ListSerialDevices().size() != kPorts) {
             state.SkipWithError("not all ports were found");
         }
     }
@@ -40,7 +40,7 @@ BENCHMARK(DiscoveryWith32Ports)->Unit(benchmark::kMillisecond);
 
 void LookUpOfOneNameOf32(benchmark::State& state) {
     const Machine machine;
-    EnumerateSerialPorts();
+    ListSerialDevices();
     while (state.KeepRunning()) {
         if (FindSerialDevice("COM20").empty()) {
             state.SkipWithError("the port was not found");
