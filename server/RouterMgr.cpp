@@ -23,14 +23,19 @@ nlohmann::json ParseBody(const std::string& body) {
 // The text is put together here, with the keys in the order of the JSON library, so that the data is neither
 // copied nor moved through an object of its own: that took longer than all the rest of a small reply.
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
-    std::string text = "{\"code\":" + std::to_string(code);
-    if (!content.data.is_null()) {
-        text += ",\"data\":";
-        text += content.data.dump();
+    std::string made;
+    if (!content.dataText && !content.data.is_null()) {
+        made = content.data.dump();
     }
-    text += ",\"message\":";
-    text += content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump();
-    text += '}';
+    const std::string& data = content.dataText ? *content.dataText : made;
+    const std::string message = content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump();
+    std::string text;
+    text.reserve(data.size() + message.size() + 64);
+    text.append("{\"code\":").append(std::to_string(code));
+    if (!data.empty()) {
+        text.append(",\"data\":").append(data);
+    }
+    text.append(",\"message\":").append(message).append("}");
     response->SetHeader("Content-Type", "application/json; charset=utf-8");
     response->body = std::move(text);
     return HTTP_STATUS_OK;
@@ -86,18 +91,13 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
     }
 }
 
-int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response,
-                          const std::function<nlohmann::json()>& read) {
-    return HandleRead(request, response, [&read](SRequestTrace& /*trace*/) { return read(); });
-}
-
-int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response,
-                          const std::function<nlohmann::json(SRequestTrace&)>& read) {
+int RouterMgr::HandleRead(HttpRequest* request, HttpResponse* response, const ReadWork& read) {
     if (request == nullptr || response == nullptr) {
         return HTTP_STATUS_OK;
     }
     SRequestTrace trace{MakeClientId(*request), request->path, {}};
     WriteOperationLog(trace.client, trace.path, std::string());
-    SResponseData content{read(trace), {}};
+    SResponseData content;
+    read(content, trace);
     return Respond(response, CodeSuccess, content, trace);
 }

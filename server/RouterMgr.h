@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <hv/HttpMessage.h>
@@ -29,6 +30,8 @@ enum EnResponseCode : int {
 struct SResponseData {    // NOLINT(bugprone-exception-escape)
     nlohmann::json data;  ///< left out of the reply while null
     std::string message;  ///< text for the user; only a failed sending of commands fills it
+    /** The data as a JSON text that exists already, instead of data. */
+    std::shared_ptr<const std::string> dataText = nullptr;
 };
 
 /** The identity of one request in the operation log. */
@@ -129,11 +132,9 @@ class RouterMgr {
     static int HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
                            const char* errorLine, const WriteWork& work);
 
-    /** The form of the read routes: logs the arrival, replies with what read returns. */
-    static int HandleRead(HttpRequest* request, HttpResponse* response,
-                          const std::function<nlohmann::json()>& read);
+    /** What a read route puts into its reply; may set the trace's detail. */
+    using ReadWork = std::function<void(SResponseData& content, SRequestTrace& trace)>;
 
-    /** The same for a route that has something to tell the log: read sets the trace's detail. */
-    static int HandleRead(HttpRequest* request, HttpResponse* response,
-                          const std::function<nlohmann::json(SRequestTrace&)>& read);
+    /** The form of the read routes: logs the arrival, replies with what read gives. */
+    static int HandleRead(HttpRequest* request, HttpResponse* response, const ReadWork& read);
 };

@@ -75,6 +75,7 @@ void CUserData::SyncComponentConfig() {
     }
     PruneCommandArrays(interactions, commands);
     const std::unique_lock lock(componentMutex);
+    componentText.Forget();
     componentConfig[g_interactionKey].swap(interactions);
     writer.SaveAsync(componentConfig, DocumentPath("/componentConfig.json"));
 }

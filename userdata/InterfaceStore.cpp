@@ -116,6 +116,7 @@ void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
 void CUserData::ClearInterfaces() {
     {
         const std::unique_lock lock(interfaceMutex);
+        interfaceText.Forget();
         interfaceConfig[g_listKey] = json::array();
         writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
     }
@@ -224,6 +225,7 @@ void CUserData::SaveInterfaceDocument() {
         }
     }
     const std::unique_lock lock(interfaceMutex);
+    interfaceText.Forget();
     interfaceConfig[g_listKey] = std::move(list);
     writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
 }

@@ -85,11 +85,14 @@ CUserData::~CUserData() {
     writer.WaitAll();
 }
 
-void CUserData::SetDocument(std::shared_mutex& mutex, nlohmann::json& held, nlohmann::json document,
-                            const char* name) {
+void CUserData::SetDocument(std::shared_mutex& mutex, nlohmann::json& held, CDocumentText* text,
+                            nlohmann::json document, const char* name) {
     json saved = document;
     const std::string path = DocumentPath(name);
     const std::unique_lock lock(mutex);
+    if (text != nullptr) {
+        text->Forget();
+    }
     held.swap(document);  // what was held is destroyed by the caller, after the lock
     writer.SaveAsync(std::move(saved), path);
 }
@@ -99,7 +102,7 @@ nlohmann::json CUserData::GetLayout() const {
 }
 
 void CUserData::SetLayout(nlohmann::json document) {
-    SetDocument(layoutMutex, layout, std::move(document), "/layout.json");
+    SetDocument(layoutMutex, layout, &layoutText, std::move(document), "/layout.json");
 }
 
 nlohmann::json CUserData::GetMaterials() const {
@@ -107,7 +110,7 @@ nlohmann::json CUserData::GetMaterials() const {
 }
 
 void CUserData::SetMaterials(nlohmann::json document) {
-    SetDocument(materialsMutex, materials, std::move(document), "/materials.json");
+    SetDocument(materialsMutex, materials, &materialsText, std::move(document), "/materials.json");
 }
 
 nlohmann::json CUserData::GetComponentConfig() const {
@@ -115,7 +118,8 @@ nlohmann::json CUserData::GetComponentConfig() const {
 }
 
 void CUserData::SetComponentConfig(nlohmann::json document) {
-    SetDocument(componentMutex, componentConfig, std::move(document), "/componentConfig.json");
+    SetDocument(componentMutex, componentConfig, &componentText, std::move(document),
+                "/componentConfig.json");
     UpdateCmdMap();
 }
 
@@ -124,7 +128,7 @@ nlohmann::json CUserData::GetApiList() const {
 }
 
 void CUserData::SetApiList(nlohmann::json document) {
-    SetDocument(apiListMutex, apiList, std::move(document), "/apiList.json");
+    SetDocument(apiListMutex, apiList, &apiListText, std::move(document), "/apiList.json");
 }
 
 nlohmann::json CUserData::GetInfraredCom() const {
@@ -132,11 +136,31 @@ nlohmann::json CUserData::GetInfraredCom() const {
 }
 
 void CUserData::SetInfraredCom(nlohmann::json document) {
-    SetDocument(infraredMutex, infraredCom, std::move(document), "/infraredCom.json");
+    SetDocument(infraredMutex, infraredCom, nullptr, std::move(document), "/infraredCom.json");
 }
 
 nlohmann::json CUserData::GetInterfaceConfig() const {
     return CopyDocument(interfaceMutex, interfaceConfig);
+}
+
+CDocumentText::Text CUserData::GetLayoutText() {
+    return layoutText.Get(layoutMutex, layout);
+}
+
+CDocumentText::Text CUserData::GetMaterialsText() {
+    return materialsText.Get(materialsMutex, materials);
+}
+
+CDocumentText::Text CUserData::GetComponentConfigText() {
+    return componentText.Get(componentMutex, componentConfig);
+}
+
+CDocumentText::Text CUserData::GetInterfaceConfigText() {
+    return interfaceText.Get(interfaceMutex, interfaceConfig);
+}
+
+CDocumentText::Text CUserData::GetApiListText() {
+    return apiListText.Get(apiListMutex, apiList);
 }
 
 std::int32_t CUserData::GetLanguage() const {

@@ -2,6 +2,7 @@
 
 #include "config/JsonFileWriter.h"
 #include "userdata/CommandMap.h"
+#include "userdata/DocumentText.h"
 #include "userdata/InterfaceModel.h"
 
 #include <atomic>
@@ -66,6 +67,13 @@ class CUserData {
      */
     nlohmann::json GetInterfaceConfig() const;
 
+    /** The documents as JSON texts, made once for each change; null for a null document. Never copied. */
+    CDocumentText::Text GetLayoutText();
+    CDocumentText::Text GetMaterialsText();
+    CDocumentText::Text GetComponentConfigText();
+    CDocumentText::Text GetInterfaceConfigText();
+    CDocumentText::Text GetApiListText();
+
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
 
@@ -128,8 +136,8 @@ class CUserData {
     CUserData();
 
   private:
-    void SetDocument(std::shared_mutex& mutex, nlohmann::json& held, nlohmann::json document,
-                     const char* name);
+    void SetDocument(std::shared_mutex& mutex, nlohmann::json& held, CDocumentText* text,
+                     nlohmann::json document, const char* name);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument();
@@ -138,12 +146,16 @@ class CUserData {
     CJsonFileWriter writer;
     mutable std::shared_mutex layoutMutex;
     nlohmann::json layout;
+    CDocumentText layoutText;
     mutable std::shared_mutex materialsMutex;
     nlohmann::json materials;
+    CDocumentText materialsText;
     mutable std::shared_mutex componentMutex;
     nlohmann::json componentConfig;
+    CDocumentText componentText;
     mutable std::shared_mutex apiListMutex;
     nlohmann::json apiList;
+    CDocumentText apiListText;
     mutable std::shared_mutex cmdMapMutex;
     CmdMap cmdMap;
     std::shared_mutex settingMutex;
@@ -151,6 +163,7 @@ class CUserData {
     std::atomic<std::int32_t> language{0};
     mutable std::shared_mutex interfaceMutex;
     nlohmann::json interfaceConfig;
+    CDocumentText interfaceText;
     mutable std::shared_mutex netPortMutex;
     NetPortMap netPortMap;
     mutable std::shared_mutex serialPortMutex;

@@ -5,12 +5,14 @@
 
 namespace {
 
-using Getter = nlohmann::json (CUserData::*)() const;
+using Getter = CDocumentText::Text (CUserData::*)();
 using Setter = void (CUserData::*)(nlohmann::json);
 
 int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
     return RouterMgr::HandleRead(request, response,
-                                 [getter] { return (CUserData::GetInstance().*getter)(); });
+                                 [getter](SResponseData& content, SRequestTrace& /*trace*/) {
+                                     content.dataText = (CUserData::GetInstance().*getter)();
+                                 });
 }
 
 int StoreDocument(HttpRequest* request, HttpResponse* response, Setter setter) {
@@ -23,23 +25,23 @@ int StoreDocument(HttpRequest* request, HttpResponse* response, Setter setter) {
 }  // namespace
 
 int RouterMgr::GetPageLayoutInfo(HttpRequest* request, HttpResponse* response) {
-    return ReadDocument(request, response, &CUserData::GetLayout);
+    return ReadDocument(request, response, &CUserData::GetLayoutText);
 }
 
 int RouterMgr::GetMaterialList(HttpRequest* request, HttpResponse* response) {
-    return ReadDocument(request, response, &CUserData::GetMaterials);
+    return ReadDocument(request, response, &CUserData::GetMaterialsText);
 }
 
 int RouterMgr::GetComponentInteractionInfo(HttpRequest* request, HttpResponse* response) {
-    return ReadDocument(request, response, &CUserData::GetComponentConfig);
+    return ReadDocument(request, response, &CUserData::GetComponentConfigText);
 }
 
 int RouterMgr::GetCentralControlInterfaceList(HttpRequest* request, HttpResponse* response) {
-    return ReadDocument(request, response, &CUserData::GetApiList);
+    return ReadDocument(request, response, &CUserData::GetApiListText);
 }
 
 int RouterMgr::GetConfigList(HttpRequest* request, HttpResponse* response) {
-    return ReadDocument(request, response, &CUserData::GetInterfaceConfig);
+    return ReadDocument(request, response, &CUserData::GetInterfaceConfigText);
 }
 
 int RouterMgr::SetCentralControlWebLayout(HttpRequest* request, HttpResponse* response) {

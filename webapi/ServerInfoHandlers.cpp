@@ -37,11 +37,13 @@ nlohmann::json LanguageObject() {
 }  // namespace
 
 int RouterMgr::GetServerVersion(HttpRequest* request, HttpResponse* response) {
-    return HandleRead(request, response, VersionObject);
+    return HandleRead(request, response,
+                      [](auto& content, auto& /*trace*/) { content.data = VersionObject(); });
 }
 
 int RouterMgr::GetUserLanguage(HttpRequest* request, HttpResponse* response) {
-    return HandleRead(request, response, LanguageObject);
+    return HandleRead(request, response,
+                      [](auto& content, auto& /*trace*/) { content.data = LanguageObject(); });
 }
 
 int RouterMgr::SetUserLanguage(HttpRequest* request, HttpResponse* response) {

@@ -6,6 +6,7 @@
 #include "userdata/UserData.h"
 
 #include <thread>
+#include <tuple>
 
 namespace {
 
@@ -64,22 +65,31 @@ class UserData : public testing::Test {
 }  // namespace
 
 TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
-    constexpr std::pair<void (CUserData::*)(json), json (CUserData::*)() const> operations[] = {
-        {&CUserData::SetLayout, &CUserData::GetLayout},
-        {&CUserData::SetMaterials, &CUserData::GetMaterials},
-        {&CUserData::SetComponentConfig, &CUserData::GetComponentConfig},
-        {&CUserData::SetInfraredCom, &CUserData::GetInfraredCom},
-        {&CUserData::SetApiList, &CUserData::GetApiList}};
+    constexpr std::tuple<void (CUserData::*)(json), json (CUserData::*)() const,
+                         CDocumentText::Text (CUserData::*)()>
+        operations[] = {{&CUserData::SetLayout, &CUserData::GetLayout, &CUserData::GetLayoutText},
+                        {&CUserData::SetMaterials, &CUserData::GetMaterials, &CUserData::GetMaterialsText},
+                        {&CUserData::SetComponentConfig, &CUserData::GetComponentConfig,
+                         &CUserData::GetComponentConfigText},
+                        {&CUserData::SetInfraredCom, &CUserData::GetInfraredCom, nullptr},
+                        {&CUserData::SetApiList, &CUserData::GetApiList, &CUserData::GetApiListText}};
     const json rows = TestCases("documents");
     for (const bool isSecondStart : {false, true}) {
         Store store;
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            const auto& [set, get] = operations[i];
+            const auto& [set, get, text] = operations[i];
+            const auto expectText = [&store, text = text, get = get] {
+                const json document = (store.*get)();
+                const auto made = text == nullptr || document.is_null() ? nullptr : (store.*text)();
+                EXPECT_EQ(made ? *made : document.dump(), document.dump());
+            };
             const json stored = {{"of", rows[i][0]}};
             EXPECT_EQ((store.*get)(), isSecondStart && rows[i][0] != "apiList.json" ? stored : rows[i][1]);
             EXPECT_EQ(Saved(rows[i][0]), isSecondStart ? stored : json());
+            expectText();
             (store.*set)(stored);
             EXPECT_EQ((store.*get)(), stored);
+            expectText();
         }
     }
     WriteFile(m_path / "layout.json", "{\"broken");
@@ -153,7 +163,7 @@ TEST_F(UserData, OrderAndIdsOfInterfaces) {
     store.RemoveInterface(2, 1);
     EXPECT_EQ(OrderOf(store), "5s 6s 3s ");
     store.ClearInterfaces();
-    EXPECT_EQ(store.GetInterfaceConfig(), json({{"configList", json::array()}}));
+    EXPECT_EQ(*store.GetInterfaceConfigText(), R"({"configList":[]})");
 }
 
 TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
@@ -209,11 +219,13 @@ TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
         Interactions({Command(5, "a"), Command(6, "b"), noPort, Command(5, "c"), noContent}));
     store->RemoveInterface(5, 0);
     EXPECT_EQ(ContentsOf(*store), "abc");
+    EXPECT_EQ(*store->GetComponentConfigText(), store->GetComponentConfig().dump());
     store->SetNetPortConfig(5, {});
     store->RemoveInterface(5, 1);
     store->ClearInterfaces();
     EXPECT_EQ(ContentsOf(*store), "b");
     EXPECT_EQ(store->GetComponentConfig(), Interactions({Command(6, "b"), noPort}));
+    EXPECT_EQ(*store->GetComponentConfigText(), store->GetComponentConfig().dump());
     store->RemovePortCommands(6);
     store.reset();
     EXPECT_EQ(Saved("componentConfig.json"), Interactions(json::array({noPort})));
@@ -232,6 +244,7 @@ TEST_F(UserData, BearsConcurrentUse) {
                 store->IsInterfaceNameUsed("a", false, 0);
                 store->SetLanguage(round, false);
                 store->RemoveInterface(i, 1);
+                EXPECT_TRUE(store->GetInterfaceConfigText() && store->GetComponentConfigText());
             }
             store->SetSerialPortConfig(i, {});
         });
@@ -242,6 +255,7 @@ TEST_F(UserData, BearsConcurrentUse) {
     store->RemoveInterface(1, 1);
     EXPECT_EQ(OrderOf(*store).size(), 9U);
     const json interfaces = store->GetInterfaceConfig();
+    EXPECT_EQ(*store->GetInterfaceConfigText(), interfaces.dump());
     store.reset();
     EXPECT_EQ(Saved("interFace.json"), interfaces);
 }
