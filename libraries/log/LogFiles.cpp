@@ -1,5 +1,7 @@
 #include "libraries/log/LogFiles.h"
 
+#include "libraries/log/StandardError.h"
+
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -51,7 +53,7 @@ std::array<std::string_view, 14> RecordOf(const CLogEvent& event) {
 
 }  // namespace
 
-CLogFile::CLogFile(CLogWriter& writer) : m_writer(writer) {}
+CLogFile::CLogFile(CLogWriter& writer, bool isMirrored) : m_writer(writer), m_isMirrored(isMirrored) {}
 
 CLogFile::~CLogFile() = default;
 
@@ -107,8 +109,8 @@ void CLogFile::Flush(bool mirror) {
     if (records.empty()) {
         return;
     }
-    if (mirror) {
-        std::fwrite(records.data(), 1, records.size(), stderr);
+    if (mirror && m_isMirrored) {
+        WriteToStandardError(records);
     }
     if (m_path.empty()) {
         return;

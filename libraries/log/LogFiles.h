@@ -24,7 +24,8 @@ class CLogWriter;
  */
 class CLogFile final : public CLogSink {
   public:
-    explicit CLogFile(CLogWriter& writer);
+    /** @param isMirrored  whether its records go to standard error too while the mirror is on */
+    CLogFile(CLogWriter& writer, bool isMirrored);
     ~CLogFile() override;
 
     /** The file to write from now on; empty: records are dropped. */
@@ -43,6 +44,7 @@ class CLogFile final : public CLogSink {
     void OpenSink();
 
     CLogWriter& m_writer;
+    const bool m_isMirrored;
     std::string m_path;                           // of the flushing thread, set while it does not run
     std::shared_ptr<spdlog::sinks::sink> m_sink;  // of the flushing thread; null until opened
     std::mutex m_mutex;                           // guards what follows

@@ -32,9 +32,9 @@ struct SLogs {
     SLogs& operator=(const SLogs&) = delete;
 
     CLogWriter writer;
-    std::shared_ptr<CLogFile> serverFile = std::make_shared<CLogFile>(writer);
-    std::shared_ptr<CLogFile> operationFile = std::make_shared<CLogFile>(writer);
-    std::shared_ptr<CLogFile> systemFile = std::make_shared<CLogFile>(writer);
+    std::shared_ptr<CLogFile> serverFile = std::make_shared<CLogFile>(writer, true);
+    std::shared_ptr<CLogFile> operationFile = std::make_shared<CLogFile>(writer, true);
+    std::shared_ptr<CLogFile> systemFile = std::make_shared<CLogFile>(writer, false);
     std::shared_ptr<CLogger> root = std::make_shared<CLogger>("LogRoot", Info, serverFile);
     std::shared_ptr<CLogger> operation = std::make_shared<CLogger>("LogOperation", Trace, operationFile);
     std::shared_ptr<CLogger> system = std::make_shared<CLogger>("LogSystem", Info, systemFile);

@@ -1,0 +1,11 @@
+#include "libraries/log/StandardError.h"
+
+#include <cstdio>
+
+namespace RavLog {
+
+void WriteToStandardError(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+}  // namespace RavLog
