@@ -76,7 +76,8 @@ void ExpectReplies(const HostProcess& host, const char* file, const char* from =
             begin = std::min(end + 3, line.size());
         }
         const std::size_t blank = columns[1].find(' ');
-        const std::string path = "/api/centralControl/" + columns[1].substr(blank + 1);
+        const bool isWhole = columns[1][blank + 1] == '/';
+        const std::string path = (isWhole ? "" : "/api/centralControl/") + columns[1].substr(blank + 1);
         const HttpReply reply =
             client.Exchange(HttpClient::Request(columns[1].substr(0, blank), path, columns[2]));
         EXPECT_EQ(std::to_string(reply.status), columns[3]) << line;

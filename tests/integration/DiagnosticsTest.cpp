@@ -1,0 +1,141 @@
+// Error reports of browsers, and the debug console.
+
+#include "simulation/Browser.h"
+
+#include <algorithm>
+#include <list>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using nlohmann::json;
+using simulation::Browser;
+using simulation::HostProcess;
+using simulation::HttpClient;
+using simulation::ReadFile;
+
+const std::string kReport = "/api/log/reportClientError";
+const std::string kConsole = "/api/device/setDeveloperMode";
+constexpr std::string_view kDone = R"({"code":20000,"message":""})";
+constexpr std::string_view kRefused = R"({"code":30101,"message":""})";
+
+/** The records of ClientError.log from the client's address on; empty ones for lines of another form. */
+std::vector<std::string> Records(const HostProcess& host) {
+    std::vector<std::string> records;
+    std::istringstream lines(host.UserFile("ClientError.log"));
+    for (std::string line; std::getline(lines, line);) {
+        std::string start = line.substr(0, 22);
+        std::replace_if(
+            start.begin(), start.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+        const std::size_t path = line.find(" path=" + kReport);
+        const bool isWhole = start == "[0000-00-00 00:00:00] " && path != std::string::npos &&
+                             line.find("[ClientError] client=127.0.0.1") == 22 && line.ends_with('\r') &&
+                             line.find('\r') == line.size() - 1;
+        records.push_back(isWhole ? line.substr(path + 6, line.size() - path - 7) : "");
+    }
+    return records;
+}
+
+TEST(ClientErrors, AreRecordsOfOneLine) {
+    HostProcess host;
+    host.Start();
+    Browser browser(host);
+    std::vector<std::string> expected;
+    for (const json& row : json::parse(ReadFile(std::filesystem::path(TEST_TABLES) / "reports.json"))) {
+        EXPECT_EQ(browser.Http().Post(kReport, row[0].dump()).body, kDone);
+        expected.push_back(kReport + row[1].get<std::string>());
+    }
+    EXPECT_EQ(browser.Http().Post(kReport, "{\"data\":").body, kRefused);
+    EXPECT_EQ(Records(host), expected);
+    EXPECT_EQ(host.Stop(), 0);
+    const std::string log = host.UserFile("Log/Server.log");
+    EXPECT_NE(log.find("[Error]"), std::string::npos);
+    EXPECT_NE(log.find("[RouterMgr::ReportClientError][] [[ClientError] client=127.0.0.1"),
+              std::string::npos);
+    EXPECT_NE(log.find(" path=" + kReport + " code=500 message=a\nb\tc\r] \n"), std::string::npos) << log;
+    EXPECT_NE(host.UserFile("Log/Operation.log").find("] [20000] [client error logged] \n"),
+              std::string::npos);
+}
+
+TEST(ClientErrors, NeedAFileOnlyWhenThereCanBeOne) {
+    HostProcess host;
+    std::filesystem::create_directories(host.UserData() / "ClientError.log");
+    host.Start();
+    {
+        Browser browser(host);
+        EXPECT_EQ(browser.Http().Post(kReport, R"({"message":"kept"})").body, kDone);
+        std::filesystem::remove_all(host.UserData());
+        EXPECT_EQ(browser.Http().Post(kReport, R"({"message":"again"})").body, kDone);
+    }
+    EXPECT_EQ(Records(host), std::vector{kReport + " message=again"}) << "the folder is made anew";
+    EXPECT_EQ(host.Stop(), 0);
+}
+
+void ReportFromFourClients(int count) {
+    HostProcess host;
+    host.Start();
+    const Browser channel(host);
+    {
+        std::list<std::jthread> threads;
+        for (int client = 0; client < 4; ++client) {
+            threads.emplace_back([&host, client, count] {
+                HttpClient http(host.HttpPort());
+                for (int i = 0; i < count; ++i) {
+                    const json report = {{"code", client * count + i}, {"message", std::string(300, 'm')}};
+                    EXPECT_EQ(http.Post(kReport, report.dump()).body, kDone);
+                }
+            });
+        }
+    }
+    const auto records = Records(host);
+    const std::set<std::string> different(records.begin(), records.end());
+    EXPECT_EQ(records.size(), 4U * static_cast<std::size_t>(count));
+    EXPECT_EQ(different.size(), records.size());
+    EXPECT_FALSE(different.contains("")) << "a line that is not whole";
+    EXPECT_EQ(host.Stop(), 0);
+}
+
+TEST(ClientErrors, OfFourClientsAtOnceNeverMix) {
+    ReportFromFourClients(500);
+}
+
+TEST(Faults, FortyThousandErrorReportsOfFourClientsAreFortyThousandLines) {
+    ReportFromFourClients(10000);
+}
+
+TEST(Console, ShowsBothLogsWhileItIsOn) {
+    HostProcess host;
+    host.Start();
+    HttpClient client(host.HttpPort());
+    const auto shown = [&host](const std::string& text) {
+        return host.Process().ErrorOutput().find(text) != std::string::npos;
+    };
+    const auto get = [&client](const std::string& name) { client.Get("/api/getResource/" + name); };
+    EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":true}})").body, kDone);
+    const Browser browser(host);  // leaves a record in Server.log
+    get("seen");
+    const std::string foreign = "POST /foreign HTTP/1.1\r\nHost: a\r\nOrigin: http://b\r\n";
+    EXPECT_EQ(client.Exchange(foreign + "Content-Length: 0\r\n\r\n").status, 403);  // one in System.log
+    EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":1}})").body, kRefused);
+    ASSERT_TRUE(simulation::WaitUntil([&] { return shown("isDeveloperMode") || shown("type must be"); }));
+    EXPECT_TRUE(shown("[LogRoot][Info]")) << host.Process().ErrorOutput();
+    EXPECT_TRUE(shown("/api/getResource/seen] [422] \n"));
+    EXPECT_FALSE(shown("LogSystem"));
+
+    EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":false}})").body, kDone);
+    ASSERT_TRUE(simulation::WaitUntil([&] {  // what was on its way then
+        get("past");
+        return host.UserFile("Log/Operation.log").find("past] [422]") != std::string::npos;
+    }));
+    get("hidden");
+    EXPECT_EQ(host.Stop(), 0);
+    EXPECT_NE(host.UserFile("Log/Operation.log").find("/hidden] [422]"), std::string::npos);
+    EXPECT_NE(host.UserFile("Log/System.log").find("/foreign"), std::string::npos);
+    EXPECT_FALSE(shown("/hidden"));
+}
+
+}  // namespace
