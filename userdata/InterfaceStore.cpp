@@ -114,6 +114,7 @@ void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
 }
 
 void CUserData::ClearInterfaces() {
+    const std::lock_guard saving(interfaceSaveMutex);
     {
         const std::unique_lock lock(interfaceMutex);
         interfaceText.Forget();
@@ -211,6 +212,7 @@ void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
 }
 
 void CUserData::SaveInterfaceDocument() {
+    const std::lock_guard saving(interfaceSaveMutex);
     const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
     const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <shared_mutex>
 #include <string>
 #include <vector>
@@ -21,7 +22,8 @@
  * the disk. A save that fails is told on standard output and in the system log, not to the caller.
  *
  * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
- * is taken inside a document's lock.
+ * is taken inside a document's lock, and that the interfaces are gathered for their document by one thread at
+ * a time, so that of two changes at the same moment the later one's list is the one that stays.
  */
 class CUserData {
   public:
@@ -161,6 +163,7 @@ class CUserData {
     std::shared_mutex settingMutex;
     std::atomic<bool> isAutoLanguage{true};
     std::atomic<std::int32_t> language{0};
+    std::mutex interfaceSaveMutex;  // taken before all others
     mutable std::shared_mutex interfaceMutex;
     nlohmann::json interfaceConfig;
     CDocumentText interfaceText;

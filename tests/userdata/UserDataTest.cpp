@@ -252,8 +252,7 @@ TEST_F(UserData, BearsConcurrentUse) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    store->RemoveInterface(1, 1);
-    EXPECT_EQ(OrderOf(*store).size(), 9U);
+    EXPECT_EQ(OrderOf(*store).size(), 12U);
     const json interfaces = store->GetInterfaceConfig();
     EXPECT_EQ(*store->GetInterfaceConfigText(), interfaces.dump());
     store.reset();
