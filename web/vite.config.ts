@@ -1,6 +1,7 @@
 /// <reference types="vitest/config" />
 import { svelte } from "@sveltejs/vite-plugin-svelte";
 import { defineConfig } from "vite";
+import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
 
@@ -10,7 +11,7 @@ const limits = { panel: 40_000, author: 90_000 };
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";
 
 export default defineConfig({
-  plugins: [svelte(), checkSizes(limits), precompress()],
+  plugins: [svelte(), panelBundle(), checkSizes(limits), precompress()],
   base: "./",
   build: {
     outDir: process.env["WEB_OUT"] ?? "../build/web",
@@ -30,7 +31,7 @@ export default defineConfig({
           include: ["tests/journeys/**/*.test.ts"],
           environment: "node",
           testTimeout: 120_000,
-          hookTimeout: 60_000,
+          hookTimeout: 40_000,
           fileParallelism: false,
         },
       },

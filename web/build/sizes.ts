@@ -1,67 +1,55 @@
 import { gzipSync } from "node:zlib";
 import type { Plugin } from "vite";
 
-/** The module at which each entry starts; what all entries share counts for each of them. */
-const entryModules: Record<string, string> = {
-  panel: "/src/panel/start.ts",
-  author: "/src/author/start.ts",
+/** How each entry is told from the other files: the panel's bundle by its name, the author's by its first module. */
+const entries = {
+  panel: { asset: /^assets\/panel-/, module: "virtual:panel" },
+  author: { asset: undefined, module: "/src/author/start.ts" },
 };
 
-interface Chunk {
-  type: "chunk";
-  fileName: string;
-  facadeModuleId: string | null;
-  isEntry: boolean;
-  code: string;
-  imports: string[];
-  dynamicImports: string[];
-  viteMetadata?: { importedCss: Set<string> };
-}
+type File =
+  | { type: "asset"; fileName: string; source: string | Uint8Array }
+  | {
+      type: "chunk"; fileName: string; facadeModuleId: string | null; isEntry: boolean; code: string;
+      imports: string[]; dynamicImports: string[]; viteMetadata?: { importedCss: Set<string> };
+    };
 
 /** Fails the build when an entry, gzipped and with everything that it loads, weighs more than its limit. */
-export function checkSizes(limits: Record<string, number>): Plugin {
+export function checkSizes(limits: Record<keyof typeof entries, number>): Plugin {
   return {
     name: "check-sizes",
     apply: "build",
     enforce: "post",
     generateBundle(_options, bundle) {
-      const files = bundle as unknown as Record<string, Chunk | { type: "asset"; source: string | Uint8Array }>;
-      const chunks = Object.values(files).filter((file): file is Chunk => file.type === "chunk");
-      const boot = chunks.find((chunk) => chunk.isEntry);
-      const starts = new Set(Object.values(entryModules));
-      const isStart = (chunk: Chunk) => [...starts].some((path) => chunk.facadeModuleId?.endsWith(path));
+      const files = bundle as unknown as Record<string, File>;
+      const list = Object.values(files);
+      const startsWith = (module: string) =>
+        list.find((file) => file.type === "chunk" && file.facadeModuleId?.endsWith(module))?.fileName;
+      const starts = new Set(Object.values(entries).map((entry) => startsWith(entry.module)));
 
-      const weight = (start: Chunk): number => {
-        const seen = new Set<string>();
-        const css = new Set<string>();
-        const visit = (name: string, follow: boolean) => {
-          const chunk = files[name];
-          if (seen.has(name) || chunk?.type !== "chunk") return;
-          seen.add(name);
-          chunk.viteMetadata?.importedCss.forEach((file) => css.add(file));
-          chunk.imports.forEach((next) => visit(next, follow));
-          if (follow) {
-            chunk.dynamicImports.forEach((next) => {
-              const target = files[next];
-              if (target?.type === "chunk" && !isStart(target)) visit(next, true);
-            });
-          }
-        };
-        if (boot) visit(boot.fileName, false);
-        visit(start.fileName, true);
-        let bytes = 0;
-        for (const name of seen) bytes += gzipSync((files[name] as Chunk).code).length;
-        for (const name of css) {
-          const asset = files[name];
-          if (asset?.type === "asset") bytes += gzipSync(asset.source).length;
-        }
-        return bytes;
+      /** The file and all that it imports, also later; other entries are left out. */
+      const closure = (name: string, found: Set<string>) => {
+        const file = files[name];
+        if (!file || found.has(name)) return;
+        found.add(name);
+        if (file.type !== "chunk") return;
+        file.viteMetadata?.importedCss.forEach((css) => found.add(css));
+        file.imports.forEach((next) => closure(next, found));
+        file.dynamicImports.filter((next) => !starts.has(next)).forEach((next) => closure(next, found));
       };
 
-      for (const [name, limit] of Object.entries(limits)) {
-        const start = chunks.find((chunk) => chunk.facadeModuleId?.endsWith(entryModules[name] ?? "?"));
+      for (const [name, entry] of Object.entries(entries)) {
+        const start = startsWith(entry.module);
         if (!start) this.error(`the entry ${name} is missing`);
-        const bytes = weight(start);
+        const found = new Set<string>();
+        list.filter((file) => file.type === "chunk" && file.isEntry).forEach((file) => closure(file.fileName, found));
+        closure(start, found);
+        list.filter((file) => entry.asset?.test(file.fileName)).forEach((file) => found.add(file.fileName));
+        const bytes = [...found].reduce((sum, one) => {
+          const file = files[one]!;
+          return sum + gzipSync(file.type === "chunk" ? file.code : file.source).length;
+        }, 0);
+        const limit = limits[name as keyof typeof entries];
         const text = `${name}: ${(bytes / 1000).toFixed(1)} kB gzipped, limit ${limit / 1000} kB`;
         if (bytes > limit) this.error(text);
         this.info(text);

@@ -13,5 +13,5 @@ addEventListener("hashchange", () => {
 });
 
 const place = document.getElementById("app")!;
-const { start } = isPanel ? await import("./panel/start.ts") : await import("./author/start.ts");
+const { start } = isPanel ? await import("virtual:panel") : await import("./author/start.ts");
 await start(place);

@@ -2,14 +2,17 @@
 import { copyPage, type Page } from "./layout.ts";
 import { mapCommands } from "./interactions.ts";
 import { sameJson } from "./json.ts";
-import { type Project, retarget, sameProject, withCopiedCommands, withPages } from "./project.ts";
+import { type Project, retarget, withCopiedCommands, withPages, writeProject } from "./project.ts";
 
 /**
- * Whether somebody else has stored something since `base` was read. Commands of interfaces that are gone don't
- * count: the server itself takes them out when an interface is deleted.
+ * Whether somebody else has stored something since `base` was read. What equals `mine` is no such change: an earlier
+ * save of mine may have been cut short. Commands of interfaces that are gone don't count either: the server itself
+ * takes them out when an interface is deleted.
  */
-export function isChanged(base: Project, stored: Project, interfaceIds: ReadonlySet<number>): boolean {
-  return !sameProject(withoutLostCommands(base, interfaceIds), withoutLostCommands(stored, interfaceIds));
+export function isChanged(base: Project, stored: Project, mine: Project, interfaceIds: ReadonlySet<number>): boolean {
+  const [from, now, own] = [base, stored, mine].map((one) => writeProject(withoutLostCommands(one, interfaceIds)));
+  const documents = ["layout", "materials", "interactions"] as const;
+  return documents.some((name) => !sameJson(now![name], from![name]) && !sameJson(now![name], own![name]));
 }
 
 export function withoutLostCommands(project: Project, interfaceIds: ReadonlySet<number>): Project {

@@ -1,0 +1,52 @@
+import { svelte } from "@sveltejs/vite-plugin-svelte";
+import { build, type Plugin, type Rolldown } from "vite";
+
+/** The module that loads the panel; main.ts imports it. */
+const moduleId = "virtual:panel";
+const entry = "/src/panel/start.ts";
+
+/**
+ * Bundles the panel by itself. Bundled together with the author's part it would load every piece of the framework
+ * that only the author's part needs: chunks are divided by module, and what two entries share is kept whole.
+ */
+export function panelBundle(): Plugin {
+  let isBuild = false;
+  let root = "";
+  let target: string | string[] | false = false;
+  return {
+    name: "panel-bundle",
+    configResolved(config) {
+      isBuild = config.command === "build";
+      root = config.root;
+      target = config.build.target;
+    },
+    resolveId: (id) => (id === moduleId ? `\0${moduleId}` : undefined),
+    async load(id) {
+      if (id !== `\0${moduleId}`) return undefined;
+      if (!isBuild) return `export { start } from "${entry}";`;
+      const result = (await build({
+        configFile: false, root, base: "./", logLevel: "warn", publicDir: false, plugins: [svelte()],
+        build: {
+          write: false, target, modulePreload: false, assetsInlineLimit: 0,
+          rolldownOptions: {
+            input: root + entry,
+            preserveEntrySignatures: "strict",
+            output: { entryFileNames: "assets/panel-[hash].js", assetFileNames: "assets/panel-[hash][extname]", codeSplitting: false },
+          },
+        },
+      })) as Rolldown.RolldownOutput;
+      const names = result.output.map((file) => {
+        this.emitFile({ type: "asset", fileName: file.fileName, source: file.type === "chunk" ? file.code : file.source });
+        return file.fileName;
+      });
+      const beside = (ending: string) => JSON.stringify(`./${names.find((name) => name.endsWith(ending))!.replace("assets/", "")}`);
+      return `
+        const address = (name) => new URL(name, import.meta.url).href;
+        const style = Object.assign(document.createElement("link"), { rel: "stylesheet", href: address(${beside(".css")}) });
+        const shown = new Promise((resolve) => (style.onload = style.onerror = resolve));
+        document.head.append(style);
+        export const { start } = await import(/* @vite-ignore */ address(${beside(".js")}));
+        await shown;`;
+    },
+  };
+}

@@ -1,0 +1,62 @@
+/** The command editor's fields, and what they mean: a stored command, or the place of what is wrong. */
+import { bytesToHex, bytesToText, type Bytes, contentToBytes, type Fault, isFault } from "../../model/content.ts";
+import { escapeText, placeInNotation, splitTerminator, unescapeText } from "../../model/escapes.ts";
+import { type Command, placeholder } from "../../model/interactions.ts";
+
+export interface CommandFields {
+  isText: boolean;
+  /** Escapes in text, digits in hexadecimal. */
+  notation: string;
+  /** Of text: the characters behind it. */
+  terminator: string;
+  asciiEncode: number;
+}
+
+export function fieldsOf(command: Pick<Command, "content" | "contentFormat" | "asciiEncode">): CommandFields {
+  const { content, contentFormat, asciiEncode } = command;
+  if (contentFormat !== 0) return { isText: false, notation: content, terminator: "", asciiEncode };
+  const { body, terminator } = splitTerminator(content);
+  return { isText: true, notation: escapeText(body), terminator, asciiEncode };
+}
+
+export interface Meaning {
+  /** What is stored. */
+  content: string;
+  bytes: Bytes;
+}
+
+/**
+ * What the fields mean. A fault's place is one of the notation.
+ * @param sample  stands in for the placeholders of a slider's template; nothing where there are none
+ */
+export function meaningOf(fields: CommandFields, sample?: { text: string; hex: string }): Meaning | Fault {
+  if (!fields.isText) {
+    const bytes = contentToBytes(sampled(fields.notation, sample?.hex), 1, 0);
+    return isFault(bytes) ? bytes : { content: fields.notation, bytes };
+  }
+  const body = unescapeText(fields.notation);
+  if (isFault(body)) return body;
+  const content = body + fields.terminator;
+  const bytes = contentToBytes(sampled(content, sample?.text), 0, fields.asciiEncode);
+  if (isFault(bytes)) return { fault: bytes.fault, at: placeInNotation(fields.notation, bytes.at) };
+  return { content, bytes };
+}
+
+function sampled(text: string, value: string | undefined): string {
+  return value === undefined ? text : text.replace(placeholder, value);
+}
+
+/** The same bytes in the other notation, or nothing when they can't be told there without loss. */
+export function converted(fields: CommandFields): CommandFields | undefined {
+  const meaning = meaningOf(fields);
+  if (isFault(meaning)) return undefined;
+  if (fields.isText) return { ...fields, isText: false, notation: bytesToHex(meaning.bytes), terminator: "" };
+  const text = bytesToText(meaning.bytes, fields.asciiEncode);
+  if (text === undefined) return undefined;
+  return fieldsOf({ content: text, contentFormat: 0, asciiEncode: fields.asciiEncode });
+}
+
+/** Whether a text holds characters above U+007F that were typed as \x: in UTF-8 they become two bytes. */
+export function hasWideEscapes(fields: CommandFields): boolean {
+  return fields.isText && fields.asciiEncode === 0 && /(?<!\\)(?:\\\\)*\\x[89a-fA-F][0-9a-fA-F]/.test(fields.notation);
+}

@@ -1,0 +1,124 @@
+/**
+ * What a pointer does on the canvas: one object for each kind of drag, made on press, told each move, and ended.
+ * Coordinates are px of the page; nothing here knows an element.
+ */
+import { boxAround, boxBetween, type Box, type Handle, overlaps, type Point, resized, scaledInto } from "../../model/geometry.ts";
+import { type Component, componentSides } from "../../model/layout.ts";
+import { snapEdges, snapMove, type SnapTargets } from "../../model/snapping.ts";
+import type { Editor } from "./editor.svelte.ts";
+
+export interface Keys {
+  /** Keep to one direction, or keep the proportions. */
+  shift: boolean;
+  /** No snapping. */
+  alt: boolean;
+}
+
+export interface Drag {
+  move(at: Point, keys: Keys): void;
+  end(): void;
+  cancel(): void;
+}
+
+/** How near an edge has to come to snap, in px of the screen. */
+const reach = 6;
+
+function targetsFor(editor: Editor): SnapTargets {
+  const page = editor.page ?? { width: 0, height: 0 };
+  return { page, others: editor.components.filter((one) => !editor.selection.has(one.id)) };
+}
+
+function settings(editor: Editor, keys: Keys) {
+  return {
+    grid: editor.snapsToGrid && !keys.alt ? editor.grid : 0,
+    reach: editor.snapsToParts && !keys.alt ? reach / editor.zoom : 0,
+  };
+}
+
+function clear(editor: Editor): void {
+  editor.preview = new Map();
+  editor.guides = [];
+  editor.marquee = undefined;
+}
+
+/** Moves the selection. */
+export function moveDrag(editor: Editor, start: Point): Drag {
+  const parts = editor.movable;
+  const around = boxAround(parts);
+  const targets = targetsFor(editor);
+  return {
+    move(at, keys) {
+      if (!around) return;
+      let dx = at.x - start.x;
+      let dy = at.y - start.y;
+      if (keys.shift) Math.abs(dx) > Math.abs(dy) ? (dy = 0) : (dx = 0);
+      const box = { ...around, x: Math.round(around.x + dx), y: Math.round(around.y + dy) };
+      const snapped = snapMove(box, targets, settings(editor, keys));
+      const shiftX = keys.shift && dx === 0 ? 0 : box.x + snapped.dx - around.x;
+      const shiftY = keys.shift && dy === 0 ? 0 : box.y + snapped.dy - around.y;
+      editor.preview = new Map(parts.map((one) => [one.id, { x: one.x + shiftX, y: one.y + shiftY, width: one.width, height: one.height }]));
+      editor.guides = snapped.guides;
+    },
+    end() {
+      const { preview } = editor;
+      clear(editor);
+      const first = parts[0];
+      const moved = first && preview.get(first.id);
+      if (moved && (moved.x !== first.x || moved.y !== first.y)) editor.placeBoxes(preview);
+    },
+    cancel: () => clear(editor),
+  };
+}
+
+/** Resizes the selection by one of its handles. */
+export function resizeDrag(editor: Editor, handle: Handle, start: Point): Drag {
+  const parts = editor.movable;
+  const around = boxAround(parts);
+  const targets = targetsFor(editor);
+  const edgeX = handle.includes("w") ? "start" : handle.includes("e") ? "end" : "";
+  const edgeY = handle.includes("n") ? "start" : handle.includes("s") ? "end" : "";
+  return {
+    move(at, keys) {
+      if (!around) return;
+      const dx = at.x - start.x;
+      const dy = at.y - start.y;
+      const free = resized(around, handle, dx, dy, componentSides.least, keys.shift);
+      const snapped = keys.shift ? { dx: 0, dy: 0, guides: [] } : snapEdges(free, edgeX, edgeY, targets, settings(editor, keys));
+      const box = keys.shift ? free : resized(around, handle, snappedShift(free, around, edgeX, "x") + snapped.dx, snappedShift(free, around, edgeY, "y") + snapped.dy, componentSides.least);
+      editor.preview = new Map(parts.map((one) => [one.id, parts.length === 1 ? box : scaledInto(one, around, box, componentSides.least)]));
+      editor.guides = snapped.guides;
+    },
+    end() {
+      const { preview } = editor;
+      clear(editor);
+      if (preview.size) editor.placeBoxes(preview);
+    },
+    cancel: () => clear(editor),
+  };
+}
+
+/** How far the moved edge went from where it was. */
+function snappedShift(now: Box, before: Box, edge: "start" | "end" | "", axis: "x" | "y"): number {
+  const size = axis === "x" ? "width" : "height";
+  if (edge === "start") return now[axis] - before[axis];
+  return edge === "end" ? now[axis] + now[size] - before[axis] - before[size] : 0;
+}
+
+/** Selects what a rectangle touches. */
+export function marqueeDrag(editor: Editor, start: Point, more: boolean): Drag {
+  const before = more ? editor.selection : new Set<number>();
+  const hit = (box: Box): Component[] => editor.components.filter((one) => !one.locked && overlaps(one, box));
+  editor.selection = before;
+  return {
+    move(at) {
+      const box = boxBetween(start, at);
+      editor.marquee = box;
+      editor.select([...before, ...hit(box).map((one) => one.id)]);
+    },
+    end: () => clear(editor),
+    cancel() {
+      clear(editor);
+      editor.selection = before;
+    },
+  };
+}

@@ -1,0 +1,241 @@
+/** The page that is edited: what is selected, how it is looked at, and everything that can be done to it. */
+import { ta } from "../../i18n/author.ts";
+import { aligned, type Alignment, distributed, type Order, reordered } from "../../model/arrange.ts";
+import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
+import { boxAround, type Box, fitInto, type Point } from "../../model/geometry.ts";
+import { newId } from "../../model/ids.ts";
+import { type Component, type ComponentType, copyComponents, isActive, newComponent, type Page } from "../../model/layout.ts";
+import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
+import type { Guide } from "../../model/snapping.ts";
+import { store } from "../project/store.svelte.ts";
+
+/** Shift of a copy against its original, in px of the page. */
+const copyShift = 20;
+const zooms = { least: 0.1, most: 4 };
+const clipKey = "clipboard";
+
+export class Editor {
+  selection = $state.raw<ReadonlySet<number>>(new Set());
+  /** Boxes of components while they are dragged; the project changes when the drag ends. */
+  preview = $state.raw<ReadonlyMap<number, Box>>(new Map());
+  guides = $state.raw<readonly Guide[]>([]);
+  marquee = $state.raw<Box | undefined>();
+  /** A component that is being dragged from the palette, in px of the screen. */
+  ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
+  zoom = $state(1);
+  pan = $state.raw<Point>({ x: 0, y: 0 });
+  grid = $state(10);
+  snapsToGrid = $state(true);
+  snapsToParts = $state(true);
+  room = $state.raw({ width: 800, height: 600 });
+  /** Left upper corner of the canvas on the screen. */
+  origin: () => Point = () => ({ x: 0, y: 0 });
+
+  readonly page: Page | undefined = $derived(store.project.layout.pages.find((one) => one.id === this.pageId));
+  readonly components: readonly Component[] = $derived(this.page?.components ?? []);
+  readonly selected: readonly Component[] = $derived(this.components.filter((one) => this.selection.has(one.id)));
+  readonly movable: readonly Component[] = $derived(this.selected.filter((one) => !one.locked));
+  #pastes = 0;
+  #lastClip = "";
+
+  constructor(readonly pageId: string) {}
+
+  /** A point of the screen as one of the page. */
+  toPage(at: Point): Point {
+    const origin = this.origin();
+    return { x: (at.x - origin.x - this.pan.x) / this.zoom, y: (at.y - origin.y - this.pan.y) / this.zoom };
+  }
+
+  /** The page as a whole, with a margin. */
+  fit(): void {
+    if (!this.page) return;
+    const margin = Math.min(32, this.room.width / 20);
+    const fit = fitInto(this.page, { width: this.room.width - 2 * margin, height: this.room.height - 2 * margin });
+    this.zoom = Math.min(fit.scale, 1);
+    this.pan = {
+      x: (this.room.width - this.page.width * this.zoom) / 2,
+      y: (this.room.height - this.page.height * this.zoom) / 2,
+    };
+  }
+
+  /** Another zoom; what lies under that point of the canvas stays there. */
+  zoomTo(zoom: number, at: Point = { x: this.room.width / 2, y: this.room.height / 2 }): void {
+    const next = Math.min(zooms.most, Math.max(zooms.least, zoom));
+    this.pan = { x: at.x - ((at.x - this.pan.x) * next) / this.zoom, y: at.y - ((at.y - this.pan.y) * next) / this.zoom };
+    this.zoom = next;
+  }
+
+  panBy(dx: number, dy: number): void {
+    this.pan = { x: this.pan.x + dx, y: this.pan.y + dy };
+  }
+
+  /** Selects components, and with each of them its whole group. */
+  select(ids: Iterable<number>, more = false): void {
+    const wanted = new Set(ids);
+    const groups = new Set(this.components.filter((one) => wanted.has(one.id) && one.group).map((one) => one.group));
+    for (const one of this.components) if (groups.has(one.group)) wanted.add(one.id);
+    this.selection = more ? new Set([...this.selection, ...wanted]) : wanted;
+    store.endStep();
+  }
+
+  /** Takes a component and its group out of the selection, or adds them. */
+  toggle(component: Component): void {
+    if (!this.selection.has(component.id)) return this.select([component.id], true);
+    const isOut = (one: Component) => one.id === component.id || (component.group !== "" && one.group === component.group);
+    this.selection = new Set(this.selected.filter((one) => !isOut(one)).map((one) => one.id));
+  }
+
+  selectAll(): void {
+    this.select(this.components.filter((one) => !one.locked).map((one) => one.id));
+  }
+
+  selectNext(by: number): void {
+    if (this.components.length === 0) return;
+    const at = this.components.findIndex((one) => this.selection.has(one.id));
+    const next = (at + by + this.components.length) % this.components.length;
+    this.selection = new Set([this.components[at < 0 && by < 0 ? this.components.length - 1 : next]!.id]);
+  }
+
+  /** Changes the page, in one step; with the same tag in a row, all in one. */
+  changePage(change: (page: Page) => Page, tag = ""): void {
+    store.change(withPage(store.project, this.pageId, change), tag);
+  }
+
+  /** Changes components by their ids. */
+  changeParts(ids: Iterable<number>, change: (one: Component) => Component, tag = ""): void {
+    const wanted = new Set(ids);
+    if (wanted.size) this.changePage((page) => withComponents(page, wanted, change), tag);
+  }
+
+  changeSelected(change: (one: Component) => Component, tag = ""): void {
+    this.changeParts(this.selection, change, tag && `${tag} ${[...this.selection].join()}`);
+  }
+
+  placeBoxes(boxes: ReadonlyMap<number, Box>, tag = ""): void {
+    this.changeParts(boxes.keys(), (one) => {
+      const { x, y, width, height } = boxes.get(one.id) ?? one;
+      return { ...one, x, y, width, height };
+    }, tag);
+  }
+
+  nudge(dx: number, dy: number): void {
+    this.changeParts(this.movable.map((one) => one.id), (one) => ({ ...one, x: one.x + dx, y: one.y + dy }), `nudge ${[...this.selection].join()}`);
+  }
+
+  /** Adds a component with its middle at that point of the page, and selects it. */
+  add(type: ComponentType, at: Point): void {
+    const words = { button: "newButton", switch: "newSwitch", slider: "newSlider", text: "newText", link: "newLink", group: "newGroup" } as const;
+    const text = type in words ? ta(words[type as keyof typeof words]) : "";
+    const fresh = newComponent(type, 0, 0, text);
+    const snap = (value: number) => (this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value));
+    const component = { ...fresh, x: snap(at.x - fresh.width / 2), y: snap(at.y - fresh.height / 2) };
+    store.endStep();
+    // A group box goes beneath what is there, so that it doesn't cover what it shall frame.
+    this.changePage((page) => ({
+      ...page, components: type === "group" ? [component, ...page.components] : [...page.components, component],
+    }));
+    this.select([component.id]);
+  }
+
+  /** The middle of what is seen of the page. */
+  viewMiddle(): Point {
+    return { x: (this.room.width / 2 - this.pan.x) / this.zoom, y: (this.room.height / 2 - this.pan.y) / this.zoom };
+  }
+
+  remove(): void {
+    const gone = new Set(this.movable.map((one) => one.id));
+    if (gone.size === 0) return;
+    store.endStep();
+    this.changePage((page) => ({ ...page, components: page.components.filter((one) => !gone.has(one.id)) }));
+    this.selection = new Set();
+  }
+
+  duplicate(): void {
+    if (this.selected.length === 0) return;
+    const { components, ids } = copyComponents(this.selected);
+    this.#insert(components.map((one) => ({ ...one, x: one.x + copyShift, y: one.y + copyShift, locked: false })), ids, store.project.interactions);
+  }
+
+  #insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: typeof store.project.interactions): void {
+    store.endStep();
+    const next = withPage(store.project, this.pageId, (page) => ({ ...page, components: [...page.components, ...components] }));
+    store.change(withCopiedCommands(next, from, ids));
+    this.select(components.map((one) => one.id));
+  }
+
+  /** The selection as a text for the clipboard; empty when nothing is selected. */
+  copy(): string {
+    if (this.selected.length === 0) return "";
+    const text = writeClip(this.selected, store.project.interactions);
+    // The clipboard of the system is only reached by key; the menu's copy and other tabs use this.
+    localStorage.setItem(clipKey, text);
+    this.#pastes = 0;
+    this.#lastClip = text;
+    return text;
+  }
+
+  cut(): string {
+    const text = this.copy();
+    this.remove();
+    return text;
+  }
+
+  /** Pastes what the text holds, or else what was copied last in this browser. False when there is nothing. */
+  paste(text = ""): boolean {
+    const source = readClip(text) ? text : (localStorage.getItem(clipKey) ?? "");
+    const clip = readClip(source);
+    if (!clip) return false;
+    this.#pastes = source === this.#lastClip ? this.#pastes + 1 : 0;
+    this.#lastClip = source;
+    const { components, ids } = pasted(clip, this.#pastes * copyShift);
+    this.#insert(components, ids, clip.interactions);
+    return true;
+  }
+
+  align(alignment: Alignment): void {
+    store.endStep();
+    this.#place(aligned(this.movable, alignment));
+  }
+
+  distribute(axis: "x" | "y"): void {
+    store.endStep();
+    this.#place(distributed(this.movable, axis));
+  }
+
+  #place(components: readonly Component[]): void {
+    this.placeBoxes(new Map(components.map((one) => [one.id, one])));
+  }
+
+  order(order: Order): void {
+    store.endStep();
+    const { selection } = this;
+    this.changePage((page) => ({ ...page, components: reordered(page.components, (one) => selection.has(one.id), order) }));
+  }
+
+  toggleLock(): void {
+    const locked = !this.selected.every((one) => one.locked);
+    store.endStep();
+    this.changeSelected((one) => ({ ...one, locked }));
+  }
+
+  group(): void {
+    if (this.selected.length < 2) return;
+    const group = newId("g");
+    store.endStep();
+    this.changeSelected((one) => ({ ...one, group }));
+  }
+
+  ungroup(): void {
+    store.endStep();
+    this.changeSelected((one) => ({ ...one, group: "" }));
+  }
+
+  /** The box around the selection as it is shown now. */
+  frame(): Box | undefined {
+    return boxAround(this.selected.map((one) => this.preview.get(one.id) ?? one));
+  }
+
+  get hasActive(): boolean {
+    return this.selected.length === 1 && isActive(this.selected[0]!.type);
+  }
+}

@@ -1,0 +1,70 @@
+/** Short notices at the lower edge, and questions that need an answer. */
+import { codes, ServerError } from "../../api/server.ts";
+import { reportError } from "../../api/errors.ts";
+import { ta } from "../../i18n/author.ts";
+import { failureText } from "../../i18n/panel.ts";
+
+export interface Notice {
+  readonly id: number;
+  readonly kind: "good" | "bad" | "plain";
+  readonly text: string;
+  readonly action?: { readonly label: string; readonly run: () => void };
+}
+
+export interface Question {
+  readonly title: string;
+  readonly text: string;
+  readonly yes: string;
+  readonly isDangerous: boolean;
+  readonly answer: (yes: boolean) => void;
+}
+
+/** How long a notice stays, in ms: bad ones longer, those with an action longest. */
+const times = { good: 2500, plain: 5000, bad: 9000, action: 15_000 };
+
+class Notices {
+  list = $state.raw<readonly Notice[]>([]);
+  question = $state.raw<Question | undefined>();
+  #next = 1;
+
+  tell(kind: Notice["kind"], text: string, action?: Notice["action"]): void {
+    const notice: Notice = { id: this.#next++, kind, text, ...(action && { action }) };
+    this.list = [...this.list.filter((one) => one.text !== text), notice].slice(-3);
+    setTimeout(() => this.drop(notice.id), action ? times.action : times[kind]);
+  }
+
+  drop(id: number): void {
+    this.list = this.list.filter((one) => one.id !== id);
+  }
+
+  ask(title: string, text: string, yes: string, isDangerous = false): Promise<boolean> {
+    return new Promise((resolve) => {
+      this.question = { title, text, yes, isDangerous, answer: (value) => { this.question = undefined; resolve(value); } };
+    });
+  }
+
+  /** Does something with the server; a failure becomes a notice. True when it was done. */
+  async attempt(act: () => Promise<unknown>): Promise<boolean> {
+    try {
+      await act();
+      return true;
+    } catch (error) {
+      this.tell("bad", sentenceOf(error));
+      return false;
+    }
+  }
+}
+
+/** An error as a sentence that says what to do. */
+export function sentenceOf(error: unknown): string {
+  if (!(error instanceof ServerError)) {
+    reportError(error, "author");
+    return ta("unexpected", String(error));
+  }
+  if (error.code === codes.noConnection) return ta("noChannel");
+  if (error.code === codes.unreachable) return ta("unreachable");
+  const { sentence, details } = failureText(error.code, error.text);
+  return [sentence, details].filter(Boolean).join("\n");
+}
+
+export const notices = new Notices();

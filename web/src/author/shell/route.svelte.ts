@@ -1,0 +1,30 @@
+/** Which screen is shown: the address behind the hash. */
+export const screens = ["pages", "interfaces", "materials", "settings", "edit"] as const;
+export type Screen = (typeof screens)[number];
+
+class Route {
+  #parts = $state.raw(parse());
+
+  constructor() {
+    addEventListener("hashchange", () => (this.#parts = parse()));
+  }
+
+  get screen(): Screen {
+    return screens.find((screen) => screen === this.#parts[0]) ?? "pages";
+  }
+
+  /** What stands behind the screen's name: the id of the edited page. */
+  get id(): string {
+    return this.#parts[1] ?? "";
+  }
+
+  go(screen: Screen, id = ""): void {
+    location.hash = id ? `#/${screen}/${id}` : `#/${screen}`;
+  }
+}
+
+function parse(): string[] {
+  return location.hash.replace(/^#\/?/, "").split("/").map(decodeURIComponent);
+}
+
+export const route = new Route();

@@ -1,0 +1,27 @@
+import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
+
+const flags = [
+  "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
+  "--disable-component-update", "--disable-sync",
+];
+
+/** Debian's Chromium. */
+export function startBrowser(more: string[] = []): Promise<Browser> {
+  return chromium.launch({ executablePath: "/usr/bin/chromium", args: [...flags, ...more] });
+}
+
+export const screens = {
+  tablet: { viewport: { width: 1280, height: 800 } },
+  hd: { viewport: { width: 1920, height: 1080 } },
+  phone: { viewport: { width: 390, height: 844 }, hasTouch: true, isMobile: true },
+} as const;
+
+/** A page in a profile of its own. Errors that nothing caught are collected, for the test to look at. */
+export async function newPage(browser: Browser, options: Parameters<Browser["newContext"]>[0] = screens.tablet): Promise<{ page: Page; context: BrowserContext; errors: string[] }> {
+  const context = await browser.newContext({ locale: "en-GB", ...options });
+  const page = await context.newPage();
+  page.setDefaultTimeout(20_000);
+  const errors: string[] = [];
+  page.on("pageerror", (error) => errors.push(String(error)));
+  return { page, context, errors };
+}

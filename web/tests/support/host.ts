@@ -1,0 +1,107 @@
+import { type ChildProcess, spawn } from "node:child_process";
+import { cpSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { get } from "node:http";
+import { createServer } from "node:net";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import type { Duplex } from "node:stream";
+import { waitFor } from "./wait.ts";
+
+/** The folder of the built host, with the application in its dist/. */
+const built = process.env["SERVER_BIN"] ?? join(import.meta.dirname, "../../../build/release/bin");
+
+export async function freePort(): Promise<number> {
+  const server = createServer();
+  await new Promise<void>((resolve) => server.listen(0, "0.0.0.0", resolve));
+  const address = server.address();
+  await new Promise((resolve) => server.close(resolve));
+  if (!address || typeof address === "string") throw new Error("no port");
+  return address.port;
+}
+
+/** The built host in folders and on ports of its own: its settings.json must not meet another one's. */
+export class Host {
+  readonly home = mkdtempSync(join(tmpdir(), "host-"));
+  readonly userData = join(this.home, "data");
+  port = 0;
+  webSocketPort = 0;
+  #process: ChildProcess | undefined;
+
+  static async start(serialPorts: Record<string, string> = {}): Promise<Host> {
+    const host = new Host();
+    cpSync(built, join(host.home, "bin"), { recursive: true });
+    const config = join(host.home, "Documents", "Sennacroft", "Varnholt");
+    mkdirSync(config, { recursive: true });
+    mkdirSync(host.userData);
+    host.port = await freePort();
+    host.webSocketPort = await freePort();
+    writeFileSync(join(config, "LocalHost.config"), JSON.stringify({
+      http_port: host.port, websocket_port: host.webSocketPort, user_data_path: host.userData,
+    }));
+    writeFileSync(join(host.userData, "SerialPorts.json"), JSON.stringify(serialPorts));
+    writeFileSync(join(host.userData, "setting.json"), JSON.stringify({ IsAutoLanguage: false, Language: 1 }));
+    await host.launch();
+    return host;
+  }
+
+  get url(): string {
+    return `http://127.0.0.1:${this.port}`;
+  }
+
+  async launch(): Promise<void> {
+    const { XDG_CONFIG_HOME: _, XDG_DOCUMENTS_DIR: __, ...environment } = process.env;
+    this.#process = spawn(join(this.home, "bin", "ServerHost"), {
+      env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" }, stdio: "ignore",
+    });
+    await waitFor("the host", () => fetch(`${this.url}/api/user/getUserLanguage`).then((reply) => reply.ok, () => false));
+  }
+
+  /** Ends the process; its folders stay for another launch. */
+  async stop(): Promise<void> {
+    const ended = this.#process;
+    if (!ended || ended.exitCode !== null) return;
+    const gone = new Promise((resolve) => ended.once("exit", resolve));
+    ended.kill("SIGTERM");
+    await gone;
+  }
+
+  async [Symbol.asyncDispose](): Promise<void> {
+    await this.stop();
+    rmSync(this.home, { recursive: true, force: true });
+  }
+
+  file(name: string): string {
+    return readFileSync(join(this.userData, name), "utf8");
+  }
+
+  /** The `data` of a document as the server hands it out. */
+  async read(route: string): Promise<any> {
+    const reply = (await (await fetch(`${this.url}/api/centralControl/${route}`)).json()) as { data?: unknown };
+    return reply.data;
+  }
+
+  /** Posts to a route beside a WebSocket of its own, as a page would. */
+  async post(route: string, body: object): Promise<number> {
+    const socket = await this.#openChannel();
+    const reply = await fetch(`${this.url}/api/centralControl/${route}`, { method: "POST", body: JSON.stringify(body) });
+    const { code } = (await reply.json()) as { code: number };
+    socket.destroy();
+    return code;
+  }
+
+  /** A WebSocket that has had its first echo. */
+  async #openChannel(): Promise<Duplex> {
+    const headers = { Connection: "Upgrade", Upgrade: "websocket", "Sec-WebSocket-Version": "13", "Sec-WebSocket-Key": "dGhlIHNhbXBsZSBub25jZQ==" };
+    const socket = await new Promise<Duplex>((resolve, reject) => {
+      get({ port: this.webSocketPort, host: "127.0.0.1", headers }).on("upgrade", (_, upgraded) => resolve(upgraded)).on("error", reject);
+    });
+    socket.write(Buffer.concat([Buffer.from([0x81, 0x80 | 9, 0, 0, 0, 0]), Buffer.from("heartbeat")]));
+    await new Promise((resolve) => socket.once("data", resolve));
+    return socket;
+  }
+
+  addTcp(name: string, port: number): Promise<number> {
+    const info = { netPortName: name, netMode: "TCP_Client", ipAddress: "", port: 0, dstIpAddress: "127.0.0.1", dstPort: port };
+    return this.post("addNetPortInfo", { data: { info } });
+  }
+}
