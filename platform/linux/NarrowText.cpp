@@ -33,7 +33,7 @@ std::string NarrowText(std::wstring_view text) {
     constexpr std::uint32_t replacement = 0xfffd;
     std::string narrow;
     for (const wchar_t c : text) {
-        const auto value = static_cast<std::uint32_t>(c);
+        const std::uint32_t value = std::char_traits<wchar_t>::to_int_type(c);
         Append(narrow, IsScalar(value) ? value : replacement);
     }
     return narrow;

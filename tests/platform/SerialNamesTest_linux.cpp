@@ -4,6 +4,7 @@
 #include "platform/SerialNames.h"
 #include "simulation/DeviceTree.h"
 
+#include <array>
 #include <future>
 #include <vector>
 
@@ -186,9 +187,9 @@ TEST_F(SerialNames, AreTheSameForAllWhoAskAtOnce) {
         m_tree.Plug({"1-" + std::to_string(port + 1), "S" + std::to_string(port)},
                     "ttyUSB" + std::to_string(port));
     }
-    std::vector<std::future<Names>> lists;
-    for (int thread = 0; thread < 4; ++thread) {
-        lists.push_back(std::async(std::launch::async, List));
+    std::array<std::future<Names>, 4> lists;
+    for (auto& list : lists) {
+        list = std::async(std::launch::async, List);
     }
     for (auto& list : lists) {
         EXPECT_EQ(list.get(), List());
