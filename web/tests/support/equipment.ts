@@ -1,6 +1,6 @@
 import { type ChildProcess, spawn } from "node:child_process";
 import { createSocket, type Socket as Datagrams } from "node:dgram";
-import { existsSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
+import { closeSync, constants, existsSync, mkdtempSync, openSync, readFileSync, rmSync } from "node:fs";
 import { createServer, type Server, type Socket } from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -67,11 +67,14 @@ export class SerialDevice {
   readonly folder = mkdtempSync(join(tmpdir(), "line-"));
   readonly path = join(this.folder, "line");
   #process: ChildProcess | undefined;
+  #held = -1;
 
   static async start(): Promise<SerialDevice> {
     const device = new SerialDevice();
-    device.#process = spawn("socat", [`pty,raw,echo=0,link=${device.path}`, `OPEN:${join(device.folder, "bytes")},creat,append`], { stdio: "ignore" });
+    device.#process = spawn("socat", ["-u", `pty,raw,echo=0,link=${device.path}`, `OPEN:${join(device.folder, "bytes")},creat,append`], { stdio: "ignore" });
     await waitFor("the serial line", () => existsSync(device.path));
+    // Held open, since the other side of a pseudo terminal ends when nobody has it open any more.
+    device.#held = openSync(device.path, constants.O_RDWR | constants.O_NOCTTY);
     return device;
   }
 
@@ -85,6 +88,7 @@ export class SerialDevice {
   }
 
   async [Symbol.asyncDispose](): Promise<void> {
+    closeSync(this.#held);
     this.#process?.kill();
     rmSync(this.folder, { recursive: true, force: true });
   }

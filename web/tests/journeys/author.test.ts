@@ -1,0 +1,196 @@
+import { afterAll, beforeAll, describe, expect, it } from "vitest";
+import type { Browser, Page } from "playwright-core";
+import { newPage, startBrowser } from "../support/browser.ts";
+import { SerialDevice, TcpDevice, UdpDevice } from "../support/equipment.ts";
+import { Host } from "../support/host.ts";
+import { waitFor } from "../support/wait.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser(["--host-resolver-rules=MAP control.test 127.0.0.1"])));
+afterAll(() => browser.close());
+
+async function addInterface(page: Page, kind: string, name: string, fields: Record<string, string>): Promise<void> {
+  await page.getByRole("button", { name: "New interface" }).click();
+  const dialog = page.getByRole("dialog");
+  await dialog.getByText(kind, { exact: true }).click();
+  await dialog.getByLabel("Name").fill(name);
+  for (const [label, value] of Object.entries(fields)) await dialog.getByLabel(label, { exact: true }).fill(value);
+  await dialog.getByRole("button", { name: "Try and store" }).click();
+}
+
+async function addCommand(page: Page, through: string, name: string, content: string, hex = false): Promise<void> {
+  await page.getByRole("button", { name: "New command" }).click();
+  const dialog = page.getByRole("dialog");
+  const option = dialog.locator("option", { hasText: through });
+  await dialog.getByLabel("Through the interface").selectOption(await option.getAttribute("value"));
+  await dialog.getByLabel("Name of the command").fill(name);
+  if (hex) await dialog.getByRole("radio", { name: "Hexadecimal" }).click();
+  await dialog.locator("#content").fill(content);
+  await dialog.getByRole("button", { name: "OK" }).click();
+}
+
+describe("an author on an empty server, by host name and over plain HTTP", () => {
+  it("comes from nothing to clicks that reach TCP, UDP and serial equipment", async () => {
+    await using line = await SerialDevice.start();
+    await using host = await Host.start({ COM7: line.path });
+    await using projector = await TcpDevice.start();
+    await using lamps = await UdpDevice.start();
+    const { page, context, errors } = await newPage(browser);
+    await page.goto(`http://control.test:${host.port}/`);
+    expect(await page.evaluate(() => [isSecureContext, typeof crypto.randomUUID])).toEqual([false, "undefined"]);
+
+    await page.getByRole("listitem").filter({ hasText: "Add an interface" }).getByText("Go").click();
+    await addInterface(page, "TCP client", "Projector", { "Address of the device": "127.0.0.1", Port: String(projector.port) });
+    await page.getByText("Projector works and is stored.").waitFor();
+    await addInterface(page, "UDP", "Lamps", { "Address of the device": "127.0.0.1", Port: String(lamps.port) });
+    await page.getByText("Lamps works and is stored.").waitFor();
+    await addInterface(page, "Serial port", "Relay", { "Serial port": "COM7" });
+    await page.getByText("Relay works and is stored.").waitFor();
+
+    await addInterface(page, "TCP client", "Projector", { "Address of the device": "127.0.0.1", Port: "1" });
+    await page.getByRole("alert").filter({ hasText: "The name is taken." }).waitFor();
+    await page.getByRole("dialog").getByLabel("Name").fill("Matrix");
+    await page.getByRole("button", { name: "Try and store" }).click();
+    await page.getByRole("alert").filter({ hasText: "Nothing answers at 127.0.0.1:1." }).waitFor();
+    await page.getByRole("button", { name: "Cancel" }).click();
+
+    await page.getByRole("link", { name: "Pages", exact: true }).click();
+    await page.getByRole("button", { name: "New page" }).click();
+    await page.getByLabel("Name of the page").fill("Hall");
+    await page.getByRole("button", { name: "OK" }).click();
+
+    // The text goes out with real characters in place of escapes; hexadecimal and the other two lines follow.
+    await page.getByRole("button", { name: "Button", exact: true }).click();
+    await page.getByLabel("Text", { exact: true }).fill("On");
+    await addCommand(page, "Projector", "Power on", "PWR ON\\r\\x02");
+    await addCommand(page, "Lamps", "Scene", "53 00 FF", true);
+    await addCommand(page, "Relay", "Close", "$AA $11");
+    await expect.poll(() => page.getByText("50 57 52 20 4F 4E 0D 02").count()).toBe(1);
+    await page.getByRole("button", { name: "Send now" }).click();
+    await page.getByText("Sent, and taken by the device's connection.").waitFor();
+    await Promise.all([projector.has("PWR ON\r\x02"), lamps.has("S\0\xff"), line.has("$AA $11")]);
+
+    await page.keyboard.press("Control+S");
+    await page.getByText("Saved. Panels show it").waitFor();
+    const [panel] = await Promise.all([context.waitForEvent("page"), page.getByRole("link", { name: "Open panel" }).click()]);
+    projector.bytes = "";
+    await panel.getByText("Connected").waitFor();
+    await panel.getByRole("button", { name: "On" }).click();
+    await projector.has("PWR ON\r\x02");
+    await panel.locator(".part.done").waitFor();
+    expect(errors).toEqual([]);
+  });
+});
+
+/** The editor on a page that holds these components, stored on the host. */
+async function openEditor(host: Host, components: object[]): Promise<{ page: Page; errors: string[] }> {
+  const pages = [{ id: "p1", name: "Hall", width: 1280, height: 800, components }, { id: "p2", name: "Lobby", components: [] }];
+  await host.post("setCentralControlWebLayout", { data: { form: "control pages", version: 1, startPage: "p1", pages } });
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/edit/p1`);
+  await page.locator("[data-canvas]").waitFor();
+  return { page, errors };
+}
+
+const button = (id: number, x: number, y: number) => ({ id, type: "button", x, y, width: 100, height: 60, look: { text: `B${id}` } });
+const stored = async (host: Host) => (await host.read("getPageLayoutInfo")).pages[0].components as { id: number; x: number; y: number; width: number; group: string }[];
+
+async function save(page: Page): Promise<void> {
+  await page.keyboard.press("Control+S");
+  await page.getByRole("button", { name: "Saved" }).waitFor();
+}
+
+/** Where a point of the page lies on the screen. */
+async function onScreen(page: Page, x: number, y: number): Promise<[number, number]> {
+  return page.locator(".sheet").evaluate((sheet, at) => {
+    const box = sheet.getBoundingClientRect();
+    const scale = box.width / (sheet as HTMLElement).offsetWidth;
+    return [box.x + at.x * scale, box.y + at.y * scale];
+  }, { x, y });
+}
+
+async function drag(page: Page, from: [number, number], to: [number, number]): Promise<void> {
+  await page.mouse.move(...(await onScreen(page, ...from)));
+  await page.mouse.down();
+  const end = await onScreen(page, ...to);
+  await page.mouse.move(end[0] - 3, end[1] - 3);
+  await page.mouse.move(...end);
+  await page.mouse.up();
+}
+
+describe("the editor", () => {
+  it("drags with snapping, resizes, selects by marquee, groups, undoes, and pastes on another page", async () => {
+    await using host = await Host.start();
+    const { page, errors } = await openEditor(host, [button(1, 100, 100), button(2, 400, 300)]);
+
+    // The left edge comes to 398, within reach of the one of B2 at 400.
+    await drag(page, [150, 130], [448, 130]);
+    await save(page);
+    expect((await stored(host)).find((one) => one.id === 1)).toMatchObject({ x: 400, y: 100 });
+    await page.keyboard.press("Control+Z");
+    await save(page);
+    expect((await stored(host)).find((one) => one.id === 1)).toMatchObject({ x: 100, y: 100 });
+
+    await page.keyboard.press("Escape");
+    await drag(page, [50, 50], [600, 500]);
+    await page.keyboard.press("Control+G");
+    await page.keyboard.press("Shift+ArrowRight");
+    await page.keyboard.press("ArrowDown");
+    await save(page);
+    const moved = await stored(host);
+    expect(moved.map(({ x, y }) => [x, y])).toEqual([[110, 101], [410, 301]]);
+    expect(moved[0]!.group).not.toBe("");
+    expect(moved[1]!.group).toBe(moved[0]!.group);
+
+    const handle = await page.locator("[data-handle=se]").boundingBox();
+    await page.mouse.move(handle!.x + 12, handle!.y + 12);
+    await page.mouse.down();
+    await page.mouse.move(handle!.x + 112, handle!.y + 12, { steps: 4 });
+    await page.mouse.up();
+    await save(page);
+    expect((await stored(host))[0]!.width).toBeGreaterThan(100);
+
+    await page.keyboard.press("Control+C");
+    await page.getByLabel("Page", { exact: true }).selectOption("Lobby");
+    await page.locator("[data-canvas]").focus();
+    await page.keyboard.press("Control+V");
+    await page.locator(".part").nth(1).waitFor();
+    await save(page);
+    const pages = (await host.read("getPageLayoutInfo")).pages;
+    expect(pages[1].components).toHaveLength(2);
+    expect(pages[1].components[0].id).not.toBe(pages[0].components[0].id);
+
+    await page.keyboard.press("?");
+    await page.getByRole("dialog", { name: "Keyboard" }).waitFor();
+    expect(errors).toEqual([]);
+  });
+
+  it("keeps unsaved work over a reload, and lets the author choose when two have changed one page", async () => {
+    await using host = await Host.start();
+    const { page } = await openEditor(host, [button(1, 100, 100)]);
+    await drag(page, [150, 130], [250, 230]);
+    await waitFor("the draft", () => page.evaluate(() => new Promise<number>((resolve) => {
+      const request = indexedDB.open("control-author");
+      request.onsuccess = () => {
+        const count = request.result.transaction("drafts").objectStore("drafts").count();
+        count.onsuccess = () => { request.result.close(); resolve(count.result); };
+      };
+    })));
+    await page.reload();
+    await page.getByText("Your unsaved work of").waitFor();
+
+    const other = await newPage(browser);
+    await other.page.goto(`${host.url}/#/edit/p1`);
+    await other.page.locator(".sheet .part").waitFor();
+    await drag(other.page, [150, 130], [150, 430]);
+    await save(other.page);
+
+    await page.keyboard.press("Control+S");
+    await page.getByRole("dialog", { name: "Somebody else has saved meanwhile" }).waitFor();
+    await page.getByRole("button", { name: "Keep mine as a copy" }).click();
+    await page.getByRole("button", { name: "Saved" }).waitFor();
+    const pages = (await host.read("getPageLayoutInfo")).pages;
+    expect(pages.map((one: { name: string }) => one.name)).toEqual(["Hall", "Lobby", "Hall (mine)"]);
+    expect([pages[0].components[0].y, pages[2].components[0].y]).toEqual([400, 200]);
+  });
+});

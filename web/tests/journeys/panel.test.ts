@@ -1,0 +1,186 @@
+import { afterAll, beforeAll, beforeEach, afterEach, describe, expect, it } from "vitest";
+import type { Browser, Page } from "playwright-core";
+import { newPage, screens, startBrowser } from "../support/browser.ts";
+import { TcpDevice } from "../support/equipment.ts";
+import { Host } from "../support/host.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser()));
+afterAll(() => browser.close());
+
+const base = { y: 100, width: 120, height: 80 };
+const components = [
+  { ...base, id: 1, type: "button", x: 100, look: { text: "Click" } },
+  { ...base, id: 2, type: "button", x: 300, mode: "pressRelease", look: { text: "Hold" } },
+  { ...base, id: 3, type: "button", x: 500, mode: "repeat", interval: 50, look: { text: "Repeat" } },
+  { ...base, id: 4, type: "button", x: 700, mode: "long", hold: 300, look: { text: "Long" } },
+  { ...base, id: 5, type: "button", x: 900, confirm: "Really?", look: { text: "Ask" } },
+  { ...base, id: 6, type: "switch", x: 100, y: 300, look: { text: "Screen" } },
+  { ...base, id: 7, type: "slider", x: 300, y: 300, width: 400, steps: 3, min: 0, max: 2, look: { text: "Volume" } },
+  { id: 8, type: "button", x: 100, y: 600, width: 20, height: 20, look: { text: "s" } },
+  { ...base, id: 9, type: "link", x: 500, y: 600, target: "p2", look: { text: "Next" } },
+  { ...base, id: 10, type: "button", x: 900, y: 600, mode: "press", look: { text: "Press" } },
+];
+const triggers: [number, string][] = [
+  [1, "click"], [2, "press"], [2, "release"], [3, "repeat"], [4, "longPress"], [5, "click"], [6, "on"], [6, "off"],
+  [7, "position0"], [7, "position1"], [7, "position2"], [8, "click"], [10, "press"],
+];
+
+let host: Host;
+let device: TcpDevice;
+let page: Page;
+let errors: string[];
+
+beforeEach(async () => {
+  host = await Host.start();
+  device = await TcpDevice.start();
+  await host.addTcp("Device", device.port);
+  const pages = [{ id: "p1", name: "Hall", width: 1280, height: 800, components }, { id: "p2", name: "Lobby", components: [] }];
+  await host.post("setCentralControlWebLayout", { data: { form: "control pages", version: 1, startPage: "p1", pages } });
+  const componentArr = components.map(({ id }) => ({
+    componentId: id,
+    interactionArr: triggers.filter(([one]) => one === id).map(([, triggerType]) => ({
+      triggerType,
+      commandArr: [{ portIndex: 1, controlType: "netPortInfo", commandName: "C", netPortInfo: { content: `<${id}${triggerType}>` } }],
+    })),
+  }));
+  await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
+  ({ page, errors } = await newPage(browser));
+  await page.goto(`${host.url}/#/panel`);
+  await page.getByText("Connected").waitFor();
+});
+
+afterEach(async () => {
+  await page.context().close();
+  await device[Symbol.asyncDispose]();
+  await host[Symbol.asyncDispose]();
+});
+
+const part = (name: string) => page.getByRole("button", { name, exact: true });
+
+async function middle(name: string): Promise<[number, number]> {
+  const box = (await part(name).boundingBox())!;
+  return [box.x + box.width / 2, box.y + box.height / 2];
+}
+
+async function downOn(name: string): Promise<void> {
+  await page.mouse.move(...(await middle(name)));
+  await page.mouse.down();
+}
+
+describe("a panel", () => {
+  it("sends in each way of pressing, and only then", async () => {
+    await downOn("Click");
+    await page.locator(".part.pressed").waitFor();
+    await page.mouse.move(10, 10);
+    await page.mouse.up();
+    await part("Click").click();
+    await device.has("<1click>");
+    await part("Click").and(page.locator(".done")).waitFor();
+
+    await downOn("Hold");
+    await device.has("<2press>");
+    expect(device.bytes).not.toContain("release");
+    await page.mouse.move(10, 10);
+    await page.mouse.up();
+    await device.has("<2press><2release>");
+
+    await downOn("Repeat");
+    await device.has("<3repeat><3repeat><3repeat>");
+    await page.mouse.up();
+
+    await part("Long").click();
+    await downOn("Long");
+    await device.has("<4longPress>");
+    await page.mouse.up();
+
+    await part("Ask").click();
+    await page.getByRole("dialog").getByRole("button", { name: "Cancel" }).click();
+    await part("Ask").click();
+    await page.getByRole("dialog").getByRole("button", { name: "Send" }).click();
+    await device.has("<5click>");
+
+    await downOn("Press");
+    await device.has("<10press>");
+    await page.mouse.up();
+
+    await page.getByRole("switch").click();
+    await device.has("<6on>");
+    await page.getByRole("switch", { checked: true }).click();
+    await device.has("<6off>");
+
+    const slider = page.getByRole("slider");
+    const box = (await slider.boundingBox())!;
+    await page.mouse.click(box.x + box.width - 5, box.y + box.height / 2);
+    await device.has("<7position2>");
+    await slider.press("ArrowLeft");
+    await device.has("<7position1>");
+
+    // A target of 20 px takes presses as if it had 48.
+    const [x, y] = await middle("s");
+    await page.mouse.click(x + 15, y);
+    await device.has("<8click>");
+    await part("Click").press("Enter");
+    await device.has("<8click><1click>");
+    const sent = device.bytes.replace(/(<3repeat>)+/, "<3repeat>");
+    expect(sent).toBe("<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off><7position2><7position1><8click><1click>");
+
+    await part("Next").click();
+    await expect.poll(() => page.title()).toBe("Lobby");
+    expect(page.url()).toContain("#/panel/p2");
+    expect(errors).toEqual([]);
+  });
+
+  it("tells where the click was what failed, and what to do", async () => {
+    await device.stop();
+    await part("Click").click();
+    const message = page.getByRole("alert");
+    await message.getByText("Nothing listens there.").waitFor();
+    expect(await message.innerText()).toContain("Devicefailed to send C,reason:10061");
+    await page.locator(".part.failed").waitFor();
+    await message.getByRole("button", { name: "Close" }).click();
+    await message.waitFor({ state: "detached" });
+    await page.getByRole("switch").click();
+    await message.waitFor();
+    expect(await page.getByRole("switch").getAttribute("aria-checked")).toBe("false");
+  });
+
+  it("refuses presses while the server is away, and reads everything again when it is back", async () => {
+    const [x, y] = await middle("Click");
+    await host.stop();
+    await page.getByText("Reconnecting…").first().waitFor();
+    await page.mouse.click(x, y);
+    await page.getByText("Not connected. Nothing was sent.").waitFor();
+    const layout = host.file("layout.json").replace('"Click"', '"Again"');
+    const { writeFileSync } = await import("node:fs");
+    writeFileSync(`${host.userData}/layout.json`, layout);
+    await host.launch();
+    await part("Again").waitFor();
+    await part("Again").click();
+    await device.has("<1click>");
+    expect(device.bytes).toBe("<1click>");
+    expect(errors).toEqual([]);
+  });
+
+  it("takes fingers, several at once", async () => {
+    const phone = await newPage(browser, screens.phone);
+    await phone.page.goto(`${host.url}/#/panel/p1`);
+    await phone.page.locator(".connection.open").waitFor();
+    await phone.page.getByRole("button", { name: "Click", exact: true }).tap();
+    await device.has("<1click>");
+    const client = await phone.context.newCDPSession(phone.page);
+    const at = async (name: string) => {
+      const box = (await phone.page.getByRole("button", { name, exact: true }).boundingBox())!;
+      return { x: box.x + box.width / 2, y: box.y + box.height / 2 };
+    };
+    const [hold, press] = [await at("Hold"), await at("Press")];
+    await client.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: [{ ...hold, id: 1 }] });
+    await client.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: [{ ...hold, id: 1 }, { ...press, id: 2 }] });
+    await device.has("<10press>");
+    expect(device.bytes).not.toContain("<2release>");
+    await client.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
+    await device.has("<2release>");
+    await phone.context.close();
+    expect(phone.errors).toEqual([]);
+  });
+});
