@@ -1,8 +1,11 @@
 #include "CommFixture.h"
+#include "platform/SerialDevices.h"
 #include "platform/SerialNames.h"
 #include "simulation/PtyPair.h"
 #include "simulation/TemporaryFolder.h"
 
+#include <algorithm>
+#include <array>
 #include <future>
 #include <optional>
 #include <vector>
@@ -89,6 +92,31 @@ TEST_F(SerialLine, FindsThePortThatItsNameMeansNow) {
     Table(nlohmann::json{{"COM7", "/dev/null"}, {"COM8", m_table}}.dump());
     EXPECT_EQ(SendSerial("a", 9600, "COM7"), 2) << "no serial line";
     EXPECT_EQ(SendSerial("a", 9600, "COM8"), 2) << "a file";
+}
+
+TEST_F(SerialLine, IsListedAndFoundWhileTheTableChanges) {
+    const PtyPair line(m_link);
+    const auto look = [&] {
+        int found = 0;
+        for (int round = 0; round < 20; ++round) {
+            const auto devices = ListSerialDevices();
+            const bool isListed = std::any_of(devices.begin(), devices.end(),
+                                              [](const auto& device) { return device.portName == L"COM7"; });
+            found += isListed && FindSerialDevice("COM7") == m_link ? 1 : 0;
+        }
+        return found;
+    };
+    std::array<std::future<int>, 4> threads;
+    for (auto& thread : threads) {
+        thread = std::async(std::launch::async, look);
+    }
+    for (int round = 0; round < 50; ++round) {
+        simulation::WriteFile(m_table + ".new", nlohmann::json{{"COM7", m_link}, {"COM9", round}}.dump());
+        std::filesystem::rename(m_table + ".new", m_table);
+    }
+    for (auto& thread : threads) {
+        EXPECT_EQ(thread.get(), 20);
+    }
 }
 
 TEST_F(SerialLine, LeavesAPortToTheProgramThatHasIt) {
