@@ -1,6 +1,7 @@
 /// <reference types="vitest/config" />
 import { svelte } from "@sveltejs/vite-plugin-svelte";
 import { defineConfig } from "vite";
+import type { TestProjectConfiguration } from "vitest/config";
 import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
@@ -9,6 +10,12 @@ import { precompress } from "./build/precompress.ts";
 const limits = { panel: 40_000, author: 90_000 };
 
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";
+
+/** Tests that drive the built application in a browser: one after the other, with bounds against hangs. */
+const driven = (name: string): TestProjectConfiguration => ({
+  extends: true,
+  test: { name, include: [`tests/${name}/**/*.test.ts`], environment: "node", testTimeout: 120_000, hookTimeout: 60_000, fileParallelism: false },
+});
 
 export default defineConfig({
   plugins: [svelte(), panelBundle(), checkSizes(limits), precompress()],
@@ -24,17 +31,8 @@ export default defineConfig({
   test: {
     projects: [
       { extends: true, test: { name: "model", include: ["tests/model/**/*.test.ts"], environment: "node" } },
-      {
-        extends: true,
-        test: {
-          name: "journeys",
-          include: ["tests/journeys/**/*.test.ts"],
-          environment: "node",
-          testTimeout: 120_000,
-          hookTimeout: 40_000,
-          fileParallelism: false,
-        },
-      },
+      driven("journeys"),
+      driven("pictures"),
     ],
   },
 });
