@@ -33,6 +33,7 @@ export default defineConfig({
       { extends: true, test: { name: "model", include: ["tests/model/**/*.test.ts"], environment: "node" } },
       driven("journeys"),
       driven("pictures"),
+      driven("measure"),
     ],
   },
 });

@@ -36,6 +36,8 @@ function settings(editor: Editor, keys: Keys) {
 }
 
 function clear(editor: Editor): void {
+  editor.isMoving = false;
+  editor.shift = { x: 0, y: 0 };
   editor.preview = new Map();
   editor.guides = [];
   editor.marquee = undefined;
@@ -56,15 +58,14 @@ export function moveDrag(editor: Editor, start: Point): Drag {
       const snapped = snapMove(box, targets, settings(editor, keys));
       const shiftX = keys.shift && dx === 0 ? 0 : box.x + snapped.dx - around.x;
       const shiftY = keys.shift && dy === 0 ? 0 : box.y + snapped.dy - around.y;
-      editor.preview = new Map(parts.map((one) => [one.id, { x: one.x + shiftX, y: one.y + shiftY, width: one.width, height: one.height }]));
+      editor.shift = { x: shiftX, y: shiftY };
+      editor.isMoving = true;
       editor.guides = snapped.guides;
     },
     end() {
-      const { preview } = editor;
+      const { x, y } = editor.shift;
       clear(editor);
-      const first = parts[0];
-      const moved = first && preview.get(first.id);
-      if (moved && (moved.x !== first.x || moved.y !== first.y)) editor.placeBoxes(preview);
+      if (x || y) editor.placeBoxes(new Map(parts.map((one) => [one.id, { ...one, x: one.x + x, y: one.y + y }])));
     },
     cancel: () => clear(editor),
   };

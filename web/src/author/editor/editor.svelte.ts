@@ -16,7 +16,10 @@ const clipKey = "clipboard";
 
 export class Editor {
   selection = $state.raw<ReadonlySet<number>>(new Set());
-  /** Boxes of components while they are dragged; the project changes when the drag ends. */
+  /** How far the selection is dragged; the project changes when the drag ends. */
+  shift = $state.raw<Point>({ x: 0, y: 0 });
+  isMoving = $state(false);
+  /** Boxes of components while they are resized. */
   preview = $state.raw<ReadonlyMap<number, Box>>(new Map());
   guides = $state.raw<readonly Guide[]>([]);
   marquee = $state.raw<Box | undefined>();
@@ -232,7 +235,8 @@ export class Editor {
 
   /** The box around the selection as it is shown now. */
   frame(): Box | undefined {
-    return boxAround(this.selected.map((one) => this.preview.get(one.id) ?? one));
+    const box = boxAround(this.selected.map((one) => this.preview.get(one.id) ?? one));
+    return box && { ...box, x: box.x + this.shift.x, y: box.y + this.shift.y };
   }
 
   get hasActive(): boolean {

@@ -1,0 +1,53 @@
+/** Measures how evenly a page of 300 components is dragged. It tells figures and demands none: they are the machine's. */
+import { afterAll, beforeAll, it } from "vitest";
+import type { Browser } from "playwright-core";
+import { newPage, startBrowser } from "../support/browser.ts";
+import { Host } from "../support/host.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser()));
+afterAll(() => browser.close());
+
+it.each(["one", "all"])("drags %s of 300 components", async (which) => {
+  await using host = await Host.start();
+  const components = Array.from({ length: 300 }, (_, at) => ({
+    id: at + 1, type: at % 10 === 0 ? "slider" : "button", x: 10 + (at % 20) * 60, y: 10 + Math.floor(at / 20) * 50, width: 52, height: 42,
+    fontSize: 12, look: { text: `B${at}`, icon: "power" },
+  }));
+  const pages = [{ id: "p1", name: "Full", width: 1280, height: 800, components }];
+  await host.post("setCentralControlWebLayout", { data: { form: "control pages", version: 1, startPage: "", pages } });
+  const { page } = await newPage(browser);
+  await page.goto(`${host.url}/#/edit/p1`);
+  await page.locator(".sheet .part").nth(299).waitFor();
+  if (which === "all") await page.keyboard.press("Control+A");
+  const box = (await page.locator(".sheet .part").nth(105).boundingBox())!;
+  const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+  await page.mouse.move(x, y);
+  await page.mouse.down();
+  await page.mouse.move(x + 10, y);
+  // The moves come from inside the page, one for each frame: what is measured is the application and not the driver.
+  const frames = await page.evaluate(async ({ x, y }) => {
+    const canvas = document.querySelector("[data-canvas]")!;
+    const times: number[] = [];
+    const work: number[] = [];
+    let last = await new Promise<number>(requestAnimationFrame);
+    for (let step = 0; step < 180; ++step) {
+      const start = performance.now();
+      const at = { clientX: x + 60 * Math.sin(step / 20), clientY: y + 40 * Math.cos(step / 17) };
+      canvas.dispatchEvent(new PointerEvent("pointermove", { ...at, pointerId: 1, bubbles: true }));
+      await Promise.resolve();
+      void canvas.getBoundingClientRect();
+      work.push(performance.now() - start);
+      const now = await new Promise<number>(requestAnimationFrame);
+      times.push(now - last);
+      last = now;
+    }
+    return { times, work };
+  }, { x, y });
+  await page.mouse.up();
+  const sorted = (values: number[]) => [...values].sort((one, other) => one - other);
+  const at = (values: number[], share: number) => sorted(values)[Math.floor(share * (values.length - 1))]!.toFixed(1);
+  const slow = frames.times.filter((time) => time > 20).length / frames.times.length;
+  console.log(`${which}: frame ${at(frames.times, 0.5)} ms median, ${at(frames.times, 0.95)} ms at 95 %, ${(slow * 100).toFixed(1)} % over 20 ms; ` +
+    `script and layout ${at(frames.work, 0.5)} ms median, ${at(frames.work, 0.95)} ms at 95 %`);
+});
