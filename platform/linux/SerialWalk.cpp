@@ -42,9 +42,10 @@ std::string Upper(std::string text) {
 std::string Printable(const std::string& text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string result;
-    for (const unsigned char c : text) {
+    for (const char character : text) {
+        const auto c = static_cast<unsigned char>(character);
         if (c > ' ' && c < 0x7f && c != '%') {
-            result += static_cast<char>(c);
+            result += character;
         } else {
             result += {'%', digits[c >> 4U], digits[c & 0xfU]};
         }
