@@ -24,8 +24,7 @@ double Microseconds(Clock::duration time) {
     return std::chrono::duration<double, std::micro>(time).count();
 }
 
-/** Size of the reply at the front of the bytes, 0 while it is not whole. @throw for anything but a success.
- */
+/** Size of the reply that begins here, 0 while its head is not whole. @throw for anything but a success. */
 std::size_t ReplySize(std::string_view bytes) {
     const std::size_t head = bytes.find("\r\n\r\n");
     if (head == std::string_view::npos) {
@@ -40,14 +39,12 @@ std::size_t ReplySize(std::string_view bytes) {
     if (bytes.substr(0, 12) != "HTTP/1.1 200") {
         throw std::runtime_error("reply " + std::string(bytes.substr(0, 200)));
     }
-    const std::size_t size = head + 4 + body;
-    if (bytes.size() < size) {
-        return 0;
-    }
-    if (!bytes.substr(head + 4).starts_with(R"({"code":20000)")) {
+    constexpr std::string_view kSuccess = R"({"code":20000)";
+    const std::string_view begin = bytes.substr(head + 4, kSuccess.size());
+    if (begin.size() == kSuccess.size() && begin.starts_with(R"({"code":)") && begin != kSuccess) {
         throw std::runtime_error("reply " + std::string(bytes.substr(0, 400)));
     }
-    return size;
+    return head + 4 + body;
 }
 
 }  // namespace
@@ -66,7 +63,8 @@ struct LoadGenerator::Connection {
     simulation::Socket socket;
     std::size_t next = 0;  ///< the request to send next
     Clock::time_point sent;
-    std::string received;  ///< the beginning of a reply that came in pieces
+    std::string received;         ///< the beginning of a head that came in pieces
+    std::size_t outstanding = 0;  ///< what is still to come of a reply whose head was there
 
     void Send(const std::vector<std::string>& requests) {
         const std::string& request = requests[next++ % requests.size()];
@@ -86,16 +84,21 @@ struct LoadGenerator::Connection {
             }
             throw std::runtime_error("the server closed a connection");
         }
-        const std::string_view bytes(buffer.data(), static_cast<std::size_t>(size));
-        if (received.empty() && ReplySize(bytes) == bytes.size()) {
-            return true;
+        std::string_view bytes(buffer.data(), static_cast<std::size_t>(size));
+        if (outstanding == 0) {
+            if (!received.empty()) {
+                received += bytes;
+                bytes = received;
+            }
+            outstanding = ReplySize(bytes);
+            if (outstanding == 0) {
+                received = std::string(bytes);
+                return false;
+            }
         }
-        received += bytes;
-        if (ReplySize(received) == 0) {
-            return false;
-        }
+        outstanding -= bytes.size();
         received.clear();
-        return true;
+        return outstanding == 0;
     }
 };
 

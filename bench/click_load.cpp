@@ -24,6 +24,8 @@ using std::chrono::milliseconds;
 constexpr int kRounds = 5;
 constexpr int kComponents = 1000;
 constexpr milliseconds kRunTime{1000};
+constexpr std::size_t kResourceSize = 10'000'000;
+const std::string kResource = "/api/getResource/large.bin";
 const std::string kSmallDocument = "/api/centralControl/getMaterialList";
 const std::string kLayout = "/api/centralControl/getPageLayoutInfo";
 
@@ -120,19 +122,21 @@ json LargeLayout() {
     return {{"pages", {{{"components", std::move(components)}}}}};
 }
 
-/** nginx with two ports that answer the same constant, one with its usual log and one without. */
+/** nginx with two ports that answer the same constant and a file, one with its usual log and one without. */
 class Nginx {
   public:
-    explicit Nginx(const std::string& body)
+    Nginx(const std::string& body, const std::filesystem::path& file)
         : m_logged(simulation::FreePort()), m_silent(simulation::FreePort()) {
         const auto server = [&](int port, const std::string& log) {
             return "server { listen 127.0.0.1:" + std::to_string(port) + "; access_log " + log +
-                   "; location / { return 200 '" + body + "'; } }\n";
+                   "; location / { return 200 '" + body + "'; } location = " + kResource + " { alias " +
+                   file.string() + "; } }\n";
         };
         const std::string config =
             "daemon off; user root; worker_processes auto; pid nginx.pid; error_log error.log;\n"
             "events { worker_connections 4096; }\n"
             "http { default_type \"application/json; charset=utf-8\"; keepalive_requests 1000000000;\n"
+            "sendfile on; tcp_nopush on;\n"
             "client_body_temp_path b; proxy_temp_path p; fastcgi_temp_path f; uwsgi_temp_path u; "
             "scgi_temp_path s;\n" +
             server(m_logged, "access.log combined") + server(m_silent, "off") + "}\n";
@@ -271,9 +275,26 @@ void MeasureLargeGet(LoadGenerator& load, Browser& browser, int port) {
              Ratios(gets, dumps), "");
 }
 
+void MeasureResource(LoadGenerator& load, std::vector<Target> targets) {
+    constexpr int kConnections = 4;
+    RunRounds(targets, [&](const Target& target) {
+        return load.Run(target.port, {HttpClient::Request("GET", kResource, "")}, kConnections, kRunTime);
+    });
+    const auto throughput = [](const Target& target) {
+        return Number(Quantile(target.rates, 0.5) * kResourceSize / 1e6, " MB/s");
+    };
+    PrintRow("GET of a resource of 10 MB", kConnections, throughput(targets[0]),
+             targets[1].name + " " + throughput(targets[1]), Ratios(targets[0].rates, targets[1].rates),
+             "at least 0.5");
+}
+
 void Run() {
     LoadGenerator load;
-    simulation::HostProcess host;
+    simulation::HostOptions options;
+    options.ownInstallation = true;
+    simulation::HostProcess host(options);
+    const auto file = host.Installation() / "Resource/large.bin";
+    simulation::WriteFile(file, std::string(kResourceSize, 'x'));
     host.Start();
     Browser browser(host);
     StorePages(browser, load.EquipmentPort());
@@ -286,7 +307,7 @@ void Run() {
                                     {},
                                     folder.Path(),
                                     {}});
-    const Nginx nginx(document);
+    const Nginx nginx(document, file);
     for (const int port : {floorPort, nginx.LoggedPort(), nginx.SilentPort()}) {
         WaitListening(port);
     }
@@ -301,6 +322,7 @@ void Run() {
     MeasureClicks(load, {ours, least});
     MeasureSmallGet(load, {ours, logged, silent, least});
     MeasureLargeGet(load, browser, host.HttpPort());
+    MeasureResource(load, {ours, logged});
 }
 
 }  // namespace
