@@ -22,10 +22,12 @@ afterAll(async () => {
 });
 
 async function selectButton(page: Page): Promise<void> {
-  const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
-  await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
-  const open = page.locator(".switches button").last();
-  if (await open.isVisible()) await open.click();
+  const [parts, properties] = [page.locator(".switches button").first(), page.locator(".switches button").last()];
+  const isNarrow = await parts.isVisible();
+  if (isNarrow) await parts.click();
+  await page.getByRole("tab", { name: "List" }).click();
+  await page.getByRole("tabpanel").getByRole("button", { name: "On", exact: true }).click();
+  if (isNarrow) await properties.click();
 }
 
 const places: [string, string, ((page: Page) => Promise<void>)?][] = [
@@ -58,6 +60,7 @@ it.each([
     await page.goto(`${host.url}/${hash}`);
     await page.locator(".connection.open").waitFor();
     await act?.(page);
+    await page.evaluate(() => Promise.all(document.getAnimations().map((one) => one.finished)));
     await page.addScriptTag({ content: axe });
     const violations = await page.evaluate(async () => {
       const result = await (window as unknown as { axe: { run: () => Promise<{ violations: { id: string; impact: string; nodes: { html: string }[] }[] }> } }).axe.run();
