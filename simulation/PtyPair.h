@@ -21,6 +21,9 @@ class PtyPair {
     const std::filesystem::path& Device() const { return m_link; }
     const Recorder& Received() const { return m_received; }
 
+    /** What the equipment answers. Any thread. @throw std::system_error when the line takes it not at all */
+    void Send(std::string_view bytes) const;
+
   private:
     std::filesystem::path m_link;
     int m_other = -1;

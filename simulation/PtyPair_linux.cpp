@@ -37,4 +37,14 @@ PtyPair::~PtyPair() {
     std::filesystem::remove(m_link, ignored);
 }
 
+void PtyPair::Send(std::string_view bytes) const {
+    while (!bytes.empty()) {
+        const ssize_t size = write(m_other, bytes.data(), bytes.size());
+        if (size < 0) {
+            throw std::system_error(errno, std::generic_category(), "write to the serial line");
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(size));
+    }
+}
+
 }  // namespace simulation
