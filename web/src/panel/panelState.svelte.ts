@@ -48,7 +48,7 @@ export class PanelState {
       if (isBack || (state === "open" && !this.loaded)) void this.reload();
       this.connection = state;
     });
-    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(), times.refresh);
+    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(false), times.refresh);
     document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.reload());
   }
 
@@ -56,10 +56,15 @@ export class PanelState {
     return Object.values(this.pressed).some(Boolean);
   }
 
-  /** Reads everything again. What is unchanged stays as it is; a failure leaves what is shown. */
-  async reload(): Promise<void> {
+  /**
+   * Reads everything again, or first the layout, and the rest only when that is another one: each save marks it.
+   * What is unchanged stays as it is; a failure leaves what is shown.
+   */
+  async reload(everything = true): Promise<void> {
     try {
-      const [layout, materials] = await Promise.all([server.layout(), server.materials(), language.load()]);
+      const [layout] = await Promise.all([server.layout(), language.load()]);
+      if (!everything && sameJson(layout, this.#stored.layout)) return;
+      const materials = await server.materials();
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
         const read = readLayout(layout);
         this.refused = isRefused(read) ? read : undefined;

@@ -19,12 +19,12 @@ export async function readStored(): Promise<Project | Refusal> {
 
 /**
  * Stores what differs from `stored`. The layout comes last: a panel that reads in between never meets a page whose
- * pictures or commands are not there yet.
+ * pictures or commands are not there yet. Its time of saving tells panels that any of the three is another one.
  */
 export async function writeStored(project: Project, stored: Project): Promise<void> {
   const mine = writeProject(project);
   const theirs = writeProject(stored);
   if (!sameJson(mine.materials, theirs.materials)) await server.storeMaterials(mine.materials);
   await server.storeInteractions(mine.interactions);
-  await server.storeLayout(mine.layout);
+  await server.storeLayout({ ...mine.layout, saved: Date.now() });
 }
