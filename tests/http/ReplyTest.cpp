@@ -50,8 +50,9 @@ TEST_F(ReplyTest, FindsTheRoute) {
 }
 
 TEST_F(ReplyTest, SurvivesFailingHandlers) {
-    service.GET("/throw", [](HttpRequest*, HttpResponse* response) -> int {
-        response->SetBody("half done");
+    Write("half.bin", std::string(100'000, 'h'));
+    service.GET("/throw", [file = Path("half.bin")](HttpRequest*, HttpResponse* response) -> int {
+        response->File(file.c_str());
         throw std::runtime_error("out of tea");
     });
     service.GET("/odd", [](HttpRequest*, HttpResponse*) -> int { throw 42; });

@@ -310,8 +310,7 @@ void HttpConnection::CallHandler() {
         failure = "unknown exception";
     }
     ReportError("The handler of " + Shown(m_exchange->request->path) + " failed: " + Shown(failure));
-    response.headers.clear();
-    response.body.clear();
+    response = HttpResponse();
     response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
 }
 
