@@ -363,5 +363,7 @@ export const authorEn = {
   keyWheel: "Zoom",
   keyNoSnap: "Drag without snapping",
   keyAxis: "Drag in one direction, resize in proportion",
+  keyDrag: "drag",
+  keyTurn: "wheel",
   keyHelp: "This list",
 };

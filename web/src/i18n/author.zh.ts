@@ -365,5 +365,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   keyWheel: "缩放",
   keyNoSnap: "拖动时不对齐",
   keyAxis: "单向拖动，等比缩放",
+  keyDrag: "拖动",
+  keyTurn: "滚轮",
   keyHelp: "此列表",
 };

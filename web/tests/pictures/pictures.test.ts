@@ -58,6 +58,18 @@ const steps: Step[] = [
     if (await open.isVisible()) await open.click();
     await page.locator("ol .what").first().click();
   }],
+  ["problems", "#/edit/p-hall", async (page) => {
+    const open = page.locator(".switches button").first();
+    if (await open.isVisible()) await open.click();
+    await page.locator("#tab-problems").click();
+  }],
+  ["keys", "#/edit/p-hall", async (page) => page.keyboard.press("?")],
+  ["page-new", "#/pages", async (page) => page.locator(".head .primary").click()],
+  ["import", "#/pages", async (page) => {
+    await page.locator(".head .button").first().click();
+    await page.locator("dialog input").setInputFiles(join(root, "demo/sample_project.json"));
+    await page.locator("dialog dl").waitFor();
+  }],
   ["interfaces", "#/interfaces"],
   ["interface-new", "#/interfaces", async (page) => page.locator(".head .primary").click()],
   ["materials", "#/materials"],
@@ -70,6 +82,11 @@ const steps: Step[] = [
   ["panel-confirm", "#/panel/p-hall", async (page) => {
     await page.locator(".part.is-button").nth(1).click();
     await page.locator("dialog").waitFor();
+  }],
+  // The last one: its page gets no connection any more.
+  ["panel-away", "#/panel/p-hall", async (page) => {
+    await page.evaluate(() => dispatchEvent(new Event("offline")));
+    await page.locator(".veil").waitFor();
   }],
 ];
 
@@ -87,6 +104,7 @@ for (const [language, word] of Object.entries(languages)) {
           await page.goto("about:blank");
           await page.goto(`${host.url}/${hash}`);
           await page.locator(".connection.open").waitFor();
+          if (name === "panel-away") await page.routeWebSocket(/./, (socket) => void socket.close());
           await act?.(page);
           await page.evaluate(() => document.fonts.ready.then(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))));
           await page.screenshot({ path: join(folder, `${name}-${language}-${size}-${theme}.png`), animations: "disabled" });
