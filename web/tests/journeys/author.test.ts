@@ -1,6 +1,6 @@
 import { afterAll, beforeAll, describe, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
-import { newPage, startBrowser } from "../support/browser.ts";
+import { newPage, screens, startBrowser } from "../support/browser.ts";
 import { SerialDevice, TcpDevice, UdpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 import { waitFor } from "../support/wait.ts";
@@ -192,5 +192,71 @@ describe("the editor", () => {
     const pages = (await host.read("getPageLayoutInfo")).pages;
     expect(pages.map((one: { name: string }) => one.name)).toEqual(["Hall", "Lobby", "Hall (mine)"]);
     expect([pages[0].components[0].y, pages[2].components[0].y]).toEqual([400, 200]);
+  });
+
+  it("gives a slider one list for all positions, and lists its command when the interface is deleted", async () => {
+    await using host = await Host.start();
+    await using device = await TcpDevice.start();
+    await host.addTcp("Device", device.port);
+    const { page, errors } = await openEditor(host, []);
+    const [from, to] = [(await page.getByRole("button", { name: "Slider" }).boundingBox())!, await onScreen(page, 600, 400)];
+    await page.mouse.move(from.x + 20, from.y + 20);
+    await page.mouse.down();
+    await page.mouse.move(to[0] - 30, to[1], { steps: 3 });
+    await page.mouse.move(...to);
+    await page.mouse.up();
+    await addCommand(page, "Device", "Volume", "VOL {value:3}");
+    await page.getByText("56 4F 4C 20 35 30").waitFor();
+    await page.getByRole("button", { name: "Send now" }).click();
+    await device.has("VOL 050");
+    await save(page);
+    const [slider] = await stored(host);
+    expect([slider!.x, slider!.y]).toEqual([440, 360]);
+    const [commands] = (await host.read("getComponentInteractionInfo")).componentInteractionInfo.componentArr;
+    expect(commands.interactionArr).toHaveLength(11);
+    expect(commands.interactionArr[10]).toMatchObject({ triggerType: "position10", commandArr: [{ netPortInfo: { content: "VOL 100" } }] });
+
+    await page.goto(`${host.url}/#/interfaces`);
+    await page.getByText("used 1×").waitFor();
+    await page.getByRole("button", { name: "Delete: Device" }).click();
+    await page.getByRole("dialog").getByText("1 commands use it.").waitFor();
+    await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
+    await page.getByText("No interface yet").waitFor();
+    await page.goto(`${host.url}/#/edit/p1`);
+    await page.getByRole("tab", { name: "Problems" }).click();
+    await page.getByRole("button", { name: "A command names a deleted interface." }).click();
+    await page.getByRole("heading", { name: "Slider" }).waitFor();
+    expect(errors).toEqual([]);
+  });
+
+  it("follows fingers", async () => {
+    await using host = await Host.start();
+    await openEditor(host, [button(1, 100, 100)]).then(({ page }) => page.context().close());
+    const { page, context } = await newPage(browser, screens.phone);
+    await page.goto(`${host.url}/#/edit/p1`);
+    await page.locator(".sheet .part").waitFor();
+    const client = await context.newCDPSession(page);
+    const touch = async (type: "touchStart" | "touchMove" | "touchEnd", ...points: [number, number][]) => {
+      const touchPoints = await Promise.all(points.map(async ([x, y], id) => {
+        const [sx, sy] = await onScreen(page, x, y);
+        return { x: sx, y: sy, id };
+      }));
+      await client.send("Input.dispatchTouchEvent", { type, touchPoints });
+    };
+    await touch("touchStart", [150, 130]);
+    await touch("touchMove", [300, 130]);
+    await touch("touchMove", [550, 430]);
+    await touch("touchEnd");
+    await page.getByRole("button", { name: "Save", exact: true }).click();
+    await page.getByRole("button", { name: "Saved" }).waitFor();
+    expect((await stored(host))[0]).toMatchObject({ x: 500, y: 400 });
+
+    const zoom = async () => parseInt(await page.locator(".zoom").innerText(), 10);
+    const before = await zoom();
+    await touch("touchStart", [300, 300], [500, 300]);
+    await touch("touchMove", [200, 300], [600, 300]);
+    await touch("touchEnd");
+    expect(await zoom()).toBeGreaterThan(before);
+    await context.close();
   });
 });
