@@ -45,13 +45,13 @@ void Tell(const std::string& line) {
     RavLog::WriteSystemLog(RavLog::Error, "RestoreFromBackup", line);
 }
 
-/** Keeps the broken file under another name and puts the text in its place. */
-std::error_code ReplaceBroken(const std::string& path, const std::string& text) {
+/** Keeps what is broken under another name and puts the text in its place. */
+std::error_code ReplaceBroken(const std::string& path, const std::string& broken, const std::string& text) {
     std::error_code error;
     // The document may be a link to where the user keeps it: the link stays.
     const fs::path target = fs::canonical(PathFromNarrow(path), error);
     if (!error) {
-        fs::copy_file(target, PathFromNarrow(path + ".broken"), fs::copy_options::overwrite_existing, error);
+        error = ReplaceFileDurably(path + ".broken", broken);
     }
     return error ? error : ReplaceFileDurably(NarrowFromPath(target), text);
 }
@@ -83,7 +83,7 @@ std::string RestoreFromBackup(const std::string& path) try {
     if (!backup || !IsWhole(*backup)) {
         return path;
     }
-    if (const std::error_code error = ReplaceBroken(path, *backup)) {
+    if (const std::error_code error = ReplaceBroken(path, *document, *backup)) {
         Tell("JSON Load Error: " + path +
              " is broken, its backup is used but can't be put in its place: " + error.message());
         return backupPath;

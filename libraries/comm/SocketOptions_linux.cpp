@@ -36,6 +36,10 @@ bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket) {
     return ioctl(socket.native_handle(), SIOCOUTQ, &bytes) == 0 && bytes > 0;
 }
 
+bool IsReadOnItsWay(boost::asio::ip::tcp::socket& /*socket*/) {
+    return false;
+}
+
 void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code) {
     acceptor.set_option(boost::asio::socket_base::reuse_address(true), code);
 }

@@ -44,6 +44,14 @@ bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket) {
            info.BytesInFlight > 0;
 }
 
+bool IsReadOnItsWay(boost::asio::ip::tcp::socket& socket) {
+    fd_set sockets;
+    FD_ZERO(&sockets);
+    FD_SET(socket.native_handle(), &sockets);
+    timeval none{0, 0};
+    return select(0, &sockets, nullptr, nullptr, &none) == 1;
+}
+
 // A port whose connections are still closing can be taken without more; the option keeps out other programs.
 void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code) {
     acceptor.set_option(Exclusive(true), code);

@@ -3,9 +3,17 @@
 
 #include <cstdio>
 
+#include <io.h>
 #include <windows.h>
 
 namespace {
+
+/** True when somebody has led the stream to a file or a pipe, where it stays. */
+bool IsRedirected(std::FILE* stream) {
+    const intptr_t handle = _get_osfhandle(_fileno(stream));
+    const DWORD type = handle < 0 ? FILE_TYPE_UNKNOWN : GetFileType(reinterpret_cast<HANDLE>(handle));
+    return type == FILE_TYPE_DISK || type == FILE_TYPE_PIPE;
+}
 
 /** Gives the process a console that shows what it writes, in UTF-8. */
 void MakeConsole() {
@@ -14,6 +22,9 @@ void MakeConsole() {
     }
     SetConsoleOutputCP(CP_UTF8);
     for (std::FILE* stream : {stdout, stderr}) {
+        if (IsRedirected(stream)) {
+            continue;
+        }
         if (std::freopen("CONOUT$", "w", stream) != nullptr) {
             std::setvbuf(stream, nullptr, _IONBF, 0);
         }

@@ -1,6 +1,7 @@
 #include "libraries/http/src/FileAccess.h"
 #include "platform/Paths.h"
 #include "platform/windows/FinalPath.h"
+#include "platform/windows/Narrow.h"
 
 #include <algorithm>
 #include <array>
@@ -99,7 +100,10 @@ FileHandle OpenFileBeneath(const std::string& folder, const std::string& relativ
     const std::wstring rootPath = FinalPath(rootHandle).native();
     CloseHandle(rootHandle);
     // The name comes out of a request, so it is UTF-8 whatever the process's code page.
-    const std::filesystem::path name(std::u8string(relative.begin(), relative.end()));
+    const std::wstring name = WideFromUtf8(relative);
+    if (name.empty()) {
+        return {};
+    }
     const HANDLE handle = Open(root / name, GENERIC_READ, FILE_ATTRIBUTE_NORMAL);
     if (handle == INVALID_HANDLE_VALUE) {
         return {};
