@@ -2,6 +2,7 @@
 if(WIN32)
     set(SERVER_PLATFORM windows)
     set(CMAKE_SHARED_LIBRARY_PREFIX "")  # Server.dll
+    enable_language(RC)
 elseif(UNIX)
     set(SERVER_PLATFORM linux)
 else()
