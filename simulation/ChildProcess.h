@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -52,6 +53,8 @@ class ChildProcess {
   private:
     std::filesystem::path m_outputFolder;
     int m_id = -1;
+    struct SSystem;
+    std::shared_ptr<SSystem> m_system;  ///< what else the system needs; null on Linux
     std::optional<int> m_status;
 };
 

@@ -1,6 +1,7 @@
 #include "simulation/HostProcess.h"
 
 #include "simulation/HttpClient.h"
+#include "simulation/Machine.h"
 #include "simulation/Socket.h"
 
 #include <cstdlib>
@@ -55,10 +56,7 @@ void HostProcess::CopyInstallation() const {
 
 void HostProcess::Launch() {
     const auto program = m_options.ownInstallation ? Installation() / Program().filename() : Program();
-    ProcessOptions options{{program.string()},
-                           {"-uXDG_CONFIG_HOME", "HOME=" + Home().string(), "LC_ALL=en_US.UTF-8"},
-                           Home(),
-                           m_options.descriptorLimit};
+    ProcessOptions options{{program.string()}, HomeEnvironment(Home()), Home(), m_options.descriptorLimit};
     options.environment.insert(options.environment.end(), m_options.environment.begin(),
                                m_options.environment.end());
     m_process = std::make_unique<ChildProcess>(options);

@@ -49,7 +49,7 @@ class HostProcess {
     std::filesystem::path Installation() const { return Home() / "installation"; }
 
     /** The content of a file of the user data folder, of its folder Log for instance. */
-    std::string UserFile(const std::string& name) const { return ReadFile(UserData() / name); }
+    std::string UserFile(const std::string& name) const { return ReadTextFile(UserData() / name); }
 
   private:
     void CopyInstallation() const;

@@ -21,9 +21,20 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(m_path, ignored);
 }
 
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
+namespace {
+
+std::string ReadAll(std::ifstream file) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+}  // namespace
+
+std::string ReadFile(const fs::path& path) {
+    return ReadAll(std::ifstream(path, std::ios::binary));
+}
+
+std::string ReadTextFile(const fs::path& path) {
+    return ReadAll(std::ifstream(path));
 }
 
 void WriteFile(const fs::path& path, std::string_view content) {

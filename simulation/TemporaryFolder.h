@@ -24,6 +24,9 @@ class TemporaryFolder {
 /** The content of a file; empty when it can't be read. */
 std::string ReadFile(const std::filesystem::path& path);
 
+/** The same of a text file, with "\n" at the ends of its lines on every system. */
+std::string ReadTextFile(const std::filesystem::path& path);
+
 /** Replaces a file's content; its folder is made when it is missing. @throw std::runtime_error */
 void WriteFile(const std::filesystem::path& path, std::string_view content);
 

@@ -1,4 +1,5 @@
 #include "libraries/comm/Content.h"
+#include "simulation/Machine.h"
 
 #include <fstream>
 #include <string>
@@ -21,6 +22,9 @@ TEST(Content, TurnsIntoTheBytesOfTheVectorFile) {
     const auto vectors = nlohmann::json::parse(file);
     ASSERT_GT(vectors.size(), 30U);
     for (const auto& vector : vectors) {
+        if (vector["asciiEncode"] == 2 && !simulation::Differences::hasGb18030) {
+            continue;
+        }
         const auto content = vector["content"].get<std::string>();
         std::string storage;
         std::string_view bytes;

@@ -2,7 +2,7 @@
 
 #include "platform/RavLog.h"
 
-#include <mutex>
+#include <sstream>
 #include <system_error>
 
 bool Client::Send(std::string_view bytes) {
@@ -56,20 +56,16 @@ std::string Expanded(std::string text) {
     return text;
 }
 
-namespace {
-
-std::mutex g_logMutex;
-std::vector<std::string> g_log;
-
-}  // namespace
-
 std::vector<std::string> TakeLog() {
-    const std::lock_guard lock(g_logMutex);
-    return std::exchange(g_log, {});
-}
-
-// Stands in for the system log.
-void RavLog::WriteSystemLog(EnLogLevel /*level*/, std::string_view /*place*/, std::string_view text) {
-    const std::lock_guard lock(g_logMutex);
-    g_log.emplace_back(text);
+    static const simulation::TemporaryFolder folder;
+    static std::size_t seen = 0;
+    RavLog::StopLogs();  // all is written then
+    std::istringstream text(simulation::ReadTextFile(folder.Path() / "System.log").substr(seen));
+    seen += text.str().size();
+    RavLog::StartLogs(folder.Path().string(), "trace");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line.substr(line.find("[] ") + 3));
+    }
+    return lines;
 }

@@ -26,7 +26,7 @@ TEST_F(ReplyTest, FindsTheRoute) {
     Write("index.html", "page");
     Write("static.txt", "static");
     Write("api/exact", "file");
-    service.Static("/", folder.Path().c_str());
+    service.Static("/", folder.Path().string().c_str());
     service.GET("/", Says("root"));
     service.GET("/api/{name}", Says("replaced"));
     service.GET("/api/{name}", Says("pattern"));
@@ -81,7 +81,7 @@ TEST_F(ReplyTest, SurvivesFailingHandlers) {
 
 TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
     Write("large.bin", std::string(g_large, 'f'));
-    service.Static("/", folder.Path().c_str());
+    service.Static("/", folder.Path().string().c_str());
     service.GET("/large", [](HttpRequest*, HttpResponse* response) {
         response->body.assign(g_large, 'x');
         return 200;

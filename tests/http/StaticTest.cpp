@@ -1,7 +1,6 @@
 // Files of the web root: what is served, how it is cached, and what is never served.
+#include "simulation/Machine.h"
 #include "tests/http/HttpFixture.h"
-
-#include <filesystem>
 
 namespace {
 
@@ -11,13 +10,15 @@ class StaticTest : public HttpTest {
         for (const auto& row : Rows("files.json")) {
             Write(row[0], row[1].get<std::string>());
         }
-        std::filesystem::create_symlink(Path("outside.txt"), Path("www/absolute"));
-        std::filesystem::create_symlink("../outside.txt", Path("www/relative"));
-        std::filesystem::create_directory_symlink(folder.Path(), Path("www/up"));
-        std::filesystem::create_symlink("sub/index.html", Path("www/inside"));
+        simulation::MakeLink(Path("outside.txt"), Path("www/absolute"));
+        simulation::MakeLink("../outside.txt", Path("www/relative"));
+        simulation::MakeLink(folder.Path(), Path("www/up"));
+        m_hasLinks = simulation::MakeLink("sub/index.html", Path("www/inside"));
         service.Static("/", Path("www").c_str());
         Run();
     }
+
+    bool m_hasLinks = false;
 };
 
 TEST_F(StaticTest, NeverLeavesTheFolder) {
@@ -27,7 +28,9 @@ TEST_F(StaticTest, NeverLeavesTheFolder) {
         EXPECT_EQ(404, reply.status) << path;
         EXPECT_EQ("", reply.body) << path;
     }
-    EXPECT_EQ("sub", client.Ask(Get("/inside")).body) << "a link that stays inside";
+    if (m_hasLinks) {
+        EXPECT_EQ("sub", client.Ask(Get("/inside")).body) << "a link that stays inside";
+    }
 }
 
 TEST_F(StaticTest, ServesAndValidates) {

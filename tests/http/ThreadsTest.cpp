@@ -20,7 +20,7 @@ class ThreadsTest : public HttpTest {
   protected:
     void SetUp() override {
         Write("page.txt", "page");
-        service.Static("/", folder.Path().c_str());
+        service.Static("/", folder.Path().string().c_str());
         service.GET("/quick", [](HttpRequest*, HttpResponse* response) {
             response->SetBody("quick");
             return 200;

@@ -2,6 +2,7 @@
 
 #include "simulation/Browser.h"
 #include "simulation/Equipment.h"
+#include "simulation/Machine.h"
 #include "simulation/PtyPair.h"
 
 #include <optional>
@@ -66,6 +67,12 @@ std::vector<Example> ReadExamples(const std::string& document) {
     return examples;
 }
 
+/** The system's sentence for a refused connection, without its line end. */
+std::string Refused() {
+    const std::string text = simulation::ErrorText(10061);
+    return text.substr(0, text.find('\r'));
+}
+
 /** What the document calls by other names than this machine. */
 std::string Translated(std::string text, int projectorPort) {
     const std::pair<std::string, std::string> names[] = {
@@ -75,6 +82,7 @@ std::string Translated(std::string text, int projectorPort) {
         {"https://www.example.com/?language=en", kMakerWebsiteEnglish},
         {"+1 555 0100", kMakerPhone},
         {"info@example.com", kMakerEmail},
+        {"No connection could be made because the target machine actively refused it.", Refused()},
     };
     for (const auto& [from, to] : names) {
         for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {

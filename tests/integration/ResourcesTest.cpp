@@ -1,9 +1,11 @@
 // The folder of resources: nothing from outside of it, and large files without the memory for them.
 
 #include "simulation/Browser.h"
+#include "simulation/Machine.h"
 
 #include <atomic>
 #include <list>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -32,7 +34,7 @@ class Resources : public ::testing::Test {
     Resources() : host(OwnInstallation()), folder(host.Installation() / "Resource") {}
 
     void Write(const std::string& name, std::string_view text) { simulation::WriteFile(folder / name, text); }
-    void Link(const std::string& name, const fs::path& to) { fs::create_symlink(to, folder / name); }
+    bool Link(const std::string& name, const fs::path& to) { return simulation::MakeLink(to, folder / name); }
 
     HostProcess host;
     const fs::path folder;
@@ -87,6 +89,11 @@ void ExpectReply(const std::string& name, const HttpReply& reply, const std::str
         << name;
 }
 
+/** A name relative to a drive, which means the folder where the system has drives. */
+bool IsOnDrive(const std::string& name) {
+    return name == "C:" || name == "C:lamp.png";
+}
+
 TEST_F(Resources, NeverComeFromOutside) {
     for (const auto& [name, text] : std::map<std::string, std::string>{{"lamp.png", "lamp"},
                                                                        {"sub/deep.txt", "deep"},
@@ -100,6 +107,7 @@ TEST_F(Resources, NeverComeFromOutside) {
                                                                        {"../sub/deep.txt", "secret"}}) {
         Write(name, text);
     }
+    std::set<std::string> missing;  // links that this system can't make
     for (const auto& [name, to] :
          std::map<std::string, fs::path>{{"inside", "sub/deep.txt"},
                                          {"insidechain", "inside"},
@@ -114,13 +122,19 @@ TEST_F(Resources, NeverComeFromOutside) {
                                          {"loop", "loop"},
                                          {"dangling", "../missing.txt"},
                                          {"null", "/dev/null"}}) {
-        Link(name, to);
+        if (!Link(name, to)) {
+            missing.insert(name);
+        }
     }
     host.Start();
     HttpClient client(host.HttpPort());
     std::map<std::string, std::string> expected;
     for (const json& row : json::parse(simulation::ReadFile(fs::path(TEST_TABLES) / "resource_names.json"))) {
         const std::string name = Expanded(row[0], host.Installation());
+        if (missing.contains(name.substr(0, name.find('%'))) ||
+            (!simulation::Differences::namesAsWritten && (row[1] != "refused" || IsOnDrive(name)))) {
+            continue;
+        }
         ExpectReply(name, client.Get(kRoute + name), row[1], row[2]);
         expected[kRoute + name] = row[3];
     }
@@ -137,7 +151,9 @@ TEST_F(Resources, NeverComeFromOutside) {
 TEST_F(Resources, NeverComeThroughALinkThatTakesThePlaceOfAFolder) {
     Write("folder/file.txt", "inside");
     Write("../outside/file.txt", "secret");
-    Link("link", "../outside");
+    if (!Link("link", "../outside")) {
+        GTEST_SKIP() << "links need special rights";
+    }
     host.Start();
     std::atomic<bool> isOver = false;
     std::jthread swapper([&] {
@@ -194,7 +210,9 @@ TEST_F(Resources, OfAnySizeNeedLittleMemory) {
     EXPECT_EQ(received, head.find("\r\n\r\n") + 4 + size);
     EXPECT_NE(head.find("\r\nContent-Length: 1073741824\r\n"), std::string::npos);
 #ifndef TEST_SANITIZED  // a sanitizer has a memory of its own
-    EXPECT_LT(host.Process().ResidentBytes(), 40000000U) << "with eight clients in the middle of it";
+    if (simulation::Differences::measuresProcess) {
+        EXPECT_LT(host.Process().ResidentBytes(), 40000000U) << "with eight clients in the middle of it";
+    }
 #endif
     EXPECT_EQ(client.Get("/api/getServerVersion").status, 200) << "on the same connection";
     slow.clear();

@@ -3,6 +3,7 @@
 
 #include "server/ClientsManager.h"
 #include "server/RouterMgr.h"
+#include "simulation/Machine.h"
 #include "tests/server/RecordingComManager.h"
 #include "userdata/UserData.h"
 
@@ -211,8 +212,7 @@ TEST_F(PortOrder, AClickSendsItsCommandsInOrder) {
                     R"({"data":{"componentId":7,"interactionArr":)" + triggers + "}}");
     };
     const Calls pressed = {"SendNetData 101 PWR ON text 0", "SendSerialData COM7 01 02 hex 2"};
-    const std::string refused =
-        "No connection could be made because the target machine actively refused it.\r\n";
+    const std::string refused = simulation::ErrorText(10061);
     const std::string failures =
         "Deadfailed to send On,reason:10061" + refused + "\r\nMutefailed to send On,reason:10061" + refused;
 

@@ -1,8 +1,7 @@
 // Gives the test program a home folder of its own, before anything reads the configuration.
 
-#include <cstdlib>
-#include <filesystem>
-#include <string>
+#include "simulation/Machine.h"
+#include "simulation/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -10,19 +9,10 @@ namespace {
 
 class TemporaryHome : public testing::Environment {
   public:
-    TemporaryHome() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "server-tests-XXXXXX").string();
-        m_path = mkdtemp(pattern.data());
-        setenv("HOME", m_path.c_str(), 1);
-        unsetenv("XDG_CONFIG_HOME");
-    }
-    ~TemporaryHome() override { std::filesystem::remove_all(m_path); }
-
-    TemporaryHome(const TemporaryHome&) = delete;
-    TemporaryHome& operator=(const TemporaryHome&) = delete;
+    TemporaryHome() { simulation::SetHome(m_folder.Path()); }
 
   private:
-    std::filesystem::path m_path;
+    const simulation::TemporaryFolder m_folder;
 };
 
 const testing::Environment* const g_home = testing::AddGlobalTestEnvironment(new TemporaryHome);

@@ -2,6 +2,7 @@
 #include "include/GlobalConfig.h"
 #include "platform/GeneratorId.h"
 #include "platform/RavLog.h"
+#include "simulation/Machine.h"
 #include "tests/config/TestCases.h"
 #include "userdata/UserData.h"
 
@@ -49,7 +50,7 @@ class UserData : public testing::Test {
     class Store : public CUserData {};
 
     UserData() {
-        setenv("HOME", m_path.c_str(), 1);
+        simulation::SetHome(m_path);
         GetConfigInstance().user_data_path = m_path.string();
     }
 

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace simulation {
+
+/**
+ * Makes a folder the home of the user for this process: the Documents folder, which is made, lies in it. On
+ * Windows the user's folder "Personal" has to be "%SERVER_HOME%\Documents", as scripts/wine-run sets it up.
+ */
+void SetHome(const std::filesystem::path& folder);
+
+/** The changes of the environment that do the same for a child process (ProcessOptions::environment). */
+std::vector<std::string> HomeEnvironment(const std::filesystem::path& folder);
+
+/** Sets an environment variable of this process; null removes it. */
+void SetVariable(const char* name, const char* value);
+
+/** Makes this the user's locale: "zh_CN.UTF-8" and the like, "" for none. */
+void SetLocale(const std::string& posixName);
+
+/** Makes a link to a file or folder. @return false where that needs special rights, and nothing was made */
+bool MakeLink(const std::filesystem::path& target, const std::filesystem::path& link);
+
+/** A file that takes no bytes, since its disk is full; empty where there is no such thing. */
+const char* FullDisk();
+
+/** Folder of the program that runs. */
+std::filesystem::path ProgramFolder();
+
+/**
+ * What the tests expect to be different on the two systems; all else is the same. docs/platforms.md tells
+ * why.
+ */
+struct Differences {
+    /** Bytes at the end of a line of a document, and of a record of ClientError.log. */
+    static const char* const documentLineEnd;
+    static const char* const recordEnd;
+
+    /** The folder of the user's documents below the Documents folder. */
+    static const char* const userFolder;
+
+    /** Names of files are told apart by case, and keep blanks and dots at their end. */
+    static const bool namesAsWritten;
+
+    /** A file that a program has open can be removed. */
+    static const bool removesOpenFiles;
+
+    /** The system can write GB18030; Wine can't, Windows can. */
+    static const bool hasGb18030;
+
+    /** Serial ports are found by the system's own list, which a test can't fill. */
+    static const bool hasPortList;
+
+    /** What the system gives for memory and descriptors in use tells of the server alone, and not of Wine. */
+    static const bool measuresProcess;
+};
+
+/** The text that follows the number in the message of a failed command. */
+std::string ErrorText(unsigned code);
+
+}  // namespace simulation
