@@ -60,7 +60,6 @@ it.each([
     await page.goto(`${host.url}/${hash}`);
     await page.locator(".connection.open").waitFor();
     await act?.(page);
-    await page.evaluate(() => Promise.all(document.getAnimations().map((one) => one.finished)));
     await page.addScriptTag({ content: axe });
     const violations = await page.evaluate(async () => {
       const result = await (window as unknown as { axe: { run: () => Promise<{ violations: { id: string; impact: string; nodes: { html: string }[] }[] }> } }).axe.run();
