@@ -132,12 +132,12 @@ void Server::StopOnFirstLoop() {
 void Server::Accept() {
     Insist([this] {
         ServerLoop& loop = LeastLoaded();
-        m_acceptor.async_accept(loop.Context(), m_peer,
-                                [this, &loop](const error_code& error, Socket socket) {
-                                    if (error != asio::error::operation_aborted) {
-                                        AcceptAll([&] { return Take(loop, error, std::move(socket), m_peer); });
-                                    }
-                                });
+        m_acceptor.async_accept(
+            loop.Context(), m_peer, [this, &loop](const error_code& error, Socket socket) {
+                if (error != asio::error::operation_aborted) {
+                    AcceptAll([&] { return Take(loop, error, std::move(socket), m_peer); });
+                }
+            });
     });
 }
 
