@@ -7,7 +7,7 @@ import { type Point, targetAt } from "../model/geometry.ts";
 import { sliderTrigger } from "../model/interactions.ts";
 
 /** How far a slider's rail ends inside its box, in px of the page; its style sets the same. */
-const railMargin = { horizontal: 32, vertical: 44 };
+const railMargin = { horizontal: 32, vertical: 58 };
 
 export interface PressHooks {
   /** The components that can be pressed now, in drawing order. */
