@@ -37,11 +37,15 @@ free_port() {  # below the range from which the system takes ports by itself
     done
 }
 http=$(free_port)
-printf '{"http_port":%s,"websocket_port":%s}' "$http" "$(free_port)" >"$documents/LocalHost.config"
+websocket=$(free_port)
+printf '{"http_port":%s,"websocket_port":%s}' "$http" "$websocket" >"$documents/LocalHost.config"
+settings=$root$(setting ReadWritePaths | sed 's/^-//')
+grep -qx "settings=${settings#"$root"}" "$work/control/postinst" || fail "nobody makes the file that the unit lets write"
+: >"$settings"
 
 as_user=()
 if [ "$(id -u)" -eq 0 ]; then
-    chown -R nobody "$home"
+    chown -R nobody "$home" "$settings"
     chmod 755 "$work"
     as_user=(setpriv --reuid=nobody --regid=nogroup --clear-groups --no-new-privs --bounding-set=-all)
 fi
@@ -55,6 +59,8 @@ for _ in $(seq 100); do
 done
 [[ "$answer" == *'"code":20000'* ]] || { cat "$work/output"; fail "the installed program does not answer: $answer"; }
 curl -sf "http://127.0.0.1:$http/" | grep -qi '<!doctype html' || fail "the package has no page"
+[[ $(curl -sf "http://127.0.0.1:$http/settings.json") == *"\"websocket_port\":$websocket"* ]] ||
+    fail "browsers are not told the WebSocket port"
 kill -TERM "$pid"
 status=0
 wait "$pid" || status=$?
