@@ -51,6 +51,9 @@ struct Differences {
     /** The system can write GB18030; Wine can't, Windows can. */
     static const bool hasGb18030;
 
+    /** The system tells whether a peer has acknowledged all bytes; Wine doesn't, Windows does. */
+    static const bool tellsWhatIsUnacknowledged;
+
     /** Serial ports are found by the system's own list, which a test can't fill. */
     static const bool hasPortList;
 

@@ -42,6 +42,7 @@ const char* const Differences::userFolder = "Sennacroft/Varnholt";
 const bool Differences::namesAsWritten = true;
 const bool Differences::removesOpenFiles = true;
 const bool Differences::hasGb18030 = true;
+const bool Differences::tellsWhatIsUnacknowledged = true;
 const bool Differences::hasPortList = true;
 const bool Differences::measuresProcess = true;
 

@@ -7,6 +7,14 @@
 
 namespace simulation {
 
+namespace {
+
+bool IsWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+}  // namespace
+
 void SetVariable(const char* name, const char* value) {
     _putenv_s(name, value != nullptr ? value : "");
 }
@@ -51,6 +59,7 @@ const char* const Differences::userFolder = "Sennacroft\\Varnholt";
 const bool Differences::namesAsWritten = false;
 const bool Differences::removesOpenFiles = false;
 const bool Differences::hasGb18030 = IsValidCodePage(54936) != FALSE;
+const bool Differences::tellsWhatIsUnacknowledged = !IsWine();
 const bool Differences::hasPortList = false;
 const bool Differences::measuresProcess = false;
 

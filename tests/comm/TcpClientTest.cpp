@@ -1,5 +1,6 @@
 #include "CommFixture.h"
 #include "simulation/Equipment.h"
+#include "simulation/Machine.h"
 
 #include <array>
 #include <cstdlib>
@@ -82,6 +83,9 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
 }
 
 TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
+    if (!simulation::Differences::tellsWhatIsUnacknowledged) {
+        GTEST_SKIP() << "a device that closes looks as if it had taken the command";
+    }
     for (const auto mode : {simulation::EnDeviceMode::Hangup, simulation::EnDeviceMode::Reset}) {
         CommFixture comm;
         const TcpListener device(mode);
