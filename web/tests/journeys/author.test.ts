@@ -165,7 +165,11 @@ describe("the editor", () => {
     expect(errors).toEqual([]);
   });
 
-  it("keeps unsaved work over a reload, and lets the author choose when two have changed one page", async () => {
+  it.each([
+    ["Keep mine as a copy", ["Hall", "Lobby", "Hall (mine)"], [400, undefined, 200]],
+    ["Keep mine", ["Hall", "Lobby"], [200, undefined]],
+    ["Take theirs", ["Hall", "Lobby"], [400, undefined]],
+  ])("keeps unsaved work over a reload, and lets the author choose when two have changed one page: %s", async (choice, names, heights) => {
     await using host = await Host.start();
     const { page } = await openEditor(host, [button(1, 100, 100)]);
     await drag(page, [150, 130], [250, 230]);
@@ -186,12 +190,12 @@ describe("the editor", () => {
     await save(other.page);
 
     await page.keyboard.press("Control+S");
-    await page.getByRole("dialog", { name: "Somebody else has saved meanwhile" }).waitFor();
-    await page.getByRole("button", { name: "Keep mine as a copy" }).click();
+    const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
+    await dialog.getByText(choice, { exact: true }).click();
     await page.getByRole("button", { name: "Saved" }).waitFor();
-    const pages = (await host.read("getPageLayoutInfo")).pages;
-    expect(pages.map((one: { name: string }) => one.name)).toEqual(["Hall", "Lobby", "Hall (mine)"]);
-    expect([pages[0].components[0].y, pages[2].components[0].y]).toEqual([400, 200]);
+    const pages = (await host.read("getPageLayoutInfo")).pages as { name: string; components: { y: number }[] }[];
+    expect(pages.map((one) => one.name)).toEqual(names);
+    expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
   });
 
   it("gives a slider one list for all positions, and lists its command when the interface is deleted", async () => {
