@@ -1,2 +1,24 @@
-# A zip that runs from the unpacked folder, and an installer.
-set(CPACK_GENERATOR ZIP)
+# A zip that runs from the unpacked folder, and an installer for all users of the machine.
+set(CPACK_GENERATOR "ZIP;NSIS")
+set(CPACK_SYSTEM_NAME "windows-x64")
+set(CPACK_PACKAGE_INSTALL_DIRECTORY "Varnholt Server")
+set(CPACK_NSIS_PACKAGE_NAME "Varnholt Server")
+set(CPACK_NSIS_DISPLAY_NAME "Varnholt Server")
+set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
+# A 64-bit installer: it runs where the server runs, without the 32-bit subsystem.
+set(CPACK_NSIS_DEFINES "Target amd64-unicode")
+set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
+set(CPACK_NSIS_MANIFEST_DPI_AWARE ON)
+# The uninstaller removes what was installed; the documents lie in the user's folder and stay.
+set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS [[
+  nsExec::ExecToLog 'netsh advfirewall firewall add rule name=\"Varnholt Server\" dir=in action=allow protocol=TCP localport=8086,8081 program=\"$INSTDIR\\ServerHost.exe\"'
+]])
+set(CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS [[
+  nsExec::ExecToLog 'netsh advfirewall firewall delete rule name=\"Varnholt Server\"'
+]])
+set(CPACK_NSIS_CREATE_ICONS_EXTRA [[
+  CreateShortCut '$SMPROGRAMS\\$STARTMENU_FOLDER\\Varnholt Server.lnk' '$INSTDIR\\ServerHost.exe'
+]])
+set(CPACK_NSIS_DELETE_ICONS_EXTRA [[
+  Delete '$SMPROGRAMS\\$START_MENU\\Varnholt Server.lnk'
+]])
