@@ -6,6 +6,7 @@
 #include "platform/PortProbe.h"
 #include "platform/ProcessLimits.h"
 #include "platform/RavLog.h"
+#include "platform/Service.h"
 #include "platform/StopSignal.h"
 
 #include <exception>
@@ -19,11 +20,14 @@ constexpr int kFailed = 1;      // exit status: the server could not start
 constexpr int kWrongUsage = 2;  // exit status: an unknown option
 
 constexpr const char* kHelp =
-    "Usage: ServerHost [--help | --version]\n"
+    "Usage: ServerHost [--help | --version | --service install | --service remove]\n"
     "\n"
     "Runs the server until it gets SIGINT (Ctrl+C) or SIGTERM. It takes its ports and folders from\n"
     "LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
     "written at the first start: http_port, websocket_port, log_level, user_data_path.\n"
+    "\n"
+    "On Windows, --service install registers it as a service that starts with the machine and is started\n"
+    "again after a failure; --service remove takes that back. Both need an administrator.\n"
     "\n"
     "Exit status: 0 stopped as asked, 1 could not start (standard error tells why), 2 unknown option.\n";
 
@@ -94,19 +98,8 @@ int Run(CStopSignal& stopSignal) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char* argv[]) {
-    if (argc > 1) {
-        const std::string_view option = argv[1];
-        if (option == "--version") {
-            std::cout << "ServerHost " << SERVER_VERSION << '\n';
-            return 0;
-        }
-        const bool isHelp = option == "--help";
-        (isHelp ? std::cout : std::cerr) << kHelp;
-        return isHelp ? 0 : kWrongUsage;
-    }
+/** Runs the server until it is asked to stop. @return the exit status */
+int Serve() {
     CStopSignal stopSignal;
     RaiseDescriptorLimit();
     try {
@@ -115,4 +108,23 @@ int main(int argc, char* argv[]) {
         Tell(RavLog::Error, std::string("the server could not start: ") + error.what());
         return kFailed;
     }
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (argc > 1) {
+        const std::string_view option = argv[1];
+        if (option == "--service" && argc == 3) {
+            return HandleServiceCommand(argv[2], &Serve);
+        }
+        if (option == "--version") {
+            std::cout << "ServerHost " << SERVER_VERSION << '\n';
+            return 0;
+        }
+        const bool isHelp = option == "--help";
+        (isHelp ? std::cout : std::cerr) << kHelp;
+        return isHelp ? 0 : kWrongUsage;
+    }
+    return Serve();
 }

@@ -12,8 +12,11 @@ set(CPACK_NSIS_MANIFEST_DPI_AWARE ON)
 # The uninstaller removes what was installed; the documents lie in the user's folder and stay.
 set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS [[
   nsExec::ExecToLog 'netsh advfirewall firewall add rule name=\"Varnholt Server\" dir=in action=allow protocol=TCP localport=8086,8081 program=\"$INSTDIR\\ServerHost.exe\"'
+  MessageBox MB_YESNO|MB_ICONQUESTION 'Run the server as a service that starts with the machine?' /SD IDNO IDNO +2
+  nsExec::ExecToLog '\"$INSTDIR\\ServerHost.exe\" --service install'
 ]])
 set(CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS [[
+  nsExec::ExecToLog '\"$INSTDIR\\ServerHost.exe\" --service remove'
   nsExec::ExecToLog 'netsh advfirewall firewall delete rule name=\"Varnholt Server\"'
 ]])
 set(CPACK_NSIS_CREATE_ICONS_EXTRA [[

@@ -1,0 +1,164 @@
+#include "platform/Service.h"
+
+#include "platform/windows/StopEvent.h"
+
+#include <array>
+#include <iostream>
+#include <string>
+#include <system_error>
+
+#include <windows.h>
+
+namespace {
+
+constexpr const wchar_t* kName = L"VarnholtServer";
+constexpr const wchar_t* kDisplayName = L"Varnholt Server";
+// May open serial ports and listen, and little else; its documents lie in its own profile.
+constexpr const wchar_t* kAccount = L"NT AUTHORITY\\LocalService";
+constexpr DWORD kPatience = 20000;        // milliseconds that the start and the stop may take
+constexpr DWORD kForgetFailures = 86400;  // seconds without a failure after which counting begins anew
+constexpr DWORD kRestartPause = 5000;     // milliseconds
+
+const std::function<int()>* g_run = nullptr;
+SERVICE_STATUS_HANDLE g_handle = nullptr;
+
+/** A handle of the service manager. */
+class CServiceHandle {
+  public:
+    explicit CServiceHandle(SC_HANDLE handle) : m_handle(handle) {}
+    ~CServiceHandle() {
+        if (m_handle != nullptr) {
+            CloseServiceHandle(m_handle);
+        }
+    }
+    CServiceHandle(const CServiceHandle&) = delete;
+    CServiceHandle& operator=(const CServiceHandle&) = delete;
+    SC_HANDLE Get() const { return m_handle; }
+    explicit operator bool() const { return m_handle != nullptr; }
+
+  private:
+    SC_HANDLE m_handle;
+};
+
+int Fail(const char* what) {
+    const std::error_code error(static_cast<int>(GetLastError()), std::system_category());
+    std::cerr << "ServerHost: " << what << ": " << error.message() << std::endl;
+    return 1;
+}
+
+void Report(DWORD state, DWORD exitCode) {
+    SERVICE_STATUS status{};
+    status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
+    status.dwCurrentState = state;
+    status.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN : 0;
+    status.dwWin32ExitCode = exitCode == 0 ? NO_ERROR : ERROR_SERVICE_SPECIFIC_ERROR;
+    status.dwServiceSpecificExitCode = exitCode;
+    status.dwWaitHint = state == SERVICE_STOP_PENDING ? kPatience : 0;
+    SetServiceStatus(g_handle, &status);
+}
+
+DWORD WINAPI OnControl(DWORD control, DWORD /*type*/, void* /*data*/, void* /*context*/) {
+    if (control == SERVICE_CONTROL_STOP || control == SERVICE_CONTROL_SHUTDOWN) {
+        Report(SERVICE_STOP_PENDING, 0);
+        SetEvent(StopEvent());
+        return NO_ERROR;
+    }
+    return control == SERVICE_CONTROL_INTERROGATE ? NO_ERROR : ERROR_CALL_NOT_IMPLEMENTED;
+}
+
+void WINAPI ServiceMain(DWORD /*count*/, wchar_t** /*arguments*/) {
+    g_handle = RegisterServiceCtrlHandlerExW(kName, &OnControl, nullptr);
+    if (g_handle != nullptr) {
+        Report(SERVICE_RUNNING, 0);
+        Report(SERVICE_STOPPED, static_cast<DWORD>((*g_run)()));
+    }
+}
+
+/** Sets one property; a system that doesn't know it goes on without. */
+bool SetProperty(SC_HANDLE service, DWORD level, void* value) {
+    if (ChangeServiceConfig2W(service, level, value) != FALSE) {
+        return true;
+    }
+    if (GetLastError() != ERROR_INVALID_LEVEL) {
+        return false;
+    }
+    std::cerr << "ServerHost: this system doesn't know the service property " << level << std::endl;
+    return true;
+}
+
+/** Delayed start with the machine, and a restart after each failure. */
+bool Configure(SC_HANDLE service) {
+    SERVICE_DELAYED_AUTO_START_INFO delayed{TRUE};
+    std::array<SC_ACTION, 3> restarts{};
+    restarts.fill({SC_ACTION_RESTART, kRestartPause});
+    SERVICE_FAILURE_ACTIONSW failures{};
+    failures.dwResetPeriod = kForgetFailures;
+    failures.cActions = static_cast<DWORD>(restarts.size());
+    failures.lpsaActions = restarts.data();
+    SERVICE_FAILURE_ACTIONS_FLAG alsoOnExitStatus{TRUE};
+    return SetProperty(service, SERVICE_CONFIG_DELAYED_AUTO_START_INFO, &delayed) &&
+           SetProperty(service, SERVICE_CONFIG_FAILURE_ACTIONS, &failures) &&
+           SetProperty(service, SERVICE_CONFIG_FAILURE_ACTIONS_FLAG, &alsoOnExitStatus);
+}
+
+int Install() {
+    std::array<wchar_t, MAX_PATH> file{};
+    const DWORD length = GetModuleFileNameW(nullptr, file.data(), MAX_PATH);
+    if (length < 1 || length >= MAX_PATH) {
+        return Fail("the program's path can't be found");
+    }
+    const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE));
+    if (!manager) {
+        return Fail("the service manager can't be opened; administrators may");
+    }
+    const std::wstring command = L"\"" + std::wstring(file.data(), length) + L"\" --service run";
+    const CServiceHandle service(CreateServiceW(
+        manager.Get(), kName, kDisplayName, SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START,
+        SERVICE_ERROR_NORMAL, command.c_str(), nullptr, nullptr, L"Tcpip\0", kAccount, nullptr));
+    if (!service) {
+        return Fail("the service can't be registered");
+    }
+    if (!Configure(service.Get())) {
+        const int status = Fail("the service can't be set up");
+        DeleteService(service.Get());
+        return status;
+    }
+    return 0;
+}
+
+int Remove() {
+    const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+    const CServiceHandle service(
+        manager ? OpenServiceW(manager.Get(), kName, SERVICE_STOP | SERVICE_QUERY_STATUS | DELETE) : nullptr);
+    if (!service) {
+        return Fail("the service can't be opened");
+    }
+    SERVICE_STATUS status{};
+    ControlService(service.Get(), SERVICE_CONTROL_STOP, &status);  // fails when it doesn't run
+    for (DWORD waited = 0; waited < kPatience && QueryServiceStatus(service.Get(), &status) != FALSE &&
+                           status.dwCurrentState != SERVICE_STOPPED;
+         waited += 100) {
+        Sleep(100);
+    }
+    return DeleteService(service.Get()) != FALSE ? 0 : Fail("the service can't be removed");
+}
+
+}  // namespace
+
+int HandleServiceCommand(std::string_view verb, const std::function<int()>& run) {
+    if (verb == "install") {
+        return Install();
+    }
+    if (verb == "remove") {
+        return Remove();
+    }
+    if (verb != "run") {
+        return 2;
+    }
+    g_run = &run;
+    std::wstring name = kName;
+    const std::array<SERVICE_TABLE_ENTRYW, 2> table{{{name.data(), &ServiceMain}, {nullptr, nullptr}}};
+    return StartServiceCtrlDispatcherW(table.data()) != FALSE
+               ? 0
+               : Fail("the service manager did not start this");
+}
