@@ -120,6 +120,9 @@ TEST(TcpClient, ServesALiveDeviceWhileClicksOnADeadOneWait) {
 }
 
 TEST(TcpClient, EndsASendThatIsCutByADelete) {
+    if (!simulation::Differences::standsManyCuts) {
+        GTEST_SKIP() << "hundreds of connections that are cut end the server process of Wine";
+    }
     CommFixture comm(CommFixture::Settings(simulation::kMaxTestWait));
     const simulation::SilentDevice silent;
     Socket full = Socket::Listen();
