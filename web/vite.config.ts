@@ -11,10 +11,11 @@ const limits = { panel: 40_000, author: 90_000 };
 
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";
 
-/** Tests that drive the built application in a browser: one after the other, with bounds against hangs. */
+/** Tests that drive the built application in a browser: one after the other, with bounds against hangs; a browser
+ * that was starved of the processor gets a second chance. */
 const driven = (name: string): TestProjectConfiguration => ({
   extends: true,
-  test: { name, include: [`tests/${name}/**/*.test.ts`], environment: "node", testTimeout: 120_000, hookTimeout: 60_000, fileParallelism: false },
+  test: { name, include: [`tests/${name}/**/*.test.ts`], environment: "node", retry: 1, testTimeout: 120_000, hookTimeout: 60_000, fileParallelism: false },
 });
 
 export default defineConfig({
