@@ -1,7 +1,6 @@
 #include "libraries/comm/Content.h"
 
 #include <array>
-#include <bit>
 #include <cerrno>
 #include <cstdint>
 
@@ -16,7 +15,7 @@ class CConverter {
   public:
     CConverter() : m_handle(iconv_open("GB18030", "UTF-8")) {
         // The C library's mark of failure is a pointer of value -1.
-        m_open = std::bit_cast<std::intptr_t>(m_handle) != -1;
+        m_open = reinterpret_cast<std::intptr_t>(m_handle) != -1;
     }
     ~CConverter() {
         if (m_open) {
