@@ -37,9 +37,19 @@ std::string ConfigFile(const SGlobalConfig& config) {
 }
 
 /** Tells a reason on standard error, and in the system log for those who come later. */
-void Tell(RavLog::EnLogLevel level, const std::string& text) {
+void Tell(RavLog::EnLogLevel level, std::string_view text) {
     std::cerr << "ServerHost: " << text << std::endl;
     RavLog::WriteSystemLog(level, "ServerHost", text);
+}
+
+/** The same of what ended the start, which may be want of memory. */
+void TellFailure(const std::exception& error) noexcept {
+    constexpr const char* text = "the server could not start: ";
+    try {
+        Tell(RavLog::Error, std::string(text) + error.what());
+    } catch (const std::bad_alloc&) {
+        std::cerr << "ServerHost: " << text << error.what() << std::endl;
+    }
 }
 
 std::string PortProblem(const char* key, int port, const SGlobalConfig& config) {
@@ -105,7 +115,7 @@ int Serve() {
     try {
         return Run(stopSignal);
     } catch (const std::exception& error) {
-        Tell(RavLog::Error, std::string("the server could not start: ") + error.what());
+        TellFailure(error);
         return kFailed;
     }
 }

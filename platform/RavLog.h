@@ -116,8 +116,11 @@ RAVLOG_API void StopLogs();
 /** Copies every record of LogRoot and LogOperation to standard error, or ends that. Any thread. */
 RAVLOG_API void MirrorToStandardError(bool on);
 
-/** Writes one line to the system log at the given level; place names the part that speaks. Any thread. */
-RAVLOG_API void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text);
+/**
+ * Writes one line to the system log at the given level; place names the part that speaks. Without memory for
+ * it the line is lost, which standard error tells: this is called where nothing may be thrown. Any thread.
+ */
+RAVLOG_API void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept;
 
 }  // namespace RavLog
 

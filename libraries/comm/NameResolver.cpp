@@ -35,6 +35,14 @@ SResolved AskSystem(const std::string& host) {
     return result;
 }
 
+void Tell(const CNameResolver::Handler& handler, const SResolved& result) {
+    try {
+        handler(result);
+    } catch (const std::exception&) {
+        handler({ErrorNoBuffers, {}});  // without addresses, which it had no memory for
+    }
+}
+
 }  // namespace
 
 struct CNameResolver::SState {
@@ -75,10 +83,12 @@ void CNameResolver::Resolve(const std::string& host, Handler done) {
 
 void CNameResolver::Work(const std::shared_ptr<SState>& state, const std::string& host) {
     SResolved result;
+    SResolved kept;
     try {
         result = AskSystem(host);
+        kept = result;
     } catch (const std::exception&) {
-        result.error = ErrorNoBuffers;  // no memory or no descriptor: told to all who wait
+        result = kept = {ErrorNoBuffers, {}};  // no memory or no descriptor: told to all who wait
     }
     std::vector<Handler> waiting;
     {
@@ -86,11 +96,11 @@ void CNameResolver::Work(const std::shared_ptr<SState>& state, const std::string
         SEntry& entry = state->entries[host];
         entry.running = false;
         entry.since = Clock::now();
-        entry.result = result;
+        entry.result = std::move(kept);
         waiting.swap(entry.waiting);
     }
     for (const Handler& handler : waiting) {
-        handler(result);
+        Tell(handler, result);
     }
 }
 

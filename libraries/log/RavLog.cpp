@@ -59,6 +59,10 @@ std::shared_ptr<CLogger> Running(const std::shared_ptr<CLogger> SLogs::*logger) 
     return logs.isRunning ? logs.*logger : nullptr;
 }
 
+void TellLoss(const std::exception& error) {
+    std::fprintf(stderr, "A log record was lost: %s\n", error.what());
+}
+
 }  // namespace
 
 CLogger::CLogger(std::string loggerName, EnLogLevel threshold, std::shared_ptr<CLogSink> sink)
@@ -105,8 +109,7 @@ CLogEventWrap::~CLogEventWrap() {
     try {
         m_event->logger->Send(*m_event);
     } catch (const std::exception& error) {
-        // Out of memory: the record is lost, the request that wrote it goes on.
-        std::fprintf(stderr, "A log record was lost: %s\n", error.what());
+        TellLoss(error);  // out of memory; the request that wrote the record goes on
     }
 }
 
@@ -143,12 +146,16 @@ void MirrorToStandardError(bool on) {
     Logs().writer.Mirror(on);
 }
 
-void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) {
-    const auto logger = LogSystem();
-    if (logger && logger->level <= level) {
-        const auto now = static_cast<std::uint64_t>(std::time(nullptr));
-        const CLogEventWrap wrap(std::make_shared<CLogEvent>(logger, level, now, std::string(place)));
-        wrap.GetEvent()->Format("%.*s", static_cast<int>(text.size()), text.data());
+void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept {
+    try {
+        const auto logger = LogSystem();
+        if (logger && logger->level <= level) {
+            const auto now = static_cast<std::uint64_t>(std::time(nullptr));
+            const CLogEventWrap wrap(std::make_shared<CLogEvent>(logger, level, now, std::string(place)));
+            wrap.GetEvent()->Format("%.*s", static_cast<int>(text.size()), text.data());
+        }
+    } catch (const std::exception& error) {
+        TellLoss(error);
     }
 }
 

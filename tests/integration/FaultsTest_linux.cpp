@@ -179,13 +179,13 @@ TEST(Clock, JumpsAnHourBack) {
 }
 
 /** The control file of the preloaded allocator, see fail_allocation_linux.cpp. */
-class FailingAllocation {
+class FailingAllocations {
   public:
-    FailingAllocation() {
+    explicit FailingAllocations(std::int64_t count) : m_count(count) {
         simulation::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
         simulation::WaitUntil([&] { return !symbols.Running(); });
         std::istringstream lines(symbols.Output());
-        std::size_t used = 3;
+        std::size_t used = g_firstSpared;
         for (std::string line; std::getline(lines, line) && used + 2 < m_numbers.size();) {
             if (line.find("json_value::destroy(") != std::string::npos) {
                 const std::int64_t begin = std::stoll(line, nullptr, 16);
@@ -193,19 +193,36 @@ class FailingAllocation {
                 m_numbers[used++] = begin + std::stoll(line.substr(17), nullptr, 16);
             }
         }
-        EXPECT_GT(used, 3U) << "what must be passed over is not found in " SERVER_MODULE;
-        Arm(-1, -1);
+        EXPECT_GT(used, g_firstSpared) << "what must be passed over is not found in " SERVER_MODULE;
+        Write(0, 0, 0);
     }
 
     std::vector<std::string> Environment() const {
         return {"LD_PRELOAD=" FAIL_ALLOCATION_LIBRARY, "FAIL_ALLOCATION=" + m_file.string()};
     }
 
-    /** Lets the allocation after `left` others fail, now or counted from the start of main. */
-    void Arm(std::int64_t left, std::int64_t leftAtMain) {
+    /** Lets the allocations after `left` others fail. */
+    void Arm(std::int64_t left) { Write(left, m_count, 0); }
+
+    /** The same, counted from the start of main. */
+    void ArmAtMain(std::int64_t left) { Write(-m_count, m_count, left); }
+
+    void Disarm() { Write(0, 0, 0); }
+
+    bool WasReached() const {
+        std::int64_t reached = 0;
+        std::memcpy(&reached, simulation::ReadFile(m_file).data() + 2 * sizeof reached, sizeof reached);
+        return reached > 0;
+    }
+
+  private:
+    static constexpr std::size_t g_firstSpared = 4;
+
+    void Write(std::int64_t left, std::int64_t count, std::int64_t leftAtMain) {
         m_numbers[0] = left;
-        m_numbers[1] = 0;
-        m_numbers[2] = leftAtMain;
+        m_numbers[1] = count;
+        m_numbers[2] = 0;
+        m_numbers[3] = leftAtMain;
         std::fstream file(m_file, std::ios::binary | std::ios::in | std::ios::out);
         if (!file) {
             file.open(m_file, std::ios::binary | std::ios::out);
@@ -213,41 +230,40 @@ class FailingAllocation {
         file.write(static_cast<const char*>(static_cast<const void*>(m_numbers.data())), sizeof m_numbers);
     }
 
-    bool WasReached() const {
-        std::int64_t reached = 0;
-        std::memcpy(&reached, simulation::ReadFile(m_file).data() + sizeof reached, sizeof reached);
-        return reached > 0;
-    }
-
-  private:
+    std::int64_t m_count;
     simulation::TemporaryFolder m_folder;
     std::filesystem::path m_file = m_folder.Path() / "allocations";
-    std::array<std::int64_t, 67> m_numbers{};
+    std::array<std::int64_t, g_firstSpared + 64> m_numbers{};
 };
 
-TEST(Allocation, FailsOnceDuringTheStart) {
-    FailingAllocation allocation;
+/** How many allocations fail in a row: with more than one, what handles the first failure meets another. */
+class Allocation : public testing::TestWithParam<std::int64_t> {};
+
+INSTANTIATE_TEST_SUITE_P(InARow, Allocation, testing::Values(1, 2, 5));
+
+TEST_P(Allocation, FailsDuringTheStart) {
+    FailingAllocations allocations(GetParam());
     HostOptions options;
-    options.environment = allocation.Environment();
+    options.environment = allocations.Environment();
     bool reached = true;
     for (std::int64_t left = 0; reached; left += 1 + left / 50) {
         SCOPED_TRACE("after allocation " + std::to_string(left));
         HostProcess host(options);
-        allocation.Arm(-1, left);
+        allocations.ArmAtMain(left);
         host.Launch();
         // A configuration that could not be read leaves the default ports, so look at what the host says.
         const auto isUp = [&] { return host.Process().Output().find("is running.") != std::string::npos; };
         EXPECT_TRUE(simulation::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
-        reached = allocation.WasReached();
+        reached = allocations.WasReached();
         EXPECT_TRUE(isUp() || !host.Process().ErrorOutput().empty());
         EXPECT_LE(host.Stop(), 1) << host.Process().ErrorOutput();  // no signal has ended it
     }
 }
 
-TEST(Allocation, FailsOnceDuringEachRequest) {
-    FailingAllocation allocation;
+TEST_P(Allocation, FailsDuringEachRequest) {
+    FailingAllocations allocations(GetParam());
     HostOptions options;
-    options.environment = allocation.Environment();
+    options.environment = allocations.Environment();
     HostProcess host(options);
     const simulation::TcpListener device;
     const simulation::UdpListener udp;
@@ -273,11 +289,11 @@ TEST(Allocation, FailsOnceDuringEachRequest) {
         bool reached = true;
         for (std::int64_t left = 0; reached && left < 1000; ++left) {
             SCOPED_TRACE("after allocation " + std::to_string(left) + " of " + request);
-            allocation.Arm(left, -1);
+            allocations.Arm(left);
             // Any answer will do, and a closed connection; not silence.
             EXPECT_NO_THROW(HttpClient(host.HttpPort()).Exchange(request));
-            reached = allocation.WasReached();
-            allocation.Arm(-1, -1);
+            reached = allocations.WasReached();
+            allocations.Disarm();
             ASSERT_TRUE(host.Process().Running()) << host.Process().ErrorOutput();
         }
     }

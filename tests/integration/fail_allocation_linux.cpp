@@ -1,9 +1,9 @@
 /**
- * Preloaded into the host: makes one C++ allocation fail. The file that FAIL_ALLOCATION names is mapped and
- * holds numbers of 64 bits: the allocations left until the failing one (negative: none fails), 1 once that
- * one was reached, the value that the first takes when main begins, and pairs of begin and end of address
- * ranges in libServer.so, up to a zero. An allocation of a function there is passed over: the destructor of
- * the JSON library takes memory and can't fail.
+ * Preloaded into the host: makes some C++ allocations in a row fail, of whatever threads. The file that
+ * FAIL_ALLOCATION names is mapped and holds numbers of 64 bits: the allocations left until the first failing
+ * one, how many fail (0: none), 1 once the first was reached, the value that the first number takes when main
+ * begins, and pairs of begin and end of address ranges in libServer.so, up to a zero. An allocation of a
+ * function there is passed over: the destructor of the JSON library takes memory and can't fail.
  */
 #include <array>
 #include <atomic>
@@ -22,6 +22,7 @@ namespace {
 
 struct Control {
     std::atomic<std::int64_t> left;
+    std::atomic<std::int64_t> count;
     std::atomic<std::int64_t> reached;
     std::atomic<std::int64_t> leftAtMain;
     std::array<std::array<std::int64_t, 2>, 32> spared;
@@ -62,8 +63,12 @@ bool IsSpared() {
     return false;
 }
 
-bool IsTheFailingOne() {
-    if (g_control == nullptr || g_control->left.load() < 0 || g_control->left.fetch_sub(1) != 0) {
+bool IsFailing() {
+    if (g_control == nullptr || g_control->left.load() <= -g_control->count.load()) {
+        return false;
+    }
+    const std::int64_t left = g_control->left.fetch_sub(1);
+    if (left > 0 || left <= -g_control->count.load()) {
         return false;
     }
     g_control->reached = 1;
@@ -83,7 +88,7 @@ extern "C" __attribute__((visibility("default"))) int __libc_start_main(Main mai
 }
 
 __attribute__((visibility("default"))) void* operator new(std::size_t size) {
-    void* memory = IsTheFailingOne() ? nullptr : std::malloc(size);
+    void* memory = IsFailing() ? nullptr : std::malloc(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }

@@ -1,7 +1,7 @@
 #include "libraries/http/src/EventThreads.h"
 
+#include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/Insist.h"
-#include "platform/RavLog.h"
 
 #include <exception>
 
@@ -73,9 +73,9 @@ void EventThreads::Lead() {
                 return;
             }
         } catch (const std::exception& error) {
-            RavLog::WriteSystemLog(RavLog::Error, "HttpServer", error.what());
+            ReportError("On the event loop: ", error.what());
         } catch (...) {
-            RavLog::WriteSystemLog(RavLog::Error, "HttpServer", "unknown exception on the event loop");
+            ReportError("On the event loop: ", "unknown exception");
         }
     }
     RunOffLoop(std::exchange(t_finishedLate, nullptr));

@@ -1,6 +1,7 @@
 // Reading side of a connection: from the socket to the handler.
 #include "libraries/http/src/HttpConnection.h"
 
+#include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/OriginRule.h"
 #include "libraries/http/src/Text.h"
 #include "libraries/http/src/WebSocketConnection.h"

@@ -1,11 +1,14 @@
 // The running servers, by the ids that records carry: a record may be copied, so it owns nothing.
+#include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/Server.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 
 #include <hv/HttpServer.h>
 
@@ -17,9 +20,13 @@ constexpr int g_cannotListen = -22;
 
 std::mutex g_mutex;
 
-std::map<std::uintptr_t, std::shared_ptr<Server>>& Running() {
-    // Never destroyed: a server may be stopped by a destructor that runs at the end of the process.
-    static auto& servers = *new std::map<std::uintptr_t, std::shared_ptr<Server>>();
+using Servers = std::map<std::uintptr_t, std::shared_ptr<Server>>;
+
+Servers& Running() {
+    // Never destroyed: a server may be stopped by a destructor that runs at the end of the process. In place,
+    // since that stop must not need memory.
+    alignas(Servers) static std::byte place[sizeof(Servers)];
+    static auto& servers = *new (place) Servers();
     return servers;
 }
 
@@ -56,7 +63,7 @@ int http_server_run(http_server_t* record, int wait) {
         try {
             started = server->Start();
         } catch (const std::exception& error) {
-            hv::internal::ReportError(std::string("The server can't start: ") + error.what());
+            hv::internal::ReportError("The server can't start: ", error.what());
         }
         if (!started) {
             Running().erase(place);
@@ -64,7 +71,7 @@ int http_server_run(http_server_t* record, int wait) {
         }
         record->privdata = reinterpret_cast<void*>(lastId);  // NOLINT(performance-no-int-to-ptr)
     } catch (const std::exception& error) {
-        hv::internal::ReportError(std::string("The server can't start: ") + error.what());
+        hv::internal::ReportError("The server can't start: ", error.what());
         return g_cannotListen;
     }
     if (wait != 0) {

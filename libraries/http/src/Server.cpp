@@ -1,7 +1,7 @@
 #include "libraries/http/src/Server.h"
 
+#include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/Insist.h"
-#include "platform/RavLog.h"
 
 #include <algorithm>
 #include <new>
@@ -51,10 +51,6 @@ std::vector<std::unique_ptr<ServerLoop>> MakeLoops(Server& server, TaskLimit& ta
 
 }  // namespace
 
-void ReportError(const std::string& text) {
-    RavLog::WriteSystemLog(RavLog::Error, "HttpServer", text);
-}
-
 Server::Server(const http_server_s& record)
     : m_limits(LimitsOfNewServers()),
       m_host(static_cast<const char*>(record.host)),
@@ -100,14 +96,14 @@ bool Server::Start() {
 }
 
 void Server::Stop() {
-    asio::post(m_loops.front()->Context(), [this] { StopOnFirstLoop(); });
+    Insist([this] { asio::post(m_loops.front()->Context(), [this] { StopOnFirstLoop(); }); });
     const auto deadline = Clock::now() + m_limits.stopGrace;
     bool all = true;
     for (auto& loop : m_loops) {
         all = loop->Threads().Join(deadline) && all;
     }
     if (!all) {
-        ReportError("A handler did not end in time and was left behind at the stop of port " +
+        ReportError("A handler did not end in time and was left behind at the stop of port ",
                     std::to_string(m_port));
     }
     m_gone = true;
@@ -206,7 +202,7 @@ void Server::AcceptLater() {
 void Server::ReportExhaustion(const error_code& error) {
     const auto now = Clock::now();
     if (now - std::exchange(m_lastExhaustion, now) > g_exhaustionEpisode) {
-        ReportError("No room for a new connection: " + error.message());
+        ReportError("No room for a new connection: ", error.message());
     }
 }
 

@@ -88,7 +88,4 @@ class Server : public std::enable_shared_from_this<Server> {
 /** Has every server of the process close some idle connections. Any thread. */
 void AskForRoomEverywhere();
 
-/** Sends one line to the system log. Any thread. */
-void ReportError(const std::string& text);
-
 }  // namespace hv::internal

@@ -1,5 +1,7 @@
 #include "libraries/http/src/WebSocketConnection.h"
 
+#include "libraries/http/src/ErrorReport.h"
+
 #include <array>
 #include <cstring>
 #include <exception>
@@ -161,7 +163,7 @@ void WebSocketConnection::Run() noexcept {
                 break;
         }
     } catch (const std::exception& error) {
-        ReportError(std::string("A WebSocket callback failed: ") + error.what());
+        ReportError("A WebSocket callback failed: ", error.what());
     } catch (...) {
         ReportError("A WebSocket callback failed: unknown exception");
     }
