@@ -7,13 +7,13 @@
 #include <utility>
 
 struct CJsonFileWriter::SPathState {
-    std::mutex fileMutex;                   ///< held by the job that writes the file
+    CMutex fileMutex;                       ///< held by the job that writes the file
     std::optional<nlohmann::json> waiting;  ///< asked for, not begun; a job for it has been started
 };
 
 void CJsonFileWriter::SaveAsync(nlohmann::json document, const std::string& path) {
     std::optional<nlohmann::json> replaced;  // destroyed after the lock
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     std::erase_if(m_futures, [](const std::future<void>& job) {
         return job.valid() && job.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
     });
@@ -35,10 +35,10 @@ void CJsonFileWriter::SaveAsync(nlohmann::json document, const std::string& path
 }
 
 void CJsonFileWriter::Save(SPathState& state, const std::string& path) {
-    const std::lock_guard fileLock(state.fileMutex);
+    const CLock fileLock(state.fileMutex);
     nlohmann::json document;
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         document = std::move(*state.waiting);
         state.waiting.reset();
     }
@@ -48,7 +48,7 @@ void CJsonFileWriter::Save(SPathState& state, const std::string& path) {
 void CJsonFileWriter::WaitAll() {
     std::vector<std::future<void>> jobs;
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         jobs.swap(m_futures);
     }
     for (const std::future<void>& job : jobs) {

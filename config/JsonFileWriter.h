@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Mutex.h"
+
 #include <future>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -38,7 +39,9 @@ class CJsonFileWriter {
     /** One job: writes the document that waits for this path. */
     void Save(SPathState& state, const std::string& path);
 
-    std::mutex m_mutex;  ///< guards the members below and the waiting documents; a leaf lock
-    std::vector<std::future<void>> m_futures;  ///< running jobs, and finished ones not yet cleared away
-    std::map<std::string, std::shared_ptr<SPathState>> m_paths;  ///< one entry for each path ever saved
+    CMutex m_mutex;  ///< guards the waiting documents too; a leaf lock
+    /** Running jobs, and finished ones not yet cleared away. */
+    std::vector<std::future<void>> m_futures GUARDED_BY(m_mutex);
+    /** One entry for each path ever saved. */
+    std::map<std::string, std::shared_ptr<SPathState>> m_paths GUARDED_BY(m_mutex);
 };

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <mutex>
+#include "platform/Mutex.h"
+
 #include <set>
 
 /**
@@ -34,10 +35,10 @@ class CGeneratorId {
   private:
     CGeneratorId() = default;
 
-    /** Raises the highest id seen; the caller holds the mutex. */
-    void See(int id);
+    /** Raises the highest id seen. */
+    void See(int id) REQUIRES_LOCK(m_mutex);
 
-    std::mutex m_mutex;
-    std::set<int> m_taken;
-    int m_highest = 0;
+    CMutex m_mutex;
+    std::set<int> m_taken GUARDED_BY(m_mutex);
+    int m_highest GUARDED_BY(m_mutex) = 0;
 };

@@ -3,7 +3,6 @@
 #include "server/LogText.h"
 
 #include <algorithm>
-#include <mutex>
 
 #include <hv/hloop.h>
 #include <hv/hsocket.h>
@@ -48,10 +47,10 @@ void CClientsManager::AddClient(const std::shared_ptr<hv::WebSocketChannel>& cha
     WriteRootLog(RavLog::Info, "CClientsManager::AddClient", FormatLogText("Client connected", peer));
     const std::string host = ExtractPeerHost(peer);
     {
-        const std::unique_lock lock(m_hostCountsLock);
+        const CLock lock(m_hostCountsLock);
         ++m_hostCounts[host];
     }
-    const std::unique_lock lock(m_channelsLock);
+    const CLock lock(m_channelsLock);
     m_channels.insert(channel);
 }
 
@@ -60,20 +59,20 @@ void CClientsManager::DeleteClient(const std::shared_ptr<hv::WebSocketChannel>& 
     WriteRootLog(RavLog::Info, "CClientsManager::DeleteClient", FormatLogText("Client disconnected", peer));
     const std::string host = ExtractPeerHost(peer);
     {
-        const std::unique_lock lock(m_hostCountsLock);
+        const CLock lock(m_hostCountsLock);
         const auto row = m_hostCounts.find(host);
         if (row != m_hostCounts.end() && --row->second <= 0) {
             m_hostCounts.erase(row);
         }
     }
-    const std::unique_lock lock(m_channelsLock);
+    const CLock lock(m_channelsLock);
     m_channels.erase(channel);
 }
 
 // By value: that is the operation's form, and callers hand over a temporary.
 bool CClientsManager::IsClientConnected(
     std::string host) const {  // NOLINT(performance-unnecessary-value-param)
-    const std::shared_lock lock(m_hostCountsLock);
+    const CSharedLock lock(m_hostCountsLock);
     return m_hostCounts.contains(host);
 }
 

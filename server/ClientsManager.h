@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/Mutex.h"
+
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -30,10 +31,10 @@ class CClientsManager {
     bool IsClientConnected(std::string host) const;
 
   private:
-    mutable std::shared_mutex m_channelsLock;
-    std::unordered_set<std::shared_ptr<hv::WebSocketChannel>> m_channels;
-    mutable std::shared_mutex m_hostCountsLock;
-    std::unordered_map<std::string, int> m_hostCounts;
+    mutable CSharedMutex m_channelsLock;
+    std::unordered_set<std::shared_ptr<hv::WebSocketChannel>> m_channels GUARDED_BY(m_channelsLock);
+    mutable CSharedMutex m_hostCountsLock;
+    std::unordered_map<std::string, int> m_hostCounts GUARDED_BY(m_hostCountsLock);
 };
 
 /** Answers "heartbeat" with "heartbeat" on the same channel; any other message is ignored. */

@@ -3,7 +3,6 @@
 #include "userdata/DocumentPath.h"
 #include "userdata/UserData.h"
 
-#include <mutex>
 #include <utility>
 
 namespace {
@@ -26,7 +25,7 @@ const json* FindInteractions(const json& componentConfig) {
 
 std::vector<SCommandConfig> CUserData::GetCommands(std::int32_t componentId,
                                                    const std::string& triggerType) const {
-    const std::shared_lock lock(cmdMapMutex);
+    const CSharedLock lock(cmdMapMutex);
     const auto triggers = cmdMap.find(componentId);
     if (triggers == cmdMap.end()) {
         return {};
@@ -39,20 +38,20 @@ void CUserData::UpdateCmdMap() {
     CmdMap built;
     {
         // Read in place: a copy would take ten times as long, under the same lock.
-        const std::shared_lock lock(componentMutex);
+        const CSharedLock lock(componentMutex);
         const json* interactions = FindInteractions(componentConfig);
         if (interactions == nullptr) {
             return;
         }
         BuildCmdMap(*interactions, built);
     }
-    const std::unique_lock lock(cmdMapMutex);
+    const CLock lock(cmdMapMutex);
     cmdMap.swap(built);
 }
 
 void CUserData::RemovePortCommands(std::int32_t nodeId) {
     {
-        const std::unique_lock lock(cmdMapMutex);
+        const CLock lock(cmdMapMutex);
         RemoveCommandsOfPort(cmdMap, nodeId);
     }
     SyncComponentConfig();
@@ -61,7 +60,7 @@ void CUserData::RemovePortCommands(std::int32_t nodeId) {
 void CUserData::SyncComponentConfig() {
     json interactions;
     {
-        const std::shared_lock lock(componentMutex);
+        const CSharedLock lock(componentMutex);
         const json* found = FindInteractions(componentConfig);
         if (found == nullptr) {
             return;
@@ -70,11 +69,11 @@ void CUserData::SyncComponentConfig() {
     }
     CmdMap commands;
     {
-        const std::shared_lock lock(cmdMapMutex);
+        const CSharedLock lock(cmdMapMutex);
         commands = cmdMap;
     }
     PruneCommandArrays(interactions, commands);
-    const std::unique_lock lock(componentMutex);
+    const CLock lock(componentMutex);
     componentText.Forget();
     componentConfig[g_interactionKey].swap(interactions);
     writer.SaveAsync(componentConfig, DocumentPath("/componentConfig.json"));

@@ -1,13 +1,12 @@
 #include "userdata/DocumentText.h"
 
-#include <mutex>
 #include <utility>
 
-CDocumentText::Text CDocumentText::Get(std::shared_mutex& mutex, const nlohmann::json& document) {
+CDocumentText::Text CDocumentText::Get(CSharedMutex& mutex, const nlohmann::json& document) {
     nlohmann::json copy;
     std::uint64_t version = 0;
     {
-        const std::shared_lock lock(mutex);
+        const CSharedLock lock(mutex);
         if (m_text || document.is_null()) {
             return m_text;
         }
@@ -15,7 +14,7 @@ CDocumentText::Text CDocumentText::Get(std::shared_mutex& mutex, const nlohmann:
         version = m_version;
     }
     Text text = std::make_shared<const std::string>(copy.dump());
-    const std::unique_lock lock(mutex);
+    const CLock lock(mutex);
     if (m_version == version) {
         m_text = text;
     }

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/Mutex.h"
+
 #include <cstdint>
 #include <memory>
-#include <shared_mutex>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -20,7 +21,7 @@ class CDocumentText {
      * without the lock, which is taken for the look at the document and not while the text is made.
      * @param mutex  lock of the document
      */
-    Text Get(std::shared_mutex& mutex, const nlohmann::json& document);
+    Text Get(CSharedMutex& mutex, const nlohmann::json& document);
 
     /** The document changes. With its lock held exclusively. */
     void Forget();

@@ -6,7 +6,6 @@
 #include "userdata/UserData.h"
 
 #include <algorithm>
-#include <mutex>
 #include <set>
 #include <utility>
 
@@ -18,15 +17,14 @@ constexpr const char* g_listKey = "configList";
 constexpr const char* g_fileName = "/interFace.json";
 
 template <typename Map>
-Map CopyMap(std::shared_mutex& mutex, const Map& map) {
-    const std::shared_lock lock(mutex);
+Map CopyMap(CSharedMutex& mutex, const Map& map) {
+    const CSharedLock lock(mutex);
     return map;
 }
 
 template <typename Map>
-bool CopyRecord(std::shared_mutex& mutex, const Map& map, std::int32_t nodeId,
-                typename Map::mapped_type& record) {
-    const std::shared_lock lock(mutex);
+bool CopyRecord(CSharedMutex& mutex, const Map& map, std::int32_t nodeId, typename Map::mapped_type& record) {
+    const CSharedLock lock(mutex);
     const auto found = map.find(nodeId);
     if (found == map.end()) {
         return false;
@@ -36,15 +34,15 @@ bool CopyRecord(std::shared_mutex& mutex, const Map& map, std::int32_t nodeId,
 }
 
 template <typename Map>
-void StoreRecord(std::shared_mutex& mutex, Map& map, std::int32_t nodeId,
+void StoreRecord(CSharedMutex& mutex, Map& map, std::int32_t nodeId,
                  const typename Map::mapped_type& record) {
-    const std::unique_lock lock(mutex);
+    const CLock lock(mutex);
     map[nodeId] = record;
 }
 
 template <typename Map>
-bool EraseRecord(std::shared_mutex& mutex, Map& map, std::int32_t nodeId) {
-    const std::unique_lock lock(mutex);
+bool EraseRecord(CSharedMutex& mutex, Map& map, std::int32_t nodeId) {
+    const CLock lock(mutex);
     return map.erase(nodeId) != 0;
 }
 
@@ -114,22 +112,22 @@ void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
 }
 
 void CUserData::ClearInterfaces() {
-    const std::lock_guard saving(interfaceSaveMutex);
+    const CLock saving(interfaceSaveMutex);
     {
-        const std::unique_lock lock(interfaceMutex);
+        const CLock lock(interfaceMutex);
         interfaceText.Forget();
         interfaceConfig[g_listKey] = json::array();
         writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
     }
     {
-        const std::unique_lock lock(netPortMutex);
+        const CLock lock(netPortMutex);
         netPortMap.clear();
     }
     {
-        const std::unique_lock lock(serialPortMutex);
+        const CLock lock(serialPortMutex);
         serialPortMap.clear();
     }
-    const std::unique_lock lock(orderMutex);
+    const CLock lock(orderMutex);
     interfaceOrder.clear();
 }
 
@@ -141,7 +139,7 @@ bool CUserData::IsInterfaceNameUsed(const std::string& name, bool exists, std::i
 }
 
 bool CUserData::IsNetConfigDuplicate(const SNetPortConfig& record, bool exists, std::int32_t nodeId) const {
-    const std::shared_lock lock(netPortMutex);
+    const CSharedLock lock(netPortMutex);
     return AnyRecord(netPortMap, exists, nodeId, [&record](const SNetPortConfig& other) {
         return other.ipAddress == record.ipAddress && other.dstIpAddress == record.dstIpAddress &&
                other.port == record.port && other.dstPort == record.dstPort &&
@@ -151,7 +149,7 @@ bool CUserData::IsNetConfigDuplicate(const SNetPortConfig& record, bool exists, 
 
 bool CUserData::IsSerialConfigDuplicate(const SSerialPortConfig& record, bool exists,
                                         std::int32_t nodeId) const {
-    const std::shared_lock lock(serialPortMutex);
+    const CSharedLock lock(serialPortMutex);
     return AnyRecord(serialPortMap, exists, nodeId, [&record](const SSerialPortConfig& other) {
         return other.comPort == record.comPort && other.baudRate == record.baudRate &&
                other.wordLength == record.wordLength && other.parity == record.parity &&
@@ -162,7 +160,7 @@ bool CUserData::IsSerialConfigDuplicate(const SSerialPortConfig& record, bool ex
 void CUserData::UpdateNetSerialMap() {
     json list;
     {
-        const std::shared_lock lock(interfaceMutex);
+        const CSharedLock lock(interfaceMutex);
         if (const auto member = interfaceConfig.find(g_listKey); member != interfaceConfig.end()) {
             list = *member;
         }
@@ -194,7 +192,7 @@ void CUserData::UpdateNetSerialMap() {
 }
 
 void CUserData::AddInterfaceOrder(std::int32_t nodeId, bool isNet) {
-    const std::unique_lock lock(orderMutex);
+    const CLock lock(orderMutex);
     const auto entry =
         std::find_if(interfaceOrder.begin(), interfaceOrder.end(),
                      [nodeId](const SInterfaceOrderEntry& other) { return other.nodeId == nodeId; });
@@ -206,13 +204,13 @@ void CUserData::AddInterfaceOrder(std::int32_t nodeId, bool isNet) {
 }
 
 void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
-    const std::unique_lock lock(orderMutex);
+    const CLock lock(orderMutex);
     std::erase_if(interfaceOrder,
                   [nodeId](const SInterfaceOrderEntry& entry) { return entry.nodeId == nodeId; });
 }
 
 void CUserData::SaveInterfaceDocument() {
-    const std::lock_guard saving(interfaceSaveMutex);
+    const CLock saving(interfaceSaveMutex);
     const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
     const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);
@@ -226,7 +224,7 @@ void CUserData::SaveInterfaceDocument() {
             list.push_back(MakeSerialPortElement(nodeId, port->second));
         }
     }
-    const std::unique_lock lock(interfaceMutex);
+    const CLock lock(interfaceMutex);
     interfaceText.Forget();
     interfaceConfig[g_listKey] = std::move(list);
     writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));

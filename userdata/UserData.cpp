@@ -11,7 +11,6 @@
 #include "userdata/LanguageSetting.h"
 
 #include <exception>
-#include <mutex>
 #include <utility>
 
 namespace {
@@ -22,8 +21,8 @@ json LoadDocument(const char* name) {
     return LoadJsonFromFile(RestoreFromBackup(DocumentPath(name)));
 }
 
-json CopyDocument(std::shared_mutex& mutex, const json& held) {
-    const std::shared_lock lock(mutex);
+json CopyDocument(CSharedMutex& mutex, const json& held) {
+    const CSharedLock lock(mutex);
     return held;
 }
 
@@ -85,11 +84,11 @@ CUserData::~CUserData() {
     writer.WaitAll();
 }
 
-void CUserData::SetDocument(std::shared_mutex& mutex, nlohmann::json& held, CDocumentText* text,
+void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text,
                             nlohmann::json document, const char* name) {
     json saved = document;
     const std::string path = DocumentPath(name);
-    const std::unique_lock lock(mutex);
+    const CLock lock(mutex);
     if (text != nullptr) {
         text->Forget();
     }
@@ -175,6 +174,6 @@ void CUserData::SetLanguage(std::int32_t newLanguage, bool isAuto) {
     language = newLanguage;
     isAutoLanguage = isAuto;
     json setting = {{"IsAutoLanguage", isAuto}, {"Language", newLanguage}};
-    const std::unique_lock lock(settingMutex);
+    const CLock lock(settingMutex);
     writer.SaveAsync(std::move(setting), DocumentPath("/setting.json"));
 }

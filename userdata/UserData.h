@@ -1,14 +1,13 @@
 #pragma once
 
 #include "config/JsonFileWriter.h"
+#include "platform/Mutex.h"
 #include "userdata/CommandMap.h"
 #include "userdata/DocumentText.h"
 #include "userdata/InterfaceModel.h"
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -138,43 +137,43 @@ class CUserData {
     CUserData();
 
   private:
-    void SetDocument(std::shared_mutex& mutex, nlohmann::json& held, CDocumentText* text,
-                     nlohmann::json document, const char* name);
+    void SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text, nlohmann::json document,
+                     const char* name);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument();
     void SyncComponentConfig();
 
     CJsonFileWriter writer;
-    mutable std::shared_mutex layoutMutex;
-    nlohmann::json layout;
+    mutable CSharedMutex layoutMutex;
+    nlohmann::json layout GUARDED_BY(layoutMutex);
     CDocumentText layoutText;
-    mutable std::shared_mutex materialsMutex;
-    nlohmann::json materials;
+    mutable CSharedMutex materialsMutex;
+    nlohmann::json materials GUARDED_BY(materialsMutex);
     CDocumentText materialsText;
-    mutable std::shared_mutex componentMutex;
-    nlohmann::json componentConfig;
+    mutable CSharedMutex componentMutex;
+    nlohmann::json componentConfig GUARDED_BY(componentMutex);
     CDocumentText componentText;
-    mutable std::shared_mutex apiListMutex;
-    nlohmann::json apiList;
+    mutable CSharedMutex apiListMutex;
+    nlohmann::json apiList GUARDED_BY(apiListMutex);
     CDocumentText apiListText;
-    mutable std::shared_mutex cmdMapMutex;
-    CmdMap cmdMap;
-    std::shared_mutex settingMutex;
+    mutable CSharedMutex cmdMapMutex;
+    CmdMap cmdMap GUARDED_BY(cmdMapMutex);
+    CSharedMutex settingMutex;
     std::atomic<bool> isAutoLanguage{true};
     std::atomic<std::int32_t> language{0};
-    std::mutex interfaceSaveMutex;  // taken before all others
-    mutable std::shared_mutex interfaceMutex;
-    nlohmann::json interfaceConfig;
+    CMutex interfaceSaveMutex;  // taken before all others
+    mutable CSharedMutex interfaceMutex;
+    nlohmann::json interfaceConfig GUARDED_BY(interfaceMutex);
     CDocumentText interfaceText;
-    mutable std::shared_mutex netPortMutex;
-    NetPortMap netPortMap;
-    mutable std::shared_mutex serialPortMutex;
-    SerialPortMap serialPortMap;
-    std::shared_mutex orderMutex;
-    std::vector<SInterfaceOrderEntry> interfaceOrder;
-    mutable std::shared_mutex infraredMutex;
-    nlohmann::json infraredCom;
+    mutable CSharedMutex netPortMutex;
+    NetPortMap netPortMap GUARDED_BY(netPortMutex);
+    mutable CSharedMutex serialPortMutex;
+    SerialPortMap serialPortMap GUARDED_BY(serialPortMutex);
+    CSharedMutex orderMutex;
+    std::vector<SInterfaceOrderEntry> interfaceOrder GUARDED_BY(orderMutex);
+    mutable CSharedMutex infraredMutex;
+    nlohmann::json infraredCom GUARDED_BY(infraredMutex);
 };
 
 /**

@@ -1,9 +1,9 @@
 #include "libraries/comm/NameResolver.h"
 
 #include "libraries/comm/ErrorNumbers.h"
+#include "platform/Mutex.h"
 
 #include <map>
-#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -49,8 +49,8 @@ struct CNameResolver::SState {
     explicit SState(Clock::duration age) : maxAge(age) {}
 
     const Clock::duration maxAge;
-    std::mutex mutex;
-    std::map<std::string, SEntry> entries;
+    CMutex mutex;
+    std::map<std::string, SEntry> entries GUARDED_BY(mutex);
 };
 
 CNameResolver::CNameResolver(Clock::duration maxAge) : m_state(std::make_shared<SState>(maxAge)) {}
@@ -58,7 +58,7 @@ CNameResolver::CNameResolver(Clock::duration maxAge) : m_state(std::make_shared<
 void CNameResolver::Resolve(const std::string& host, Handler done) {
     SResolved known;
     {
-        const std::lock_guard lock(m_state->mutex);
+        const CLock lock(m_state->mutex);
         SEntry& entry = m_state->entries[host];
         if (entry.running) {
             entry.waiting.push_back(std::move(done));
@@ -92,7 +92,7 @@ void CNameResolver::Work(const std::shared_ptr<SState>& state, const std::string
     }
     std::vector<Handler> waiting;
     {
-        const std::lock_guard lock(state->mutex);
+        const CLock lock(state->mutex);
         SEntry& entry = state->entries[host];
         entry.running = false;
         entry.since = Clock::now();

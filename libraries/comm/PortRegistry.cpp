@@ -8,7 +8,6 @@
 #include "platform/RavLog.h"
 
 #include <exception>
-#include <mutex>
 #include <new>
 
 namespace comm {
@@ -117,7 +116,7 @@ void CPortRegistry::DeleteTcp(const SNetPortConfig& record) {
     Guarded([&] {
         std::shared_ptr<CNetPort> port;
         {
-            const std::unique_lock lock(m_mutex);
+            const CLock lock(m_mutex);
             const auto found = m_netPorts.find(EndPointOf(record));
             if (found == m_netPorts.end() || !found->second->Release(record)) {
                 return 0;
@@ -135,7 +134,7 @@ void CPortRegistry::DeleteAll() {
         NetPorts netPorts;
         SerialLines serialLines;
         {
-            const std::unique_lock lock(m_mutex);
+            const CLock lock(m_mutex);
             netPorts.swap(m_netPorts);
             serialLines.swap(m_serialLines);
         }
@@ -151,7 +150,7 @@ void CPortRegistry::DeleteAll() {
 
 void CPortRegistry::Stop() {
     {
-        const std::unique_lock lock(m_mutex);
+        const CLock lock(m_mutex);
         if (m_stopped) {
             return;
         }
@@ -166,12 +165,12 @@ void CPortRegistry::Stop() {
 std::shared_ptr<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
     const SEndPointView point = EndPointOf(record);
     {
-        const std::shared_lock lock(m_mutex);
+        const CSharedLock lock(m_mutex);
         if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
             return found->second;
         }
     }
-    const std::unique_lock lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_stopped) {
         return nullptr;
     }
@@ -196,12 +195,12 @@ std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& recor
 
 std::shared_ptr<CSerialLine> CPortRegistry::SerialLine(const std::string& comPort) {
     {
-        const std::shared_lock lock(m_mutex);
+        const CSharedLock lock(m_mutex);
         if (const auto found = m_serialLines.find(comPort); found != m_serialLines.end()) {
             return found->second;
         }
     }
-    const std::unique_lock lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_stopped) {
         return nullptr;
     }

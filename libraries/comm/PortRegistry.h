@@ -5,10 +5,10 @@
 #include "libraries/comm/NameResolver.h"
 #include "libraries/comm/NetPort.h"
 #include "libraries/comm/SerialLine.h"
+#include "platform/Mutex.h"
 #include "platform/PortRecords.h"
 
 #include <memory>
-#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -54,10 +54,10 @@ class CPortRegistry {
     boost::asio::io_context m_io;
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> m_work;
     CNameResolver m_resolver;
-    std::shared_mutex m_mutex;  ///< guards the members below; never held while a device is waited for
-    NetPorts m_netPorts;
-    SerialLines m_serialLines;
-    bool m_stopped = false;
+    CSharedMutex m_mutex;  ///< never held while a device is waited for
+    NetPorts m_netPorts GUARDED_BY(m_mutex);
+    SerialLines m_serialLines GUARDED_BY(m_mutex);
+    bool m_stopped GUARDED_BY(m_mutex) = false;
     std::thread m_thread;
 };
 

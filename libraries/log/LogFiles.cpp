@@ -70,7 +70,7 @@ void CLogFile::Write(const CLogEvent& event) {
     bool notify = false;
     bool urgent = event.level == Error;
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         const std::size_t before = m_pending.size();
         if (before + size > kPendingLimit) {
             ++m_lostCount;
@@ -92,7 +92,7 @@ void CLogFile::Write(const CLogEvent& event) {
 }
 
 bool CLogFile::IsEmpty() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     return m_pending.empty();
 }
 
@@ -101,7 +101,7 @@ void CLogFile::Flush(bool mirror) {
     std::size_t count = 0;
     std::size_t lost = 0;
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         records.swap(m_pending);
         count = std::exchange(m_pendingCount, 0);
         lost = m_lostCount;
@@ -118,13 +118,13 @@ void CLogFile::Flush(bool mirror) {
     try {
         if (lost > 0) {
             WriteToDisk(std::to_string(lost) + " records were lost here: the file could not be written\n");
-            const std::lock_guard lock(m_mutex);
+            const CLock lock(m_mutex);
             m_lostCount -= lost;
         }
         WriteToDisk(records);
     } catch (const std::exception& error) {
         m_sink.reset();  // opened anew at the next attempt
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         if (m_lostCount == 0) {
             std::fprintf(stderr, "The log file %s can't be written: %s\n", m_path.c_str(), error.what());
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Mutex.h"
 #include "platform/RavLog.h"
 
 #include <condition_variable>
@@ -47,10 +48,10 @@ class CLogFile final : public CLogSink {
     const bool m_isMirrored;
     std::string m_path;                           // of the flushing thread, set while it does not run
     std::shared_ptr<spdlog::sinks::sink> m_sink;  // of the flushing thread; null until opened
-    std::mutex m_mutex;                           // guards what follows
-    std::string m_pending;                        // whole records
-    std::size_t m_pendingCount = 0;
-    std::size_t m_lostCount = 0;
+    CMutex m_mutex;
+    std::string m_pending GUARDED_BY(m_mutex);  // whole records
+    std::size_t m_pendingCount GUARDED_BY(m_mutex) = 0;
+    std::size_t m_lostCount GUARDED_BY(m_mutex) = 0;
 };
 
 /** The thread that writes all log files: at most a tenth of a second late, at once when an error was logged.

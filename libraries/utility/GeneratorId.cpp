@@ -10,7 +10,7 @@ CGeneratorId* CGeneratorId::getInstance() {
 }
 
 void CGeneratorId::Initialize(const std::set<int>& ids) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_taken = ids;
     if (!ids.empty()) {
         See(*ids.rbegin());
@@ -18,7 +18,7 @@ void CGeneratorId::Initialize(const std::set<int>& ids) {
 }
 
 int CGeneratorId::GetId() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_highest < std::numeric_limits<int>::max()) {
         m_taken.insert(m_taken.end(), ++m_highest);
         return m_highest;
@@ -36,13 +36,13 @@ int CGeneratorId::GetId() {
 }
 
 void CGeneratorId::ReleaseId(int id) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_taken.erase(id);
     See(id);
 }
 
 void CGeneratorId::Clean() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_taken.clear();
 }
 

@@ -1,12 +1,12 @@
 #include "platform/SerialNames.h"
 
 #include "platform/DurableFile.h"
+#include "platform/Mutex.h"
 #include "platform/RavLog.h"
 #include "platform/linux/NamedSerialLines.h"
 
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <tuple>
 
 #include <sys/stat.h>
@@ -24,7 +24,7 @@ void Tell(RavLog::EnLogLevel level, const std::string& text) {
 class CNameFile {
   public:
     void SetFile(const std::string& file) {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         m_file = file;
         m_version = {};
         m_table = {};
@@ -32,13 +32,13 @@ class CNameFile {
     }
 
     std::optional<CSerialNameTable::SEntry> Find(int number) {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         Refresh();
         return m_table.Find(number);
     }
 
     NamedLines Name(std::vector<SSerialLine> lines, const std::map<int, std::string>& links) {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         Refresh();
         NamedLines named = m_table.Name(std::move(lines), links);
         m_unsaved = m_table.TakeChanged() || m_unsaved;
@@ -53,7 +53,7 @@ class CNameFile {
     using Version = std::tuple<ino_t, off_t, time_t, long>;
 
     /** All zeros while there is no file. */
-    Version FileVersion() const {
+    Version FileVersion() const REQUIRES_LOCK(m_mutex) {
         struct stat status {};
         if (stat(m_file.c_str(), &status) != 0) {
             return {};
@@ -61,7 +61,7 @@ class CNameFile {
         return {status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
     }
 
-    void Refresh() {
+    void Refresh() REQUIRES_LOCK(m_mutex) {
         const Version version = FileVersion();
         if (version == m_version) {
             return;
@@ -82,7 +82,7 @@ class CNameFile {
     }
 
     /** The names known so far stay, and make the next table. */
-    void SetAside() {
+    void SetAside() REQUIRES_LOCK(m_mutex) {
         const std::string broken = m_file + ".broken";
         std::error_code error;
         fs::rename(m_file, broken, error);
@@ -92,7 +92,7 @@ class CNameFile {
         m_unsaved = true;
     }
 
-    void Save() {
+    void Save() REQUIRES_LOCK(m_mutex) {
         const std::string text =
             m_table.Document().dump(4, ' ', false, nlohmann::json::error_handler_t::replace);
         const std::error_code error = ReplaceFileDurably(m_file, text);
@@ -107,12 +107,12 @@ class CNameFile {
         }
     }
 
-    std::mutex m_mutex;
-    std::string m_file;
-    Version m_version;
-    CSerialNameTable m_table;
-    bool m_unsaved = false;
-    bool m_told = false;  ///< that it can't be written
+    CMutex m_mutex;
+    std::string m_file GUARDED_BY(m_mutex);
+    Version m_version GUARDED_BY(m_mutex);
+    CSerialNameTable m_table GUARDED_BY(m_mutex);
+    bool m_unsaved GUARDED_BY(m_mutex) = false;
+    bool m_told GUARDED_BY(m_mutex) = false;  ///< that it can't be written
 };
 
 CNameFile& NameFile() {

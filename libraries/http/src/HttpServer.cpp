@@ -1,13 +1,13 @@
 // The running servers, by the ids that records carry: a record may be copied, so it owns nothing.
 #include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/Server.h"
+#include "platform/Mutex.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <new>
 
 #include <hv/HttpServer.h>
@@ -18,11 +18,11 @@ using hv::internal::Server;
 
 constexpr int g_cannotListen = -22;
 
-std::mutex g_mutex;
+CMutex g_mutex;
 
 using Servers = std::map<std::uintptr_t, std::shared_ptr<Server>>;
 
-Servers& Running() {
+Servers& Running() REQUIRES_LOCK(g_mutex) {
     // Never destroyed: a server may be stopped by a destructor that runs at the end of the process. In place,
     // since that stop must not need memory.
     alignas(Servers) static std::byte place[sizeof(Servers)];
@@ -37,7 +37,7 @@ std::uintptr_t IdOf(const http_server_t& record) {
 }  // namespace
 
 void hv::internal::AskForRoomEverywhere() {
-    const std::lock_guard lock(g_mutex);
+    const CLock lock(g_mutex);
     for (const auto& [id, server] : Running()) {
         server->AskForRoom();
     }
@@ -52,7 +52,7 @@ int http_server_run(http_server_t* record, int wait) {
     }
     std::shared_ptr<Server> server;
     try {
-        const std::lock_guard lock(g_mutex);
+        const CLock lock(g_mutex);
         if (Running().contains(IdOf(*record))) {
             return g_cannotListen;  // it runs already
         }
@@ -86,7 +86,7 @@ int http_server_stop(http_server_t* record) {
     }
     std::shared_ptr<Server> server;
     {
-        const std::lock_guard lock(g_mutex);
+        const CLock lock(g_mutex);
         const auto place = Running().find(IdOf(*record));
         record->privdata = nullptr;
         if (place == Running().end()) {

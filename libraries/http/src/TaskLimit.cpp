@@ -7,7 +7,7 @@ namespace hv::internal {
 TaskLimit::TaskLimit(std::size_t places) : m_places(std::max<std::size_t>(places, 1)) {}
 
 bool TaskLimit::Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& task) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_taken < m_places) {
         ++m_taken;
         return true;
@@ -17,7 +17,7 @@ bool TaskLimit::Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& t
 }
 
 std::optional<TaskLimit::Entry> TaskLimit::Leave() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_waiting.empty() || m_closed) {
         --m_taken;
         return std::nullopt;
@@ -28,11 +28,12 @@ std::optional<TaskLimit::Entry> TaskLimit::Leave() {
 }
 
 void TaskLimit::Close() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_closed = true;
 }
 
 void TaskLimit::Drop() {
+    const CLock lock(m_mutex);
     m_waiting.clear();
 }
 

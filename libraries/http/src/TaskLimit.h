@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Mutex.h"
+
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 namespace hv::internal {
@@ -53,10 +54,10 @@ class TaskLimit {
 
   private:
     const std::size_t m_places;
-    std::mutex m_mutex;  // guards what follows
-    std::size_t m_taken = 0;
-    bool m_closed = false;
-    std::deque<Entry> m_waiting;
+    CMutex m_mutex;
+    std::size_t m_taken GUARDED_BY(m_mutex) = 0;
+    bool m_closed GUARDED_BY(m_mutex) = false;
+    std::deque<Entry> m_waiting GUARDED_BY(m_mutex);
 };
 
 }  // namespace hv::internal

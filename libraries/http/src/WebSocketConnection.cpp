@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include <boost/asio/post.hpp>
 #include <boost/beast/http/empty_body.hpp>
@@ -42,7 +43,7 @@ Channel::Channel(WebSocketConnection& connection, const asio::ip::tcp::endpoint&
 }
 
 int Channel::send(const std::string& message, ws_opcode opcode, bool fin) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     if (m_connection == nullptr) {
         return -1;
     }
@@ -56,16 +57,21 @@ int Channel::send(const std::string& message, ws_opcode opcode, bool fin) {
         asio::post(executor, [connection = std::move(connection)] { connection->Close(); });
         return -1;
     }
-    m_queuedBytes += message.size();
     m_queue.push_back({message, opcode, fin});
-    if (m_queue.size() == 1) {
-        asio::post(executor, [connection = std::move(connection)] { connection->WriteNext(); });
+    try {
+        if (m_queue.size() == 1) {
+            asio::post(executor, [connection = std::move(connection)] { connection->WriteNext(); });
+        }
+    } catch (const std::bad_alloc&) {
+        m_queue.pop_back();  // or all later ones would wait behind it
+        return -1;
     }
+    m_queuedBytes += message.size();
     return static_cast<int>(message.size());
 }
 
 void Channel::Detach() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_connection = nullptr;
     m_queue.clear();
 }
@@ -193,7 +199,7 @@ void WebSocketConnection::Read() {
 
 void WebSocketConnection::WriteNext() {
     {
-        const std::lock_guard lock(m_channel->m_mutex);
+        const CLock lock(m_channel->m_mutex);
         if (m_isClosed || m_isWriting || m_channel->m_queue.empty()) {
             return;
         }
@@ -232,7 +238,7 @@ void WebSocketConnection::OnWritten(const error_code& error) {
         return;
     }
     {
-        const std::lock_guard lock(m_channel->m_mutex);
+        const CLock lock(m_channel->m_mutex);
         m_channel->m_queuedBytes -= m_writing.payload.size();
         m_channel->m_queue.pop_front();
     }

@@ -2,6 +2,7 @@
 
 #include "libraries/http/src/IoHandle.h"
 #include "libraries/http/src/Server.h"
+#include "platform/Mutex.h"
 
 #include <array>
 #include <deque>
@@ -54,10 +55,10 @@ class Channel final : public WebSocketChannel {
     };
 
     hio_t m_handle;
-    std::mutex m_mutex;
-    WebSocketConnection* m_connection;  // null when it has ended
-    std::deque<Frame> m_queue;
-    std::size_t m_queuedBytes = 0;
+    CMutex m_mutex;
+    WebSocketConnection* m_connection GUARDED_BY(m_mutex);  // null when it has ended
+    std::deque<Frame> m_queue GUARDED_BY(m_mutex);
+    std::size_t m_queuedBytes GUARDED_BY(m_mutex) = 0;
 };
 
 /** A connection that was upgraded to WebSocket. Its callbacks run one after the other. */

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <mutex>
+#include <shared_mutex>
+
+// Mutexes that know what they guard. Clang checks at compile time, in scripts/lint, that what stands behind
+// GUARDED_BY is touched only under its lock (https://clang.llvm.org/docs/ThreadSafetyAnalysis.html); other
+// compilers see plain mutexes. A mutex that goes with a condition variable stays a std::mutex: the check does
+// not follow a lock into the condition that is waited for.
+#if defined(__clang__)
+#define THREAD_ATTRIBUTE(attribute) __attribute__((attribute))
+#else
+#define THREAD_ATTRIBUTE(attribute)
+#endif
+
+/** Of a member: it is read with this mutex held, at least shared, and written with it held exclusively. */
+#define GUARDED_BY(mutex) THREAD_ATTRIBUTE(guarded_by(mutex))
+
+/** Of a function: its caller holds this mutex, exclusively. */
+#define REQUIRES_LOCK(mutex) THREAD_ATTRIBUTE(requires_capability(mutex))
+
+/** A mutex for GUARDED_BY. */
+class THREAD_ATTRIBUTE(capability("mutex")) CMutex : public std::mutex {};
+
+/** A reader-writer lock for GUARDED_BY. */
+class THREAD_ATTRIBUTE(capability("mutex")) CSharedMutex : public std::shared_mutex {};
+
+/** Holds a CMutex or a CSharedMutex exclusively for the length of a scope. */
+template <typename Mutex>
+class THREAD_ATTRIBUTE(scoped_lockable) CLock {
+  public:
+    explicit CLock(Mutex& mutex) THREAD_ATTRIBUTE(acquire_capability(mutex)) : m_lock(mutex) {}
+    ~CLock() THREAD_ATTRIBUTE(release_capability()) = default;
+    CLock(const CLock&) = delete;
+    CLock& operator=(const CLock&) = delete;
+
+  private:
+    const std::lock_guard<Mutex> m_lock;
+};
+
+/** Holds a CSharedMutex together with other readers for the length of a scope. */
+class THREAD_ATTRIBUTE(scoped_lockable) CSharedLock {
+  public:
+    explicit CSharedLock(CSharedMutex& mutex) THREAD_ATTRIBUTE(acquire_shared_capability(mutex))
+        : m_lock(mutex) {}
+    ~CSharedLock() THREAD_ATTRIBUTE(release_capability()) = default;
+    CSharedLock(const CSharedLock&) = delete;
+    CSharedLock& operator=(const CSharedLock&) = delete;
+
+  private:
+    const std::shared_lock<std::shared_mutex> m_lock;
+};
