@@ -1,7 +1,6 @@
 #include "simulation/Socket.h"
 
 #include <array>
-#include <random>
 #include <system_error>
 #include <utility>
 
@@ -88,13 +87,6 @@ Socket::Socket(int type, const char* address, int port) : m_handle(MakeSocket(ty
     Check(bind(Native(m_handle), local.Raw(), local.size) == 0, "bind");
 }
 
-Socket::Socket(Socket&& other) noexcept : m_handle(std::exchange(other.m_handle, -1)) {}
-
-Socket& Socket::operator=(Socket&& other) noexcept {
-    std::swap(m_handle, other.m_handle);
-    return *this;
-}
-
 Socket Socket::Connect(int port, const char* from, bool begin) {
     Socket result(SOCK_STREAM, from, 0);
     Address remote("127.0.0.1", port);
@@ -171,18 +163,6 @@ int Socket::LocalPort() const {
     Address address("0.0.0.0", 0);
     Check(getsockname(Native(m_handle), address.Raw(), &address.size) == 0, "getsockname");
     return ntohs(address.value.sin_port);
-}
-
-int FreePort() {
-    static std::mt19937 random{std::random_device{}()};
-    while (true) {
-        const int port = std::uniform_int_distribution<int>(15000, 32000)(random);
-        try {
-            Socket::Listen(port, 1, "0.0.0.0");
-            return port;
-        } catch (const std::system_error&) {  // taken: the next one
-        }
-    }
 }
 
 }  // namespace simulation
