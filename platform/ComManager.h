@@ -60,8 +60,8 @@ class CComManager {
     int SendSerialData(SSerialPortConfig& config, std::string& content, bool isText, int asciiEncode);
 
     /**
-     * Closes what is open for the end points of a TCP record; a send under way there ends with 995. A TCP
-     * server that other records use as well stays open for these. Nothing happens for a UDP record.
+     * Closes what is open for the end points of a TCP record; a send under way there ends with 995. What
+     * other records use as well stays open for these. Nothing happens for a UDP record.
      */
     void DeleteUserTcp(SNetPortConfig& config);
 

@@ -4,6 +4,16 @@
 
 namespace comm {
 
+void CNetPort::Use(const SNetPortConfig& record) {
+    m_users.emplace(record.ipAddress, record.dstIpAddress, record.dstPort);
+}
+
+bool CNetPort::Release(const SNetPortConfig& record) {
+    const Lock lock(m_mutex);
+    m_users.erase({record.ipAddress, record.dstIpAddress, record.dstPort});
+    return m_users.empty();
+}
+
 int CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
                       std::vector<boost::asio::ip::address>& addresses) {
     if (host.empty()) {

@@ -4,9 +4,12 @@
 #include "libraries/comm/Port.h"
 #include "platform/PortRecords.h"
 
+#include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 #include <boost/asio/io_context.hpp>
@@ -33,10 +36,13 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     virtual int Send(const SNetPortConfig& record, std::string_view bytes) = 0;
 
     /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
-    virtual bool Release(const SNetPortConfig& /*record*/) { return true; }
+    bool Release(const SNetPortConfig& record);
 
   protected:
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
+
+    /** Notes a record that uses the port, under the lock. */
+    void Use(const SNetPortConfig& record);
 
     Clock::time_point Deadline() const { return Clock::now() + m_context.settings.bound; }
 
@@ -45,6 +51,15 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
                 std::vector<boost::asio::ip::address>& addresses);
 
     const SNetContext m_context;
+
+  private:
+    using User = std::tuple<std::string, std::string, std::int32_t>;
+
+    /**
+     * Local address and remote pair of the records that use the port: those that can differ. The address as
+     * it is spelled, since all spellings of "any" have one port.
+     */
+    std::set<User> m_users;
 };
 
 }  // namespace comm

@@ -10,7 +10,16 @@ using boost::asio::ip::tcp;
 CTcpClient::CTcpClient(const SNetContext& context, const SNetPortConfig& record)
     : CNetPort(context, Describe(record)), m_record(record) {}
 
-int CTcpClient::Open(const SNetPortConfig& /*record*/) {
+int CTcpClient::Open(const SNetPortConfig& record) {
+    const int error = MakeConnected();
+    if (error == ErrorNone) {
+        const Lock lock(m_mutex);
+        Use(record);
+    }
+    return error;
+}
+
+int CTcpClient::MakeConnected() {
     const auto start = Clock::now();
     {
         // A connection that stands is told at once, also while a command waits on it.

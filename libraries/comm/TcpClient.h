@@ -19,6 +19,9 @@ class CTcpClient final : public CNetPort {
     void Close() override;
 
   private:
+    /** Connects, if it is not connected: once for all calls that wait for it. */
+    int MakeConnected();
+
     /** Connects, in the turn of a call. */
     int Connect(Lock& lock, Clock::time_point deadline);
     int ConnectToHost(Lock& lock, Clock::time_point deadline);

@@ -21,7 +21,7 @@ int CTcpServer::Open(const SNetPortConfig& record) {
     }
     const int error = Listen();
     if (error == ErrorNone) {
-        m_users.emplace(record.dstIpAddress, record.dstPort);
+        Use(record);
     }
     return error;
 }
@@ -39,7 +39,7 @@ int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
     if (turn.Error() != ErrorNone) {
         return turn.Error();
     }
-    m_users.emplace(record.dstIpAddress, record.dstPort);
+    Use(record);
     if (const int error = Listen(); error != ErrorNone) {
         return error;
     }
@@ -49,12 +49,6 @@ int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
         return ErrorNotConnected;
     }
     return WriteToAll(turn.GetLock(), std::move(targets), bytes, deadline);
-}
-
-bool CTcpServer::Release(const SNetPortConfig& record) {
-    const Lock lock(m_mutex);
-    m_users.erase({record.dstIpAddress, record.dstPort});
-    return m_users.empty();
 }
 
 void CTcpServer::Close() {

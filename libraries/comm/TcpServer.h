@@ -22,7 +22,6 @@ class CTcpServer final : public CNetPort {
 
     int Open(const SNetPortConfig& record) override;
     int Send(const SNetPortConfig& record, std::string_view bytes) override;
-    bool Release(const SNetPortConfig& record) override;
     void Close() override;
 
   private:
@@ -36,7 +35,6 @@ class CTcpServer final : public CNetPort {
         bool writable = false;
     };
     using Addresses = std::vector<boost::asio::ip::address>;
-    using Remote = std::pair<std::string, std::int32_t>;
 
     int Listen();
     int TryListen();
@@ -62,7 +60,6 @@ class CTcpServer final : public CNetPort {
     boost::asio::steady_timer m_pause;
     std::map<std::uint64_t, SPeer> m_peers;
     std::uint64_t m_lastId = 0;
-    std::set<Remote> m_users;  ///< remote pairs of the records that use the port
 };
 
 }  // namespace comm

@@ -47,6 +47,25 @@ TEST(NetPorts, TellWhatCannotBeDone) {
     EXPECT_EQ(comm.Send(CommFixture::Udp(0, closed), std::string(65508, 'x')), 10040);
 }
 
+TEST(NetPorts, StayOpenForARecordThatSpellsTheSameEndPointOtherwise) {
+    CommFixture comm;
+    simulation::Socket listener = simulation::Socket::Listen();
+    for (const EnNetMode mode : {NetModeTcpClient, NetModeTcpServer}) {
+        const bool isClient = mode == NetModeTcpClient;
+        const int remotePort = isClient ? listener.LocalPort() : 0;
+        const int localPort = isClient ? 0 : simulation::FreePort();
+        const SNetPortConfig former = {"", "", "127.0.0.1", localPort, remotePort, mode};
+        const SNetPortConfig edited = {"", "0.0.0.0", "127.0.0.1", localPort, remotePort, mode};
+        ASSERT_EQ(comm.Open(former) + comm.Open(edited), 0) << mode;
+        simulation::Socket device = isClient ? listener.Accept() : simulation::Socket::Connect(localPort);
+        comm.registry.DeleteTcp(former);
+        EXPECT_TRUE(simulation::WaitUntil([&] { return comm.Send(edited, "1") == 0; })) << mode;
+        EXPECT_EQ(device.Receive(), "1") << mode;
+        comm.registry.DeleteTcp(edited);
+        EXPECT_EQ(device.Receive(), "") << mode;
+    }
+}
+
 TEST(Udp, SharesALocalPortAmongRecordsAndKeepsItWhenATcpRecordIsDeleted) {
     CommFixture comm;
     const std::string longest(65507, 'x');
