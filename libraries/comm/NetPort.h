@@ -38,6 +38,9 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
     bool Release(const SNetPortConfig& record);
 
+    /** Lets a port of another local address have the same local port. */
+    virtual void Share() {}
+
   protected:
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 

@@ -177,7 +177,21 @@ std::shared_ptr<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
     if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
         return found->second;
     }
-    return m_netPorts.emplace(SEndPoint(point), MakeNetPort(record)).first->second;
+    auto port = MakeNetPort(record);
+    ShareLocalPort(record, *port);
+    return m_netPorts.emplace(SEndPoint(point), std::move(port)).first->second;
+}
+
+void CPortRegistry::ShareLocalPort(const SNetPortConfig& record, CNetPort& made) {
+    if (record.netMode != NetModeUdp || record.port == 0) {
+        return;
+    }
+    for (const auto& [point, port] : m_netPorts) {
+        if (point.mode == NetModeUdp && point.localPort == record.port) {
+            port->Share();
+            made.Share();
+        }
+    }
 }
 
 std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& record) {

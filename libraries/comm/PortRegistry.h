@@ -47,6 +47,12 @@ class CPortRegistry {
     /** The port of a record, made when there is none; null after Stop. */
     std::shared_ptr<CNetPort> NetPort(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
+
+    /**
+     * Lets a new UDP port have a local port that others of another local address hold: nobody tells when a
+     * UDP record is deleted or edited, so their sockets may be left over.
+     */
+    void ShareLocalPort(const SNetPortConfig& record, CNetPort& made);
     std::shared_ptr<CSerialLine> SerialLine(const std::string& comPort);
     void Run();
 

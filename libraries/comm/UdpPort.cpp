@@ -67,6 +67,18 @@ void CUdpPort::Close() {
     m_changed.notify_all();
 }
 
+// Only where it is needed: with the option, another program that sets it too could take the datagrams.
+void CUdpPort::Share() {
+    const Lock lock(m_mutex);
+    m_shared = true;
+    for (const auto& socket : m_sockets) {
+        if (socket) {
+            boost::system::error_code ignored;  // the other port can't bind then, and tells it
+            socket->set_option(boost::asio::socket_base::reuse_address(true), ignored);
+        }
+    }
+}
+
 int CUdpPort::Bind(bool v6) {
     auto& slot = m_sockets.at(v6 ? 1 : 0);
     if (slot) {
@@ -101,6 +113,9 @@ int CUdpPort::TryBind(Udp::socket& socket, bool v6) const {
     }
     if (!code) {
         socket.set_option(boost::asio::socket_base::broadcast(true), code);
+    }
+    if (!code && m_shared) {
+        socket.set_option(boost::asio::socket_base::reuse_address(true), code);
     }
     if (!code && v6) {
         socket.set_option(boost::asio::ip::v6_only(true), code);

@@ -20,6 +20,7 @@ class CUdpPort final : public CNetPort {
     int Open(const SNetPortConfig& record) override;
     int Send(const SNetPortConfig& record, std::string_view bytes) override;
     void Close() override;
+    void Share() override;
 
   private:
     using Udp = boost::asio::ip::udp;
@@ -37,6 +38,7 @@ class CUdpPort final : public CNetPort {
     const SNetPortConfig m_record;
     std::array<std::unique_ptr<Udp::socket>, 2> m_sockets;  ///< IPv4, IPv6
     bool m_writable = false;
+    bool m_shared = false;  ///< ports of this library with other local addresses have the same local port
 };
 
 }  // namespace comm

@@ -76,6 +76,10 @@ TEST(Udp, SharesALocalPortAmongRecordsAndKeepsItWhenATcpRecordIsDeleted) {
         EXPECT_EQ(comm.Open(CommFixture::Udp(local, device->LocalPort())), 0);
     }
     comm.registry.DeleteTcp(CommFixture::Udp(local, one.LocalPort()));
+    SNetPortConfig moved = CommFixture::Udp(local, one.LocalPort());
+    moved.ipAddress = "127.0.0.1";
+    EXPECT_EQ(comm.Open(moved) + comm.Send(moved, "moved"), 0) << "the socket of an edited record stays";
+    EXPECT_EQ(one.Receive(), "moved");
     CommFixture other;
     EXPECT_EQ(other.Open(CommFixture::Udp(local, 1)), 10048) << "still bound";
     EXPECT_EQ(comm.Send(CommFixture::Udp(local, one.LocalPort()), "one"), 0);
