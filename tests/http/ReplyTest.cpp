@@ -103,6 +103,17 @@ TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
     EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
 }
 
+TEST_F(ReplyTest, IsToBeTakenAtALeastRate) {
+    service.GET("/large", Says(std::string(g_large, 'x')));
+    limits.writeStall = std::chrono::hours(1);
+    limits.transferWait = limits.sweep = std::chrono::milliseconds(20);
+    limits.transferRate = std::uint64_t{1} << 40;
+    Run();
+    Client deaf = Connect();
+    deaf.Send(Get("/large"));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); }));
+}
+
 TEST_F(ReplyTest, KeepsTheFramingOfFilesThatChangeMeanwhile) {
     std::string text(g_large, '\0');
     for (std::size_t i = 0; i < text.size(); ++i) {

@@ -121,6 +121,22 @@ TEST_F(RequestTest, GivesUpOnSlowClients) {
     ExpectAlive();
 }
 
+TEST_F(RequestTest, WantsBytesAtALeastRate) {
+    limits.bodyStall = limits.writeStall = std::chrono::hours(1);
+    limits.transferWait = limits.sweep = std::chrono::milliseconds(50);
+    limits.transferRate = 1;
+    Run();
+    const std::string part(1000, 'x');
+    Client steady = Connect();
+    steady.Send("POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 1001\r\n\r\n" + part);
+    for (const std::string length : {"Content-Length: 5", "Transfer-Encoding: chunked"}) {
+        Client silent = Connect();
+        silent.Send("POST /echo HTTP/1.1\r\nHost: a\r\n" + length + "\r\n\r\n");
+        EXPECT_EQ("", silent.Rest()) << length;
+    }
+    EXPECT_EQ(part + "y", steady.Ask("y").body) << "it has earned its time";
+}
+
 TEST_F(RequestTest, MakesRoomForNewConnections) {
     server.worker_threads = 1;
     server.worker_connections = 8;

@@ -6,6 +6,8 @@
 #include "libraries/http/src/Text.h"
 #include "libraries/http/src/WebSocketConnection.h"
 
+#include <algorithm>
+#include <chrono>
 #include <exception>
 
 #include <boost/asio/post.hpp>
@@ -21,6 +23,7 @@ namespace {
 constexpr std::string_view g_continue = "HTTP/1.1 100 Continue\r\n\r\n";
 constexpr std::size_t g_logText = 200;
 constexpr std::size_t g_keptCapacity = 4096;
+constexpr std::uint64_t g_mostEarned = 2'000'000;  // seconds, 23 days: more than the largest body earns
 
 std::string Shown(std::string_view text) {
     std::string shown(text.substr(0, g_logText));
@@ -62,6 +65,13 @@ void HttpConnection::Stop() {
 
 bool HttpConnection::IsExpendable() const {
     return m_phase == Phase::Idle || m_phase == Phase::Header || m_phase == Phase::Draining;
+}
+
+// The stall alone would let a client that moves one byte in each of them hold the connection for ever.
+void HttpConnection::ExpectBytes(Limits::Time stall) {
+    const Limits& bounds = m_server.Bounds();
+    const auto earned = std::chrono::seconds(std::min(m_exchange->moved / bounds.transferRate, g_mostEarned));
+    m_deadline = std::min(Clock::now() + stall, m_exchange->begun + bounds.transferWait + earned);
 }
 
 void HttpConnection::WaitForInput() {
@@ -154,7 +164,8 @@ void HttpConnection::Process(std::string_view input) {
             case RequestReader::State::NeedMore:
                 Keep(input);
                 if (m_phase == Phase::Body) {
-                    m_deadline = Clock::now() + m_server.Bounds().bodyStall;
+                    m_exchange->moved = m_exchange->reader.BodyBytes();
+                    ExpectBytes(m_server.Bounds().bodyStall);
                 }
                 WaitForInput();
                 return;
@@ -178,7 +189,8 @@ void HttpConnection::Process(std::string_view input) {
 // waits for leave to send it.
 bool HttpConnection::OnHeader() {
     m_phase = Phase::Body;
-    m_deadline = Clock::now() + m_server.Bounds().bodyStall;
+    m_exchange->begun = Clock::now();
+    ExpectBytes(m_server.Bounds().bodyStall);
     if (m_server.WebSockets() != nullptr) {
         Refuse(400);
         return false;

@@ -45,12 +45,15 @@ class HttpConnection final : public ServerConnection,
         std::shared_ptr<HttpRequest> request = std::make_shared<HttpRequest>();
         HttpResponse response;
         RequestReader reader;
+        Clock::time_point begun;  // when the body, then the reply, began to move
+        std::uint64_t moved = 0;  // bytes of it so far
         bool decided = false;
         const http_sync_handler* handler = nullptr;
         FilePart file;
         Written written = Written::Blocked;  // what became of the handler's reply so far
     };
 
+    void ExpectBytes(Limits::Time stall);
     void WaitForInput();
     void OnReadable();
     bool Receive(std::string_view& input);

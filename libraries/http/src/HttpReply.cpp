@@ -19,12 +19,13 @@ constexpr std::size_t g_headCapacity = 4096;
 
 // Sends on from the file, as much as the socket takes up to a piece. An error when it takes nothing, or when
 // the file was cut since its length was told.
-error_code SendPiece(Socket& socket, FilePart& part) {
+error_code SendPiece(Socket& socket, FilePart& part, std::uint64_t& moved) {
     error_code error;
     const std::size_t size = static_cast<std::size_t>(std::min(part.length, g_filePartBytes));
     const std::size_t sent = part.file.Send(socket, part.offset, size, error);
     part.offset += sent;
     part.length -= sent;
+    moved += sent;
     return error;
 }
 
@@ -39,8 +40,8 @@ void HttpConnection::Refuse(int status) {
 
 void HttpConnection::Reply() {
     m_phase = Phase::Writing;
-    m_deadline = Clock::now() + m_server.Bounds().writeStall;
     PrepareReply();
+    ExpectBytes(m_server.Bounds().writeStall);
     Continue(Write());
 }
 
@@ -69,6 +70,8 @@ void HttpConnection::PrepareReply() {
     m_head.clear();
     AppendReplyHead(m_head, response, frame);
     m_sent = 0;
+    m_exchange->begun = Clock::now();
+    m_exchange->moved = 0;
 }
 
 // Reads the first piece of the file into the body, so that it goes out together with the head: all of a
@@ -98,7 +101,9 @@ HttpConnection::Written HttpConnection::Write() {
             rest = {asio::buffer(body) + (m_sent - m_head.size()), asio::const_buffer()};
         }
         error_code error;
-        m_sent += m_socket.write_some(rest, error);
+        const std::size_t sent = m_socket.write_some(rest, error);
+        m_sent += sent;
+        m_exchange->moved += sent;
         if (error == asio::error::would_block || error == asio::error::try_again) {
             return Written::Blocked;
         }
@@ -124,10 +129,10 @@ void HttpConnection::Continue(Written written) {
                 }
             });
             m_phase = Phase::Writing;
-            m_deadline = Clock::now() + m_server.Bounds().writeStall;
+            ExpectBytes(m_server.Bounds().writeStall);
             return;
         }
-        const error_code error = SendPiece(m_socket, m_exchange->file);
+        const error_code error = SendPiece(m_socket, m_exchange->file, m_exchange->moved);
         if (error == asio::error::would_block || error == asio::error::try_again) {
             written = Written::Blocked;
         } else if (error) {
@@ -140,7 +145,7 @@ void HttpConnection::Continue(Written written) {
             break;
         case Written::Blocked:
             m_phase = Phase::Writing;
-            m_deadline = Clock::now() + m_server.Bounds().writeStall;
+            ExpectBytes(m_server.Bounds().writeStall);
             WaitForOutput();
             break;
         case Written::Failed:

@@ -16,6 +16,8 @@ struct Limits {
     Time headerWait{15'000};                                     ///< first byte to end of header, absolute
     Time bodyStall{30'000};                                      ///< without a byte of the body
     Time writeStall{30'000};                                     ///< without a byte of the reply taken
+    Time transferWait{300'000};                                  ///< for a whole body or reply, and ...
+    std::uint64_t transferRate = 256;                            ///< ... 1 s more for so many bytes of it
     Time keepAlive{75'000};                                      ///< between two requests
     Time linger{2'000};                                          ///< for the client to read a last reply
     Time webSocketClose{5'000};                                  ///< for the other half of a close

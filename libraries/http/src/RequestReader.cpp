@@ -188,6 +188,7 @@ void RequestReader::on_body_init_impl(boost::optional<std::uint64_t> const& leng
 }
 
 std::size_t RequestReader::on_body_impl(Text body, Error& /*error*/) {
+    m_bodyBytes += body.size();
     if (!m_discard) {
         m_request.body.append(body.data(), body.size());
     }

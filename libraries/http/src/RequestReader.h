@@ -32,6 +32,8 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     bool IsHttp10() const { return m_version == 10; }
     bool ExpectsContinue() const { return m_expectsContinue; }
 
+    std::uint64_t BodyBytes() const { return m_bodyBytes; }  ///< of the body that came so far
+
     /** The body that is to come is read and thrown away. */
     void DiscardBody() { m_discard = true; }
 
@@ -61,6 +63,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     std::size_t m_headerBytes = 0;
     std::size_t m_chunkOverhead = 0;
     std::uint64_t m_chunkLeft = 0;
+    std::uint64_t m_bodyBytes = 0;
     int m_version = 0;
     int m_failStatus = 400;
     bool m_hasHost = false;
