@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -67,8 +68,12 @@ void ReopenNetPorts() {
         }
     };
     std::vector<std::jthread> openers;
-    for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
-        openers.emplace_back(openPorts);
+    try {
+        for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
+            openers.emplace_back(openPorts);
+        }
+    } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch)
+        // The system has no more threads: those that there are open all ports, and take longer.
     }
     openPorts();
 }
