@@ -52,7 +52,7 @@ class CPortRegistry {
      * Lets a new UDP port have a local port that others of another local address hold: nobody tells when a
      * UDP record is deleted or edited, so their sockets may be left over.
      */
-    void ShareLocalPort(const SNetPortConfig& record, CNetPort& made);
+    void ShareLocalPort(const SNetPortConfig& record, CNetPort& made) REQUIRES_LOCK(m_mutex);
     std::shared_ptr<CSerialLine> SerialLine(const std::string& comPort);
     void Run();
 
