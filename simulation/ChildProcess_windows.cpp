@@ -14,6 +14,8 @@ namespace simulation {
 
 namespace {
 
+constexpr UINT kKilled = 137;  // the exit status by which a shell tells of a kill elsewhere
+
 [[noreturn]] void Fail(const char* what) {
     throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
 }
@@ -76,7 +78,7 @@ std::wstring EnvironmentBlock(const std::vector<std::string>& changes) {
     }
     std::wstring block;
     for (const auto& [name, value] : variables) {
-        block += name + L'=' + value + L'\0';
+        block.append(name).append(1, L'=').append(value).append(1, L'\0');
     }
     return block + L'\0';
 }
@@ -177,7 +179,7 @@ ChildProcess::ChildProcess(const ProcessOptions& options)
 
 ChildProcess::~ChildProcess() {
     if (Running()) {
-        Send(EnSignal::Kill);
+        TerminateProcess(m_system->process.Get(), kKilled);
         WaitExit();
     }
 }
@@ -187,7 +189,7 @@ void ChildProcess::Send(EnSignal signal) const {
         return;
     }
     if (signal == EnSignal::Kill) {
-        TerminateProcess(m_system->process.Get(), 137);  // as a shell tells it elsewhere
+        TerminateProcess(m_system->process.Get(), kKilled);
         return;
     }
     // Ctrl+C, typed at the console of the process: the test becomes a client of it for a moment.
