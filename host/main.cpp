@@ -58,6 +58,10 @@ std::string PortProblem(const char* key, int port, const SGlobalConfig& config) 
         return "the port " + std::to_string(port) + " can't be listened on. Set " + setting +
                " to 1 to 65535.";
     }
+    if (ProbePort(port) == EnPortState::Withheld) {
+        return "the system doesn't give the port " + std::to_string(port) +
+               " to this program, which lacks the right. Set " + setting + " to another port.";
+    }
     return "the port " + std::to_string(port) +
            " is taken by another program, perhaps by a server that runs already. Stop that program, or set " +
            setting + " to a free port.";

@@ -1,7 +1,16 @@
 #pragma once
 
-/**
- * True when nobody listens on this TCP port of the machine, so that a server can. False for a taken port and
- * for a number outside 1 to 65535. Any thread.
- */
-bool IsPortFree(int port);
+/** What a program meets that would listen on a TCP port. */
+enum class EnPortState {
+    Free,
+    Taken,    ///< another program listens, or the number is outside 1 to 65535
+    Withheld  ///< the program lacks the right (Linux, below 1024); Windows doesn't tell this from Taken
+};
+
+/** Tries to listen on this TCP port on all addresses of the machine. Any thread. */
+EnPortState ProbePort(int port);
+
+/** True when a server can listen on the port. Any thread. */
+inline bool IsPortFree(int port) {
+    return ProbePort(port) == EnPortState::Free;
+}

@@ -1,5 +1,6 @@
 #include "platform/PortProbe.h"
 
+#include <cerrno>
 #include <cstdint>
 
 #include <arpa/inet.h>
@@ -7,13 +8,13 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-bool IsPortFree(int port) {
+EnPortState ProbePort(int port) {
     if (port < 1 || port > 65535) {
-        return false;
+        return EnPortState::Taken;
     }
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (listener < 0) {
-        return false;
+        return EnPortState::Taken;
     }
     // As the server's own listener: connections of an earlier run that linger don't count.
     const int on = 1;
@@ -24,6 +25,10 @@ bool IsPortFree(int port) {
     address.sin_addr.s_addr = htonl(INADDR_ANY);
     const bool isFree = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                         listen(listener, 1) == 0;
+    const bool isWithheld = errno == EACCES || errno == EPERM;
     close(listener);
-    return isFree;
+    if (isFree) {
+        return EnPortState::Free;
+    }
+    return isWithheld ? EnPortState::Withheld : EnPortState::Taken;
 }

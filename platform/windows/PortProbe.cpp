@@ -27,14 +27,14 @@ class CSocketLibrary {
 
 }  // namespace
 
-bool IsPortFree(int port) {
+EnPortState ProbePort(int port) {
     if (port < 1 || port > 65535) {
-        return false;
+        return EnPortState::Taken;
     }
     const CSocketLibrary library;
     const SOCKET listener = socket(AF_INET, SOCK_STREAM, 0);
     if (listener == INVALID_SOCKET) {
-        return false;
+        return EnPortState::Taken;
     }
     // As the server's own listener: without the option, a port that another program shares counts as free.
     const BOOL on = TRUE;
@@ -46,5 +46,6 @@ bool IsPortFree(int port) {
     const bool isFree = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                         listen(listener, 1) == 0;
     closesocket(listener);
-    return isFree;
+    // WSAEACCES is no sign of a reserved port: one that another program has exclusively gives it too.
+    return isFree ? EnPortState::Free : EnPortState::Taken;
 }
