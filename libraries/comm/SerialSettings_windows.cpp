@@ -20,6 +20,9 @@ void BuildSettings(const SSerialPortConfig& config, DCB& settings) {
     settings.fParity = config.parity != ParityNone ? TRUE : FALSE;
     settings.Parity = g_parity.at(config.parity);
     settings.StopBits = g_stopBits.at(config.stopBits);
+    // Not used, but a system refuses settings in which the two are the same.
+    settings.XonChar = 0x11;
+    settings.XoffChar = 0x13;
     // Both lines up, as some devices take their power or their leave to send from them.
     settings.fDtrControl = DTR_CONTROL_ENABLE;
     settings.fRtsControl = RTS_CONTROL_ENABLE;

@@ -27,6 +27,7 @@ TEST(SerialSettings, AreBuiltForTheDriverAndReadBack) {
         EXPECT_EQ(asked.fParity != FALSE, parity != NOPARITY) << config.baudRate;
         EXPECT_EQ(asked.StopBits, stopBits) << config.baudRate;
         EXPECT_TRUE(asked.fBinary && !asked.fOutX && !asked.fOutxCtsFlow) << "raw, without flow control";
+        EXPECT_NE(asked.XonChar, asked.XoffChar) << "equal ones are refused";
         DCB taken = asked;
         taken.BaudRate += config.baudRate / 50;
         EXPECT_TRUE(comm::HasTaken(asked, taken)) << "2 % off";
