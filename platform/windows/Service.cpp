@@ -126,6 +126,27 @@ int Install() {
     return 0;
 }
 
+/** Stops the service, and waits until its process has let go of its files. */
+void Stop(SC_HANDLE service) {
+    SERVICE_STATUS_PROCESS running{};
+    DWORD size = 0;
+    QueryServiceStatusEx(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&running), sizeof running,
+                         &size);
+    const HANDLE process =
+        running.dwProcessId != 0 ? OpenProcess(SYNCHRONIZE, FALSE, running.dwProcessId) : nullptr;
+    SERVICE_STATUS status{};
+    ControlService(service, SERVICE_CONTROL_STOP, &status);  // fails when it doesn't run
+    for (DWORD waited = 0; waited < kPatience && QueryServiceStatus(service, &status) != FALSE &&
+                           status.dwCurrentState != SERVICE_STOPPED;
+         waited += 100) {
+        Sleep(100);
+    }
+    if (process != nullptr) {
+        WaitForSingleObject(process, kPatience);
+        CloseHandle(process);
+    }
+}
+
 int Remove() {
     const CServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
     const CServiceHandle service(
@@ -133,13 +154,7 @@ int Remove() {
     if (!service) {
         return Fail("the service can't be opened");
     }
-    SERVICE_STATUS status{};
-    ControlService(service.Get(), SERVICE_CONTROL_STOP, &status);  // fails when it doesn't run
-    for (DWORD waited = 0; waited < kPatience && QueryServiceStatus(service.Get(), &status) != FALSE &&
-                           status.dwCurrentState != SERVICE_STOPPED;
-         waited += 100) {
-        Sleep(100);
-    }
+    Stop(service.Get());
     return DeleteService(service.Get()) != FALSE ? 0 : Fail("the service can't be removed");
 }
 
@@ -156,6 +171,7 @@ int HandleServiceCommand(std::string_view verb, const std::function<int()>& run)
         return 2;
     }
     g_run = &run;
+    LeaveStopToServiceManager();
     std::wstring name = kName;
     const std::array<SERVICE_TABLE_ENTRYW, 2> table{{{name.data(), &ServiceMain}, {nullptr, nullptr}}};
     return StartServiceCtrlDispatcherW(table.data()) != FALSE

@@ -4,6 +4,8 @@
 
 namespace {
 
+bool g_isService = false;
+
 // The system ends the process by itself when the handler of these events returns, or takes longer than it
 // allows.
 constexpr DWORD kLongestStop = 20000;  // milliseconds
@@ -23,8 +25,15 @@ HANDLE StopEvent() {
     return event;
 }
 
+void LeaveStopToServiceManager() {
+    g_isService = true;
+}
+
 CStopSignal::CStopSignal() {
     StopEvent();
+    if (g_isService) {
+        return;
+    }
     // A process that was started detached or in a group of its own ignores Ctrl+C until it is told not to.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
