@@ -9,15 +9,21 @@ set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
 set(CPACK_NSIS_DEFINES "Target amd64-unicode")
 set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
 set(CPACK_NSIS_MANIFEST_DPI_AWARE ON)
-# The uninstaller removes what was installed; the documents lie in the user's folder and stay.
+# The uninstaller removes what was installed; the documents lie in the user's folder and stay. The firewall lets in what
+# comes for any port of the program: that of a browser as configured, and those of TCP servers for devices. The one file
+# that the service (S-1-5-19, LocalService) may write here tells browsers the WebSocket port.
 set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS [[
-  nsExec::ExecToLog 'netsh advfirewall firewall add rule name=\"Varnholt Server\" dir=in action=allow protocol=TCP localport=8086,8081 program=\"$INSTDIR\\ServerHost.exe\"'
+  FileOpen $0 '$INSTDIR\\dist\\settings.json' a
+  FileClose $0
+  nsExec::ExecToLog 'icacls \"$INSTDIR\\dist\\settings.json\" /grant *S-1-5-19:M'
+  nsExec::ExecToLog 'netsh advfirewall firewall add rule name=\"Varnholt Server\" dir=in action=allow protocol=TCP program=\"$INSTDIR\\ServerHost.exe\"'
   MessageBox MB_YESNO|MB_ICONQUESTION 'Run the server as a service that starts with the machine?' /SD IDNO IDNO +2
   nsExec::ExecToLog '\"$INSTDIR\\ServerHost.exe\" --service install'
 ]])
 set(CPACK_NSIS_EXTRA_UNINSTALL_COMMANDS [[
   nsExec::ExecToLog '\"$INSTDIR\\ServerHost.exe\" --service remove'
   nsExec::ExecToLog 'netsh advfirewall firewall delete rule name=\"Varnholt Server\"'
+  Delete '$INSTDIR\\dist\\settings.json'
 ]])
 set(CPACK_NSIS_CREATE_ICONS_EXTRA [[
   CreateShortCut '$SMPROGRAMS\\$STARTMENU_FOLDER\\Varnholt Server.lnk' '$INSTDIR\\ServerHost.exe'
