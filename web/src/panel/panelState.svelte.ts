@@ -16,6 +16,8 @@ export interface Feedback {
   phase: "sent" | "done" | "failed";
   sentence: string;
   details: string;
+  /** Of a failure: whether all of it may have been sent nevertheless. */
+  unsure: boolean;
   /** Tells one press from the next on the same component. */
   serial: number;
 }
@@ -84,8 +86,8 @@ export class PanelState {
   /** Sends the commands of a trigger and shows what became of it. Never queues: without a connection it fails. */
   async fire(component: Component, trigger: string): Promise<boolean> {
     const serial = ++this.#serial;
-    const show = (phase: Feedback["phase"], sentence = "", details = "") => {
-      this.feedback[component.id] = { phase, sentence, details, serial };
+    const show = (phase: Feedback["phase"], sentence = "", details = "", unsure = false) => {
+      this.feedback[component.id] = { phase, sentence, details, unsure, serial };
     };
     if (this.connection !== "open") return false;
     show("sent");
@@ -97,7 +99,7 @@ export class PanelState {
     } catch (error) {
       const { code, text } = error instanceof ServerError ? error : { code: codes.strange, text: String(error) };
       const { sentence, details } = failureText(code, text);
-      show("failed", sentence, details);
+      show("failed", sentence, details, code === codes.unreachable);
       setTimeout(() => this.dismiss(component.id, serial), times.failed);
       if (code === codes.unreachable || code === codes.noConnection) this.channel.check();
       return false;
