@@ -1,6 +1,5 @@
 /** What the keyboard does in the editor: one table, for doing it and for the list that "?" shows. */
 import type { Editor } from "./editor.svelte.ts";
-import { store } from "../project/store.svelte.ts";
 
 export interface KeyRow {
   /** As shown; several rows may lead to one action. */
@@ -8,7 +7,7 @@ export interface KeyRow {
   readonly label: "keyUndo" | "keyRedo" | "keyAll" | "keyDuplicate" | "keyCopy" | "keyCut" | "keyPaste" | "keyDelete"
     | "keyNudge" | "keyNudgeFar" | "keyNext" | "keyGroup" | "keyUngroup" | "keyLock" | "keyForward" | "keyBackward"
     | "keyFront" | "keyBack" | "keyZoomIn" | "keyZoomOut" | "keyFit" | "keyZoomWhole" | "keyNone" | "keyHelp" | "keySave"
-    | "keyPan" | "keyWheel" | "keyNoSnap" | "keyAxis" | "keyResize" | "keyAlign";
+    | "keyPan" | "keyWheel" | "keyNoSnap" | "keyAxis" | "keyResize" | "keyAlign" | "keySpread";
   readonly matches?: (event: KeyboardEvent, ctrl: boolean) => boolean;
   readonly run?: (editor: Editor, event: KeyboardEvent) => void;
 }
@@ -31,8 +30,8 @@ const alignments = { l: "left", c: "center", r: "right", t: "top", m: "middle", 
 const alignment = (event: KeyboardEvent) => alignments[event.code.replace("Key", "").toLowerCase() as keyof typeof alignments];
 
 export const keyRows: readonly KeyRow[] = [
-  { keys: "Ctrl Z", label: "keyUndo", matches: withCtrl("z"), run: () => store.undo() },
-  { keys: "Ctrl Y, Ctrl Shift Z", label: "keyRedo", matches: (event, ctrl) => withCtrl("y")(event, ctrl) || withCtrl("z", true)(event, ctrl), run: () => store.redo() },
+  { keys: "Ctrl Z", label: "keyUndo" },
+  { keys: "Ctrl Y, Ctrl Shift Z", label: "keyRedo" },
   { keys: "Ctrl S", label: "keySave" },
   { keys: "Ctrl C", label: "keyCopy" },
   { keys: "Ctrl X", label: "keyCut" },
@@ -46,6 +45,7 @@ export const keyRows: readonly KeyRow[] = [
   { keys: "Shift ← → ↑ ↓", label: "keyNudgeFar", matches: (event, ctrl) => isArrow(event) && !ctrl && !event.altKey && event.shiftKey, run: (editor, event) => { const [x, y] = arrow(event); editor.nudge(x * editor.grid, y * editor.grid); } },
   { keys: "Ctrl ← → ↑ ↓", label: "keyResize", matches: (event, ctrl) => isArrow(event) && ctrl, run: (editor, event) => { const [x, y] = arrow(event); const by = event.shiftKey ? editor.grid : 1; editor.changeSelected((one) => (one.locked ? one : { ...one, width: Math.max(8, one.width + x * by), height: Math.max(8, one.height + y * by) }), "resize"); } },
   { keys: "Alt L C R T M B", label: "keyAlign", matches: (event, ctrl) => event.altKey && !ctrl && alignment(event) !== undefined, run: (editor, event) => editor.align(alignment(event)) },
+  { keys: "Alt H, Alt V", label: "keySpread", matches: (event, ctrl) => event.altKey && !ctrl && (event.code === "KeyH" || event.code === "KeyV"), run: (editor, event) => editor.distribute(event.code === "KeyH" ? "x" : "y") },
   { keys: "Ctrl G", label: "keyGroup", matches: withCtrl("g"), run: (editor) => editor.group() },
   { keys: "Ctrl Shift G", label: "keyUngroup", matches: withCtrl("g", true), run: (editor) => editor.ungroup() },
   { keys: "L", label: "keyLock", matches: plain("l"), run: (editor) => editor.toggleLock() },
