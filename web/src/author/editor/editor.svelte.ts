@@ -61,6 +61,12 @@ export class Editor {
     };
   }
 
+  /** Another room on the screen; what was in its middle stays there. */
+  resize(room: { width: number; height: number }): void {
+    this.panBy((room.width - this.room.width) / 2, (room.height - this.room.height) / 2);
+    this.room = room;
+  }
+
   /** Another zoom; what lies under that point of the canvas stays there. */
   zoomTo(zoom: number, at: Point = { x: this.room.width / 2, y: this.room.height / 2 }): void {
     const next = Math.min(zooms.most, Math.max(zooms.least, zoom));
