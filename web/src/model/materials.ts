@@ -26,13 +26,19 @@ export function isImageData(data: string): boolean {
   return imageData.test(data);
 }
 
-/** The list of a stored document. The server's own first document holds nothing but an empty list. */
+/** The list of a stored document, without those whose id is taken already. The server's own first document holds nothing but an empty list. */
 export function readMaterials(value: unknown): readonly Material[] | Refusal {
   const document = asObject(value);
   const version = asNumber(document["version"], 0, 0, Number.MAX_SAFE_INTEGER);
   if (version > materialsVersion) return { refused: "newer", version };
   const list = asArray(document["materialList"]);
-  const materials = list.flatMap((one) => readMaterial(one) ?? []);
+  const ids = new Set<string>();
+  const materials = list.flatMap((one) => {
+    const material = readMaterial(one);
+    if (!material || ids.has(material.id)) return [];
+    ids.add(material.id);
+    return [material];
+  });
   if (materials.length === 0 && list.length > 0 && version === 0) return { refused: "foreign" };
   return materials;
 }
