@@ -3,7 +3,7 @@ import { createRequire } from "node:module";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
 import sample from "../../../demo/sample_project.json" with { type: "json" };
-import { newPage, screens, startBrowser } from "../support/browser.ts";
+import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
 
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
@@ -58,7 +58,8 @@ it.each([
   for (const [name, hash, act] of places) {
     await page.goto("about:blank");
     await page.goto(`${host.url}/${hash}`);
-    await page.locator(".connection.open").waitFor();
+    await connected(page);
+    if (hash.startsWith("#/panel")) await page.locator(".part").first().waitFor();
     await act?.(page);
     await page.addScriptTag({ content: axe });
     const violations = await page.evaluate(async () => {

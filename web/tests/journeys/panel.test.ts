@@ -1,8 +1,9 @@
 import { afterAll, beforeAll, beforeEach, afterEach, describe, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
-import { newPage, screens, startBrowser } from "../support/browser.ts";
+import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
+import { longest } from "../support/wait.ts";
 
 let browser: Browser;
 beforeAll(async () => void (browser = await startBrowser()));
@@ -13,7 +14,7 @@ const components = [
   { ...base, id: 1, type: "button", x: 100, look: { text: "Click" } },
   { ...base, id: 2, type: "button", x: 300, mode: "pressRelease", look: { text: "Hold" } },
   { ...base, id: 3, type: "button", x: 500, mode: "repeat", interval: 50, look: { text: "Repeat" } },
-  { ...base, id: 4, type: "button", x: 700, mode: "long", hold: 300, look: { text: "Long" } },
+  { ...base, id: 4, type: "button", x: 700, mode: "long", hold: 2000, look: { text: "Long" } },
   { ...base, id: 5, type: "button", x: 900, confirm: "Really?", look: { text: "Ask" } },
   { ...base, id: 6, type: "switch", x: 100, y: 300, look: { text: "Screen" } },
   { ...base, id: 7, type: "slider", x: 300, y: 300, width: 400, steps: 3, min: 0, max: 2, look: { text: "Volume" } },
@@ -47,7 +48,8 @@ beforeEach(async () => {
   await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
   ({ page, errors } = await newPage(browser));
   await page.goto(`${host.url}/#/panel`);
-  await page.getByText("Connected").waitFor();
+  await connected(page);
+  await part("Click").waitFor();
 });
 
 afterEach(async () => {
@@ -125,9 +127,15 @@ describe("a panel", () => {
     const sent = device.bytes.replace(/(<3repeat>)+/, "<3repeat>");
     expect(sent).toBe("<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off><7position2><7position1><8click><1click>");
 
+    await page.getByRole("button", { name: "Full screen" }).click();
+    await page.getByRole("button", { name: "Leave full screen" }).waitFor();
+    expect(await page.evaluate(() => document.fullscreenElement?.localName)).toBe("html");
     await part("Next").click();
-    await expect.poll(() => page.title()).toBe("Lobby");
+    await expect.poll(() => page.title(), { timeout: longest }).toBe("Lobby");
     expect(page.url()).toContain("#/panel/p2");
+    await page.getByRole("button", { name: "Leave full screen" }).click();
+    await page.getByRole("button", { name: "Full screen", exact: true }).waitFor();
+    expect(await page.evaluate(() => document.fullscreenElement)).toBeNull();
     expect(errors).toEqual([]);
   });
 
@@ -165,7 +173,7 @@ describe("a panel", () => {
   it("takes fingers, several at once", async () => {
     const phone = await newPage(browser, screens.phone);
     await phone.page.goto(`${host.url}/#/panel/p1`);
-    await phone.page.locator(".connection.open").waitFor();
+    await connected(phone.page);
     await phone.page.getByRole("button", { name: "Click", exact: true }).tap();
     await device.has("<1click>");
     const client = await phone.context.newCDPSession(phone.page);

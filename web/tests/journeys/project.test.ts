@@ -1,9 +1,9 @@
-import { readFileSync, writeFileSync } from "node:fs";
+import { existsSync, readFileSync, writeFileSync } from "node:fs";
 import { afterAll, beforeAll, describe, expect, it } from "vitest";
-import type { Browser, Page } from "playwright-core";
+import type { Browser } from "playwright-core";
 import { deflateSync } from "node:zlib";
 import sample from "../../../demo/sample_project.json" with { type: "json" };
-import { newPage, startBrowser } from "../support/browser.ts";
+import { connected, newPage, save, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 import { waitFor } from "../support/wait.ts";
@@ -46,11 +46,6 @@ function png(width: number, height: number, noise = false): Buffer {
 
 const image = (name: string, buffer: Buffer) => ({ name, mimeType: "image/png", buffer });
 
-async function save(page: Page): Promise<void> {
-  await page.keyboard.press("Control+S");
-  await page.getByRole("button", { name: "Saved" }).waitFor();
-}
-
 async function storeSample(host: Host): Promise<void> {
   await host.post("setCentralControlWebLayout", { data: sample.layout });
   await host.post("updateComponentInteraction", { data: sample.interactions });
@@ -62,6 +57,7 @@ describe("materials", () => {
     await storeSample(host);
     const { page, errors } = await newPage(browser);
     await page.goto(`${host.url}/#/materials`);
+    await connected(page);
     const chosen = page.waitForEvent("filechooser");
     await page.getByRole("button", { name: "Add images" }).click();
     await (await chosen).setFiles([image("small.png", png(4, 2)), image("wide.png", png(800, 600, true)), image("huge.png", Buffer.alloc(8_000_001))]);
@@ -103,6 +99,7 @@ describe("a project as a file", () => {
     const path = `${there.home}/project.json`;
     writeFileSync(path, JSON.stringify(file));
     await page.goto(`${there.url}/#/pages`);
+    await connected(page);
     await page.getByRole("button", { name: "Import" }).click();
     const dialog = page.getByRole("dialog");
     await dialog.locator("input").setInputFiles({ name: "x.json", mimeType: "application/json", buffer: Buffer.from("{}") });
@@ -137,6 +134,25 @@ describe("settings", () => {
     await page.getByRole("radio", { name: "中文" }).click();
     await page.getByRole("heading", { name: "设置" }).waitFor();
     await page.getByRole("radio", { name: "深色" }).click();
+    // In developer mode the server's console shows what its log gets, and neither before nor afterwards.
+    // Records are written a while after what they tell; the mode counts when they are written.
+    const logged = (request: string) => waitFor(`${request} in the log`, () => host.file("Log/Operation.log").includes(`/${request}`));
+    const setDeveloperMode = (name: string) =>
+      Promise.all([page.waitForResponse(/setDeveloperMode/), page.getByRole("button", { name }).and(page.getByText(name)).click()]);
+    await logged("setUserLanguage");
+    await setDeveloperMode("开启");
+    await page.getByText("服务器控制台已开始显示日志。").waitFor();
+    await host.addTcp("shown", 1);
+    await waitFor("the request on the console", () => host.output.includes("/addNetPortInfo"));
+    await setDeveloperMode("关闭");
+    await page.getByText("服务器控制台已停止显示日志。").waitFor();
+    await host.post("deleteAllInterfaceConfig", {});
+    await logged("deleteAllInterfaceConfig");
+    await setDeveloperMode("开启");
+    await host.post("deleteInterfaceConfig", { nodeId: 1 });
+    await waitFor("the next request on the console", () => host.output.includes("/deleteInterfaceConfig"));
+    expect(host.output).not.toMatch(/setUserLanguage|deleteAllInterfaceConfig/);
+
     await page.goto(`${host.url}/#/panel`);
     await page.getByText("已连接").waitFor();
     expect(await page.evaluate(() => document.documentElement.dataset["theme"])).toBe("dark");
@@ -156,13 +172,15 @@ describe("settings", () => {
     const { page } = await newPage(browser);
     await page.goto(host.url);
     await page.getByText("Connected").waitFor();
-    const fail = () => page.evaluate(() => void [1, 2].forEach(() => setTimeout(() => { throw new RangeError("made for the log"); })));
-    await fail();
-    const log = await waitFor("the log", () => { try { return host.file("ClientError.log"); } catch { return ""; } });
-    expect(log).toContain("source=uncaught message=RangeError: made for the log");
-    await fail();
-    await page.evaluate(() => fetch("/api/user/getUserLanguage"));
-    expect(host.file("ClientError.log").match(/made for the log/g)!.length).toBe(log.match(/made for the log/g)!.length);
+    const fail = (text: string) => page.evaluate((text) => void [1, 2].forEach(() => setTimeout(() => { throw new RangeError(text); })), text);
+    const log = () => (existsSync(`${host.userData}/ClientError.log`) ? host.file("ClientError.log") : "");
+    const told = (text: string) => log().split(`source=uncaught message=RangeError: ${text}`).length - 1;
+    await fail("made for the log");
+    await waitFor("the log", () => told("made for the log"));
+    await fail("made for the log");
+    await fail("another one");
+    await waitFor("the next error in the log", () => told("another one"));
+    expect([told("made for the log"), told("another one")]).toEqual([1, 1]);
   });
 });
 

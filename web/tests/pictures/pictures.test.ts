@@ -104,6 +104,7 @@ for (const [language, word] of Object.entries(languages)) {
           await page.goto("about:blank");
           await page.goto(`${host.url}/${hash}`);
           await page.locator(".connection.open").waitFor();
+          if (hash.startsWith("#/panel")) await page.locator(".part").first().waitFor();
           if (name === "panel-away") await page.routeWebSocket(/./, (socket) => void socket.close());
           await act?.(page);
           await page.evaluate(() => document.fonts.ready.then(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))));

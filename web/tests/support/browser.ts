@@ -16,6 +16,18 @@ export const screens = {
   phone: { viewport: { width: 390, height: 844 }, hasTouch: true, isMobile: true },
 } as const;
 
+/** Waits until the server takes what this page writes: before that it refuses. */
+export function connected(page: Page): Promise<void> {
+  return page.locator(".connection.open").waitFor();
+}
+
+/** Stores what was changed. Waits for the change first, since without one nothing is stored. */
+export async function save(page: Page): Promise<void> {
+  await page.getByRole("button", { name: "Save", exact: true }).waitFor();
+  await page.keyboard.press("Control+S");
+  await page.getByRole("button", { name: "Saved" }).waitFor();
+}
+
 /** A page in a profile of its own. Errors that nothing caught are collected, for the test to look at. */
 export async function newPage(browser: Browser, options: Parameters<Browser["newContext"]>[0] = screens.tablet): Promise<{ page: Page; context: BrowserContext; errors: string[] }> {
   const context = await browser.newContext({ locale: "en-GB", ...options });

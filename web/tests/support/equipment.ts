@@ -12,7 +12,7 @@ class Recorder {
 
   /** Waits until the device has these bytes, at any place. */
   async has(bytes: string): Promise<void> {
-    await waitFor(`the bytes ${JSON.stringify(bytes)} in ${JSON.stringify(this.bytes)}`, () => this.bytes.includes(bytes));
+    await waitFor(() => `the bytes ${JSON.stringify(bytes)} in ${JSON.stringify(this.bytes)}`, () => this.bytes.includes(bytes));
   }
 }
 

@@ -25,6 +25,8 @@ export class Host {
   readonly userData = join(this.home, "data");
   port = 0;
   webSocketPort = 0;
+  /** What the process has written on its console. */
+  output = "";
   #process: ChildProcess | undefined;
 
   static async start(serialPorts: Record<string, string> = {}): Promise<Host> {
@@ -51,8 +53,9 @@ export class Host {
   async launch(): Promise<void> {
     const { XDG_CONFIG_HOME: _, XDG_DOCUMENTS_DIR: __, ...environment } = process.env;
     this.#process = spawn(join(this.home, "bin", "ServerHost"), {
-      env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" }, stdio: "ignore",
+      env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" }, stdio: ["ignore", "pipe", "pipe"],
     });
+    for (const stream of [this.#process.stdout, this.#process.stderr]) stream!.on("data", (data: Buffer) => (this.output += data.toString()));
     await waitFor("the host", () => fetch(`${this.url}/api/user/getUserLanguage`).then((reply) => reply.ok, () => false));
   }
 

@@ -2,12 +2,12 @@
 export const longest = 20_000;
 
 /** Asks again and again until there is something. @throws when the bound was reached first */
-export async function waitFor<Value>(what: string, ask: () => Value | Promise<Value>): Promise<NonNullable<Value>> {
+export async function waitFor<Value>(what: string | (() => string), ask: () => Value | Promise<Value>): Promise<NonNullable<Value>> {
   const end = Date.now() + longest;
   for (;;) {
     const value = await ask();
     if (value) return value;
-    if (Date.now() > end) throw new Error(`waited too long for ${what}`);
+    if (Date.now() > end) throw new Error(`waited too long for ${typeof what === "string" ? what : what()}`);
     await new Promise((resolve) => setTimeout(resolve, 20));
   }
 }
