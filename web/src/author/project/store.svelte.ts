@@ -4,19 +4,19 @@ import { webSocketPort } from "../../api/port.ts";
 import { server } from "../../api/server.ts";
 import { reportError } from "../../api/errors.ts";
 import { type History, redo, startHistory, step, undo } from "../../model/history.ts";
-import { type Command, mapCommands, readInteractions, writeCommand } from "../../model/interactions.ts";
+import { type Command, mapCommands, writeCommand } from "../../model/interactions.ts";
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
 import { asArray, asObject, isObject } from "../../model/json.ts";
 import { isChanged, mineAsCopy } from "../../model/merge.ts";
-import { emptyProject, type Project, sameProject } from "../../model/project.ts";
+import { emptyProject, type Project, sameProject, withCommands } from "../../model/project.ts";
 import { isRefused, type Refusal } from "../../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../../view/pictures.ts";
 import { ta } from "../../i18n/author.ts";
 import { Drafts } from "./draft.ts";
 import { readStored, writeStored } from "./documents.ts";
 
-/** Pause after a change before the draft is written, in ms. */
-const draftPause = 300;
+/** Least pause between two writings of the draft, longest one between two changes of one step, and when a save is looked after, in ms. */
+const times = { draft: 300, step: 3000, check: 1500 };
 
 export class ProjectStore {
   /** Null until everything was read. */
@@ -41,7 +41,9 @@ export class ProjectStore {
   #pictureStore = new PictureStore();
   #drafts = new Drafts();
   #draftTimer: ReturnType<typeof setTimeout> | undefined;
+  #draftTime = 0;
   #lastTag = "";
+  #lastTime = 0;
 
   constructor() {
     new Connection(webSocketPort, (state) => {
@@ -75,8 +77,9 @@ export class ProjectStore {
       const draft = await this.#drafts.adopt();
       if (!draft) return;
       if (sameProject(draft.project, this.base)) return void (await this.#drafts.clear());
-      this.base = draft.base;
-      this.history = startHistory(draft.project);
+      // Undo leads back to what is stored, also when the notice with its offer to discard is gone.
+      if (!sameProject(draft.base, this.base)) this.base = draft.base;
+      this.history = step(this.history, draft.project);
       this.restored = draft.time;
       await this.#drafts.keep(draft.base, draft.project);
     } catch (error) {
@@ -112,9 +115,11 @@ export class ProjectStore {
   /** One step of the history. Steps with the same tag in a row become one, as the letters of a text do. */
   change(next: Project, tag = ""): void {
     if (next === this.project) return;
-    if (tag && tag === this.#lastTag) this.history = { ...this.history, present: next, future: [] };
+    const now = performance.now();
+    if (tag && tag === this.#lastTag && now - this.#lastTime < times.step) this.history = { ...this.history, present: next, future: [] };
     else this.history = step(this.history, next);
     this.#lastTag = tag;
+    this.#lastTime = now;
     this.#keepDraft();
   }
 
@@ -137,10 +142,14 @@ export class ProjectStore {
 
   #keepDraft(): void {
     clearTimeout(this.#draftTimer);
-    this.#draftTimer = setTimeout(() => {
-      const kept = this.isDirty ? this.#drafts.keep(this.base, this.project) : this.#drafts.clear();
-      kept.catch((error: unknown) => reportError(error, "draft"));
-    }, draftPause);
+    const pause = this.#draftTime + times.draft - performance.now();
+    this.#draftTimer = setTimeout(() => this.#writeDraft(), Math.max(0, pause));
+  }
+
+  #writeDraft(): void {
+    this.#draftTime = performance.now();
+    const kept = this.isDirty ? this.#drafts.keep(this.base, this.project) : this.#drafts.clear();
+    kept.catch((error: unknown) => reportError(error, "draft"));
   }
 
   /** Goes back to what is stored. The step can be undone. */
@@ -206,6 +215,25 @@ export class ProjectStore {
     this.restored = 0;
     this.#lastTag = "";
     this.#keepDraft();
+    setTimeout(() => void this.#checkSaved(project, stored), times.check);
+  }
+
+  /**
+   * Looks whether what was saved is still there. Two authors who save in the same moment both find nothing new before
+   * they write, and the later one replaces what the other one has written: that one gets the choice then.
+   */
+  async #checkSaved(saved: Project, before: Project): Promise<void> {
+    const isOver = () => this.base !== saved || this.project !== saved || this.saving;
+    if (isOver()) return;
+    try {
+      const stored = await readStored();
+      if (isOver() || isRefused(stored) || !isChanged(saved, stored, saved, this.interfaceIds)) return;
+      this.base = before;
+      this.conflict = stored;
+      this.#keepDraft();
+    } catch {
+      // The connection's state tells it already; whatever is stored then is read again when it is back.
+    }
   }
 
   /**
@@ -234,12 +262,14 @@ export class ProjectStore {
     const componentArr = [...components.filter((one) => one["componentId"] !== componentId), changed];
     const next = { ...document, componentInteractionInfo: { ...info, componentArr } };
     await server.storeInteractions(next);
-    this.#storedInteractions(next);
+    this.#sent(componentId, trigger, commands);
     await server.click(componentId, trigger);
   }
 
-  #storedInteractions(document: object): void {
-    const base = { ...this.base, interactions: readInteractions(document) };
+  /** What somebody else may have stored beside it is not known here yet, and stays something for the next save to find. */
+  #sent(componentId: number, trigger: string, commands: readonly Command[]): void {
+    const before = this.base.interactions[componentId] ?? { triggers: {} };
+    const base = withCommands(this.base, componentId, { ...before, triggers: { ...before.triggers, [trigger]: commands } });
     this.base = sameProject(base, this.project) ? this.project : base;
     this.#keepDraft();
   }
