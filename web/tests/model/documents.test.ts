@@ -91,7 +91,7 @@ describe("the interactions document", () => {
 it("reads materials that are pictures, and nothing else", () => {
   const good = { id: "m1", name: "Logo", data: "data:image/png;base64,AAAA" };
   const bad = { id: "m2", name: "Page", data: "data:text/html;base64,AAAA" };
-  expect(readMaterials({ version: 1, materialList: [good, bad] })).toMatchObject([{ id: "m1", size: 3 }]);
+  expect(readMaterials({ version: 1, materialList: [good, bad, { ...good, name: "again" }] })).toMatchObject([{ id: "m1", name: "Logo", size: 3 }]);
   expect(readMaterials({ version: 2, materialList: [] })).toEqual({ refused: "newer", version: 2 });
   expect(readMaterials({ materialList: [{ id: 1 }] })).toEqual({ refused: "foreign" });
 });
