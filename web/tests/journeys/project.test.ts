@@ -83,6 +83,11 @@ describe("materials", () => {
     const stored = (await host.read("getMaterialList")).materialList;
     expect(stored.map((one: { name: string; width: number }) => [one.name, one.width])).toEqual([["small", 6], ["wide", 128]]);
     expect(stored[0].id).toBe(id);
+
+    await page.getByRole("button", { name: "Delete: wide" }).click();
+    await page.locator("main li").nth(1).waitFor({ state: "detached" });
+    await page.keyboard.press("Control+Z");
+    await page.locator("main li").nth(1).waitFor();
     expect(errors).toEqual([]);
   });
 });
