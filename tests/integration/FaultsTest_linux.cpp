@@ -256,7 +256,10 @@ TEST_P(Allocation, FailsDuringTheStart) {
         EXPECT_TRUE(simulation::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
         reached = allocations.WasReached();
         EXPECT_TRUE(isUp() || !host.Process().ErrorOutput().empty());
+        const bool wasUp = isUp();
         EXPECT_LE(host.Stop(), 1) << host.Process().ErrorOutput();  // no signal has ended it
+        EXPECT_FALSE(wasUp && host.UserFile("Log/Server.log").find("Failed to start") != std::string::npos)
+            << "what is left of a failed start must not pass for a server";
     }
 }
 

@@ -33,9 +33,11 @@ EventThreads::~EventThreads() {
 
 void EventThreads::Start(const std::shared_ptr<void>& owner) {
     const std::lock_guard lock(m_mutex);
+    m_seats.reserve(m_limit.Places() + 1);
     for (std::size_t i = 0; i <= m_limit.Places(); ++i) {
-        Seat& seat = *m_seats.emplace_back(std::make_unique<Seat>());
-        seat.thread = std::thread([this, owner, &seat, leads = i == 0] { Main(seat, leads); });
+        auto made = std::make_unique<Seat>();
+        made->thread = std::thread([this, owner, &seat = *made, leads = i == 0] { Main(seat, leads); });
+        m_seats.push_back(std::move(made));
         ++m_alive;
     }
 }

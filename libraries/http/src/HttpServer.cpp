@@ -51,6 +51,7 @@ int http_server_run(http_server_t* record, int wait) {
         return 0;
     }
     std::shared_ptr<Server> server;
+    bool started = false;
     try {
         const CLock lock(g_mutex);
         if (Running().contains(IdOf(*record))) {
@@ -59,7 +60,6 @@ int http_server_run(http_server_t* record, int wait) {
         static std::uintptr_t lastId = 0;
         server = std::make_shared<Server>(*record);
         const auto place = Running().emplace(++lastId, server).first;
-        bool started = false;
         try {
             started = server->Start();
         } catch (const std::exception& error) {
@@ -67,11 +67,15 @@ int http_server_run(http_server_t* record, int wait) {
         }
         if (!started) {
             Running().erase(place);
-            return g_cannotListen;
         }
-        record->privdata = reinterpret_cast<void*>(lastId);  // NOLINT(performance-no-int-to-ptr)
+        record->privdata =
+            reinterpret_cast<void*>(started ? lastId : 0);  // NOLINT(performance-no-int-to-ptr)
     } catch (const std::exception& error) {
         hv::internal::ReportError("The server can't start: ", error.what());
+        return g_cannotListen;
+    }
+    if (!started) {
+        server->Stop();  // some of its threads may serve already when the system has no more of them
         return g_cannotListen;
     }
     if (wait != 0) {
