@@ -22,8 +22,8 @@ constexpr int kWrongUsage = 2;  // exit status: an unknown option
 constexpr const char* kHelp =
     "Usage: ServerHost [--help | --version | --service install | --service remove]\n"
     "\n"
-    "Runs the server until it gets SIGINT (Ctrl+C) or SIGTERM. It takes its ports and folders from\n"
-    "LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
+    "Runs the server until it gets SIGINT (Ctrl+C), SIGTERM or SIGHUP. It takes its ports and folders\n"
+    "from LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
     "written at the first start: http_port, websocket_port, log_level, user_data_path.\n"
     "\n"
     "On Windows, --service install registers it as a service that starts with the machine and is started\n"

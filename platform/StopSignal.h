@@ -1,7 +1,8 @@
 #pragma once
 
 /**
- * The request to stop that the operating system sends to a process: SIGINT or SIGTERM on Linux.
+ * The request to stop that the operating system sends to a process: SIGINT, SIGTERM, or SIGHUP unless it is
+ * ignored, on Linux.
  *
  * Made on the main thread before any other thread is started, so that no other thread is interrupted by it.
  * Writing to a closed connection is no reason to end the process from then on.

@@ -19,7 +19,8 @@ struct ProcessOptions {
     std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
 };
 
-enum class EnSignal { Terminate, Kill };
+/** HangUp: the terminal was closed; on Windows the same as Terminate. */
+enum class EnSignal { Terminate, HangUp, Kill };
 
 /** A process that runs beside the test and never outlives it. Started, used and ended by one thread. */
 class ChildProcess {

@@ -68,7 +68,7 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::Send(EnSignal signal) const {
     if (!m_status) {
-        kill(m_id, signal == EnSignal::Kill ? SIGKILL : SIGTERM);
+        kill(m_id, signal == EnSignal::Kill ? SIGKILL : signal == EnSignal::HangUp ? SIGHUP : SIGTERM);
     }
 }
 

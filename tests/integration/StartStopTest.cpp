@@ -79,17 +79,19 @@ TEST(Start, TellsWhichDocumentStoppedIt) {
 
 TEST(Stop, EndsInTimeWithItsSavesDone) {
     HostProcess host;
-    host.Start();
     json large = json::array();
     for (int i = 0; i < 100000; ++i) {
         large.push_back("entry " + std::to_string(i));
     }
-    Browser browser(host);
-    ASSERT_EQ(browser.Post("setCentralControlWebLayout", {{"data", large}}).at("code"), 20000);
-    host.Process().Send(
-        simulation::EnSignal::Terminate);  // at once, with the channel open and the save under way
-    EXPECT_EQ(host.Process().WaitExit(kSanitized ? simulation::kMaxTestWait : milliseconds(5000)), 0);
-    EXPECT_EQ(host.UserFile("layout.json"), large.dump(4));
+    for (const auto signal : {simulation::EnSignal::Terminate, simulation::EnSignal::HangUp}) {
+        large.push_back("one more");
+        host.Start();
+        Browser browser(host);
+        ASSERT_EQ(browser.Post("setCentralControlWebLayout", {{"data", large}}).at("code"), 20000);
+        host.Process().Send(signal);  // at once, with the channel open and the save under way
+        EXPECT_EQ(host.Process().WaitExit(kSanitized ? simulation::kMaxTestWait : milliseconds(5000)), 0);
+        EXPECT_EQ(host.UserFile("layout.json"), large.dump(4));
+    }
 }
 
 TEST(Start, DoesNotWaitForEachUnreachableDevice) {
