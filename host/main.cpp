@@ -7,6 +7,7 @@
 #include "platform/ProcessLimits.h"
 #include "platform/RavLog.h"
 #include "platform/Service.h"
+#include "platform/StandardStreams.h"
 #include "platform/StopSignal.h"
 
 #include <exception>
@@ -127,6 +128,7 @@ int Serve() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    OpenMissingStandardStreams();
     if (argc > 1) {
         const std::string_view option = argv[1];
         if (option == "--service" && argc == 3) {
