@@ -1,14 +1,17 @@
 #include "libraries/log/LogFiles.h"
 
 #include "libraries/log/StandardError.h"
+#include "platform/Paths.h"
 
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <filesystem>
 #include <numeric>
 #include <string_view>
+#include <system_error>
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
@@ -140,6 +143,10 @@ void CLogFile::OpenSink() {
 }
 
 void CLogFile::WriteToDisk(std::string_view records) {
+    std::error_code unknown;
+    if (m_sink && !std::filesystem::exists(PathFromNarrow(m_path), unknown) && !unknown) {
+        m_sink.reset();  // somebody has moved the file away or deleted it
+    }
     if (!m_sink) {
         OpenSink();
     }
