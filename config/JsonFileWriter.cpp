@@ -1,9 +1,11 @@
 #include "config/JsonFileWriter.h"
 
 #include "config/JsonFile.h"
+#include "platform/RavLog.h"
 
 #include <chrono>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 struct CJsonFileWriter::SPathState {
@@ -11,7 +13,8 @@ struct CJsonFileWriter::SPathState {
     std::optional<nlohmann::json> waiting;  ///< asked for, not begun; a job for it has been started
 };
 
-void CJsonFileWriter::SaveAsync(nlohmann::json document, const std::string& path) {
+std::shared_ptr<CJsonFileWriter::SPathState> CJsonFileWriter::StartJob(nlohmann::json document,
+                                                                       const std::string& path) {
     std::optional<nlohmann::json> replaced;  // destroyed after the lock
     const CLock lock(m_mutex);
     std::erase_if(m_futures, [](const std::future<void>& job) {
@@ -23,14 +26,25 @@ void CJsonFileWriter::SaveAsync(nlohmann::json document, const std::string& path
     }
     replaced = std::exchange(state->waiting, std::move(document));
     if (replaced) {
-        return;  // the job of the replaced document writes this one
+        return nullptr;  // the job of the replaced document writes this one
     }
     try {
         m_futures.reserve(m_futures.size() + 1);
         m_futures.push_back(std::async(std::launch::async, [this, state, path] { Save(*state, path); }));
+    } catch (const std::system_error& error) {
+        RavLog::WriteSystemLog(RavLog::Warn, "SaveAsync",
+                               std::string("a save has to do without a thread of its own: ") + error.what());
+        return state;
     } catch (...) {
         state->waiting.reset();
         throw;
+    }
+    return nullptr;
+}
+
+void CJsonFileWriter::SaveAsync(nlohmann::json document, const std::string& path) {
+    if (const auto leftOver = StartJob(std::move(document), path)) {
+        Save(*leftOver, path);
     }
 }
 

@@ -25,8 +25,9 @@ class CJsonFileWriter {
     CJsonFileWriter& operator=(const CJsonFileWriter&) = delete;
 
     /**
-     * Starts a save and returns. Failures of the save are told as SaveJsonToFile tells them.
-     * @throw std::system_error when no thread can be started; the document is not saved then
+     * Starts a save and returns. When the system has no thread for it, the save is done before it returns.
+     * Failures of the save are told as SaveJsonToFile tells them.
+     * @throw std::bad_alloc  the document is not saved then
      */
     void SaveAsync(nlohmann::json document, const std::string& path);
 
@@ -35,6 +36,12 @@ class CJsonFileWriter {
 
   private:
     struct SPathState;
+
+    /**
+     * Has the document wait for its job, and starts that if there is none.
+     * @return null; where the system has no thread for the job, what the caller has to save
+     */
+    std::shared_ptr<SPathState> StartJob(nlohmann::json document, const std::string& path);
 
     /** One job: writes the document that waits for this path. */
     void Save(SPathState& state, const std::string& path);
