@@ -13,6 +13,9 @@ CPort::CTurn::CTurn(CPort& port, Clock::time_point deadline)
 
 CPort::CTurn::~CTurn() {
     if (m_error == ErrorNone) {
+        if (!m_lock.owns_lock()) {
+            m_lock.lock();  // what failed had given it up
+        }
         m_port.m_busy = false;
         m_port.m_changed.notify_all();
     }
