@@ -101,7 +101,7 @@ TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
         EXPECT_EQ(NameList(browser), step.names) << step.name;
     }
     ASSERT_EQ(browser.NodeId("C"), 2);  // the add that had no info has used up id 1
-    EXPECT_EQ(other.Accepted(), 1);
+    EXPECT_TRUE(simulation::WaitUntil([&] { return other.Accepted() == 1; }));
     EXPECT_EQ(browser.Post("deleteInterfaceConfig", {{"nodeId", browser.NodeId("B")}}).at("code"), 20000);
     const json document = browser.Get("getConfigList");
     EXPECT_EQ(host.Stop(), 0);
