@@ -1,10 +1,12 @@
 #include "device/PortContract.h"
 
 #include "platform/ComManager.h"
+#include "platform/RavLog.h"
 #include "userdata/UserData.h"
 
 #include <algorithm>
 #include <atomic>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -72,8 +74,9 @@ void ReopenNetPorts() {
         for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
             openers.emplace_back(openPorts);
         }
-    } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch)
-        // The system has no more threads: those that there are open all ports, and take longer.
+    } catch (const std::system_error& error) {
+        RavLog::WriteSystemLog(RavLog::Warn, "ports",
+                               std::string("not all ports are opened side by side: ") + error.what());
     }
     openPorts();
 }
