@@ -50,6 +50,7 @@ void CUserData::UpdateCmdMap() {
 }
 
 void CUserData::RemovePortCommands(std::int32_t nodeId) {
+    const CLock changing(componentChangeMutex);
     {
         const CLock lock(cmdMapMutex);
         RemoveCommandsOfPort(cmdMap, nodeId);

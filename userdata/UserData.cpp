@@ -117,6 +117,7 @@ nlohmann::json CUserData::GetComponentConfig() const {
 }
 
 void CUserData::SetComponentConfig(nlohmann::json document) {
+    const CLock changing(componentChangeMutex);
     SetDocument(componentMutex, componentConfig, &componentText, std::move(document),
                 "/componentConfig.json");
     UpdateCmdMap();

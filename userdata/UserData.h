@@ -21,8 +21,9 @@
  * the disk. A save that fails is told on standard output and in the system log, not to the caller.
  *
  * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
- * is taken inside a document's lock, and that the interfaces are gathered for their document by one thread at
- * a time, so that of two changes at the same moment the later one's list is the one that stays.
+ * is taken inside a document's lock, and that two more, taken before all others, let one thread at a time
+ * gather the interfaces for their document, and one change the component interactions together with the
+ * command map: of two changes at the same moment the later one's list stays, and no command is lost.
  */
 class CUserData {
   public:
@@ -125,6 +126,7 @@ class CUserData {
 
     /**
      * Rebuilds the command map from the component interactions; a document without them changes nothing.
+     * At start, and as the end of SetComponentConfig, which keeps other changes out meanwhile.
      * @throw nlohmann::json::type_error when a command holds a value of the wrong type; the map stays then
      */
     void UpdateCmdMap();
@@ -142,7 +144,7 @@ class CUserData {
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument();
-    void SyncComponentConfig();
+    void SyncComponentConfig() REQUIRES_LOCK(componentChangeMutex);
 
     CJsonFileWriter writer;
     mutable CSharedMutex layoutMutex;
@@ -151,6 +153,7 @@ class CUserData {
     mutable CSharedMutex materialsMutex;
     nlohmann::json materials GUARDED_BY(materialsMutex);
     CDocumentText materialsText;
+    CMutex componentChangeMutex;  // taken before all others
     mutable CSharedMutex componentMutex;
     nlohmann::json componentConfig GUARDED_BY(componentMutex);
     CDocumentText componentText;

@@ -232,6 +232,28 @@ TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
     EXPECT_EQ(Saved("componentConfig.json"), Interactions(json::array({noPort})));
 }
 
+// Two saves and a deletion that has nothing to do with them: what is in force is what was saved last.
+TEST_F(UserData, ChangesAtTheSameMomentLeaveDocumentAndCommandsAlike) {
+    Store store;
+    json documents[2];
+    for (int i = 0; i < 2; ++i) {
+        json commands(60, Command(900, "-"));
+        commands.push_back(Command(2, std::to_string(i)));
+        documents[i] = Interactions(commands);
+    }
+    for (int round = 0; round < 300; ++round) {
+        store.SetNetPortConfig(1, {});
+        {
+            const std::jthread one([&] { store.SetComponentConfig(documents[0]); });
+            const std::jthread other([&] { store.SetComponentConfig(documents[1]); });
+            store.RemoveInterface(1, 1);
+        }
+        const bool isOther = store.GetComponentConfig() == documents[1];
+        ASSERT_EQ(store.GetComponentConfig(), documents[isOther ? 1 : 0]) << round;
+        ASSERT_EQ(ContentsOf(store).back(), isOther ? '1' : '0') << round;
+    }
+}
+
 // All operations at once; what is on the disk at the end is what was in memory.
 TEST_F(UserData, BearsConcurrentUse) {
     auto store = std::make_unique<Store>();
