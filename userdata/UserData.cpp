@@ -172,9 +172,9 @@ bool CUserData::GetIsAutoLanguage() const {
 }
 
 void CUserData::SetLanguage(std::int32_t newLanguage, bool isAuto) {
+    // Around all of it: of two choices at once the same one is in force, whole, and on the disk.
+    const CLock lock(settingMutex);
     language = newLanguage;
     isAutoLanguage = isAuto;
-    json setting = {{"IsAutoLanguage", isAuto}, {"Language", newLanguage}};
-    const CLock lock(settingMutex);
-    writer.SaveAsync(std::move(setting), DocumentPath("/setting.json"));
+    writer.SaveAsync({{"IsAutoLanguage", isAuto}, {"Language", newLanguage}}, DocumentPath("/setting.json"));
 }
