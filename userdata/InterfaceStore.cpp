@@ -2,11 +2,13 @@
 
 #include "config/JsonNumber.h"
 #include "platform/GeneratorId.h"
+#include "platform/RavLog.h"
 #include "userdata/DocumentPath.h"
 #include "userdata/UserData.h"
 
 #include <algorithm>
 #include <set>
+#include <string>
 #include <utility>
 
 namespace {
@@ -74,6 +76,14 @@ bool ReadElement(const json& source, SElement& element) {
     return true;
 }
 
+/** Tells the operator what the next save of the interfaces will drop. */
+void TellUnused(const std::string& what) {
+    RavLog::WriteSystemLog(RavLog::Error, "UpdateNetSerialMap",
+                           DocumentPath(g_fileName) + " holds " + what +
+                               ": correct it while the server is stopped, the next change of an interface "
+                               "drops what can't be used");
+}
+
 }  // namespace
 
 bool CUserData::GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const {
@@ -113,12 +123,7 @@ void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
 
 void CUserData::ClearInterfaces() {
     const CLock saving(interfaceSaveMutex);
-    {
-        const CLock lock(interfaceMutex);
-        interfaceText.Forget();
-        interfaceConfig[g_listKey] = json::array();
-        writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
-    }
+    StoreInterfaceList(json::array());
     {
         const CLock lock(netPortMutex);
         netPortMap.clear();
@@ -166,27 +171,35 @@ void CUserData::UpdateNetSerialMap() {
         }
     }
     if (!list.is_array()) {
+        TellUnused("no array configList");
         return;
     }
     std::set<int> usedIds;
+    std::size_t unusable = 0;
     for (const json& source : list) {
         SElement element;
         if (!ReadElement(source, element)) {
+            ++unusable;
             continue;
         }
         usedIds.insert(element.nodeId);  // an element with a bad body keeps its id all the same
         SSerialPortConfig serialPort;
         SNetPortConfig netPort;
         if (element.body == nullptr) {
-            continue;
-        }
-        if (element.kind == "comInfo" && ParseSerialPortRequest(*element.body, serialPort)) {
+            ++unusable;
+        } else if (element.kind == "comInfo" && ParseSerialPortRequest(*element.body, serialPort)) {
             AddInterfaceOrder(element.nodeId, false);
             StoreRecord(serialPortMutex, serialPortMap, element.nodeId, serialPort);
         } else if (element.kind == "netPortInfo" && ParseNetPortRequest(*element.body, netPort)) {
             AddInterfaceOrder(element.nodeId, true);
             StoreRecord(netPortMutex, netPortMap, element.nodeId, netPort);
+        } else {
+            ++unusable;
         }
+    }
+    if (unusable > 0) {
+        TellUnused(std::to_string(unusable) + " of " + std::to_string(list.size()) +
+                   " elements that are no interfaces");
     }
     CGeneratorId::getInstance()->Initialize(usedIds);
 }
@@ -224,8 +237,15 @@ void CUserData::SaveInterfaceDocument() {
             list.push_back(MakeSerialPortElement(nodeId, port->second));
         }
     }
+    StoreInterfaceList(std::move(list));
+}
+
+void CUserData::StoreInterfaceList(nlohmann::json list) {
     const CLock lock(interfaceMutex);
     interfaceText.Forget();
+    if (!interfaceConfig.is_object()) {
+        interfaceConfig = json::object();  // what the file held was no interfaces; the start has told it
+    }
     interfaceConfig[g_listKey] = std::move(list);
     writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
 }

@@ -118,7 +118,10 @@ class CUserData {
     /** Tells whether a serial interface has the same port and line settings; exists as above. */
     bool IsSerialConfigDuplicate(const SSerialPortConfig& record, bool exists, std::int32_t nodeId) const;
 
-    /** Fills the interfaces from their document and tells CGeneratorId the ids in use. At start only. */
+    /**
+     * Fills the interfaces from their document and tells CGeneratorId the ids in use. What can't be used is
+     * told in the system log. At start only.
+     */
     void UpdateNetSerialMap();
 
     /** The commands of a component for a kind of trigger, in sending order; empty when there are none. */
@@ -144,6 +147,7 @@ class CUserData {
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument();
+    void StoreInterfaceList(nlohmann::json list) REQUIRES_LOCK(interfaceSaveMutex);
     void SyncComponentConfig() REQUIRES_LOCK(componentChangeMutex);
 
     CJsonFileWriter writer;

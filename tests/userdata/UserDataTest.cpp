@@ -119,8 +119,18 @@ TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
     Write("componentConfig.json",
           Interactions(json::array({Changed(Command(1, ""), {{"interfaceName", 5}})})));
     RavLog::StartLogs(m_path.string(), "info");
+    Write("interFace.json", {{"configList", TestCases("interface list")}});
     EXPECT_EQ(FailureOf([] { Store(); }), "");
+    for (const json& document : json::array({5, {1}, "configList"})) {
+        Write("interFace.json", document);
+        Store store;
+        store.SetNetPortConfig(1, {});
+        EXPECT_EQ(OrderOf(store), "1n ") << document;
+    }
     RavLog::StopLogs();
+    const std::string told = ReadFile(m_path / "System.log");
+    EXPECT_NE(told.find("interFace.json holds 4 of 9 elements"), std::string::npos) << told;
+    EXPECT_NE(told.find("interFace.json holds no array configList"), std::string::npos) << told;
     const std::string log = ReadFile(m_path / "Server.log");
     EXPECT_NE(log.find("[[Load File] Failed UpdateCmdMap!] [[json.exception.type_error.302] "),
               std::string::npos);
