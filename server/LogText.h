@@ -26,8 +26,12 @@ std::string FormatLogText(const Args&... args) {
     return text;
 }
 
-/** Writes one event of the server's life to the application log; function is the place, "Class::Function". */
+/**
+ * Writes one event of the server's life to the application log; function is the place, "Class::Function".
+ * Nothing happens while there is no logger, or below its threshold. Any thread.
+ */
 void WriteRootLog(RavLog::EnLogLevel level, const std::string& function, const std::string& text);
 
-/** Writes one entry to the operation log: the arrival of a request (empty text) or its outcome. */
+/** Writes one entry to the operation log: the arrival of a request (empty text) or its outcome. Otherwise as
+ * above. */
 void WriteOperationLog(const std::string& client, const std::string& path, const std::string& text);

@@ -36,8 +36,8 @@ struct SResponseData {    // NOLINT(bugprone-exception-escape)
 
 /** The identity of one request in the operation log. */
 struct SRequestTrace {
-    std::string client;
-    std::string path;
+    std::string client;  ///< as MakeClientId makes it
+    std::string path;    ///< as the client sent it
     std::string detail;  ///< reason of a failure: for the log, never for the client
 };
 
@@ -57,20 +57,22 @@ nlohmann::json ParseBody(const std::string& body);
  */
 class RouterMgr {
   public:
-    /** Logs the outcome of a request and writes the envelope, into which content's data is moved. Returns
-     * 200. */
+    /**
+     * Logs the outcome of a request, with the trace's detail, and writes the envelope. Returns 200.
+     * @throw nlohmann::json::type_error 316 when content holds bad UTF-8; the outcome is logged then
+     */
     static int Respond(HttpResponse* response, int code, SResponseData& content, SRequestTrace& trace);
 
     /** The same for a reply that is nothing but its code. */
     static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
 
-    /** Writes the envelope without logging. Returns 200. */
+    /** Writes the envelope without logging. Returns 200. @throw as Respond; the body is unchanged then */
     static int WriteEnvelope(HttpResponse* response, int code, SResponseData& content);
 
     /**
      * The head of the write routes: logs the arrival, and refuses a client without a WebSocket connection
      * (30100) and an empty body (30101).
-     * @return true: go on; false: the reply is written, return 200
+     * @return true: go on; false: the reply is written (unless request or response is null), return 200
      */
     static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response, SRequestTrace& trace);
 
@@ -135,6 +137,6 @@ class RouterMgr {
     /** What a read route puts into its reply; may set the trace's detail. */
     using ReadWork = std::function<void(SResponseData& content, SRequestTrace& trace)>;
 
-    /** The form of the read routes: logs the arrival, replies with what read gives. */
+    /** The form of the read routes: logs the arrival, replies with what read gives. Its exceptions pass. */
     static int HandleRead(HttpRequest* request, HttpResponse* response, const ReadWork& read);
 };
