@@ -39,18 +39,16 @@ bool HasContent(const std::string& name) {
 
 void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
     const nlohmann::json document = LoadJsonFromFile(path);
-    if (const auto value = document.find("http_port"); value != document.end()) {
-        config.http_port = JsonToInt32(*value);
-    }
-    if (const auto value = document.find("websocket_port"); value != document.end()) {
-        config.websocket_port = JsonToInt32(*value);
-    }
-    if (const auto value = document.find("log_level"); value != document.end()) {
-        config.log_level = value->get<std::string>();
-    }
-    if (const auto value = document.find("user_data_path"); value != document.end()) {
-        config.user_data_path = value->get<std::string>();
-    }
+    const auto take = [&](const char* key, auto setField) {
+        if (const auto value = document.find(key); value != document.end()) {
+            UseFile(path + ": " + key, [&] { setField(*value); });
+        }
+    };
+    take("http_port", [&](const auto& value) { config.http_port = JsonToInt32(value); });
+    take("websocket_port", [&](const auto& value) { config.websocket_port = JsonToInt32(value); });
+    take("log_level", [&](const auto& value) { config.log_level = value.template get<std::string>(); });
+    take("user_data_path",
+         [&](const auto& value) { config.user_data_path = value.template get<std::string>(); });
 }
 
 void WriteConfigFile(const std::string& path, const SGlobalConfig& config) {
@@ -77,13 +75,16 @@ SGlobalConfig::SGlobalConfig() {
     resource_path = HPath::join(app_dir, "Resource");
 
     const std::string path = HPath::join(user_data_path, "LocalHost.config");
+    bool isGiven = false;
     UseFile(path, [&] {
-        if (HasContent(path)) {
-            ReadConfigFile(path, *this);
-        } else {
+        isGiven = HasContent(path);
+        if (!isGiven) {
             WriteConfigFile(path, *this);
         }
     });
+    if (isGiven) {
+        ReadConfigFile(path, *this);  // names the key that can't be used
+    }
 }
 
 SGlobalConfig& GetConfigInstance() {

@@ -9,7 +9,10 @@
  */
 void TellUnusableFile(const std::string& path, const std::exception& error);
 
-/** Runs a step of the start that uses a file; an exception is told with the file's name and passes on. */
+/**
+ * Runs a step of the start that uses a file, or a part of it that path names as well; an exception is told
+ * with that name and passes on.
+ */
 template <typename Step>
 void UseFile(const std::string& path, Step step) {
     try {

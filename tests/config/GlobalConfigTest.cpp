@@ -29,7 +29,10 @@ TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
 TEST_F(Machine, WrongTypesAndImpossibleFoldersStopTheStart) {
     for (const char* content : {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})"}) {
         WriteFile(m_file, content);
+        testing::internal::CaptureStderr();
         EXPECT_TRUE(FailsWith("type_error.302")) << content;
+        const std::string key = json::parse(content).begin().key();
+        EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with(m_file + ": " + key)) << content;
     }
     fs::remove(m_file);
     fs::create_directory(m_file);
