@@ -1,5 +1,6 @@
 #include "libraries/log/LogFiles.h"
 
+#include "libraries/log/RecordText.h"
 #include "libraries/log/StandardError.h"
 #include "platform/Paths.h"
 
@@ -112,13 +113,14 @@ void CLogFile::Flush(bool mirror) {
     if (records.empty()) {
         return;
     }
-    if (mirror && m_isMirrored) {
-        WriteToStandardError(records);
-    }
-    if (m_path.empty()) {
-        return;
-    }
     try {
+        records = WithBadBytesShown(std::move(records));
+        if (mirror && m_isMirrored) {
+            WriteToStandardError(records);
+        }
+        if (m_path.empty()) {
+            return;
+        }
         if (lost > 0) {
             WriteToDisk(std::to_string(lost) + " records were lost here: the file could not be written\n");
             const CLock lock(m_mutex);

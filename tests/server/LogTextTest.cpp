@@ -73,13 +73,19 @@ TEST_F(LogFiles, RecordsByThreshold) {
     WriteRootLog(RavLog::Info, "A::B", "below");
     WriteRootLog(RavLog::Error, "A::B", "[100%s] ");
     WriteOperationLog("10.0.0.551234", "/a%20b", "[20000] [] ");
+    WriteOperationLog(
+        "", "",
+        "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80 \xFF\xC3|\xC0\xAF|\xED\xA0\x80|\xE2\x82|\xF4\x90\x80\x80");
     RavLog::StopLogs();
     WriteRootLog(RavLog::Error, "After", "nobody listens");
 
     EXPECT_EQ(ShortDigits(ReadFile(m_folder / "new/Server.log")),
               "#-#-# #:#:#[LogRoot][Error][#][A::B][] [#%s] \n");
     EXPECT_EQ(ShortDigits(ReadFile(m_folder / "new/Operation.log")),
-              "#-#-# #:#:#[LogOperation][Unknow][#][#.#.#.#][/a%#b] [#] [] \n");
+              "#-#-# #:#:#[LogOperation][Unknow][#][#.#.#.#][/a%#b] [#] [] \n"
+              "#-#-# #:#:#[LogOperation][Unknow][#][][] \u00E4\u20AC\U0001F600 "
+              "\\xFF\\xC#|\\xC#\\xAF|\\xED\\xA#\\x#|\\xE#\\x#|"
+              "\\xF#\\x#\\x#\\x#\n");
 }
 
 TEST_F(LogFiles, AllRecordsOfAllThreadsAreKeptInWholeLines) {
