@@ -95,11 +95,6 @@ void CLogFile::Write(const CLogEvent& event) {
     }
 }
 
-bool CLogFile::IsEmpty() {
-    const CLock lock(m_mutex);
-    return m_pending.empty();
-}
-
 void CLogFile::Flush(bool mirror) {
     std::string records;
     std::size_t count = 0;
@@ -203,7 +198,7 @@ void CLogWriter::Run() {
     for (bool stopping = false; !stopping;) {
         bool mirror = false;
         {
-            std::unique_lock lock(m_mutex);
+            CLock lock(m_mutex);
             m_changed.wait(lock, [this] { return m_hasWork || m_isStopping; });
             m_changed.wait_for(lock, kCollectTime, [this] { return m_isUrgent || m_isStopping; });
             stopping = m_isStopping;

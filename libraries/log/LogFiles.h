@@ -37,9 +37,6 @@ class CLogFile final : public CLogSink {
     /** Writes what was collected. Called by one thread at a time. */
     void Flush(bool mirror);
 
-    /** True when nothing waits to be written. */
-    bool IsEmpty();
-
   private:
     void WriteToDisk(std::string_view records);
     void OpenSink();
