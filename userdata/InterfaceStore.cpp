@@ -185,12 +185,11 @@ void CUserData::UpdateNetSerialMap() {
         usedIds.insert(element.nodeId);  // an element with a bad body keeps its id all the same
         SSerialPortConfig serialPort;
         SNetPortConfig netPort;
-        if (element.body == nullptr) {
-            ++unusable;
-        } else if (element.kind == "comInfo" && ParseSerialPortRequest(*element.body, serialPort)) {
+        const bool hasBody = element.body != nullptr;
+        if (hasBody && element.kind == "comInfo" && ParseSerialPortRequest(*element.body, serialPort)) {
             AddInterfaceOrder(element.nodeId, false);
             StoreRecord(serialPortMutex, serialPortMap, element.nodeId, serialPort);
-        } else if (element.kind == "netPortInfo" && ParseNetPortRequest(*element.body, netPort)) {
+        } else if (hasBody && element.kind == "netPortInfo" && ParseNetPortRequest(*element.body, netPort)) {
             AddInterfaceOrder(element.nodeId, true);
             StoreRecord(netPortMutex, netPortMap, element.nodeId, netPort);
         } else {
