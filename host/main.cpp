@@ -68,6 +68,14 @@ std::string PortProblem(const char* key, int port, const SGlobalConfig& config) 
            setting + " to a free port.";
 }
 
+std::string WebSocketProblem(const SGlobalConfig& config) {
+    if (config.websocket_port == config.http_port) {
+        return "http_port and websocket_port in " + ConfigFile(config) +
+               " are the same. Set one of them to another port.";
+    }
+    return PortProblem("websocket_port", config.websocket_port, config);
+}
+
 void PrintWhereabouts(const SGlobalConfig& config) {
     std::cout << config.softwareName << ' ' << config.version << " is running.\n"
               << "  Browser:     http://127.0.0.1:" << config.http_port
@@ -104,8 +112,7 @@ int Run(CStopSignal& stopSignal) {
         return kFailed;
     }
     if (!webSocketFree) {
-        Tell(RavLog::Warn, "browsers can look but not change or fire anything: " +
-                               PortProblem("websocket_port", config.websocket_port, config));
+        Tell(RavLog::Warn, "browsers can look but not change or fire anything: " + WebSocketProblem(config));
     }
     PrintWhereabouts(config);
     stopSignal.Wait();
