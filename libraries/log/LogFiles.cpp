@@ -198,7 +198,7 @@ void CLogWriter::Run() {
     for (bool stopping = false; !stopping;) {
         bool mirror = false;
         {
-            CLock lock(m_mutex);
+            std::unique_lock lock(m_mutex);
             m_changed.wait(lock, [this] { return m_hasWork || m_isStopping; });
             m_changed.wait_for(lock, kCollectTime, [this] { return m_isUrgent || m_isStopping; });
             stopping = m_isStopping;
