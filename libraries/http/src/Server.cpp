@@ -77,6 +77,11 @@ bool Server::Start() {
     m_acceptor.open(endpoint.protocol(), error);
     if (!error) {
         SetListenerOptions(m_acceptor);
+        // Told, so that the connections behind the one that is gone are not left waiting for the next to
+        // come.
+        m_acceptor.set_option(asio::socket_base::enable_connection_aborted(true), error);
+    }
+    if (!error) {
         m_acceptor.bind(endpoint, error);
     }
     if (!error) {
