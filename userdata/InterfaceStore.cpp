@@ -95,12 +95,14 @@ bool CUserData::GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& reco
 }
 
 void CUserData::SetNetPortConfig(std::int32_t nodeId, const SNetPortConfig& record) {
+    const CLock changing(interfaceChangeMutex);
     StoreRecord(netPortMutex, netPortMap, nodeId, record);
     AddInterfaceOrder(nodeId, true);
     SaveInterfaceDocument();
 }
 
 void CUserData::SetSerialPortConfig(std::int32_t nodeId, const SSerialPortConfig& record) {
+    const CLock changing(interfaceChangeMutex);
     StoreRecord(serialPortMutex, serialPortMap, nodeId, record);
     AddInterfaceOrder(nodeId, false);
     SaveInterfaceDocument();
@@ -111,18 +113,21 @@ NetPortMap CUserData::GetNetPortMap() const {
 }
 
 void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
-    const bool isFound =
-        EraseRecord(netPortMutex, netPortMap, nodeId) || EraseRecord(serialPortMutex, serialPortMap, nodeId);
-    RemoveInterfaceOrder(nodeId);
-    if (!isFound || mode != 1) {
-        return;
+    {
+        const CLock changing(interfaceChangeMutex);
+        const bool isFound = EraseRecord(netPortMutex, netPortMap, nodeId) ||
+                             EraseRecord(serialPortMutex, serialPortMap, nodeId);
+        RemoveInterfaceOrder(nodeId);
+        if (!isFound || mode != 1) {
+            return;
+        }
+        SaveInterfaceDocument();
     }
-    SaveInterfaceDocument();
     RemovePortCommands(nodeId);
 }
 
 void CUserData::ClearInterfaces() {
-    const CLock saving(interfaceSaveMutex);
+    const CLock changing(interfaceChangeMutex);
     StoreInterfaceList(json::array());
     {
         const CLock lock(netPortMutex);
@@ -222,7 +227,6 @@ void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
 }
 
 void CUserData::SaveInterfaceDocument() {
-    const CLock saving(interfaceSaveMutex);
     const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
     const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);

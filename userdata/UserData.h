@@ -22,7 +22,7 @@
  *
  * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
  * is taken inside a document's lock, and that two more, taken before all others, let one thread at a time
- * gather the interfaces for their document, and one change the component interactions together with the
+ * change the interfaces together with their document, and one the component interactions together with the
  * command map: of two changes at the same moment the later one's list stays, and no command is lost.
  */
 class CUserData {
@@ -146,8 +146,8 @@ class CUserData {
                      const char* name);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
-    void SaveInterfaceDocument();
-    void StoreInterfaceList(nlohmann::json list) REQUIRES_LOCK(interfaceSaveMutex);
+    void SaveInterfaceDocument() REQUIRES_LOCK(interfaceChangeMutex);
+    void StoreInterfaceList(nlohmann::json list) REQUIRES_LOCK(interfaceChangeMutex);
     void SyncComponentConfig() REQUIRES_LOCK(componentChangeMutex);
 
     CJsonFileWriter writer;
@@ -169,7 +169,7 @@ class CUserData {
     CSharedMutex settingMutex;
     std::atomic<bool> isAutoLanguage{true};
     std::atomic<std::int32_t> language{0};
-    CMutex interfaceSaveMutex;  // taken before all others
+    CMutex interfaceChangeMutex;  // taken before all others
     mutable CSharedMutex interfaceMutex;
     nlohmann::json interfaceConfig GUARDED_BY(interfaceMutex);
     CDocumentText interfaceText;
