@@ -41,17 +41,19 @@ export class PanelState {
   #stored: { layout: unknown; materials: unknown } = { layout: undefined, materials: undefined };
   #pictureStore = new PictureStore();
   #serial = 0;
+  /** A reading of everything was asked for and has not succeeded since. */
+  #isDue = true;
 
   /** @param lost  called when the connection is gone, so that presses under way can end */
   constructor(lost: () => void) {
     this.channel = new Connection(webSocketPort, (state) => {
       const isBack = state === "open" && this.connection === "lost";
       if (state === "lost") lost();
-      if (isBack || (state === "open" && !this.loaded)) void this.reload();
+      if (isBack || (state === "open" && !this.loaded)) void this.reload(true);
       this.connection = state;
     });
-    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(false), times.refresh);
-    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.reload());
+    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(), times.refresh);
+    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.reload(true));
   }
 
   #isBusy(): boolean {
@@ -60,12 +62,13 @@ export class PanelState {
 
   /**
    * Reads everything again, or first the layout, and the rest only when that is another one: each save marks it.
-   * What is unchanged stays as it is; a failure leaves what is shown.
+   * What is unchanged stays as it is; a failure leaves what is shown, and what it owed to the next reading.
    */
-  async reload(everything = true): Promise<void> {
+  async reload(everything = false): Promise<void> {
+    this.#isDue ||= everything;
     try {
       const [layout] = await Promise.all([server.layout(), language.load()]);
-      if (!everything && sameJson(layout, this.#stored.layout)) return;
+      if (!this.#isDue && sameJson(layout, this.#stored.layout)) return;
       const materials = await server.materials();
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
         const read = readLayout(layout);
@@ -78,6 +81,7 @@ export class PanelState {
       }
       this.#stored = { layout, materials };
       this.loaded = true;
+      this.#isDue = false;
     } catch (error) {
       if (!(error instanceof ServerError)) reportError(error, "panel");
     }

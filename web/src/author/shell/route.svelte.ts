@@ -1,3 +1,5 @@
+import { hashParts } from "../../model/address.ts";
+
 /** Which screen is shown: the address behind the hash. */
 export const screens = ["pages", "interfaces", "materials", "settings", "edit"] as const;
 export type Screen = (typeof screens)[number];
@@ -24,7 +26,7 @@ class Route {
 }
 
 function parse(): string[] {
-  return location.hash.replace(/^#\/?/, "").split("/").map(decodeURIComponent);
+  return hashParts(location.hash);
 }
 
 export const route = new Route();
