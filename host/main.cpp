@@ -11,9 +11,11 @@
 #include "platform/StopSignal.h"
 
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace {
 
@@ -90,10 +92,15 @@ void PrintWhereabouts(const SGlobalConfig& config) {
 
 int Run(CStopSignal& stopSignal) {
     const SGlobalConfig& config = GetConfigInstance();
+    std::error_code unknown;  // told by the making of the log folder below
+    const bool isNew = !std::filesystem::exists(PathFromNarrow(config.user_data_path), unknown);
     const std::string logProblem =
         RavLog::StartLogs(NarrowFromPath(PathFromNarrow(config.user_data_path) / "Log"), config.log_level);
     if (!logProblem.empty()) {
         std::cerr << "ServerHost: no log files are written: " << logProblem << std::endl;
+    } else if (isNew) {
+        Tell(RavLog::Warn, "the folder of the documents, " + config.user_data_path +
+                               ", was not there and has been made: it holds no project yet.");
     }
     // Before the documents are touched: a second instance must leave them alone.
     if (!IsPortFree(config.http_port)) {
