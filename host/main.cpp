@@ -142,7 +142,7 @@ int Serve() {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    OpenMissingStandardStreams();
+    PrepareStandardStreams();
     if (argc > 1) {
         const std::string_view option = argv[1];
         if (option == "--service" && argc == 3) {

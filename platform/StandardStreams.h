@@ -3,10 +3,11 @@
 #include <cstddef>
 
 /**
- * Gives each standard stream that the process was started without an empty one. Otherwise the first files and
- * sockets take its number, and what is printed lands in them. Before anything else is opened.
+ * Makes the standard streams fit for use, before anything else is opened. Linux: an empty stream in place of
+ * each that the process was started without; otherwise the first files and sockets take its number, and what
+ * is printed lands in them. Windows: a console shows UTF-8, which is what is printed, until the process ends.
  */
-void OpenMissingStandardStreams();
+void PrepareStandardStreams();
 
 /** Bytes that standard output takes without waiting once WaitForStandardOutput has given true. */
 constexpr std::size_t g_standardOutputPiece = 4096;

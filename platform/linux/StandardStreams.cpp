@@ -15,7 +15,7 @@ constexpr int g_patience = 100;  // milliseconds
 // A pipe that is ready takes this much without waiting.
 static_assert(g_standardOutputPiece <= PIPE_BUF);
 
-void OpenMissingStandardStreams() {
+void PrepareStandardStreams() {
     int opened = 0;
     do {
         opened = open("/dev/null", O_RDWR);  // takes the lowest number that is free

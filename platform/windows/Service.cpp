@@ -123,7 +123,9 @@ int Install() {
         DeleteService(service.Get());
         return status;
     }
-    return 0;
+    return StartServiceW(service.Get(), 0, nullptr) != FALSE
+               ? 0
+               : Fail("the service will start with the machine, but can't be started now");
 }
 
 /** Stops the service, and waits until its process has let go of its files. */
