@@ -56,7 +56,8 @@ void HostProcess::CopyInstallation() const {
 
 void HostProcess::Launch() {
     const auto program = m_options.ownInstallation ? Installation() / Program().filename() : Program();
-    ProcessOptions options{{program.string()}, HomeEnvironment(Home()), Home(), m_options.descriptorLimit};
+    ProcessOptions options{m_options.runner, HomeEnvironment(Home()), Home(), m_options.descriptorLimit};
+    options.command.push_back(program.string());
     options.environment.insert(options.environment.end(), m_options.environment.begin(),
                                m_options.environment.end());
     m_process = std::make_unique<ChildProcess>(options);

@@ -12,9 +12,10 @@ struct HostOptions {
     std::vector<std::string> environment;        ///< "NAME=value", beside HOME and the locale
     std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
     std::filesystem::path userData;              ///< the user data folder; empty: the default in the home
-    bool ownInstallation = false;  ///< runs from a copy in the home, with empty folders dist and Resource
-    int httpPort = 0;              ///< 0: a free one
-    int webSocketPort = 0;         ///< 0: a free one
+    std::vector<std::string> runner;  ///< a program with its arguments that starts the host, or nothing
+    bool ownInstallation = false;     ///< runs from a copy in the home, with empty folders dist and Resource
+    int httpPort = 0;                 ///< 0: a free one
+    int webSocketPort = 0;            ///< 0: a free one
 };
 
 /**

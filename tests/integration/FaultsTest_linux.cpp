@@ -3,10 +3,8 @@
 #include "simulation/Browser.h"
 #include "simulation/Equipment.h"
 
-#include <array>
-#include <cstring>
 #include <fstream>
-#include <sstream>
+#include <list>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -176,134 +174,6 @@ TEST(Clock, JumpsAnHourBack) {
     }
     EXPECT_EQ(host.Stop(), 0);
     EXPECT_NE(host.UserFile("componentConfig.json"), "");
-}
-
-/** The control file of the preloaded allocator, see fail_allocation_linux.cpp. */
-class FailingAllocations {
-  public:
-    explicit FailingAllocations(std::int64_t count) : m_count(count) {
-        simulation::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
-        simulation::WaitUntil([&] { return !symbols.Running(); });
-        std::istringstream lines(symbols.Output());
-        std::size_t used = g_firstSpared;
-        for (std::string line; std::getline(lines, line) && used + 2 < m_numbers.size();) {
-            if (line.find("json_value::destroy(") != std::string::npos) {
-                const std::int64_t begin = std::stoll(line, nullptr, 16);
-                m_numbers[used++] = begin;
-                m_numbers[used++] = begin + std::stoll(line.substr(17), nullptr, 16);
-            }
-        }
-        EXPECT_GT(used, g_firstSpared) << "what must be passed over is not found in " SERVER_MODULE;
-        Write(0, 0, 0);
-    }
-
-    std::vector<std::string> Environment() const {
-        return {"LD_PRELOAD=" FAIL_ALLOCATION_LIBRARY, "FAIL_ALLOCATION=" + m_file.string()};
-    }
-
-    /** Lets the allocations after `left` others fail. */
-    void Arm(std::int64_t left) { Write(left, m_count, 0); }
-
-    /** The same, counted from the start of main. */
-    void ArmAtMain(std::int64_t left) { Write(-m_count, m_count, left); }
-
-    void Disarm() { Write(0, 0, 0); }
-
-    bool WasReached() const {
-        std::int64_t reached = 0;
-        std::memcpy(&reached, simulation::ReadFile(m_file).data() + 2 * sizeof reached, sizeof reached);
-        return reached > 0;
-    }
-
-  private:
-    static constexpr std::size_t g_firstSpared = 4;
-
-    void Write(std::int64_t left, std::int64_t count, std::int64_t leftAtMain) {
-        m_numbers[0] = left;
-        m_numbers[1] = count;
-        m_numbers[2] = 0;
-        m_numbers[3] = leftAtMain;
-        std::fstream file(m_file, std::ios::binary | std::ios::in | std::ios::out);
-        if (!file) {
-            file.open(m_file, std::ios::binary | std::ios::out);
-        }
-        file.write(static_cast<const char*>(static_cast<const void*>(m_numbers.data())), sizeof m_numbers);
-    }
-
-    std::int64_t m_count;
-    simulation::TemporaryFolder m_folder;
-    std::filesystem::path m_file = m_folder.Path() / "allocations";
-    std::array<std::int64_t, g_firstSpared + 64> m_numbers{};
-};
-
-/** How many allocations fail in a row: with more than one, what handles the first failure meets another. */
-class Allocation : public testing::TestWithParam<std::int64_t> {};
-
-INSTANTIATE_TEST_SUITE_P(InARow, Allocation, testing::Values(1, 2, 5));
-
-TEST_P(Allocation, FailsDuringTheStart) {
-    FailingAllocations allocations(GetParam());
-    HostOptions options;
-    options.environment = allocations.Environment();
-    bool reached = true;
-    for (std::int64_t left = 0; reached; left += 1 + left / 50) {
-        SCOPED_TRACE("after allocation " + std::to_string(left));
-        HostProcess host(options);
-        allocations.ArmAtMain(left);
-        host.Launch();
-        // A configuration that could not be read leaves the default ports, so look at what the host says.
-        const auto isUp = [&] { return host.Process().Output().find("is running.") != std::string::npos; };
-        EXPECT_TRUE(simulation::WaitUntil([&] { return isUp() || !host.Process().Running(); }));
-        reached = allocations.WasReached();
-        EXPECT_TRUE(isUp() || !host.Process().ErrorOutput().empty());
-        const bool wasUp = isUp();
-        EXPECT_LE(host.Stop(), 1) << host.Process().ErrorOutput();  // no signal has ended it
-        EXPECT_FALSE(wasUp && host.UserFile("Log/Server.log").find("Failed to start") != std::string::npos)
-            << "what is left of a failed start must not pass for a server";
-    }
-}
-
-TEST_P(Allocation, FailsDuringEachRequest) {
-    FailingAllocations allocations(GetParam());
-    HostOptions options;
-    options.environment = allocations.Environment();
-    HostProcess host(options);
-    const simulation::TcpListener device;
-    const simulation::UdpListener udp;
-    host.Start();
-    Browser browser(host);
-    ASSERT_EQ(browser.AddNet("Live", "TCP_Client", 0, device.Port()), 20000);
-    const std::vector<simulation::Command> commands = {
-        {1, "click", browser.NodeId("Live"), true, "On", "x", 0}};
-    const std::vector<std::pair<std::string, json>> posts = {
-        {"setCentralControlWebLayout", {{"data", {1, 2, 3}}}},
-        {"updateComponentInteraction", {{"data", Browser::Interactions(commands)}}},
-        {"useComponent", Browser::ClickBody(1)},
-        {"addNetPortInfo", {{"data", {{"info", Browser::NetInfo("U", "UDP", 0, udp.Port())}}}}},
-        {"editNetPortInfo", {{"data", {{"nodeId", 50}, {"info", Browser::NetInfo("E", "UDP", 0, 9)}}}}},
-        {"deleteInterfaceConfig", {{"nodeId", 50}}},
-    };
-    std::list<std::string> requests = {HttpClient::Request("GET", "/api/centralControl/getConfigList", ""),
-                                       HttpClient::Request("GET", "/index.html", "")};
-    for (const auto& [route, body] : posts) {
-        requests.push_back(HttpClient::Request("POST", "/api/centralControl/" + route, body.dump()));
-    }
-    for (const std::string& request : requests) {
-        bool reached = true;
-        for (std::int64_t left = 0; reached && left < 1000; ++left) {
-            SCOPED_TRACE("after allocation " + std::to_string(left) + " of " + request);
-            allocations.Arm(left);
-            // Any answer will do, and a closed connection; not silence.
-            EXPECT_NO_THROW(HttpClient(host.HttpPort()).Exchange(request));
-            reached = allocations.WasReached();
-            allocations.Disarm();
-            ASSERT_TRUE(host.Process().Running()) << host.Process().ErrorOutput();
-        }
-    }
-    ASSERT_EQ(browser.Store(commands), 20000);
-    EXPECT_EQ(browser.Click(1).at("code"), 20000);
-    EXPECT_TRUE(browser.Channel().Heartbeat());
-    EXPECT_EQ(host.Stop(), 0);
 }
 
 }  // namespace
