@@ -5,8 +5,8 @@
 #include "simulation/Machine.h"
 #include "simulation/PtyPair.h"
 
+#include <algorithm>
 #include <optional>
-#include <regex>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -15,6 +15,7 @@
 
 namespace {
 
+using nlohmann::json;
 using simulation::Browser;
 using simulation::HostOptions;
 using simulation::HostProcess;
@@ -95,8 +96,14 @@ std::string Translated(std::string text, int projectorPort) {
 
 /** A list of ports without those that this machine has of its own. */
 std::string OnlyRelayPort(const std::string& list) {
-    return std::regex_replace(
-        list, std::regex(R"(\{"comPort":"COM(?!5")\d+"\},|,\{"comPort":"COM(?!5")\d+"\})"), "");
+    json reply = json::parse(list);
+    json& ports = reply.at("data").at("comList");
+    ports.erase(std::remove_if(ports.begin(), ports.end(),
+                               [](const json& port) {
+                                   return port != json{{"comPort", "COM5"}};
+                               }),
+                ports.end());
+    return reply.dump();
 }
 
 /** A reply is a status with headers, or the lines of a JSON text. */
