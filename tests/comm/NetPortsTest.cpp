@@ -87,7 +87,7 @@ TEST(Udp, SharesALocalPortAmongRecordsAndKeepsItWhenATcpRecordIsDeleted) {
     EXPECT_EQ(one.Receive(), "one");
     EXPECT_TRUE(two.Receive() == longest);
     comm.registry.DeleteAll();
-    EXPECT_EQ(other.Open(CommFixture::Udp(local, 1)), 0);
+    EXPECT_TRUE(simulation::WaitUntil([&] { return other.Open(CommFixture::Udp(local, 1)) == 0; }));
 }
 
 }  // namespace
