@@ -4,6 +4,7 @@
 #include "simulation/Socket.h"
 
 #include <string>
+#include <vector>
 
 /** A library with a short bound, and what the tests of its network ports share. */
 struct CommFixture {
@@ -24,6 +25,15 @@ struct CommFixture {
     }
     static SNetPortConfig Udp(int localPort, int port, const std::string& address = "127.0.0.1") {
         return {"udp", "", address, localPort, port, NetModeUdp};
+    }
+
+    /** Settings of COM7 that no serial line has. */
+    static std::vector<SSerialPortConfig> ImpossibleSettings() {
+        return {{"", "COM7", 0},
+                {"", "COM7", 9600, 9},
+                {"", "COM7", 9600, 8, static_cast<EnParity>(5)},
+                {"", "COM7", 9600, 8, ParityNone, StopBitsOneAndHalf},
+                {"", "COM7", 9600, 5, ParityNone, StopBitsTwo}};
     }
 
     int Open(const SNetPortConfig& record) { return registry.OpenNet(record); }

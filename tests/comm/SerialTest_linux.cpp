@@ -8,7 +8,6 @@
 #include <array>
 #include <future>
 #include <optional>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -61,13 +60,7 @@ TEST_F(SerialLine, RefusesSettingsThatNoLineHas) {
     const SSerialPortConfig good{"", "COM7", 12345, 8, ParityMark, StopBitsTwo};
     EXPECT_EQ(registry.CheckSerial(good), 0);
     EXPECT_EQ(registry.SendSerial(good, "a", true, 0), 0);
-    const auto noParity = static_cast<EnParity>(5);
-    for (const SSerialPortConfig& config :
-         std::vector<SSerialPortConfig>{{"", "COM7", 0},
-                                        {"", "COM7", 9600, 9},
-                                        {"", "COM7", 9600, 8, noParity},
-                                        {"", "COM7", 9600, 8, ParityNone, StopBitsOneAndHalf},
-                                        {"", "COM7", 9600, 5, ParityNone, StopBitsTwo}}) {
+    for (const SSerialPortConfig& config : ImpossibleSettings()) {
         EXPECT_EQ(registry.CheckSerial(config), 87);
         EXPECT_EQ(registry.SendSerial(config, "a", true, 0), 87);
     }

@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -37,13 +36,7 @@ TEST_F(SerialLine, SendsRawBytesOnceItIsThere) {
 
 TEST_F(SerialLine, RefusesSettingsThatNoLineHas) {
     const PtyPair line(m_link);
-    const auto noParity = static_cast<EnParity>(5);
-    for (const SSerialPortConfig& config :
-         std::vector<SSerialPortConfig>{{"", "COM7", 0},
-                                        {"", "COM7", 9600, 9},
-                                        {"", "COM7", 9600, 8, noParity},
-                                        {"", "COM7", 9600, 8, ParityNone, StopBitsOneAndHalf},
-                                        {"", "COM7", 9600, 5, ParityNone, StopBitsTwo}}) {
+    for (const SSerialPortConfig& config : ImpossibleSettings()) {
         EXPECT_EQ(registry.CheckSerial(config), 87);
         EXPECT_EQ(registry.SendSerial(config, "a", true, 0), 87);
     }
