@@ -13,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <new>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -29,8 +30,8 @@ constexpr const char* kHelp =
     "from LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
     "written at the first start: http_port, websocket_port, log_level, user_data_path.\n"
     "\n"
-    "On Windows, --service install registers it as a service that starts with the machine and is started\n"
-    "again after a failure; --service remove takes that back. Both need an administrator.\n"
+    "On Windows, --service install registers it as a service that starts at once and with the machine, and\n"
+    "is started again after a failure; --service remove takes that back. Both need an administrator.\n"
     "\n"
     "Exit status: 0 stopped as asked, 1 could not start (standard error tells why), 2 unknown option.\n";
 
