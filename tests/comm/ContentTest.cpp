@@ -35,6 +35,20 @@ TEST(Content, TurnsIntoTheBytesOfTheVectorFile) {
     }
 }
 
+// Minutes, should each token be looked for in all that follows it.
+TEST(Content, ReadsMillionsOfTokensInOnePass) {
+    for (const std::string token : {"$0", "00 ", "\\x0"}) {
+        std::string content;
+        for (int count = 0; count < 2000000; ++count) {
+            content += token;
+        }
+        std::string storage;
+        std::string_view bytes;
+        EXPECT_EQ(comm::ContentToBytes(content, false, 0, storage, bytes), 0) << token;
+        EXPECT_EQ(bytes, std::string(2000000, '\0')) << token;
+    }
+}
+
 TEST(Content, RefusesTextThatIsNotUtf8WhereItHasToBeConverted) {
     for (const std::string_view text : {"\xC3", "a\xC3(", "\xFF", "\x80", "\xED\xA0\x80", "ok \xE5\xBC"}) {
         for (const int encoding : {1, 2}) {

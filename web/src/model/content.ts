@@ -78,8 +78,7 @@ function hexToBytes(text: string): Bytes | Fault {
     const endsHere = at >= text.length || separator.test(text[at]!) || /^(?:\\[xX]|\$)/.test(text.slice(at, at + 2));
     if (!digits || !endsHere) return { fault: "digit", at: digits ? at : start };
     if (digits.length % 2 === 1 && digits.length > 1) return { fault: "odd", at: start + prefix.length };
-    const pairs = digits.length === 1 ? [digits] : digits.match(/../g)!;
-    bytes.push(...pairs.map((pair) => parseInt(pair, 16)));
+    for (let pair = 0; pair < digits.length; pair += 2) bytes.push(parseInt(digits.slice(pair, pair + 2), 16));
   }
   return new Uint8Array(bytes);
 }
@@ -103,7 +102,7 @@ export function bytesToText(bytes: Bytes, asciiEncode: number): string | undefin
 }
 
 function decode(bytes: Bytes, asciiEncode: number): string | undefined {
-  if (asciiEncode === encodings.oneByte) return String.fromCharCode(...bytes);
+  if (asciiEncode === encodings.oneByte) return Array.from(bytes, (byte) => String.fromCharCode(byte)).join("");
   if (asciiEncode === encodings.gb18030) return decodeGb18030(bytes);
   try {
     return new TextDecoder("utf-8", { fatal: true, ignoreBOM: true }).decode(bytes);

@@ -10,6 +10,18 @@ describe("content to bytes, by the server's own vectors", () => {
   });
 });
 
+// A pasted file: neither too many arguments for a call, nor a search to the end for each token.
+describe("long content", () => {
+  it.each(["00", "$0", "00 ", "\\x0"])("of 300,000 times %j", (token) => {
+    const made = contentToBytes(token.repeat(300000), 1, 0);
+    expect(!isFault(made) && made.length === 300000 && made.every((byte) => byte === 0)).toBe(true);
+  });
+
+  it("comes back as text", () => {
+    expect(bytesToText(new Uint8Array(300000), 1)).toBe("\0".repeat(300000));
+  });
+});
+
 describe("the place of a fault", () => {
   it.each([
     { content: "okay 开", format: 0, encode: 1, fault: "character", at: 5 },
