@@ -71,13 +71,14 @@ std::vector<SCommandConfig> ParseCommands(const json& commands) {
 
 /** Erases the commands whose port none of the records has. */
 void PruneCommands(json& commands, const std::vector<SCommandConfig>& records) {
-    const auto isForgotten = [&records](const json& command) {
+    std::vector<std::int32_t> ports(records.size());
+    std::transform(records.begin(), records.end(), ports.begin(),
+                   [](const SCommandConfig& record) { return record.portIndex; });
+    std::sort(ports.begin(), ports.end());
+    const auto isForgotten = [&ports](const json& command) {
         const json* portIndex = FindInteger(command, "portIndex");
         return portIndex != nullptr &&
-               std::none_of(records.begin(), records.end(),
-                            [port = JsonToInt32(*portIndex)](const SCommandConfig& record) {
-                                return record.portIndex == port;
-                            });
+               !std::binary_search(ports.begin(), ports.end(), JsonToInt32(*portIndex));
     };
     auto& elements = commands.get_ref<json::array_t&>();
     elements.erase(std::remove_if(elements.begin(), elements.end(), isForgotten), elements.end());

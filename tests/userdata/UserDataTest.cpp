@@ -242,6 +242,22 @@ TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
     EXPECT_EQ(Saved("componentConfig.json"), Interactions(json::array({noPort})));
 }
 
+// Minutes, should each command be looked for among all records of its trigger.
+TEST_F(UserData, ADeletedInterfaceLeavesManyCommandsInOnePass) {
+    constexpr int count = 300000;
+    json commands = json::array();
+    std::vector<SCommandConfig> records;
+    for (int port = 0; port < count; ++port) {
+        commands.push_back({{"portIndex", port}});
+        records.emplace_back().portIndex = count - port;
+    }
+    json document = Interactions(std::move(commands))["componentInteractionInfo"];
+    PruneCommandArrays(document, {{1, {{"click", std::move(records)}}}});
+    const json& kept = document["componentArr"][0]["interactionArr"][0]["commandArr"];
+    ASSERT_EQ(kept.size(), count - 1U);
+    EXPECT_EQ(kept.front()["portIndex"], 1);
+}
+
 // Two saves and a deletion that has nothing to do with them: what is in force is what was saved last.
 TEST_F(UserData, ChangesAtTheSameMomentLeaveDocumentAndCommandsAlike) {
     Store store;
