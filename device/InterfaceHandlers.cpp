@@ -22,8 +22,23 @@ void CloseIfUnused(SNetPortConfig& old) {
     }
 }
 
+/**
+ * A node id for a new interface. An edit of an unknown id stores an interface under the client's id, which
+ * the pool is not told of: such an id is passed over.
+ */
+int TakeNodeId() {
+    const CUserData& userData = CUserData::GetInstance();
+    SNetPortConfig netPort;
+    SSerialPortConfig serialPort;
+    int nodeId = 0;
+    do {
+        nodeId = CGeneratorId::getInstance()->GetId();
+    } while (userData.GetNetPortConfig(nodeId, netPort) || userData.GetSerialPortConfig(nodeId, serialPort));
+    return nodeId;
+}
+
 int AddNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
-    const int nodeId = CGeneratorId::getInstance()->GetId();
+    const int nodeId = TakeNodeId();
     SNetPortConfig config;
     if (!ParseNetPortRequest(body["data"]["info"], config)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);
@@ -41,7 +56,7 @@ int AddNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trac
 }
 
 int AddSerialPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
-    const int nodeId = CGeneratorId::getInstance()->GetId();
+    const int nodeId = TakeNodeId();
     SSerialPortConfig config;
     if (!ParseSerialPortRequest(body["data"]["info"], config)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);

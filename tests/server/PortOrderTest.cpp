@@ -169,6 +169,14 @@ TEST_F(PortOrder, AFailedAddUsesUpItsId) {
     EXPECT_EQ(Added(RouterMgr::AddNetPortInfo, Net("B", 102)), before + 2);
 }
 
+TEST_F(PortOrder, AnIdThatAnEditBroughtInIsNotGivenAgain) {
+    const int before = Added(RouterMgr::AddNetPortInfo, Net("A", 101));
+    Post(RouterMgr::EditNetPortInfo, Edit(before + 1, Net("B", 102)));
+    Post(RouterMgr::EditComInfo, Edit(before + 2, Serial("C", "COM7")));
+    EXPECT_EQ(Added(RouterMgr::AddNetPortInfo, Net("D", 103)), before + 3);
+    EXPECT_EQ(Added(RouterMgr::AddComInfo, Serial("E", "COM8")), before + 4);
+}
+
 Json Command(int portIndex, const std::string& kind, const std::string& content,
              const Json& more = Json::object()) {
     Json command = {{"portIndex", portIndex},
