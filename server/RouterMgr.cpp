@@ -2,12 +2,20 @@
 
 #include "config/JsonDepth.h"
 #include "config/StandardOutput.h"
+#include "platform/WebRequests.h"
 #include "server/ClientsManager.h"
 #include "server/LogText.h"
 
 #include <exception>
 #include <stdexcept>
 #include <utility>
+
+namespace {
+
+/** Bytes of a document that a reply copies: less work than sending it in pieces. */
+constexpr std::size_t kCopiedAtMost = std::size_t{16} * 1024;
+
+}  // namespace
 
 std::string MakeClientId(const HttpRequest& request) {
     return request.client_addr.ip + std::to_string(request.client_addr.port);
@@ -21,23 +29,30 @@ nlohmann::json ParseBody(const std::string& body) {
 }
 
 // The text is put together here, with the keys in the order of the JSON library, so that the data is neither
-// copied nor moved through an object of its own: that took longer than all the rest of a small reply.
+// copied nor moved through an object of its own: that took longer than all the rest of a small reply. A large
+// text that exists already goes out as it is.
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
     std::string made;
     if (!content.dataText && !content.data.is_null()) {
         made = content.data.dump();
     }
     const std::string& data = content.dataText ? *content.dataText : made;
-    const std::string message = content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump();
+    std::string tail = ",\"message\":";
+    tail.append(content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump()).append("}");
+    const bool shares = content.dataText && data.size() > kCopiedAtMost;
     std::string text;
-    text.reserve(data.size() + message.size() + 64);
+    text.reserve((shares ? 0 : data.size()) + tail.size() + 32);
     text.append("{\"code\":").append(std::to_string(code));
     if (!data.empty()) {
-        text.append(",\"data\":").append(data);
+        text.append(",\"data\":");
     }
-    text.append(",\"message\":").append(message).append("}");
     response->SetHeader("Content-Type", "application/json; charset=utf-8");
-    response->body = std::move(text);
+    if (shares) {
+        SetReplyText(response, std::move(text), content.dataText, std::move(tail));
+    } else {
+        text.append(data).append(tail);
+        response->body = std::move(text);
+    }
     return HTTP_STATUS_OK;
 }
 

@@ -1,4 +1,5 @@
 // What goes out: routes, failures, large replies; and the texts that the library hands out.
+#include "platform/WebRequests.h"
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 
@@ -101,6 +102,34 @@ TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
         EXPECT_EQ(200, client.Ask(Get("/small")).status);
     }
     EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
+}
+
+TEST_F(ReplyTest, SharesATextWithoutACopy) {
+    const auto text = std::make_shared<const std::string>(g_large, 's');
+    service.GET("/shared", [text](HttpRequest*, HttpResponse* response) {
+        SetReplyText(response, "<", text, ">");
+        return 200;
+    });
+    service.GET("/text", [text](HttpRequest* request, HttpResponse* response) {
+        SetReplyText(response, "", request->query_params.empty() ? nullptr : text, "tail");
+        response->SetBody("body");
+        return request->query_params.empty() ? 200 : 204;
+    });
+    Run();
+    Client client = Connect();
+    EXPECT_EQ(std::to_string(g_large + 2),
+              client.Ask("HEAD /shared HTTP/1.1\r\nHost: a\r\n\r\n", false).Header("Content-Length"));
+    EXPECT_EQ("body", client.Ask(Get("/text")).body);
+    EXPECT_EQ(204, client.Ask(Get("/text?none"), false).status);
+    const long before = text.use_count();
+    std::vector<Client> deaf;
+    for (int i = 0; i < 3; ++i) {
+        deaf.emplace_back(server.port).Send(Get("/shared"));
+    }
+    EXPECT_TRUE(simulation::WaitUntil([&] { return text.use_count() == before + 3; }));
+    EXPECT_TRUE(client.Ask(Get("/shared")).body == "<" + *text + ">");
+    deaf.clear();
+    EXPECT_TRUE(simulation::WaitUntil([&] { return text.use_count() == before; })) << "let go of";
 }
 
 TEST_F(ReplyTest, IsToBeTakenAtALeastRate) {

@@ -3,6 +3,7 @@
 #include "libraries/http/src/RequestReader.h"
 #include "libraries/http/src/Server.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -69,6 +70,7 @@ class HttpConnection final : public ServerConnection,
     void Refuse(int status);
     void Reply();
     void PrepareReply();
+    std::array<std::string_view, 5> Output() const;
     Written Write();
     void Continue(Written written);
     void WaitForOutput();

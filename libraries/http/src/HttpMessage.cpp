@@ -76,6 +76,7 @@ int HttpResponse::File(const char* filepath) {
         return HTTP_STATUS_NOT_FOUND;
     }
     body.clear();
+    pieces = {};
     file.reset();
     if (opened.Size() > g_readAtOnce) {
         file = std::make_shared<hv::internal::FileHandle>(std::move(opened));

@@ -2,7 +2,9 @@
 #include "libraries/http/src/HttpConnection.h"
 #include "libraries/http/src/ReplyHead.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 
 #include <boost/asio/post.hpp>
 
@@ -53,9 +55,13 @@ void HttpConnection::PrepareReply() {
         part.length = part.file.Size();
     }
     ReplyFrame frame;
-    frame.contentLength = part.file ? part.length : response.body.size();
+    if (!response.body.empty()) {
+        response.pieces = {};
+    }
+    frame.contentLength = part.file ? part.length : response.body.size() + response.pieces.Size();
     if (m_exchange->request->method == HTTP_HEAD || !MayHaveBody(response.status_code)) {
         response.body.clear();
+        response.pieces = {};
         part.length = 0;
     }
     if (part.length > 0 && !NextFilePart()) {
@@ -91,17 +97,31 @@ bool HttpConnection::NextFilePart() {
     return true;
 }
 
+// All that the reply holds in memory, in the order in which it goes out.
+std::array<std::string_view, 5> HttpConnection::Output() const {
+    const HttpResponse& response = m_exchange->response;
+    const ReplyPieces& pieces = response.pieces;
+    return {m_head, response.body, pieces.head, pieces.text ? std::string_view(*pieces.text) : "",
+            pieces.tail};
+}
+
 HttpConnection::Written HttpConnection::Write() {
-    const std::string& body = m_exchange->response.body;
-    while (m_sent < m_head.size() + body.size()) {
-        std::array<asio::const_buffer, 2> rest;
-        if (m_sent < m_head.size()) {
-            rest = {asio::buffer(m_head) + m_sent, asio::buffer(body)};
-        } else {
-            rest = {asio::buffer(body) + (m_sent - m_head.size()), asio::const_buffer()};
+    for (;;) {
+        std::array<asio::const_buffer, 5> rest;
+        std::size_t count = 0;
+        std::size_t before = m_sent;
+        for (const std::string_view piece : Output()) {
+            const std::size_t skipped = std::min(before, piece.size());
+            before -= skipped;
+            if (skipped < piece.size()) {
+                rest[count++] = asio::buffer(piece) + skipped;
+            }
+        }
+        if (count == 0) {
+            return Written::All;
         }
         error_code error;
-        const std::size_t sent = m_socket.write_some(rest, error);
+        const std::size_t sent = m_socket.write_some(std::span(rest.data(), count), error);
         m_sent += sent;
         m_exchange->moved += sent;
         if (error == asio::error::would_block || error == asio::error::try_again) {
@@ -111,7 +131,6 @@ HttpConnection::Written HttpConnection::Write() {
             return Written::Failed;
         }
     }
-    return Written::All;
 }
 
 void HttpConnection::Continue(Written written) {

@@ -28,6 +28,15 @@ struct NetAddr {
 
 using QueryParams = std::map<std::string, std::string>;
 
+/** A body of three pieces, the middle one shared with other replies. */
+struct ReplyPieces {
+    std::string head;
+    std::shared_ptr<const std::string> text;  ///< null: an empty one
+    std::string tail;
+
+    std::size_t Size() const { return head.size() + (text ? text->size() : 0) + tail.size(); }
+};
+
 }  // namespace hv
 
 using http_headers = std::map<std::string, std::string, hv::StringCaseLess>;
@@ -84,6 +93,9 @@ class HttpResponse : public HttpMessage {
 
     /** The larger file that File has opened; a body that is set afterwards takes its place. */
     std::shared_ptr<hv::internal::FileHandle> file;
+
+    /** The body in pieces, as SetReplyText (platform/WebRequests.h) has set it; a body takes its place. */
+    hv::ReplyPieces pieces;
 };
 
 using HttpRequestPtr = std::shared_ptr<HttpRequest>;

@@ -1,0 +1,12 @@
+#include "platform/WebRequests.h"
+
+#include <hv/HttpMessage.h>
+
+void SetReplyText(HttpResponse* response, std::string head, std::shared_ptr<const std::string> text,
+                  std::string tail) {
+    response->body = std::move(head);
+    if (text) {
+        response->body.append(*text);
+    }
+    response->body.append(tail);
+}
