@@ -23,11 +23,8 @@ int CTcpClient::MakeConnected() {
     const auto start = Clock::now();
     {
         // A connection that stands is told at once, also while a command waits on it.
-        const Lock lock(m_mutex);
-        if (m_connected) {
-            Look();
-        }
-        if (m_connected) {
+        Lock lock(m_mutex);
+        if (LookAndWait(lock) != ErrorCut && m_connected) {
             return ErrorNone;
         }
     }
@@ -51,8 +48,8 @@ int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
     if (turn.Error() != ErrorNone) {
         return turn.Error();
     }
-    if (m_connected) {
-        Look();
+    if (LookAndWait(turn.GetLock()) == ErrorCut) {
+        return ErrorCut;
     }
     bool older = m_connected;
     for (;;) {
@@ -243,7 +240,11 @@ void CTcpClient::Watch() {
 }
 
 void CTcpClient::OnReadable() {
+    const bool wasExpected = m_expected;
     Look();
+    if (wasExpected && !m_expected) {
+        m_changed.notify_all();
+    }
     if (m_connected) {
         Watch();
     }
@@ -252,9 +253,18 @@ void CTcpClient::OnReadable() {
 void CTcpClient::Look() {
     int error = ErrorNone;
     const auto peer = m_link->Drain(error);
-    if (peer != CTcpLink::EnPeer::Alive) {
+    m_expected = peer == CTcpLink::EnPeer::Unknown;
+    if (peer == CTcpLink::EnPeer::Ended || peer == CTcpLink::EnPeer::Broken) {
         Lose(error == ErrorNone ? ErrorReset : error, peer == CTcpLink::EnPeer::Ended);
     }
+}
+
+int CTcpClient::LookAndWait(Lock& lock) {
+    if (m_connected) {
+        Look();
+    }
+    return WaitUntil(lock, Clock::now() + CTcpLink::g_deliveryTime,
+                     [this] { return !m_connected || !m_expected; });
 }
 
 void CTcpClient::Lose(int error, bool ended) {
@@ -283,6 +293,7 @@ void CTcpClient::Drop() {
         m_link.reset();
     }
     m_connected = false;
+    m_expected = false;
     ++m_generation;
 }
 

@@ -40,6 +40,10 @@ class CTcpClient final : public CNetPort {
     /** Looks whether the device ended the connection. */
     void Look();
 
+    /** The same for a call, which waits for the news where the handler under way has them. @return as
+     * WaitUntil */
+    int LookAndWait(Lock& lock);
+
     /** Forgets the connection, which the device ended or the network broke. */
     void Lose(int error, bool ended);
 
@@ -51,7 +55,8 @@ class CTcpClient final : public CNetPort {
     std::uint64_t m_generation = 0;    ///< tells handlers of an earlier link from those of this one
     bool m_connected = false;
     bool m_writable = false;
-    bool m_used = false;  ///< a command went out on this connection
+    bool m_expected = false;  ///< the handler of WhenReadable is about to come
+    bool m_used = false;      ///< a command went out on this connection
     std::optional<int> m_connectResult;
     int m_lostError = 0;
     Clock::time_point m_connectedAt;

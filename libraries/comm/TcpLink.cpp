@@ -1,11 +1,9 @@
 #include "libraries/comm/TcpLink.h"
 
-#include "libraries/comm/CommSettings.h"
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/SocketOptions.h"
 
 #include <array>
-#include <thread>
 
 #include <boost/asio/buffer.hpp>
 
@@ -17,9 +15,6 @@ constexpr int g_sendBuffer = 64 * 1024;
 
 /** Reads in one go, so that a peer that never stops can't keep the thread. */
 constexpr int g_readsAtOnce = 16;
-
-/** Longest wait for what the system is about to hand out. */
-constexpr std::chrono::milliseconds g_deliveryTime{20};
 
 bool IsNotNow(const boost::system::error_code& code) {
     return code == boost::asio::error::would_block || code == boost::asio::error::try_again ||
@@ -46,16 +41,11 @@ int CTcpLink::Prepare() {
 CTcpLink::EnPeer CTcpLink::Drain(int& error) {
     std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     error = ErrorNone;
-    const auto patience = Clock::now() + g_deliveryTime;
-    for (int reads = 0; reads < g_readsAtOnce;) {
+    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
         boost::system::error_code code;
         m_socket.receive(boost::asio::buffer(dropped), 0, code);
         if (IsNotNow(code)) {
-            if (IsReadOnItsWay(m_socket) && Clock::now() < patience) {
-                std::this_thread::yield();
-                continue;
-            }
-            return EnPeer::Alive;
+            return IsReadOnItsWay(m_socket) ? EnPeer::Unknown : EnPeer::Alive;
         }
         if (code == boost::asio::error::eof) {
             return EnPeer::Ended;
@@ -64,7 +54,6 @@ CTcpLink::EnPeer CTcpLink::Drain(int& error) {
             error = SocketError(code);
             return EnPeer::Broken;
         }
-        ++reads;
     }
     return EnPeer::Alive;
 }

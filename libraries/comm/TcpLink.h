@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libraries/comm/CommSettings.h"
+
 #include <string_view>
 #include <utility>
 
@@ -15,9 +17,16 @@ class CTcpLink {
     /** What reading showed of the peer. */
     enum class EnPeer {
         Alive,
-        Ended,   ///< it closed the connection
-        Broken,  ///< a reset, or the system gave the connection up
+        Unknown,  ///< what came in goes to the handler under way, see g_deliveryTime
+        Ended,    ///< it closed the connection
+        Broken,   ///< a reset, or the system gave the connection up
     };
+
+    /**
+     * How long a caller that meets Unknown waits for the handler of WhenReadable, which comes at once as a
+     * rule. A handler itself does not wait: what there is comes with the next one.
+     */
+    static constexpr std::chrono::milliseconds g_deliveryTime{20};
 
     explicit CTcpLink(Socket socket) : m_socket(std::move(socket)) {}
 

@@ -44,7 +44,9 @@ int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
         return error;
     }
     std::set<std::uint64_t> targets = Targets(meant);
-    std::erase_if(targets, [this](std::uint64_t id) { return !Look(id); });
+    if (LookAndWait(turn.GetLock(), targets) == ErrorCut) {
+        return ErrorCut;
+    }
     if (targets.empty()) {
         return ErrorNotConnected;
     }
@@ -161,16 +163,28 @@ void CTcpServer::AcceptLater() {
 void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
     peer.link.WhenReadable([self = shared_from_this(), this, id] {
         const Lock lock(m_mutex);
-        if (m_peers.contains(id) && Look(id)) {
-            Watch(id, m_peers.at(id));
+        const auto found = m_peers.find(id);
+        if (found == m_peers.end()) {
+            return;
+        }
+        const bool wasExpected = found->second.expected;
+        if (Look(id)) {
+            if (wasExpected && !found->second.expected) {
+                m_changed.notify_all();
+            }
+            Watch(id, found->second);
         }
     });
 }
 
 bool CTcpServer::Look(std::uint64_t id) {
     int error = ErrorNone;
-    switch (m_peers.at(id).link.Drain(error)) {
+    SPeer& peer = m_peers.at(id);
+    const auto seen = peer.link.Drain(error);
+    peer.expected = seen == CTcpLink::EnPeer::Unknown;
+    switch (seen) {
         case CTcpLink::EnPeer::Alive:
+        case CTcpLink::EnPeer::Unknown:
             return true;
         case CTcpLink::EnPeer::Ended:
             Forget(id, "closed the connection", ErrorNone);
@@ -180,6 +194,18 @@ bool CTcpServer::Look(std::uint64_t id) {
             break;
     }
     return false;
+}
+
+int CTcpServer::LookAndWait(Lock& lock, std::set<std::uint64_t>& targets) {
+    std::erase_if(targets, [this](std::uint64_t id) { return !Look(id); });
+    const int error = WaitUntil(lock, Clock::now() + CTcpLink::g_deliveryTime, [&] {
+        return std::none_of(targets.begin(), targets.end(), [this](std::uint64_t id) {
+            const auto peer = m_peers.find(id);
+            return peer != m_peers.end() && peer->second.expected;
+        });
+    });
+    std::erase_if(targets, [this](std::uint64_t id) { return !m_peers.contains(id); });
+    return error;
 }
 
 void CTcpServer::Forget(std::uint64_t id, std::string_view why, int error) {

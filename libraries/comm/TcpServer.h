@@ -33,6 +33,7 @@ class CTcpServer final : public CNetPort {
         boost::asio::ip::address address;
         std::string_view rest;  ///< what is still to be written of the command under way
         bool writable = false;
+        bool expected = false;  ///< the handler of its link is about to come
     };
     using Addresses = std::vector<boost::asio::ip::address>;
 
@@ -45,6 +46,9 @@ class CTcpServer final : public CNetPort {
     void Watch(std::uint64_t id, SPeer& peer);
     /** False when the peer has gone, and is forgotten then. */
     bool Look(std::uint64_t id);
+    /** The same for all that are meant by a call, which waits for what their handlers know. @return as
+     * WaitUntil */
+    int LookAndWait(Lock& lock, std::set<std::uint64_t>& targets);
     void Forget(std::uint64_t id, std::string_view why, int error);
 
     /** Gives the command to all devices that are meant, without waiting. @return those that are */
