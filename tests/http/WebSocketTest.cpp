@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -58,7 +59,7 @@ class WebSocketTest : public HttpTest {
         Client client = Connect();
         EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=",
                   client.Ask(Rows("upgrades.json")[0][1].get<std::string>()).Header("Sec-WebSocket-Accept"));
-        EXPECT_TRUE(simulation::WaitUntil([&] { return opened > before; }));
+        EXPECT_GT(opened, before) << "whoever has read the reply is known";
         return client;
     }
 
@@ -74,11 +75,19 @@ class WebSocketTest : public HttpTest {
 
 TEST_F(WebSocketTest, AnswersTheUpgrade) {
     Run();
+    const std::string valid = Rows("upgrades.json")[0][1];
     for (const auto& row : Rows("upgrades.json")) {
         EXPECT_EQ(row[0], Connect().Ask(Expanded(row[1])).status) << row[1];
     }
-    const std::string upgrade = Rows("upgrades.json")[0][1];
-    const std::string start = upgrade.substr(0, upgrade.find("Host:"));
+    for (const auto& [status, protocol, from, to] :
+         Rows("handshakes.json").get<std::vector<std::tuple<int, std::string, std::string, std::string>>>()) {
+        std::string request = valid;
+        const HttpReply reply = Connect().Ask(request.replace(request.find(from), from.size(), to));
+        EXPECT_EQ(status, reply.status) << to;
+        EXPECT_EQ(status == 426 ? "13" : "", reply.Header("Sec-WebSocket-Version")) << to;
+        EXPECT_EQ(protocol, reply.Header("Sec-WebSocket-Protocol")) << to;
+    }
+    const std::string start = valid.substr(0, valid.find("Host:"));
     for (const auto& row : Rows("origins.json")) {
         const int status = Connect().Ask(start + row[1].get<std::string>() + "\r\n").status;
         EXPECT_EQ(row[0] == 200 ? 101 : 403, status) << row[1];
@@ -105,6 +114,23 @@ TEST_F(WebSocketTest, ExchangesMessages) {
     EXPECT_EQ(-1, latest->send("too late"));
 }
 
+TEST_F(WebSocketTest, IsKnownBeforeTheReply) {
+    webSockets.onopen = [this](const WebSocketChannelPtr& channel, const HttpRequestPtr&) {
+        channel->send("hello");
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));  // a busy machine
+        ++opened;
+    };
+    Run();
+    EXPECT_EQ("\x81\x05hello", Open().Take(7)) << "what the callback sends follows the reply";
+    const std::string upgrade = Rows("upgrades.json")[0][1];
+    for (int i = 0; i < 3; ++i) {
+        Connect().Send(upgrade);  // and gone
+    }
+    Client kept = Connect();
+    kept.Send(upgrade);
+    EXPECT_EQ(0, http_server_stop(&server));
+}
+
 TEST_F(WebSocketTest, RefusesMalformedFrames) {
     Run();
     int number = 0;
@@ -121,6 +147,7 @@ TEST_F(WebSocketTest, RefusesMalformedFrames) {
 TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     limits.webSocketClose = std::chrono::milliseconds(100);
     limits.webSocketQueueBytes = 200'000;
+    limits.writeStall = std::chrono::milliseconds(500);
     limits.sweep = std::chrono::milliseconds(20);
     Run();
     Open().Socket().Close();
@@ -131,10 +158,17 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     Client deaf = Open();
     EXPECT_TRUE(simulation::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
     EXPECT_TRUE(WaitForClosed(3)) << "never reads";
+    Client pinging = Open();
+    const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
+        << "never reads what it gets for its pings";
+    EXPECT_TRUE(WaitForClosed(4));
     Client kept = Open();
+    kept.Send(Bytes("8980 00000000"));
+    EXPECT_EQ(Bytes("8A00"), kept.Take(2));
     EXPECT_EQ(0, http_server_stop(&server));
     EXPECT_EQ(CloseFrame(1001), kept.Rest());
-    EXPECT_EQ(4, closed) << "closed by the stop";
+    EXPECT_EQ(5, closed) << "closed by the stop";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "libraries/http/src/HttpConnection.h"
 
 #include "libraries/http/src/ErrorReport.h"
+#include "libraries/http/src/Handshake.h"
 #include "libraries/http/src/OriginRule.h"
 #include "libraries/http/src/Text.h"
 #include "libraries/http/src/WebSocketConnection.h"
@@ -276,11 +277,13 @@ void HttpConnection::Upgrade() {
     request.client_addr = {m_peerIp, m_peer.port()};
     m_keepAlive = false;
     const bool asks = request.method == HTTP_GET && !m_exchange->reader.IsHttp10() &&
-                      m_exchange->reader.upgrade() &&
-                      EqualsCaseless(request.GetHeader("Upgrade"), "websocket");
-    if (!asks) {
-        m_exchange->response.status_code = static_cast<http_status>(426);
-        m_exchange->response.SetHeader("Upgrade", "websocket");
+                      m_exchange->reader.upgrade() && HasToken(request.GetHeader("Upgrade"), "websocket");
+    if (const int fault = asks ? FaultOfHandshake(request) : 426; fault != 0) {
+        m_exchange->response.status_code = static_cast<http_status>(fault);
+        if (fault == 426) {
+            m_exchange->response.SetHeader("Upgrade", "websocket");
+            m_exchange->response.SetHeader("Sec-WebSocket-Version", "13");
+        }
         Reply();
         return;
     }
@@ -289,9 +292,11 @@ void HttpConnection::Upgrade() {
         return;
     }
     m_phase = Phase::Closed;
-    std::make_shared<WebSocketConnection>(m_loop, std::move(m_socket), m_peer, m_exchange->request)->Start();
+    const auto upgraded =
+        std::make_shared<WebSocketConnection>(m_loop, std::move(m_socket), m_peer, m_exchange->request);
     m_exchange.reset();
     Leave();
+    upgraded->Start();
 }
 
 void HttpConnection::Run() noexcept {

@@ -30,6 +30,10 @@ std::string LowerCase(std::string_view text) {
     return lower;
 }
 
+bool IsLetterOrDigit(char c) {
+    return (c >= '0' && c <= '9') || (LowerCase(c) >= 'a' && LowerCase(c) <= 'z');
+}
+
 bool EqualsCaseless(std::string_view left, std::string_view right) {
     return left.size() == right.size() &&
            std::equal(left.begin(), left.end(), right.begin(),

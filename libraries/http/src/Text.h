@@ -14,6 +14,9 @@ namespace hv::internal {
 char LowerCase(char c);
 std::string LowerCase(std::string_view text);
 
+/** Whether it is one of A to Z, a to z, 0 to 9. */
+bool IsLetterOrDigit(char c);
+
 /** Equality without regard to ASCII case. */
 bool EqualsCaseless(std::string_view left, std::string_view right);
 

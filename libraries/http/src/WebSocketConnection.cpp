@@ -1,6 +1,7 @@
 #include "libraries/http/src/WebSocketConnection.h"
 
 #include "libraries/http/src/ErrorReport.h"
+#include "libraries/http/src/Handshake.h"
 
 #include <array>
 #include <cstring>
@@ -85,6 +86,7 @@ WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const 
       m_buffer(m_text) {
     const Limits& limits = m_server.Bounds();
     m_stream.next_layer().deadline = &m_deadline;
+    m_stream.next_layer().stall = limits.writeStall;
     m_stream.next_layer().wait = limits.webSocketClose;
     m_stream.read_message_max(limits.webSocketMessageBytes);
     m_stream.auto_fragment(false);
@@ -94,8 +96,12 @@ WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const 
             SendLast(g_protocolError);
         }
     });
-    m_stream.set_option(websocket::stream_base::decorator(
-        [](websocket::response_type& response) { response.set(http::field::server, "WebSocket"); }));
+    m_stream.set_option(websocket::stream_base::decorator([this](websocket::response_type& response) {
+        response.set(http::field::server, "WebSocket");
+        if (const std::string_view protocol = ChosenSubprotocol(*m_request); !protocol.empty()) {
+            response.set(http::field::sec_websocket_protocol, protocol);
+        }
+    }));
 }
 
 WebSocketConnection::~WebSocketConnection() {
@@ -103,20 +109,24 @@ WebSocketConnection::~WebSocketConnection() {
 }
 
 void WebSocketConnection::Start() {
-    m_deadline = Clock::now() + m_server.Bounds().headerWait;
+    Call(Callback::Open);
+}
+
+void WebSocketConnection::Accept() {
     m_stream.async_accept(UpgradeOf(*m_request), [self = shared_from_this()](const error_code& error) {
+        self->m_request.reset();
         if (error || self->m_isClosed) {
             self->Close();
-            self->Leave();
+            self->Call(Callback::Close);
             return;
         }
-        self->m_deadline = Clock::time_point::max();
         self->m_isOpen = true;
-        self->Call(Callback::Open);
+        self->WriteNext();
+        self->Read();
     });
 }
 
-// The end of the read that is outstanding, or comes next, leads to the last callback.
+// The end of what is outstanding or comes next, the acceptance or a read, leads to the last callback.
 void WebSocketConnection::Close() {
     if (std::exchange(m_isClosed, true)) {
         return;
@@ -180,7 +190,10 @@ void WebSocketConnection::Done() {
         Leave();
         return;
     }
-    m_request.reset();
+    if (m_callback == Callback::Open) {
+        Accept();
+        return;
+    }
     m_buffer.consume(m_buffer.size());
     if (m_text.capacity() > g_keptCapacity) {
         std::string().swap(m_text);
@@ -200,13 +213,12 @@ void WebSocketConnection::Read() {
 void WebSocketConnection::WriteNext() {
     {
         const CLock lock(m_channel->m_mutex);
-        if (m_isClosed || m_isWriting || m_channel->m_queue.empty()) {
+        if (!m_isOpen || m_isClosed || m_isWriting || m_channel->m_queue.empty()) {
             return;
         }
         m_writing = std::move(m_channel->m_queue.front());
     }
     m_isWriting = true;
-    m_deadline = Clock::now() + m_server.Bounds().writeStall;
     const auto written = [self = shared_from_this()](const error_code& error, std::size_t = 0) {
         self->OnWritten(error);
     };
@@ -232,7 +244,6 @@ void WebSocketConnection::OnWritten(const error_code& error) {
     if (m_isClosed) {
         return;
     }
-    m_deadline = Clock::time_point::max();
     if (error) {
         Close();
         return;

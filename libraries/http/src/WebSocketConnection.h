@@ -9,20 +9,43 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include <boost/asio/buffer.hpp>
+#include <boost/asio/compose.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <boost/beast/websocket/teardown.hpp>
 #include <hv/WebSocketServer.h>
 
 namespace hv::internal {
 
-/** The socket below a WebSocket stream: tells when the stream begins to wait for the client's end. */
+/**
+ * The socket below a WebSocket stream: bounds how long the stream waits for a client that takes nothing, also
+ * where the stream writes by itself, a pong say, and how long for the client's end.
+ */
 class WebSocketLayer final : public Socket {
   public:
     explicit WebSocketLayer(Socket socket) : Socket(std::move(socket)) {}
 
+    template <class Buffers, class Handler>
+    auto async_write_some(const Buffers& buffers, Handler&& handler) {
+        using boost::system::error_code;
+        return boost::asio::async_compose<Handler, void(error_code, std::size_t)>(
+            [this, buffers, begun = false](auto& self, const error_code& error = {},
+                                           std::size_t sent = 0) mutable {
+                if (!std::exchange(begun, true)) {
+                    *deadline = Clock::now() + stall;
+                    Socket::async_write_some(buffers, std::move(self));
+                    return;
+                }
+                *deadline = Clock::time_point::max();
+                self.complete(error, sent);
+            },
+            handler, get_executor());
+    }
+
     Clock::time_point* deadline = nullptr;  ///< of the connection
+    Clock::duration stall{};                ///< without a byte taken
     Clock::duration wait{};                 ///< for the client's end
 };
 
@@ -70,7 +93,10 @@ class WebSocketConnection final : public ServerConnection,
                         std::shared_ptr<HttpRequest> request);
     ~WebSocketConnection() override;
 
-    /** Accepts the upgrade and begins to serve. */
+    /**
+     * Runs the callback of an opened connection, then accepts the upgrade and begins to serve: whoever reads
+     * the reply is known already. What the callback sends follows the reply. The request must be a valid one.
+     */
     void Start();
 
     void Close() override;
@@ -85,6 +111,7 @@ class WebSocketConnection final : public ServerConnection,
     enum class Callback { Open, Message, Close };
 
     void Call(Callback callback);
+    void Accept();
     void Read();
     void SendLast(const std::array<unsigned char, 4>& frame);
     void WriteNext();
