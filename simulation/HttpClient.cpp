@@ -20,8 +20,9 @@ std::string HttpReply::Header(std::string_view name) const {
     return head.substr(begin, head.find("\r\n", begin) - begin);
 }
 
-std::string HttpClient::Request(const std::string& method, const std::string& path, const std::string& body) {
-    std::string text = method + " " + path + " HTTP/1.1\r\nHost: localhost\r\n";
+std::string HttpClient::Request(const std::string& method, const std::string& path, const std::string& body,
+                                const std::string& headers) {
+    std::string text = method + " " + path + " HTTP/1.1\r\nHost: localhost\r\n" + headers;
     if (method != "GET") {
         text += "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
     }

@@ -31,8 +31,9 @@ class HttpClient {
     void Write(std::string_view bytes);
     HttpReply ReadReply();
 
-    /** The bytes of a plain request. */
-    static std::string Request(const std::string& method, const std::string& path, const std::string& body);
+    /** The bytes of a plain request; headers: further ones, each with its line end. */
+    static std::string Request(const std::string& method, const std::string& path, const std::string& body,
+                               const std::string& headers = {});
 
     Socket& Connection() { return m_socket; }
 

@@ -96,6 +96,27 @@ void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument
     writer.SaveAsync(std::move(saved), path);
 }
 
+CDocumentText::State CUserData::ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held,
+                                                CDocumentText& text, nlohmann::json document,
+                                                const char* name, const StateCheck& check) {
+    auto next = std::make_shared<const CDocumentState>(document);
+    json saved = document;
+    const std::string path = DocumentPath(name);
+    for (;;) {
+        const CDocumentText::State present = text.Get(mutex, held);
+        if (!check(present->Tag())) {
+            return nullptr;
+        }
+        const CLock lock(mutex);
+        if (text.Is(present)) {  // else another write was faster, and its state is the one to look at
+            text.Replace(next);
+            held.swap(document);
+            writer.SaveAsync(std::move(saved), path);
+            return next;
+        }
+    }
+}
+
 nlohmann::json CUserData::GetLayout() const {
     return CopyDocument(layoutMutex, layout);
 }
@@ -143,23 +164,42 @@ nlohmann::json CUserData::GetInterfaceConfig() const {
     return CopyDocument(interfaceMutex, interfaceConfig);
 }
 
-CDocumentText::Text CUserData::GetLayoutText() {
+CDocumentText::State CUserData::ReplaceLayout(nlohmann::json document, const StateCheck& check) {
+    return ReplaceDocument(layoutMutex, layout, layoutText, std::move(document), "/layout.json", check);
+}
+
+CDocumentText::State CUserData::ReplaceMaterials(nlohmann::json document, const StateCheck& check) {
+    return ReplaceDocument(materialsMutex, materials, materialsText, std::move(document), "/materials.json",
+                           check);
+}
+
+CDocumentText::State CUserData::ReplaceComponentConfig(nlohmann::json document, const StateCheck& check) {
+    const CLock changing(componentChangeMutex);
+    auto stored = ReplaceDocument(componentMutex, componentConfig, componentText, std::move(document),
+                                  "/componentConfig.json", check);
+    if (stored) {
+        UpdateCmdMap();
+    }
+    return stored;
+}
+
+CDocumentText::State CUserData::GetLayoutState() {
     return layoutText.Get(layoutMutex, layout);
 }
 
-CDocumentText::Text CUserData::GetMaterialsText() {
+CDocumentText::State CUserData::GetMaterialsState() {
     return materialsText.Get(materialsMutex, materials);
 }
 
-CDocumentText::Text CUserData::GetComponentConfigText() {
+CDocumentText::State CUserData::GetComponentConfigState() {
     return componentText.Get(componentMutex, componentConfig);
 }
 
-CDocumentText::Text CUserData::GetInterfaceConfigText() {
+CDocumentText::State CUserData::GetInterfaceConfigState() {
     return interfaceText.Get(interfaceMutex, interfaceConfig);
 }
 
-CDocumentText::Text CUserData::GetApiListText() {
+CDocumentText::State CUserData::GetApiListState() {
     return apiListText.Get(apiListMutex, apiList);
 }
 

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -69,12 +70,26 @@ class CUserData {
      */
     nlohmann::json GetInterfaceConfig() const;
 
-    /** The documents as JSON texts, made once for each change; null for a null document. Never copied. */
-    CDocumentText::Text GetLayoutText();
-    CDocumentText::Text GetMaterialsText();
-    CDocumentText::Text GetComponentConfigText();
-    CDocumentText::Text GetInterfaceConfigText();
-    CDocumentText::Text GetApiListText();
+    /** The documents as they are sent, with their tags; made once for each change, never copied. */
+    CDocumentText::State GetLayoutState();
+    CDocumentText::State GetMaterialsState();
+    CDocumentText::State GetComponentConfigState();
+    CDocumentText::State GetInterfaceConfigState();
+    CDocumentText::State GetApiListState();
+
+    /** Whether a document may be replaced while its state has this tag. Called without a lock, may be called
+     * again. */
+    using StateCheck = std::function<bool(const std::string& tag)>;
+
+    /**
+     * As the setters, but only when the state that is replaced passes the check. Nothing comes between the
+     * two: of two writers that ask for the same state one gets through.
+     * @return the state that is stored now; null when the check said no, and nothing has changed then
+     * @throw nlohmann::json::type_error as SetComponentConfig
+     */
+    CDocumentText::State ReplaceLayout(nlohmann::json document, const StateCheck& check);
+    CDocumentText::State ReplaceMaterials(nlohmann::json document, const StateCheck& check);
+    CDocumentText::State ReplaceComponentConfig(nlohmann::json document, const StateCheck& check);
 
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
@@ -144,6 +159,8 @@ class CUserData {
   private:
     void SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text, nlohmann::json document,
                      const char* name);
+    CDocumentText::State ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText& text,
+                                         nlohmann::json document, const char* name, const StateCheck& check);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument() REQUIRES_LOCK(interfaceChangeMutex);

@@ -30,6 +30,7 @@ struct Example {
     std::string condition;  ///< the comment before it
     std::string method;
     std::string path;
+    std::string headers;
     std::string body;
     std::vector<std::string> reply;
 };
@@ -50,7 +51,7 @@ std::vector<Example> ReadExamples(const std::string& document) {
         } else if (line == "```") {
             if (isInside) {
                 examples.push_back(next);
-                next = {{}, next.method, next.path, {}, {}};
+                next = {{}, next.method, next.path, {}, {}, {}};
             }
             isInside = !isInside;
         } else if (line.starts_with("### ")) {
@@ -62,6 +63,8 @@ std::vector<Example> ReadExamples(const std::string& document) {
             next.reply.push_back(line.substr(begin));
         } else if (isInside && (line.starts_with("GET /") || line.starts_with("POST /"))) {
             setRequest(line);
+        } else if (isInside && next.body.empty() && line.starts_with("If-")) {
+            next.headers += line + "\r\n";
         } else if (isInside) {
             next.body += line + "\n";
         }
@@ -148,8 +151,8 @@ TEST(ApiExamples, AreTrue) {
             EXPECT_EQ(projector->Received().WaitBytes(7), "PWR ON\r");
             projector.reset();
         }
-        HttpReply reply = browser.Http().Exchange(
-            HttpClient::Request(example.method, example.path, Translated(example.body, port)));
+        HttpReply reply = browser.Http().Exchange(HttpClient::Request(
+            example.method, example.path, Translated(example.body, port), example.headers));
         if (example.path == "/api/getServerComList") {
             if (!simulation::Differences::hasPortList) {
                 continue;

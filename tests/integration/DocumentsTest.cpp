@@ -100,6 +100,90 @@ TEST(Envelope, RepliesAreTheseBytes) {
     ExpectReplies(host, "replies_without_channel.txt", "127.0.0.2");  // the channel is another machine's
 }
 
+TEST(Documents, AreReadAndReplacedByTheirState) {
+    struct Row {
+        const char* what;
+        const char* header;  ///< %1: the state that is stored, %2: the one before it
+        int read;            ///< status of a reading with If-None-Match
+        int write;           ///< status of a write with If-Match
+    };
+    const Row rows[] = {
+        {"the state", "\"%1\"", 304, 200},
+        {"weak", "W/\"%1\"", 304, 412},
+        {"in a list", "\"%2\" ,W/\"a,b\",, \"%1\"", 304, 200},
+        {"an old one", "\"%2\"", 200, 412},
+        {"any", "*", 304, 200},
+        {"no quotes", "%1", 200, 412},
+        {"behind what is none", "x, \"%1\"", 200, 412},
+        {"nothing", "", 200, 412},
+    };
+    HostProcess host;
+    host.Start();
+    Browser browser(host);
+    const auto exchange = [&](const char* method, const std::string& route, const json& data,
+                              const std::string& headers) {
+        return browser.Http().Exchange(HttpClient::Request(method, "/api/centralControl/" + route,
+                                                           data.is_null() ? "" : json{{"data", data}}.dump(),
+                                                           headers));
+    };
+    const std::pair<const char*, const char*> routes[] = {
+        {"getPageLayoutInfo", "setCentralControlWebLayout"},
+        {"getMaterialList", "setMaterialList"},
+        {"getComponentInteractionInfo", "updateComponentInteraction"},
+    };
+    const auto replace = [](std::string text, std::string_view what, const std::string& by) {
+        const std::size_t at = text.find(what);
+        return at == std::string::npos ? text : text.replace(at, what.size(), by);
+    };
+    const auto inner = [](const HttpReply& reply) {
+        const std::string tag = reply.Header("ETag");
+        return tag.size() > 2 ? tag.substr(1, tag.size() - 2) : tag;
+    };
+    for (const auto& [getter, setter] : routes) {
+        std::string old = inner(exchange("GET", getter, nullptr, ""));
+        EXPECT_EQ(exchange("POST", setter, 0, "If-Match: \"" + old + "\"\r\n").status, 200) << getter;
+        int number = 0;
+        for (const Row& row : rows) {
+            const HttpReply before = exchange("GET", getter, nullptr, "");
+            const std::string tag = inner(before);
+            const std::string names = replace(replace(row.header, "%1", tag), "%2", old);
+            const HttpReply read = exchange("GET", getter, nullptr, "If-None-Match: " + names + "\r\n");
+            EXPECT_EQ(read.status, row.read) << getter << " " << row.what;
+            EXPECT_EQ(read.body, row.read == 304 ? "" : before.body) << getter << " " << row.what;
+            EXPECT_EQ(inner(read), tag);
+            EXPECT_EQ(read.Header("Cache-Control"), "no-cache");
+            const HttpReply write = exchange("POST", setter, ++number, "If-Match: " + names + "\r\n");
+            EXPECT_EQ(write.status, row.write) << getter << " " << row.what;
+            EXPECT_EQ(write.body, row.write == 200 ? R"({"code":20000,"message":""})" : "") << row.what;
+            const HttpReply after = exchange("GET", getter, nullptr, "");
+            EXPECT_EQ(after.body, row.write == 412 ? before.body
+                                                   : R"({"code":20000,"data":)" + std::to_string(number) +
+                                                         R"(,"message":""})");
+            EXPECT_EQ(inner(after), row.write == 412 ? tag : inner(write)) << getter << " " << row.what;
+            old = row.write == 412 ? old : tag;
+        }
+    }
+    EXPECT_EQ(exchange("GET", "getConfigList", nullptr, "If-None-Match: *\r\n").status, 304);
+    EXPECT_EQ(exchange("GET", "getCentralControlInterfaceList", nullptr, "If-None-Match: *\r\n").status, 304);
+    EXPECT_EQ(exchange("POST", "setMaterialList", nullptr, "If-Match: \"x\"\r\n").body,
+              R"({"code":30101,"message":""})");
+}
+
+TEST(Documents, AStateKeepsItsTagOverARestart) {
+    HostProcess host;
+    host.Start();
+    const auto tag = [&host] {
+        return HttpClient(host.HttpPort()).Get("/api/centralControl/getPageLayoutInfo").Header("ETag");
+    };
+    const std::string none = tag();
+    Browser(host).Post("setCentralControlWebLayout", {{"data", {{"b", -0.0}, {"a", "会议室"}}}});
+    const std::string stored = tag();
+    EXPECT_NE(stored, none);
+    EXPECT_EQ(host.Stop(), 0);
+    host.Start();
+    EXPECT_EQ(tag(), stored);
+}
+
 TEST(OperationLog, HoldsAnArrivalAndAReplyOfEachRequest) {
     HostProcess host;
     host.Start();
@@ -107,6 +191,10 @@ TEST(OperationLog, HoldsAnArrivalAndAReplyOfEachRequest) {
         Browser browser(host);
         browser.Get("getMaterialList");
         browser.Http().Post("/api/centralControl/setMaterialList", "{\"data\":%n}");
+        browser.Http().Exchange(
+            HttpClient::Request("GET", "/api/centralControl/getMaterialList", "", "If-None-Match: *\r\n"));
+        browser.Http().Exchange(HttpClient::Request("POST", "/api/centralControl/setMaterialList",
+                                                    R"({"data":1})", "If-Match: \"x\"\r\n"));
     }
     EXPECT_EQ(host.Stop(), 0);
     std::vector<std::string> texts;
@@ -126,7 +214,9 @@ TEST(OperationLog, HoldsAnArrivalAndAReplyOfEachRequest) {
             texts.push_back(text);
         }
     }
-    ASSERT_EQ(texts.size(), 4U);
+    ASSERT_EQ(texts.size(), 8U);
+    EXPECT_EQ(texts[5], "getMaterialList] [304] [] ");
+    EXPECT_EQ(texts[7], "setMaterialList] [412] [another state is stored] ");
     EXPECT_EQ(texts[0], "getMaterialList] ");
     EXPECT_EQ(texts[1], "getMaterialList] [20000] [] ");
     EXPECT_EQ(texts[2], "setMaterialList] ");

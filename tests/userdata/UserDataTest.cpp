@@ -6,6 +6,8 @@
 #include "tests/config/TestCases.h"
 #include "userdata/UserData.h"
 
+#include <algorithm>
+#include <atomic>
 #include <thread>
 #include <tuple>
 
@@ -67,22 +69,24 @@ class UserData : public testing::Test {
 
 TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
     constexpr std::tuple<void (CUserData::*)(json), json (CUserData::*)() const,
-                         CDocumentText::Text (CUserData::*)()>
-        operations[] = {{&CUserData::SetLayout, &CUserData::GetLayout, &CUserData::GetLayoutText},
-                        {&CUserData::SetMaterials, &CUserData::GetMaterials, &CUserData::GetMaterialsText},
+                         CDocumentText::State (CUserData::*)()>
+        operations[] = {{&CUserData::SetLayout, &CUserData::GetLayout, &CUserData::GetLayoutState},
+                        {&CUserData::SetMaterials, &CUserData::GetMaterials, &CUserData::GetMaterialsState},
                         {&CUserData::SetComponentConfig, &CUserData::GetComponentConfig,
-                         &CUserData::GetComponentConfigText},
+                         &CUserData::GetComponentConfigState},
                         {&CUserData::SetInfraredCom, &CUserData::GetInfraredCom, nullptr},
-                        {&CUserData::SetApiList, &CUserData::GetApiList, &CUserData::GetApiListText}};
+                        {&CUserData::SetApiList, &CUserData::GetApiList, &CUserData::GetApiListState}};
     const json rows = TestCases("documents");
     for (const bool isSecondStart : {false, true}) {
         Store store;
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            const auto& [set, get, text] = operations[i];
-            const auto expectText = [&store, text = text, get = get] {
+            const auto& [set, get, state] = operations[i];
+            const auto expectText = [&store, state = state, get = get] {
                 const json document = (store.*get)();
-                const auto made = text == nullptr || document.is_null() ? nullptr : (store.*text)();
-                EXPECT_EQ(made ? *made : document.dump(), document.dump());
+                if (state != nullptr) {
+                    EXPECT_EQ((store.*state)()->Json(), document.is_null() ? "" : document.dump());
+                    EXPECT_EQ((store.*state)()->Tag(), CDocumentState(document).Tag());
+                }
             };
             const json stored = {{"of", rows[i][0]}};
             EXPECT_EQ((store.*get)(), isSecondStart && rows[i][0] != "apiList.json" ? stored : rows[i][1]);
@@ -95,6 +99,44 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
     }
     WriteFile(m_path / "layout.json", "{\"broken");
     EXPECT_EQ(Store().GetLayout(), json({{"of", "layout.json"}})) << "the backup was not used";
+}
+
+TEST_F(UserData, OfWritersThatReplaceTheSameStateOneGetsThrough) {
+    constexpr std::tuple<CDocumentText::State (CUserData::*)(json, const CUserData::StateCheck&),
+                         CDocumentText::State (CUserData::*)()>
+        operations[] = {{&CUserData::ReplaceLayout, &CUserData::GetLayoutState},
+                        {&CUserData::ReplaceMaterials, &CUserData::GetMaterialsState},
+                        {&CUserData::ReplaceComponentConfig, &CUserData::GetComponentConfigState}};
+    Store store;
+    for (const auto& [replace, get] : operations) {
+        for (int round = 0; round < 50; ++round) {
+            const std::string known = (store.*get)()->Tag();
+            std::atomic<int> stored{0};
+            std::vector<std::string> tags(4);
+            std::vector<std::thread> writers;
+            for (std::size_t i = 0; i < tags.size(); ++i) {
+                writers.emplace_back([&, i, replace = replace] {
+                    const auto state =
+                        (store.*replace)(Interactions(json::array({Command(1, std::to_string(i))})),
+                                         [&](const std::string& tag) { return tag == known; });
+                    stored += state ? 1 : 0;
+                    tags[i] = state ? state->Tag() : "";
+                });
+            }
+            for (std::thread& writer : writers) {
+                writer.join();
+            }
+            EXPECT_EQ(stored, 1);
+            EXPECT_EQ(std::count(tags.begin(), tags.end(), (store.*get)()->Tag()), 1);
+            (store.*replace)(round, [](const std::string& /*tag*/) { return true; });
+        }
+    }
+    store.ReplaceComponentConfig(Interactions(json::array({Command(1, "new")})),
+                                 [](const std::string& /*tag*/) { return true; });
+    EXPECT_EQ(ContentsOf(store), "new");
+    store.ReplaceComponentConfig(Interactions(json::array({Command(1, "refused")})),
+                                 [](const std::string& /*tag*/) { return false; });
+    EXPECT_EQ(ContentsOf(store), "new");
 }
 
 TEST_F(UserData, LanguageSettings) {
@@ -174,7 +216,7 @@ TEST_F(UserData, OrderAndIdsOfInterfaces) {
     store.RemoveInterface(2, 1);
     EXPECT_EQ(OrderOf(store), "5s 6s 3s ");
     store.ClearInterfaces();
-    EXPECT_EQ(*store.GetInterfaceConfigText(), R"({"configList":[]})");
+    EXPECT_EQ(store.GetInterfaceConfigState()->Json(), R"({"configList":[]})");
 }
 
 TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
@@ -230,13 +272,13 @@ TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
         Interactions({Command(5, "a"), Command(6, "b"), noPort, Command(5, "c"), noContent}));
     store->RemoveInterface(5, 0);
     EXPECT_EQ(ContentsOf(*store), "abc");
-    EXPECT_EQ(*store->GetComponentConfigText(), store->GetComponentConfig().dump());
+    EXPECT_EQ(store->GetComponentConfigState()->Json(), store->GetComponentConfig().dump());
     store->SetNetPortConfig(5, {});
     store->RemoveInterface(5, 1);
     store->ClearInterfaces();
     EXPECT_EQ(ContentsOf(*store), "b");
     EXPECT_EQ(store->GetComponentConfig(), Interactions({Command(6, "b"), noPort}));
-    EXPECT_EQ(*store->GetComponentConfigText(), store->GetComponentConfig().dump());
+    EXPECT_EQ(store->GetComponentConfigState()->Json(), store->GetComponentConfig().dump());
     store->RemovePortCommands(6);
     store.reset();
     EXPECT_EQ(Saved("componentConfig.json"), Interactions(json::array({noPort})));
@@ -293,7 +335,7 @@ TEST_F(UserData, BearsConcurrentUse) {
                 store->IsInterfaceNameUsed("a", false, 0);
                 store->SetLanguage(round, false);
                 store->RemoveInterface(i, 1);
-                EXPECT_TRUE(store->GetInterfaceConfigText() && store->GetComponentConfigText());
+                EXPECT_TRUE(store->GetInterfaceConfigState() && store->GetComponentConfigState());
             }
             store->SetSerialPortConfig(i, {});
         });
@@ -303,7 +345,7 @@ TEST_F(UserData, BearsConcurrentUse) {
     }
     EXPECT_EQ(OrderOf(*store).size(), 12U);
     const json interfaces = store->GetInterfaceConfig();
-    EXPECT_EQ(*store->GetInterfaceConfigText(), interfaces.dump());
+    EXPECT_EQ(store->GetInterfaceConfigState()->Json(), interfaces.dump());
     store.reset();
     EXPECT_EQ(Saved("interFace.json"), interfaces);
 }

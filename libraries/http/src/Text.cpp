@@ -174,6 +174,8 @@ std::string_view ReasonOf(int status) {
             return "Not Found";
         case 405:
             return "Method Not Allowed";
+        case 412:
+            return "Precondition Failed";
         case 413:
             return "Content Too Large";
         case 416:

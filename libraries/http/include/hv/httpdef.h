@@ -15,7 +15,9 @@ enum http_method {
 /** HTTP status codes by the names that the code uses; any other number may be cast to it (RFC 9110, 15). */
 enum http_status {
     HTTP_STATUS_OK = 200,
+    HTTP_STATUS_NOT_MODIFIED = 304,
     HTTP_STATUS_NOT_FOUND = 404,
+    HTTP_STATUS_PRECONDITION_FAILED = 412,
     HTTP_STATUS_INTERNAL_SERVER_ERROR = 500,
 };
 
