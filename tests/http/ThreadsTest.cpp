@@ -75,6 +75,67 @@ TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
     }
 }
 
+TEST_F(ThreadsTest, DropsWritesThatWaitedTooLong) {
+    limits.writeWait = std::chrono::milliseconds(300);
+    limits.sweep = std::chrono::milliseconds(20);
+    std::atomic<int> fired = 0;
+    service.POST("/click", [&](HttpRequest*, HttpResponse*) {
+        ++fired;
+        return 200;
+    });
+    Run();
+    TakeLog();
+    Enter(4);
+    ASSERT_TRUE(WaitForInside(4));
+    std::array late = {Connect(), Connect(), Connect()};
+    for (Client& client : late) {
+        client.Send(Post("/click", "{}"));
+    }
+    Client reader = Connect();
+    reader.Send(Get("/quick"));
+    for (Client& client : late) {
+        const HttpReply reply = client.Read();
+        EXPECT_EQ(503, reply.status) << "while all places are taken";
+        EXPECT_EQ("1", reply.Header("Retry-After"));
+    }
+    gate->open = true;
+    EXPECT_EQ("quick", reader.Read().body) << "who reads may wait";
+    EXPECT_EQ(200, late[0].Ask(Post("/click", "{}")).status) << "the connection serves on";
+    EXPECT_EQ(1, fired);
+    const auto lines = TakeLog();
+    ASSERT_FALSE(lines.empty());
+    EXPECT_NE(std::string::npos, lines[0].find("/click from 127.0.0.1"));
+    EXPECT_LE(lines.size(), 2U) << "not a line for each";
+}
+
+TEST_F(ThreadsTest, DropsWritesWhoseClientsHaveGone) {
+    std::atomic<int> fired = 0;
+    service.POST("/click", [&](HttpRequest*, HttpResponse*) {
+        ++fired;
+        return 200;
+    });
+    Run();
+    TakeLog();
+    Enter(4);
+    ASSERT_TRUE(WaitForInside(4));
+    Client ends = Connect();
+    Client resets = Connect();
+    Client stays = Connect();
+    for (Client* client : {&ends, &resets, &stays}) {
+        client->Send(Post("/click", "{}"));
+    }
+    for (int i = 0; i < 8; ++i) {
+        clients.emplace_back(server.port);  // each event loop gets some of them
+        EXPECT_EQ("page", clients.back().Ask(Get("/page.txt")).body) << "behind the clicks";
+    }
+    ends.Socket().Close();
+    resets.Socket().Reset();
+    gate->open = true;
+    EXPECT_EQ(200, stays.Read().status);
+    EXPECT_TRUE(simulation::WaitUntil([&] { return fired == 1; }));
+    EXPECT_NE(std::string::npos, TakeLog().at(0).find("client has gone"));
+}
+
 TEST_F(ThreadsTest, ServesManyWhileTheLeadChangesHands) {
     service.GET("/nap/{number}", [](HttpRequest* request, HttpResponse* response) {
         std::this_thread::sleep_for(

@@ -18,4 +18,13 @@ void ReportError(std::string_view text, std::string_view reason) noexcept {
     RavLog::WriteSystemLog(RavLog::Error, "HttpServer", line);
 }
 
+std::string Shown(std::string_view text) {
+    constexpr std::size_t most = 200;
+    std::string shown(text.substr(0, most));
+    for (char& c : shown) {
+        c = static_cast<unsigned char>(c) < 0x20 ? '?' : c;
+    }
+    return shown;
+}
+
 }  // namespace hv::internal

@@ -48,6 +48,9 @@ class EventThreads {
     /** Runs a task, or puts it into the line. On the loop only, as the last act of an event. */
     void Execute(std::shared_ptr<BlockingTask> task);
 
+    /** Takes a task out of the line. @return the task; null when it has got a place */
+    std::shared_ptr<BlockingTask> Withdraw(const BlockingTask* task) { return m_limit.Withdraw(task); }
+
     /** Ends the loop: no event is served from now on. Any thread. */
     void Finish();
 

@@ -22,17 +22,8 @@ using boost::system::error_code;
 namespace {
 
 constexpr std::string_view g_continue = "HTTP/1.1 100 Continue\r\n\r\n";
-constexpr std::size_t g_logText = 200;
 constexpr std::size_t g_keptCapacity = 4096;
 constexpr std::uint64_t g_mostEarned = 2'000'000;  // seconds, 23 days: more than the largest body earns
-
-std::string Shown(std::string_view text) {
-    std::string shown(text.substr(0, g_logText));
-    for (char& c : shown) {
-        c = static_cast<unsigned char>(c) < 0x20 ? '?' : c;
-    }
-    return shown;
-}
 
 }  // namespace
 
@@ -297,49 +288,6 @@ void HttpConnection::Upgrade() {
     m_exchange.reset();
     Leave();
     upgraded->Start();
-}
-
-void HttpConnection::Run() noexcept {
-    try {
-        if (m_server.IsStopping()) {
-            m_exchange->written = Written::Failed;
-            return;
-        }
-        CallHandler();
-        PrepareReply();
-        m_exchange->written = m_server.IsGone() ? Written::Failed : Write();
-    } catch (const std::exception&) {
-        m_exchange->written = Written::Failed;
-    }
-}
-
-void HttpConnection::CallHandler() {
-    HttpResponse& response = m_exchange->response;
-    std::string failure;
-    try {
-        const int status = (*m_exchange->handler)(m_exchange->request.get(), &response);
-        if (status >= 200 && status <= 999) {
-            response.status_code = static_cast<http_status>(status);
-        }
-        return;
-    } catch (const std::exception& error) {
-        failure = error.what();
-    } catch (...) {
-        failure = "unknown exception";
-    }
-    ReportError("The handler of " + Shown(m_exchange->request->path) + " failed: " + Shown(failure));
-    response = HttpResponse();
-    response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
-}
-
-void HttpConnection::Done() {
-    m_lastUse = Clock::now();
-    if (m_server.IsStopping()) {
-        m_phase = Phase::Writing;
-        Close();
-    } else {
-        Continue(m_exchange->written);
-    }
 }
 
 }  // namespace hv::internal

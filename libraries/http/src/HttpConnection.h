@@ -29,9 +29,11 @@ class HttpConnection final : public ServerConnection,
     void Start();
 
     void Close() override;
+    void Expire() override;
     void Stop() override;
     bool IsExpendable() const override;
 
+    void Waits() override;
     void Run() noexcept override;
     void Done() override;
 
@@ -50,6 +52,7 @@ class HttpConnection final : public ServerConnection,
         std::uint64_t moved = 0;  // bytes of it so far
         bool decided = false;
         const http_sync_handler* handler = nullptr;
+        Clock::time_point staleAt = Clock::time_point::max();  // when a write has waited too long
         FilePart file;
         Written written = Written::Blocked;  // what became of the handler's reply so far
     };
@@ -66,6 +69,8 @@ class HttpConnection final : public ServerConnection,
     bool IsForeign();
     void Dispatch();
     void Upgrade();
+    bool IsStale();
+    void DropStale(std::string_view reason);
     void CallHandler();
     void Refuse(int status);
     void Reply();

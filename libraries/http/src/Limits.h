@@ -10,17 +10,18 @@ namespace hv::internal {
 struct Limits {
     using Time = std::chrono::milliseconds;
 
-    std::size_t headerBytes = std::size_t{16} * 1024;            ///< request line and headers together: 431
-    std::uint64_t bodyBytes = std::uint64_t{256} << 20;          ///< request body: 413
-    std::size_t chunkOverheadBytes = std::size_t{8} * 1024;      ///< chunk lines' extensions, trailer: 400
-    Time headerWait{15'000};                                     ///< first byte to end of header, absolute
-    Time bodyStall{30'000};                                      ///< without a byte of the body
-    Time writeStall{30'000};                                     ///< without a byte of the reply taken
-    Time transferWait{300'000};                                  ///< for a whole body or reply, and ...
-    std::uint64_t transferRate = 256;                            ///< ... 1 s more for so many bytes of it
-    Time keepAlive{75'000};                                      ///< between two requests
-    Time linger{2'000};                                          ///< for the client to read a last reply
-    Time webSocketClose{5'000};                                  ///< for the other half of a close
+    std::size_t headerBytes = std::size_t{16} * 1024;        ///< request line and headers together: 431
+    std::uint64_t bodyBytes = std::uint64_t{256} << 20;      ///< request body: 413
+    std::size_t chunkOverheadBytes = std::size_t{8} * 1024;  ///< chunk lines' extensions, trailer: 400
+    Time headerWait{15'000};                                 ///< first byte to end of header, absolute
+    Time bodyStall{30'000};                                  ///< without a byte of the body
+    Time writeStall{30'000};                                 ///< without a byte of the reply taken
+    Time transferWait{300'000};                              ///< for a whole body or reply, and ...
+    std::uint64_t transferRate = 256;                        ///< ... 1 s more for so many bytes of it
+    Time writeWait{3'000};       ///< of a POST for a place among the handlers that run: 503
+    Time keepAlive{75'000};      ///< between two requests
+    Time linger{2'000};          ///< for the client to read a last reply
+    Time webSocketClose{5'000};  ///< for the other half of a close
     std::size_t webSocketMessageBytes = std::size_t{64} * 1024;  ///< received message: close code 1009
     std::size_t webSocketQueueBytes = std::size_t{1} << 20;      ///< unsent bytes of one connection: closed
     std::size_t fileChunkBytes = std::size_t{64} * 1024;         ///< files are read in pieces of this size

@@ -4,6 +4,7 @@
 #include "libraries/http/src/RouteTable.h"
 #include "libraries/http/src/ServerLoop.h"
 #include "libraries/http/src/StaticFiles.h"
+#include "libraries/http/src/Tally.h"
 
 #include <atomic>
 #include <memory>
@@ -47,6 +48,9 @@ class Server : public std::enable_shared_from_this<Server> {
     /** Callbacks of a WebSocket server; null for an HTTP server. */
     const WebSocketService* WebSockets() const { return m_webSockets ? &*m_webSockets : nullptr; }
 
+    /** Writes that were dropped since they waited too long, or since their clients had gone. Any thread. */
+    Tally& StaleWrites() { return m_staleWrites; }
+
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
 
@@ -78,6 +82,7 @@ class Server : public std::enable_shared_from_this<Server> {
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_gone{false};
     Clock::time_point m_lastExhaustion = Clock::time_point();
+    Tally m_staleWrites{"Dropped a write that waited for a place"};
     TaskLimit m_tasks;
     std::vector<std::unique_ptr<ServerLoop>> m_loops;
     Acceptor m_acceptor;

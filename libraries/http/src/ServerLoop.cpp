@@ -99,8 +99,9 @@ void ServerLoop::Sweep() {
         std::copy_if(m_connections.begin(), m_connections.end(), std::back_inserter(expired),
                      [&](const ServerConnection* connection) { return connection->Deadline() < now; });
         for (ServerConnection* connection : expired) {
-            connection->Close();
+            connection->Expire();
         }
+        m_server.StaleWrites().Tell(m_connections.empty());
         if (!m_connections.empty()) {
             Sweep();
         }

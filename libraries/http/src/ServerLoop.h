@@ -35,13 +35,16 @@ class ServerConnection {
     /** Ends the connection at once; nothing when it has ended. */
     virtual void Close() = 0;
 
+    /** The deadline has passed. */
+    virtual void Expire() { Close(); }
+
     /** The server stops: ends what no task is working on. */
     virtual void Stop() = 0;
 
     /** Whether it may be closed to make room for another. */
     virtual bool IsExpendable() const = 0;
 
-    /** When it is to be closed; Clock::time_point::max() for never. */
+    /** When it expires; Clock::time_point::max() for never. */
     Clock::time_point Deadline() const { return m_deadline; }
 
     /** When it last did something. */

@@ -12,6 +12,7 @@ bool TaskLimit::Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& t
         ++m_taken;
         return true;
     }
+    task->Waits();
     m_waiting.push_back({&home, task});
     return false;
 }
@@ -25,6 +26,18 @@ std::optional<TaskLimit::Entry> TaskLimit::Leave() {
     std::optional next = std::move(m_waiting.front());
     m_waiting.pop_front();
     return next;
+}
+
+std::shared_ptr<BlockingTask> TaskLimit::Withdraw(const BlockingTask* task) {
+    const CLock lock(m_mutex);
+    const auto place = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                    [task](const Entry& entry) { return entry.task.get() == task; });
+    if (place == m_waiting.end()) {
+        return nullptr;
+    }
+    const auto withdrawn = std::move(place->task);
+    m_waiting.erase(place);
+    return withdrawn;
 }
 
 void TaskLimit::Close() {

@@ -16,6 +16,9 @@ class BlockingTask {
   public:
     virtual ~BlockingTask() = default;
 
+    /** It has to wait for a place. On the event loop, before any other thread can see it. */
+    virtual void Waits() {}
+
     /** The part that may block. Any of the threads; nothing else touches the task meanwhile. */
     virtual void Run() noexcept = 0;
 
@@ -45,6 +48,9 @@ class TaskLimit {
 
     /** Gives a place back. @return the task that has it now, which the caller sees to */
     std::optional<Entry> Leave();
+
+    /** Takes a task out of the line. @return the task; null when it is not there (any more) */
+    std::shared_ptr<BlockingTask> Withdraw(const BlockingTask* task);
 
     /** From now on no waiting task gets a place. */
     void Close();

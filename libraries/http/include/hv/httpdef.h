@@ -19,6 +19,7 @@ enum http_status {
     HTTP_STATUS_NOT_FOUND = 404,
     HTTP_STATUS_PRECONDITION_FAILED = 412,
     HTTP_STATUS_INTERNAL_SERVER_ERROR = 500,
+    HTTP_STATUS_SERVICE_UNAVAILABLE = 503,
 };
 
 /** Content types that file suffixes map to. */

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Mutex.h"
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace hv::internal {
+
+/**
+ * Reports something that clients can bring about as often as they like: one line in the system log a second
+ * at most, with the number of those that got no line of their own. Any thread.
+ */
+class Tally {
+  public:
+    /** @param what  what happened, the beginning of each line */
+    explicit Tally(std::string_view what) : m_what(what) {}
+
+    /** It has happened. @param example  this time's details */
+    void Count(std::string_view example) noexcept;
+
+    /** Writes the line that is owed, if any, and when it is time; or at once. */
+    void Tell(bool atOnce) noexcept;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    const std::string m_what;
+    CMutex m_mutex;
+    std::size_t m_untold GUARDED_BY(m_mutex) = 0;
+    Clock::time_point m_next GUARDED_BY(m_mutex);
+};
+
+}  // namespace hv::internal
