@@ -10,6 +10,7 @@ import { precompress } from "./build/precompress.ts";
 const limits = { panel: 40_000, author: 90_000 };
 
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";
+const webSocket = process.env["SERVER_WEBSOCKET"] ?? "ws://127.0.0.1:8081";
 
 /** Tests that drive the built application in a browser: one after the other, with bounds against hangs; a browser
  * that was starved of the processor gets a second chance. */
@@ -28,7 +29,7 @@ export default defineConfig({
     assetsInlineLimit: 0,
     modulePreload: { polyfill: false },
   },
-  server: { proxy: { "/api": server, "/settings.json": server } },
+  server: { proxy: { "/api": server, "/settings.json": server, "/ws": { target: webSocket, ws: true } } },
   test: {
     projects: [
       { extends: true, test: { name: "model", include: ["tests/model/**/*.test.ts"], environment: "node" } },

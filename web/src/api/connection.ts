@@ -10,13 +10,15 @@ const times = { beat: 4000, echo: 3000, retry: [250, 500, 1000, 2000] };
 
 export class Connection {
   #socket: WebSocket | undefined;
+  /** Whether the last attempt ended without an echo. */
+  #hasFailed = false;
   #state: ConnectionState = "connecting";
   #attempts = 0;
   #echo: ReturnType<typeof setTimeout> | undefined;
   #next: ReturnType<typeof setTimeout> | undefined;
 
-  /** @param port  asked before each attempt, since settings can change  @param changed  told each new state */
-  constructor(readonly port: () => Promise<number>, readonly changed: (state: ConnectionState) => void) {
+  /** @param address  asked before each attempt, since settings can change  @param changed  told each new state */
+  constructor(readonly address: (hasFailed: boolean) => Promise<string>, readonly changed: (state: ConnectionState) => void) {
     addEventListener("online", () => this.check());
     addEventListener("offline", () => this.#lose());
     document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && this.check());
@@ -35,11 +37,12 @@ export class Connection {
 
   async #connect(): Promise<void> {
     clearTimeout(this.#next);
-    const port = await this.port();
+    const address = await this.address(this.#hasFailed);
     this.#drop();
+    this.#hasFailed = true;
     let socket: WebSocket;
     try {
-      socket = new WebSocket(`ws://${location.hostname}:${port}/`);
+      socket = new WebSocket(address);
     } catch {
       this.#lose();
       return;
@@ -52,6 +55,7 @@ export class Connection {
       clearTimeout(this.#echo);
       clearTimeout(this.#next);
       this.#attempts = 0;
+      this.#hasFailed = false;
       this.#set("open");
       this.#next = setTimeout(() => this.#beat(), times.beat);
     };

@@ -1,8 +1,10 @@
-/** The port of the WebSocket: what this browser was told, else what the server left beside the application. */
-import { asNumber, asObject } from "../model/json.ts";
+/** The address of the WebSocket: what this browser was told, else what the server left beside the application. */
+import { asNumber } from "../model/json.ts";
+import { sharedPath, webSocketAddresses } from "../model/webSocketAddress.ts";
 
-export const defaultPort = 8081;
 const key = "webSocketPort";
+/** Longest wait for an answer, in ms. */
+const answerLimit = 3000;
 
 /** The port that was set in this browser; 0: none. */
 export function chosenPort(): number {
@@ -14,15 +16,27 @@ export function choosePort(port: number): void {
   else localStorage.removeItem(key);
 }
 
-/** The server writes settings.json at its start where it may; without it the default counts. */
-export async function webSocketPort(): Promise<number> {
-  const chosen = chosenPort();
-  if (chosen) return chosen;
+/** @param hasFailed  nothing was heard at the address that was given before */
+export async function webSocketAddress(hasFailed: boolean): Promise<string> {
+  const [first, other] = webSocketAddresses(location, chosenPort(), await readSettings());
+  return other && hasFailed && (await isMissing(sharedPath)) ? other : first!;
+}
+
+/** The server writes settings.json at its start where it may; without it the defaults count. */
+async function readSettings(): Promise<unknown> {
   try {
-    const response = await fetch("settings.json", { cache: "no-store", signal: AbortSignal.timeout(3000) });
-    if (!response.ok) return defaultPort;
-    return asNumber(asObject(await response.json())["websocket_port"], defaultPort, 1, 65535);
+    const response = await fetch("settings.json", { cache: "no-store", signal: AbortSignal.timeout(answerLimit) });
+    return response.ok ? await response.json() : undefined;
   } catch {
-    return defaultPort;
+    return undefined;
+  }
+}
+
+/** Whether the server itself says that there is nothing. A proxy whose server is away says something else. */
+async function isMissing(path: string): Promise<boolean> {
+  try {
+    return (await fetch(path, { cache: "no-store", signal: AbortSignal.timeout(answerLimit) })).status === 404;
+  } catch {
+    return false;
   }
 }

@@ -1,4 +1,4 @@
-/** The server's JSON interface. Each call gives the reply's `data` or throws a ServerError. */
+/** The server's JSON interface. Each call gives the reply's `data` or throws a ServerError; documents come with their state. */
 
 /** Codes of the reply; those below 0 are this application's own. */
 export const codes = {
@@ -10,6 +10,8 @@ export const codes = {
   unreachable: -1,
   /** The answer was none of this server's. */
   strange: -2,
+  /** Another state of the document is stored than the one that was to be replaced; nothing was written. */
+  changed: -3,
 } as const;
 
 export class ServerError extends Error {
@@ -25,13 +27,36 @@ export class ServerError extends Error {
 const answerLimit = 20_000;
 const clickLimit = 60_000;
 
-async function call(method: "GET" | "POST", route: string, body?: unknown, limit = answerLimit): Promise<unknown> {
+/** A document as it is stored. */
+export interface Stored {
+  readonly data: unknown;
+  /** The name of this state; empty when the server gives none. */
+  readonly tag: string;
+}
+
+/** What is asked of a document's state: only if it is another one than `not`, only if it is `still` this one. */
+interface Condition {
+  readonly not?: Stored | undefined;
+  readonly still?: string;
+}
+
+async function exchange(method: "GET" | "POST", route: string, body?: unknown, limit = answerLimit, { not, still }: Condition = {}): Promise<Stored> {
   let envelope: { code?: unknown; data?: unknown; message?: unknown };
+  let tag: string;
   try {
     const response = await fetch(route, {
       method, cache: "no-store", signal: AbortSignal.timeout(limit),
-      ...(method === "POST" && { body: JSON.stringify(body ?? {}), headers: { "Content-Type": "application/json" } }),
+      ...(method === "POST" && { body: JSON.stringify(body ?? {}) }),
+      headers: {
+        ...(method === "POST" && { "Content-Type": "application/json" }),
+        ...(not && { "If-None-Match": not.tag }),
+        ...(still && { "If-Match": still }),
+      },
     });
+    if (not && response.status === 304) return not;
+    if (still && response.status === 412) throw new ServerError(codes.changed, "", route);
+    // A proxy that packs a reply makes its tag a weak one, which no write may name. The state is the same.
+    tag = response.headers.get("ETag")?.replace(/^W\//, "") ?? "";
     if (!response.ok) throw new ServerError(codes.strange, `HTTP ${response.status}`, route);
     envelope = (await response.json()) as typeof envelope;
   } catch (error) {
@@ -41,22 +66,40 @@ async function call(method: "GET" | "POST", route: string, body?: unknown, limit
   if (envelope.code !== codes.done) {
     throw new ServerError(Number(envelope.code) || codes.strange, String(envelope.message ?? ""), route);
   }
-  return envelope.data;
+  return { data: envelope.data, tag };
+}
+
+async function call(...request: Parameters<typeof exchange>): Promise<unknown> {
+  return (await exchange(...request)).data;
 }
 
 const base = "/api/centralControl/";
 const get = (route: string) => call("GET", base + route);
 const post = (route: string, body?: unknown) => call("POST", base + route, body);
 
-export const server = {
-  layout: () => get("getPageLayoutInfo"),
-  materials: () => get("getMaterialList"),
-  interactions: () => get("getComponentInteractionInfo"),
-  interfaces: () => get("getConfigList"),
+/** The documents that were read last: the server sends one again only when it has changed. Never written to. */
+const kept = new Map<string, Stored>();
 
-  storeLayout: (data: object) => post("setCentralControlWebLayout", { data }),
-  storeMaterials: (data: object) => post("setMaterialList", { data }),
-  storeInteractions: (data: object) => post("updateComponentInteraction", { data }),
+async function read(route: string): Promise<Stored> {
+  const stored = await exchange("GET", base + route, undefined, answerLimit, { not: kept.get(route) });
+  if (stored.tag) kept.set(route, stored);
+  return stored;
+}
+
+/** Replaces a document, while it is `still` in the state of this tag where one is given. @returns the tag of the new state */
+async function replace(route: string, data: unknown, still = ""): Promise<string> {
+  return (await exchange("POST", base + route, { data }, answerLimit, { still })).tag;
+}
+
+export const server = {
+  layout: () => read("getPageLayoutInfo"),
+  materials: () => read("getMaterialList"),
+  interactions: () => read("getComponentInteractionInfo"),
+  interfaces: async () => (await read("getConfigList")).data,
+
+  storeLayout: (data: unknown, still?: string) => replace("setCentralControlWebLayout", data, still),
+  storeMaterials: (data: unknown, still?: string) => replace("setMaterialList", data, still),
+  storeInteractions: (data: unknown, still?: string) => replace("updateComponentInteraction", data, still),
 
   addInterface: (controlType: string, info: object) =>
     post(controlType === "comInfo" ? "addComInfo" : "addNetPortInfo", { data: { info } }),

@@ -167,7 +167,7 @@ export const authorEn = {
   theme_light: "Light",
   theme_dark: "Dark",
   webSocketPort: "WebSocket port",
-  webSocketPortHint: "Empty: the port that the server names. Set it when there is a gateway in between. Counts for this browser.",
+  webSocketPortHint: "Empty: found by itself, also behind a proxy. Counts for this browser.",
   automaticPort: "automatic ({0})",
   developerMode: "Developer mode",
   developerModeHint: "Shows the server's log on its console until it is restarted.",

@@ -169,7 +169,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   theme_light: "浅色",
   theme_dark: "深色",
   webSocketPort: "WebSocket 端口",
-  webSocketPortHint: "留空：使用服务器告知的端口。中间有网关时请设置。仅对此浏览器有效。",
+  webSocketPortHint: "留空：自动查找，经过代理时也是如此。仅对此浏览器有效。",
   automaticPort: "自动（{0}）",
   developerMode: "开发者模式",
   developerModeHint: "在服务器控制台显示日志，重启后失效。",

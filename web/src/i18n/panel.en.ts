@@ -23,6 +23,7 @@ export const panelEn = {
   off: "Off",
   "code-1": "The server does not answer. It may or may not have been sent.",
   "code-2": "Something else than the server answered.",
+  "code-3": "Others stored something at the same time. Try again.",
   code30100: "The server does not know this connection. Wait a moment and try again.",
   code30101: "The server refused the request. Its operation log says why.",
   code30200: "Serial port:",

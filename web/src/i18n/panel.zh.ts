@@ -25,6 +25,7 @@ export const panelZh: Record<keyof typeof panelEn, string> = {
   off: "关",
   "code-1": "服务器没有应答，命令可能已发送，也可能未发送。",
   "code-2": "应答的不是本服务器。",
+  "code-3": "其他人正在同时保存，请再试一次。",
   code30100: "服务器不认识此连接，请稍候再试。",
   code30101: "服务器拒绝了请求，原因见其操作日志。",
   code30200: "串口：",

@@ -1,7 +1,7 @@
 /** What the panel knows: the pages, the connection, and what each component shows. */
 import { Connection, type ConnectionState } from "../api/connection.ts";
 import { reportError } from "../api/errors.ts";
-import { webSocketPort } from "../api/port.ts";
+import { webSocketAddress } from "../api/port.ts";
 import { codes, server, ServerError } from "../api/server.ts";
 import { failureText } from "../i18n/panel.ts";
 import { language } from "../i18n/language.svelte.ts";
@@ -46,7 +46,7 @@ export class PanelState {
 
   /** @param lost  called when the connection is gone, so that presses under way can end */
   constructor(lost: () => void) {
-    this.channel = new Connection(webSocketPort, (state) => {
+    this.channel = new Connection(webSocketAddress, (state) => {
       const isBack = state === "open" && this.connection === "lost";
       if (state === "lost") lost();
       if (isBack || (state === "open" && !this.loaded)) void this.reload(true);
@@ -67,9 +67,9 @@ export class PanelState {
   async reload(everything = false): Promise<void> {
     this.#isDue ||= everything;
     try {
-      const [layout] = await Promise.all([server.layout(), language.load()]);
+      const [{ data: layout }] = await Promise.all([server.layout(), language.load()]);
       if (!this.#isDue && sameJson(layout, this.#stored.layout)) return;
-      const materials = await server.materials();
+      const { data: materials } = await server.materials();
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
         const read = readLayout(layout);
         this.refused = isRefused(read) ? read : undefined;

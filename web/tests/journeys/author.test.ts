@@ -199,18 +199,24 @@ describe("the editor", () => {
 
   it("finds out when somebody else saves in the same moment", async () => {
     await using host = await Host.start();
+    await using device = await TcpDevice.start();
+    await host.addTcp("Device", device.port);
     const { page } = await openEditor(host, [button(1, 100, 100)]);
     const theirs = await host.read("getPageLayoutInfo");
     theirs.pages[1].name = "Theirs";
     await drag(page, [150, 130], [250, 230]);
+    const commands = await host.read("getComponentInteractionInfo");
+    await addCommand(page, "Device", "On", "ON");
     await page.route("**/setCentralControlWebLayout", async (route) => {
-      const response = await route.fetch();
       await host.post("setCentralControlWebLayout", { data: theirs });
-      await route.fulfill({ response });
+      await route.continue();
     }, { times: 1 });
     await page.keyboard.press("Control+S");
     const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
     await dialog.getByText("Theirs", { exact: true }).waitFor();
+    // The write that was refused takes back what was written before it.
+    expect(await host.read("getComponentInteractionInfo")).toEqual(commands);
+    expect((await host.read("getPageLayoutInfo")).pages[1].name).toBe("Theirs");
     await dialog.getByText("Keep mine as a copy", { exact: true }).click();
     await page.getByRole("button", { name: "Saved" }).waitFor();
     expect((await host.read("getPageLayoutInfo")).pages.map((one: { name: string }) => one.name)).toEqual(["Hall", "Theirs", "Hall (mine)"]);

@@ -5,7 +5,7 @@ import { deflateSync } from "node:zlib";
 import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { connected, newPage, save, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
-import { Host } from "../support/host.ts";
+import { FrontPort, Host } from "../support/host.ts";
 import { waitFor } from "../support/wait.ts";
 
 let browser: Browser;
@@ -170,6 +170,34 @@ describe("settings", () => {
     await page.getByRole("spinbutton").fill(String(host.webSocketPort));
     await page.getByRole("button", { name: "应用" }).click();
     await page.getByText("已连接").waitFor();
+  });
+
+  it.each([["a proxy with both on one port", false], ["a forwarded port", true]])("find the WebSocket behind %s, and fetch what is unchanged once", async (_, mere) => {
+    await using host = await Host.start();
+    await using front = await FrontPort.start(host, mere);
+    await storeSample(host);
+    const { page, context } = await newPage(browser);
+    const sockets: string[] = [];
+    page.on("websocket", (socket) => sockets.push(socket.url()));
+    await page.goto(`http://127.0.0.1:${front.port}/#/panel`);
+    await page.getByText("Connected").waitFor();
+    const shared = `ws://127.0.0.1:${front.port}/ws`;
+    expect(sockets).toEqual(mere ? [shared, `ws://127.0.0.1:${host.webSocketPort}/`] : [shared]);
+
+    const panel = await context.newPage();
+    const statuses = new Map<string, number[]>();
+    panel.on("response", (reply) => {
+      const route = reply.url().split("/").at(-1)!;
+      statuses.set(route, [...(statuses.get(route) ?? []), reply.status()]);
+    });
+    await panel.goto(`${host.url}/#/panel`);
+    await panel.getByRole("button", { name: "On" }).waitFor();
+    await waitFor("all documents", () => statuses.get("getMaterialList"));
+    const asked = () => statuses.get("getPageLayoutInfo")!.length;
+    const before = asked();
+    await panel.evaluate(() => document.dispatchEvent(new Event("visibilitychange")));
+    await waitFor("another reading", () => statuses.get("getMaterialList")!.length >= before + 1);
+    expect([statuses.get("getPageLayoutInfo")![0], statuses.get("getPageLayoutInfo")!.at(-1), statuses.get("getMaterialList")!.at(-1)]).toEqual([200, 304, 304]);
   });
 
   it("tell errors that nothing caught to the server's log, each once", async () => {

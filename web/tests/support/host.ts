@@ -1,6 +1,6 @@
 import { type ChildProcess, spawn } from "node:child_process";
 import { cpSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
-import { get } from "node:http";
+import { createServer as createHttpServer, get, type IncomingMessage, request, type Server } from "node:http";
 import { createServer } from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -17,6 +17,55 @@ export async function freePort(): Promise<number> {
   await new Promise((resolve) => server.close(resolve));
   if (!address || typeof address === "string") throw new Error("no port");
   return address.port;
+}
+
+/**
+ * One port for a host: all of HTTP, and the WebSocket under /ws, as a proxy in front of it has them.
+ * @param mere  instead only what a forwarded port gives: HTTP
+ */
+export class FrontPort {
+  port = 0;
+  #server: Server;
+
+  private constructor(host: Host, mere: boolean) {
+    const forward = (from: IncomingMessage, port: number, path = from.url) =>
+      request({ host: "127.0.0.1", port, path, method: from.method, headers: from.headers });
+    this.#server = createHttpServer((from, to) => {
+      const ask = forward(from, host.port).on("error", () => to.writeHead(502).end());
+      ask.on("response", (reply) => reply.pipe(to.writeHead(reply.statusCode!, reply.rawHeaders)));
+      from.pipe(ask);
+    });
+    this.#server.on("upgrade", (from, socket) => {
+      const shared = !mere && from.url === "/ws";
+      const ask = forward(from, shared ? host.webSocketPort : host.port);
+      const status = (reply: IncomingMessage) => `HTTP/1.1 ${reply.statusCode} -\r\n${rawHead(reply)}\r\n`;
+      ask.on("upgrade", (reply, upgraded) => {
+        socket.write(status(reply));
+        socket.pipe(upgraded).pipe(socket);
+        socket.on("error", () => upgraded.destroy());
+        upgraded.on("error", () => socket.destroy());
+      });
+      ask.on("response", (reply) => socket.end(status(reply)));
+      ask.on("error", () => socket.end("HTTP/1.1 502 -\r\n\r\n"));
+      ask.end();
+    });
+  }
+
+  static async start(host: Host, mere: boolean): Promise<FrontPort> {
+    const front = new FrontPort(host, mere);
+    front.port = await freePort();
+    await new Promise<void>((resolve) => front.#server.listen(front.port, "127.0.0.1", resolve));
+    return front;
+  }
+
+  async [Symbol.asyncDispose](): Promise<void> {
+    this.#server.closeAllConnections();
+    this.#server.close();
+  }
+}
+
+function rawHead(reply: IncomingMessage): string {
+  return Object.entries(reply.headers).map(([name, value]) => `${name}: ${String(value)}\r\n`).join("");
 }
 
 /** The built host in folders and on ports of its own: its settings.json must not meet another one's. */

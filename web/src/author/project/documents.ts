@@ -1,30 +1,65 @@
 /** The three documents of a project: read as one, written as one. */
-import { server } from "../../api/server.ts";
+import { codes, server, ServerError, type Stored } from "../../api/server.ts";
 import { readInteractions } from "../../model/interactions.ts";
 import { sameJson } from "../../model/json.ts";
 import { type Material, readMaterials } from "../../model/materials.ts";
-import { type Project, writeProject } from "../../model/project.ts";
+import { emptyProject, type Project, writeProject } from "../../model/project.ts";
 import { isRefused, readLayout, type Refusal } from "../../model/readLayout.ts";
 
-export async function readStored(): Promise<Project | Refusal> {
-  const [layoutText, materialsText, interactions] = await Promise.all([
-    server.layout(), server.materials(), server.interactions(),
-  ]);
-  const layout = readLayout(layoutText);
+/** What is stored at one moment. */
+export interface Snapshot {
+  readonly project: Project | Refusal;
+  readonly layout: Stored;
+  readonly materials: Stored;
+  readonly interactions: Stored;
+}
+
+export async function readStored(): Promise<Snapshot> {
+  const [layout, materials, interactions] = await Promise.all([server.layout(), server.materials(), server.interactions()]);
+  return { project: readProject(layout.data, materials.data, interactions.data), layout, materials, interactions };
+}
+
+function readProject(layoutDocument: unknown, materialsDocument: unknown, interactions: unknown): Project | Refusal {
+  const layout = readLayout(layoutDocument);
   if (isRefused(layout)) return layout;
-  const materials = readMaterials(materialsText);
+  const materials = readMaterials(materialsDocument);
   if (isRefused(materials)) return materials;
   return { layout, materials: materials as readonly Material[], interactions: readInteractions(interactions) };
 }
 
+/** Whether a write was refused since somebody else has stored something in between. */
+export function isOvertaken(error: unknown): boolean {
+  return error instanceof ServerError && error.code === codes.changed;
+}
+
 /**
- * Stores what differs from `stored`. The layout comes last: a panel that reads in between never meets a page whose
- * pictures or commands are not there yet. Its time of saving tells panels that any of the three is another one.
+ * Stores what differs from the snapshot, as long as nobody else has stored anything since it was made. The layout
+ * comes last: a panel that reads in between never meets a page whose pictures or commands are not there yet. Its time
+ * of saving tells panels that any of the three is another one, and lets one of two authors through who save at once.
+ * @returns false when somebody else was faster; what was written until then is taken back
  */
-export async function writeStored(project: Project, stored: Project): Promise<void> {
+export async function writeStored(project: Project, on: Snapshot): Promise<boolean> {
   const mine = writeProject(project);
-  const theirs = writeProject(stored);
-  if (!sameJson(mine.materials, theirs.materials)) await server.storeMaterials(mine.materials);
-  await server.storeInteractions(mine.interactions);
-  await server.storeLayout({ ...mine.layout, saved: Date.now() });
+  const theirs = writeProject(isRefused(on.project) ? emptyProject : on.project);
+  const writes = [
+    { store: server.storeInteractions, data: mine.interactions as unknown, before: on.interactions },
+    { store: server.storeLayout, data: { ...mine.layout, saved: Date.now() } as unknown, before: on.layout },
+  ];
+  if (!sameJson(mine.materials, theirs.materials)) writes.unshift({ store: server.storeMaterials, data: mine.materials, before: on.materials });
+  const takeBack: (() => Promise<unknown>)[] = [];
+  for (const { store, data, before } of writes) {
+    try {
+      const tag = await store(data, before.tag);
+      takeBack.unshift(() => store(before.data ?? null, tag));
+    } catch (error) {
+      if (!isOvertaken(error)) throw error;
+      for (const restore of takeBack) {
+        await restore().catch((failure: unknown) => {
+          if (!isOvertaken(failure)) throw failure; // else somebody has stored over it already
+        });
+      }
+      return false;
+    }
+  }
+  return true;
 }

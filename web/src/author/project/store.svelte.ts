@@ -1,7 +1,7 @@
 /** The author's project: what is edited, what is stored, and the way between the two. */
 import { Connection, type ConnectionState } from "../../api/connection.ts";
-import { webSocketPort } from "../../api/port.ts";
-import { server } from "../../api/server.ts";
+import { webSocketAddress } from "../../api/port.ts";
+import { codes, server, ServerError } from "../../api/server.ts";
 import { reportError } from "../../api/errors.ts";
 import { type History, redo, startHistory, step, undo } from "../../model/history.ts";
 import { type Command, mapCommands, writeCommand } from "../../model/interactions.ts";
@@ -13,10 +13,12 @@ import { isRefused, type Refusal } from "../../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../../view/pictures.ts";
 import { ta } from "../../i18n/author.ts";
 import { Drafts } from "./draft.ts";
-import { readStored, writeStored } from "./documents.ts";
+import { isOvertaken, readStored, type Snapshot, writeStored } from "./documents.ts";
 
-/** Least pause between two writings of the draft, longest one between two changes of one step, and when a save is looked after, in ms. */
-const times = { draft: 300, step: 3000, check: 1500 };
+/** Least pause between two writings of the draft, and longest one between two changes of one step, in ms. */
+const times = { draft: 300, step: 3000 };
+/** How often something is stored again when others were faster. */
+const mostAttempts = 5;
 
 export class ProjectStore {
   /** Null until everything was read. */
@@ -46,7 +48,7 @@ export class ProjectStore {
   #lastTime = 0;
 
   constructor() {
-    new Connection(webSocketPort, (state) => {
+    new Connection(webSocketAddress, (state) => {
       this.connection = state;
       if (state === "open") void this.refresh();
     });
@@ -56,7 +58,7 @@ export class ProjectStore {
 
   async load(): Promise<void> {
     try {
-      const [stored, interfaces] = await Promise.all([readStored(), server.interfaces()]);
+      const [{ project: stored }, interfaces] = await Promise.all([readStored(), server.interfaces()]);
       this.interfaces = readInterfaces(interfaces);
       if (isRefused(stored)) {
         this.refused = stored;
@@ -103,7 +105,7 @@ export class ProjectStore {
     try {
       this.interfaces = readInterfaces(await server.interfaces());
       if (this.isDirty || this.saving) return;
-      const stored = await readStored();
+      const { project: stored } = await readStored();
       if (this.isDirty || this.saving || isRefused(stored) || sameProject(stored, this.base)) return;
       this.base = stored;
       this.history = startHistory(stored);
@@ -154,7 +156,7 @@ export class ProjectStore {
 
   /** Goes back to what is stored. The step can be undone. */
   async discard(): Promise<void> {
-    const stored = await readStored();
+    const { project: stored } = await readStored();
     if (isRefused(stored)) return;
     this.#adopt(stored);
     this.restored = 0;
@@ -168,72 +170,53 @@ export class ProjectStore {
   }
 
   /**
-   * Stores the project, unless somebody else has stored another one since it was read: then `conflict` is set.
+   * Stores the project, unless somebody else has stored another one since it was read: then `conflict` is set. What
+   * is stored while the writes are on their way counts as well: they name the states that they replace.
    * @throws ServerError when the server can't be reached or refuses
    */
   async save(): Promise<"saved" | "conflict"> {
     this.saving = true;
     try {
-      const [stored, interfaces] = await Promise.all([readStored(), server.interfaces()]);
-      this.interfaces = readInterfaces(interfaces);
-      const theirs = isRefused(stored) ? this.base : stored;
-      if (!isRefused(stored) && isChanged(this.base, stored, this.project, this.interfaceIds)) {
-        this.conflict = stored;
-        return "conflict";
+      for (let attempt = 1; ; ++attempt) {
+        const [stored, interfaces] = await Promise.all([readStored(), server.interfaces()]);
+        this.interfaces = readInterfaces(interfaces);
+        if (!isRefused(stored.project) && (attempt > mostAttempts || isChanged(this.base, stored.project, this.project, this.interfaceIds))) {
+          this.conflict = stored.project;
+          return "conflict";
+        }
+        if (await this.#write(stored)) return "saved";
       }
-      await this.#write(theirs);
-      return "saved";
     } finally {
       this.saving = false;
     }
   }
 
-  async resolve(choice: "theirs" | "mine" | "copy"): Promise<void> {
+  /** @returns whether the conflict is over; else yet another one was found, and the author has to choose again */
+  async resolve(choice: "theirs" | "mine" | "copy"): Promise<boolean> {
     const theirs = this.conflict;
-    if (!theirs) return;
+    this.conflict = undefined;
+    if (!theirs) return true;
     if (choice === "theirs") {
       this.#adopt(theirs);
-    } else {
-      this.saving = true;
-      try {
-        if (choice === "copy") {
-          this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
-        }
-        await this.#write(theirs);
-      } finally {
-        this.saving = false;
-      }
+      return true;
     }
-    this.conflict = undefined;
+    if (choice === "copy") this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
+    // What is edited replaces theirs knowingly from here on, also when the server can't be reached at the moment.
+    this.base = theirs;
+    this.#keepDraft();
+    return (await this.save()) === "saved";
   }
 
-  async #write(stored: Project): Promise<void> {
+  /** @returns false when something else has been stored meanwhile */
+  async #write(stored: Snapshot): Promise<boolean> {
     const project = this.#withoutStrayIds(this.project);
-    await writeStored(project, stored);
+    if (!(await writeStored(project, stored))) return false;
     this.history = { ...this.history, present: project };
     this.base = project;
     this.restored = 0;
     this.#lastTag = "";
     this.#keepDraft();
-    setTimeout(() => void this.#checkSaved(project, stored), times.check);
-  }
-
-  /**
-   * Looks whether what was saved is still there. Two authors who save in the same moment both find nothing new before
-   * they write, and the later one replaces what the other one has written: that one gets the choice then.
-   */
-  async #checkSaved(saved: Project, before: Project): Promise<void> {
-    const isOver = () => this.base !== saved || this.project !== saved || this.saving;
-    if (isOver()) return;
-    try {
-      const stored = await readStored();
-      if (isOver() || isRefused(stored) || !isChanged(saved, stored, saved, this.interfaceIds)) return;
-      this.base = before;
-      this.conflict = stored;
-      this.#keepDraft();
-    } catch {
-      // The connection's state tells it already; whatever is stored then is read again when it is back.
-    }
+    return true;
   }
 
   /**
@@ -252,7 +235,17 @@ export class ProjectStore {
 
   /** Stores the commands of one trigger, nothing else, and fires them. @throws ServerError */
   async sendNow(componentId: number, trigger: string, commands: readonly Command[]): Promise<void> {
-    const document = asObject(await server.interactions());
+    for (let attempt = 1; !(await this.#storeCommands(componentId, trigger, commands)); ++attempt) {
+      if (attempt === mostAttempts) throw new ServerError(codes.changed);
+    }
+    this.#sent(componentId, trigger, commands);
+    await server.click(componentId, trigger);
+  }
+
+  /** @returns false when somebody else has stored commands at the same time */
+  async #storeCommands(componentId: number, trigger: string, commands: readonly Command[]): Promise<boolean> {
+    const stored = await server.interactions();
+    const document = asObject(stored.data);
     const info = asObject(document["componentInteractionInfo"]);
     const components = asArray(info["componentArr"]).filter(isObject);
     const component = components.find((one) => one["componentId"] === componentId) ?? { componentId, interactionArr: [] };
@@ -261,9 +254,13 @@ export class ProjectStore {
     const changed = { ...component, interactionArr: [...others, interaction] };
     const componentArr = [...components.filter((one) => one["componentId"] !== componentId), changed];
     const next = { ...document, componentInteractionInfo: { ...info, componentArr } };
-    await server.storeInteractions(next);
-    this.#sent(componentId, trigger, commands);
-    await server.click(componentId, trigger);
+    try {
+      await server.storeInteractions(next, stored.tag);
+      return true;
+    } catch (error) {
+      if (!isOvertaken(error)) throw error;
+      return false;
+    }
   }
 
   /** What somebody else may have stored beside it is not known here yet, and stays something for the next save to find. */
