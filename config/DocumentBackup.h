@@ -15,10 +15,19 @@ std::string BackupPath(const std::string& path);
 std::error_code WriteBackup(const std::string& path, std::string_view text);
 
 /**
- * Puts a document's backup in its place when the document is there but broken (empty, or not one whole JSON
- * value) and the backup is whole. The broken file stays beside it as <name>.broken. One line on standard
- * output and one error in the system log tell it. A missing document, or one without a whole backup, is left
- * alone. At start, before the document is loaded; never throws.
+ * Keeps a document of which the start can't use all, before a save overwrites it (see KeepBrokenFile). Any
+ * thread, one at a time for one path.
+ * @return what became of it, as the end of a sentence for the log
+ */
+std::string KeepUnusableDocument(const std::string& path);
+
+/**
+ * Makes sure that the start loads the newest whole state of a document. The backup takes its place when that
+ * is whole and the document is broken (empty, or not one whole JSON value), or older because a save was cut
+ * off. A broken document stays beside it as <name>.broken, also when there is no whole backup. A document
+ * that can't be read stays where it is, and its backup is loaded. One that the user has deleted or changed
+ * since is left alone. The system log tells it, and standard output where the backup is taken. At start,
+ * before the document is loaded; never throws.
  * @return the file to load: path, or the backup when it could not be put in its place
  */
 std::string RestoreFromBackup(const std::string& path);

@@ -1,22 +1,16 @@
 #include "config/JsonFile.h"
 
-#include "config/DocumentBackup.h"
+#include "config/DocumentSave.h"
+#include "config/InPlaceSave.h"
 #include "config/JsonDepth.h"
 #include "config/StandardOutput.h"
 #include "platform/FileStreams.h"
-#include "platform/RavLog.h"
 
 #include <array>
 #include <ios>
 #include <sstream>
 
 namespace {
-
-constexpr int g_indentation = 4;
-
-std::string Serialise(const nlohmann::json& document) {
-    return document.dump(g_indentation, ' ', false, nlohmann::json::error_handler_t::strict);
-}
 
 /** @throw std::ios_base::failure when the file can't be read to its end */
 std::string ReadAll(std::ifstream& file) {
@@ -30,36 +24,6 @@ std::string ReadAll(std::ifstream& file) {
         throw std::ios_base::failure("the file can't be read");
     }
     return text;
-}
-
-void LogError(const std::string& line, const std::string& path) {
-    RavLog::WriteSystemLog(RavLog::Error, "SaveJsonToFile", line + " [" + path + "]");
-}
-
-void TellFailure(const std::string& line, const std::string& path) {
-    PrintLine(line);
-    LogError(line, path);
-}
-
-/** The save in place; makeText is called when the file is open and empty. */
-template <typename MakeText>
-void SaveInPlace(const std::string& path, MakeText makeText) {
-    std::ofstream file = OpenTextForWriting(path);
-    if (!file) {
-        TellFailure("JSON Save Error:Failed to create file", path);
-        return;
-    }
-    try {
-        file << makeText();
-        file.close();
-        if (!file) {
-            LogError("SaveJsonToFile Error: the document could not be written to its end", path);
-        }
-    } catch (const nlohmann::json::parse_error& error) {
-        TellFailure(std::string("SaveJsonToFile JsonError: ") + error.what(), path);
-    } catch (const std::exception& error) {
-        TellFailure(std::string("SaveJsonToFile Error: ") + error.what(), path);
-    }
 }
 
 }  // namespace
@@ -88,24 +52,19 @@ nlohmann::json LoadJsonFromFile(const std::string& path) {
     return document;
 }
 
-void SaveJsonToFile(const nlohmann::json& document, const std::string& path) {
-    SaveInPlace(path, [&document] { return Serialise(document); });
+void SaveJsonToFile(const nlohmann::json& document, const std::string& path) try {
+    if (const auto problem =
+            WriteInPlace(path, [&document](std::ostream& file) { file << SerialiseDocument(document); })) {
+        TellSaveProblem(*problem, path);
+    }
+} catch (const std::exception& error) {
+    TellSaveProblem({std::string("SaveJsonToFile Error: ") + error.what(), error.what(), false}, path);
 }
 
-void SaveJsonWithBackup(const nlohmann::json& document, const std::string& path) {
-    std::string text;
-    try {
-        text = Serialise(document);
-    } catch (const std::exception&) {
-        SaveJsonToFile(document, path);  // meets the same error and tells it
-        return;
+void SaveJsonWithBackup(const nlohmann::json& document, const std::string& path) try {
+    if (const auto problem = CDocumentSave(document, path).Try()) {
+        TellSaveProblem(*problem, path);
     }
-    if (const std::error_code error = WriteBackup(path, text)) {
-        if (error == std::errc::no_space_on_device) {
-            TellFailure("SaveJsonToFile Error: " + error.message(), path);
-            return;
-        }
-        LogError("the backup could not be written: " + error.message(), path);
-    }
-    SaveInPlace(path, [&text]() -> const std::string& { return text; });
+} catch (const std::exception& error) {
+    TellSaveProblem({std::string("SaveJsonToFile Error: ") + error.what(), error.what(), false}, path);
 }

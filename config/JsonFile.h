@@ -23,8 +23,5 @@ nlohmann::json LoadJsonFromFile(const std::string& path);
  */
 void SaveJsonToFile(const nlohmann::json& document, const std::string& path);
 
-/**
- * Writes a document to its backup (see DocumentBackup.h) and then in place, as SaveJsonToFile does. When the
- * disk is full, what is there is left as it was: an old document is worth more than half a new one.
- */
+/** Saves a document as one try of CDocumentSave does, and tells a problem as SaveJsonToFile does. */
 void SaveJsonWithBackup(const nlohmann::json& document, const std::string& path);

@@ -15,3 +15,6 @@ std::error_code ReplaceFileDurably(const std::string& path, std::string_view con
 /** Flushes a folder's entries to the disk. Nothing to do, and no error, where the system has no such thing.
  */
 std::error_code FlushFolder(const std::string& path);
+
+/** Flushes what was written to a file, by whatever stream or program, to the disk. Blocks for the disk. */
+std::error_code FlushFile(const std::string& path);

@@ -27,6 +27,9 @@ bool MakeLink(const std::filesystem::path& target, const std::filesystem::path& 
 /** A file that takes no bytes, since its disk is full; empty where there is no such thing. */
 const char* FullDisk();
 
+/** A file whose reading fails; empty where there is no such thing. */
+const char* UnreadableFile();
+
 /** Folder of the program that runs. */
 std::filesystem::path ProgramFolder();
 

@@ -32,6 +32,10 @@ const char* FullDisk() {
     return "/dev/full";
 }
 
+const char* UnreadableFile() {
+    return "/proc/self/mem";  // address 0 belongs to nobody
+}
+
 std::filesystem::path ProgramFolder() {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }

@@ -47,6 +47,10 @@ const char* FullDisk() {
     return "";
 }
 
+const char* UnreadableFile() {
+    return "";
+}
+
 std::filesystem::path ProgramFolder() {
     std::array<wchar_t, MAX_PATH> file{};
     GetModuleFileNameW(nullptr, file.data(), MAX_PATH);

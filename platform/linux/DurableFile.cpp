@@ -87,3 +87,8 @@ std::error_code FlushFolder(const std::string& path) {
     const CDescriptor folder(path.empty() ? "." : path, O_RDONLY | O_DIRECTORY);
     return folder.IsOpen() ? folder.Flush() : LastError();
 }
+
+std::error_code FlushFile(const std::string& path) {
+    const CDescriptor file(path, O_WRONLY);
+    return file.IsOpen() ? file.Flush() : LastError();
+}

@@ -81,3 +81,15 @@ std::error_code ReplaceFileDurably(const std::string& path, std::string_view con
 std::error_code FlushFolder(const std::string& /*path*/) {
     return {};
 }
+
+std::error_code FlushFile(const std::string& path) {
+    const HANDLE file = CreateFileW(PathFromNarrow(path).c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return LastError();
+    }
+    const std::error_code error = FlushFileBuffers(file) == 0 ? LastError() : std::error_code();
+    CloseHandle(file);
+    return error;
+}

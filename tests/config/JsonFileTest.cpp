@@ -1,3 +1,4 @@
+#include "config/BrokenFile.h"
 #include "config/DocumentBackup.h"
 #include "config/JsonDepth.h"
 #include "config/JsonFile.h"
@@ -111,11 +112,16 @@ TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {
         EXPECT_EQ(Restore("was broken and has been taken from its backup"), m_path);
         EXPECT_EQ(ReadFile(target), whole) << content;
         EXPECT_EQ(ReadFile(m_path + ".broken"), content);
+        fs::remove(m_path + ".broken");
     }
-    fs::remove(m_path + ".broken");
-    fs::create_directory(m_path + ".broken");
+    for (int number = 1; number <= g_maxBrokenFiles; ++number) {
+        fs::create_directory(m_path + ".broken" + (number == 1 ? "" : "." + std::to_string(number)));
+    }
     WriteFile(m_path, "{");
     EXPECT_EQ(Restore("can't be put in its place"), m_backup);
+    SaveJsonWithBackup("new", m_path);
+    EXPECT_EQ(ReadFile(m_path), "{") << "what could not be kept was overwritten";
+    EXPECT_EQ(ReadFile(m_backup), "\"new\"");
     EXPECT_TRUE(SystemLogHas(m_path + " was broken"));
     fs::remove(m_path);
     EXPECT_EQ(Restore(""), m_path);
@@ -126,6 +132,34 @@ TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {
         EXPECT_EQ(Restore(""), m_path);
         EXPECT_EQ(ReadFile(m_path), row[0]);
     }
+}
+
+TEST_F(JsonFile, BrokenDocumentWithoutABackupIsKept) {
+    const std::vector<std::string> contents = {R"({"broken)", std::string(300, '[') + std::string(300, ']'),
+                                               R"({"a":1} {"b":2})", "[1] 2"};
+    int number = 0;
+    for (const std::string& content : contents) {
+        const std::string kept = m_path + ".broken" + (++number == 1 ? "" : "." + std::to_string(number));
+        fs::remove(m_backup);
+        WriteFile(m_path, content);
+        for (int start = 0; start < 2 && number % 2 == 0; ++start) {  // else the save itself keeps it
+            EXPECT_EQ(Restore(""), m_path);
+            EXPECT_EQ(ReadFile(kept), content);
+        }
+        SaveJsonWithBackup("new", m_path);
+        EXPECT_EQ(ReadFile(m_path), "\"new\"");
+        EXPECT_EQ(ReadFile(kept), content) << number;
+    }
+    EXPECT_EQ(ReadFile(m_path + ".broken"), contents[0]);
+    EXPECT_FALSE(fs::exists(m_path + ".broken.5")) << "the same content was kept twice";
+    fs::remove(m_path);
+    if (simulation::MakeLink(simulation::UnreadableFile(), m_path)) {
+        WriteFile(m_backup, "\"old\"");
+        EXPECT_EQ(Restore("can't be read to its end, its backup is used"), m_backup);
+        SaveJsonWithBackup("newer", m_path);  // can't be moved aside either: only the backup is written
+        EXPECT_EQ(ReadFile(m_backup), "\"newer\"");
+    }
+    EXPECT_TRUE(SystemLogHas(m_path + " is not one whole JSON value; it is kept as " + m_path + ".broken.2"));
 }
 
 TEST(JsonText, DepthAndNumbers) {

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "config/InPlaceSave.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+/** What is to be kept as <name>.broken before a save overwrites it. */
+enum class EnKeep {
+    Nothing,
+    IfBroken,  ///< a document that isn't one whole JSON value
+    Always,    ///< whatever is there: the start could not use all of it
+};
+
+/**
+ * One save of a document: first to its backup, then in place. What is done stays done: another try does the
+ * rest.
+ *
+ * The backup is on the disk before the document is touched, and the document, with its folder, when the save
+ * is done. A mark (SaveMark.h) tells a start in between which of the two is newer. When the disk is full,
+ * what is there is left as it was: an old document is worth more than half a new one. One thread at a time
+ * for one path.
+ */
+class CDocumentSave {
+  public:
+    /**
+     * @param path         the document's file; it lives longer than the save
+     * @param beforeWrite  called once, before anything is written; empty: nothing is. It doesn't throw.
+     */
+    CDocumentSave(nlohmann::json document, const std::string& path, EnKeep keep = EnKeep::IfBroken,
+                  const std::function<void(const std::string&)>* beforeWrite = nullptr) noexcept;
+
+    /**
+     * Does what is not done yet. Blocks for the disk.
+     * @return nothing when all is done
+     * @throw std::bad_alloc  nothing is lost; another try goes on
+     */
+    std::optional<SSaveProblem> Try();
+
+  private:
+    std::optional<SSaveProblem> WriteDocument();
+    std::optional<SSaveProblem> KeepWhatIsThere();
+
+    nlohmann::json m_document;
+    const std::string& m_path;
+    EnKeep m_keep;
+    const std::function<void(const std::string&)>* m_beforeWrite;
+    std::optional<std::string> m_text;  ///< the document's, made by the first try
+    bool m_hasBackup = false;
+    bool m_isWritten = false;
+};

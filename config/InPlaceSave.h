@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+/** Why a save is not done, or not yet. */
+struct SSaveProblem {
+    std::string line;         ///< for standard output; empty: none
+    std::string text;         ///< for the system log
+    bool canBeTried = false;  ///< another try may help
+};
+
+/** The text of a document as it stands in a file. @throw nlohmann::json::type_error for bad UTF-8 */
+std::string SerialiseDocument(const nlohmann::json& document);
+
+/**
+ * Empties a file, or makes it, and writes it in place, in text mode.
+ * @param write  writes the text, when the file is open and empty; what it throws is a problem that lasts
+ * @return nothing when the stream has taken all
+ * @throw std::bad_alloc
+ */
+std::optional<SSaveProblem> WriteInPlace(const std::string& path,
+                                         const std::function<void(std::ostream&)>& write);
+
+/** Tells of a save that failed: standard output where it has a line for it, and the system log. */
+void TellSaveProblem(const SSaveProblem& problem, const std::string& path);
