@@ -40,6 +40,9 @@ class CDocumentSave {
      */
     std::optional<SSaveProblem> Try();
 
+    /** What another save of this path has to keep in place of this one. */
+    EnKeep WhatIsToBeKept() const noexcept { return m_keep; }
+
   private:
     std::optional<SSaveProblem> WriteDocument();
     std::optional<SSaveProblem> KeepWhatIsThere();

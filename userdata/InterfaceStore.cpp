@@ -1,5 +1,6 @@
 // The operations of CUserData on interfaces: the two maps, their order, and the document interFace.json.
 
+#include "config/DocumentBackup.h"
 #include "config/JsonNumber.h"
 #include "platform/GeneratorId.h"
 #include "platform/RavLog.h"
@@ -76,12 +77,15 @@ bool ReadElement(const json& source, SElement& element) {
     return true;
 }
 
-/** Tells the operator what the next save of the interfaces will drop. */
-void TellUnused(const std::string& what) {
+/** Tells the operator what the next save of the interfaces will drop, and keeps the file as it is. */
+void TellUnused(const std::string& what, CJsonFileWriter& writer) {
+    const std::string path = DocumentPath(g_fileName);
+    writer.KeepBeforeNextSave(path);
     RavLog::WriteSystemLog(RavLog::Error, "UpdateNetSerialMap",
-                           DocumentPath(g_fileName) + " holds " + what +
+                           path + " holds " + what +
                                ": correct it while the server is stopped, the next change of an interface "
-                               "drops what can't be used");
+                               "drops what can't be used" +
+                               KeepUnusableDocument(path));
 }
 
 }  // namespace
@@ -176,7 +180,7 @@ void CUserData::UpdateNetSerialMap() {
         }
     }
     if (!list.is_array()) {
-        TellUnused("no array configList");
+        TellUnused("no array configList", writer);
         return;
     }
     std::set<int> usedIds;
@@ -203,7 +207,8 @@ void CUserData::UpdateNetSerialMap() {
     }
     if (unusable > 0) {
         TellUnused(std::to_string(unusable) + " of " + std::to_string(list.size()) +
-                   " elements that are no interfaces");
+                       " elements that are no interfaces",
+                   writer);
     }
     CGeneratorId::getInstance()->Initialize(usedIds);
 }

@@ -6,12 +6,21 @@
 #include "config/JsonNumber.h"
 #include "platform/RavLog.h"
 #include "simulation/Machine.h"
+#include "simulation/Wait.h"
 #include "tests/config/TestCases.h"
 
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
 namespace {
+
+int TimesIn(const std::string& text, const std::string& part) {
+    int times = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++times;
+    }
+    return times;
+}
 
 class JsonFile : public testing::Test {
   protected:
@@ -93,6 +102,45 @@ TEST_F(JsonFile, LastDocumentOfAPathStays) {
     writer.WaitAll();
     EXPECT_EQ(LoadJsonFromFile(m_path), document);
     EXPECT_EQ(LoadJsonFromFile(m_backup), document);
+}
+
+TEST_F(JsonFile, FailedSaveIsTriedAgainUntilItWorks) {
+    const auto holds = [](const std::string& path, const char* text) {
+        return simulation::WaitUntil([&] { return ReadFile(path) == text; });
+    };
+    CJsonFileWriter writer({std::chrono::milliseconds(5), std::chrono::milliseconds(20)});
+    CaptureStdout();
+    fs::create_directory(m_path);  // in the place of the document
+    writer.SaveAsync("old", m_path);
+    EXPECT_TRUE(holds(m_backup, "\"old\""));
+    writer.SaveAsync("new", m_path);
+    EXPECT_TRUE(holds(m_backup, "\"new\"")) << "the newer document waits behind the older one";
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // some tries, that are not told
+    fs::remove(m_path);
+    EXPECT_TRUE(holds(m_path, "\"new\"")) << "the save was forgotten";
+    writer.WaitAll();
+    fs::remove_all(m_folder.Path() / "Backup");
+    WriteFile(m_folder.Path() / "Backup", "a file where the folder belongs");
+    writer.SaveAsync("document", m_path);
+    EXPECT_TRUE(holds(m_path, "\"document\""));
+    fs::remove(m_folder.Path() / "Backup");
+    EXPECT_TRUE(holds(m_backup, "\"document\"")) << "the backup was forgotten";
+    fs::remove(m_path);
+    fs::create_directory(m_path);
+    writer.SaveAsync("given up", m_path);
+    writer.WaitAll();
+    EXPECT_TRUE(holds(m_backup, "\"given up\""));
+    const std::string line = "JSON Save Error:Failed to create file\n";
+    EXPECT_EQ(GetCapturedStdout(), line + line + line);
+    RavLog::StopLogs();
+    const std::string log = ReadFile(m_folder.Path() / "Log" / "System.log");
+    for (const auto& [text, times] : {std::pair("; the save is tried again until it works", 3),
+                                      std::pair(" is saved, after tries that failed: ", 2),
+                                      std::pair("its save is given up at the end", 1)}) {
+        EXPECT_EQ(TimesIn(log, text), times) << log;
+    }
+    fs::remove(m_path);
+    EXPECT_EQ(LoadJsonFromFile(RestoreFromBackup(m_path)), json()) << "deleted, but the mark brings it back";
 }
 
 TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {

@@ -169,6 +169,9 @@ TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
         store.SetNetPortConfig(1, {});
         EXPECT_EQ(OrderOf(store), "1n ") << document;
     }
+    EXPECT_EQ(json::parse(ReadFile(m_path / "interFace.json.broken.2"))["configList"],
+              TestCases("interface list"));
+    EXPECT_EQ(ReadFile(m_path / "interFace.json.broken.5"), "\"configList\"");
     RavLog::StopLogs();
     const std::string told = ReadFile(m_path / "System.log");
     EXPECT_NE(told.find("interFace.json holds 4 of 9 elements"), std::string::npos) << told;
