@@ -135,6 +135,9 @@ void CPortRegistry::DeleteAll() {
         SerialLines serialLines;
         {
             const CLock lock(m_mutex);
+            for (const auto& [name, line] : m_serialLines) {
+                m_formerLines.insert_or_assign(name, line);
+            }
             netPorts.swap(m_netPorts);
             serialLines.swap(m_serialLines);
         }
@@ -144,6 +147,13 @@ void CPortRegistry::DeleteAll() {
         for (const auto& [name, line] : serialLines) {
             line->Close();
         }
+        const auto closed = Clock::now() + m_settings.closeBound;
+        std::erase_if(serialLines, [closed](const auto& entry) { return !entry.second->WaitClosed(closed); });
+        const CLock lock(m_mutex);
+        std::erase_if(m_formerLines, [&serialLines](const auto& former) {
+            const auto line = serialLines.find(former.first);
+            return line != serialLines.end() && line->second == former.second;
+        });
         return 0;
     });
 }
@@ -220,7 +230,8 @@ std::shared_ptr<CSerialLine> CPortRegistry::SerialLine(const std::string& comPor
     }
     auto& line = m_serialLines[comPort];
     if (!line) {
-        line = std::make_shared<CSerialLine>(m_io, m_settings, comPort);
+        const auto former = m_formerLines.extract(comPort);
+        line = std::make_shared<CSerialLine>(m_settings, comPort, former ? former.mapped() : nullptr);
     }
     return line;
 }

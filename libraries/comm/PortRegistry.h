@@ -63,6 +63,7 @@ class CPortRegistry {
     CSharedMutex m_mutex;  ///< never held while a device is waited for
     NetPorts m_netPorts GUARDED_BY(m_mutex);
     SerialLines m_serialLines GUARDED_BY(m_mutex);
+    SerialLines m_formerLines GUARDED_BY(m_mutex);  ///< deleted, and may still be closing their devices
     bool m_stopped GUARDED_BY(m_mutex) = false;
     std::thread m_thread;
 };

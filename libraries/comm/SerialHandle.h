@@ -12,11 +12,19 @@
 namespace comm {
 
 /**
- * An open serial device. Nothing here waits; the owner does that, and guards the handle with its lock.
- * Results are 0 or an error number; ErrorUnplugged when the device went away.
+ * An open serial device. Nothing here waits by itself, but a driver may hang in any call. All calls and
+ * handlers belong to the thread that runs io. Results are 0 or an error number; ErrorUnplugged when the
+ * device went away.
  */
 class CSerialHandle {
   public:
+    /** What is known of the bytes that the device itself holds, behind the system's queue. */
+    enum class EnTransmitter {
+        Unknown,  ///< the driver doesn't tell
+        Busy,
+        Empty,  ///< the last bit is on the line
+    };
+
     explicit CSerialHandle(boost::asio::io_context& io);
     ~CSerialHandle();
     CSerialHandle(const CSerialHandle&) = delete;
@@ -37,10 +45,12 @@ class CSerialHandle {
     /** Writes what the device takes at once, and takes it off rest. */
     int Write(std::string_view& rest);
 
-    /** Number of bytes that have been written and have not left yet. */
+    /** Number of bytes that have been written and that the device has not taken yet. */
     int Pending(std::size_t& bytes) const;
 
-    /** Calls handler(), on the library's thread, when there is something to read or the device went away. */
+    EnTransmitter Transmitter() const;
+
+    /** Calls handler() when there is something to read or the device went away. */
     void WhenReadable(std::function<void()> handler);
 
     /** The same for when the device may take bytes again. */

@@ -125,6 +125,14 @@ int CSerialHandle::Pending(std::size_t& bytes) const {
     return ErrorNone;
 }
 
+CSerialHandle::EnTransmitter CSerialHandle::Transmitter() const {
+    unsigned int status = 0;
+    if (ioctl(m_device->Descriptor(), TIOCSERGETLSR, &status) != 0) {
+        return EnTransmitter::Unknown;  // drivers of on-board ports and some of converters have this call
+    }
+    return (status & TIOCSER_TEMT) != 0 ? EnTransmitter::Empty : EnTransmitter::Busy;
+}
+
 void CSerialHandle::WhenReadable(std::function<void()> handler) {
     m_device->stream.async_wait(boost::asio::posix::stream_descriptor::wait_read,
                                 [handler = std::move(handler)](const boost::system::error_code& code) {

@@ -4,7 +4,6 @@
 #include "platform/Paths.h"
 
 #include <array>
-#include <mutex>
 #include <utility>
 
 #include <boost/asio/buffer.hpp>
@@ -41,7 +40,6 @@ struct CSerialHandle::SDevice : std::enable_shared_from_this<CSerialHandle::SDev
     boost::asio::windows::stream_handle stream;
     std::array<char, 4096> incoming{};  // what comes in is dropped
 
-    std::mutex mutex;  // guards what follows
     bool gone = false;
     std::string outgoing;  // not empty while a write is under way
     int writeError = ErrorNone;
@@ -66,18 +64,13 @@ int CSerialHandle::SDevice::BeginWrite() {
 }
 
 void CSerialHandle::SDevice::EndWrite(const boost::system::error_code& code, std::size_t written) {
-    std::function<void()> handler;
-    {
-        const std::lock_guard lock(mutex);
-        if (code) {
-            writeError = DeviceError(static_cast<DWORD>(code.value()));
-        } else if (written < outgoing.size()) {
-            writeError = ErrorSerialTimedOut;
-        }
-        outgoing.clear();
-        handler = std::exchange(whenWritable, nullptr);
+    if (code) {
+        writeError = DeviceError(static_cast<DWORD>(code.value()));
+    } else if (written < outgoing.size()) {
+        writeError = ErrorSerialTimedOut;
     }
-    if (handler) {
+    outgoing.clear();
+    if (const auto handler = std::exchange(whenWritable, nullptr)) {
         handler();
     }
 }
@@ -92,7 +85,6 @@ CSerialHandle::~CSerialHandle() {
         boost::system::error_code ignored;
         m_device->stream.close(ignored);
     }
-    const std::lock_guard lock(m_device->mutex);
     m_device->whenWritable = nullptr;
 }
 
@@ -137,12 +129,10 @@ bool CSerialHandle::IsStill(const std::string& /*device*/) const {
 }
 
 bool CSerialHandle::Drain() {
-    const std::lock_guard lock(m_device->mutex);
     return !m_device->gone;
 }
 
 int CSerialHandle::Write(std::string_view& rest) {
-    const std::lock_guard lock(m_device->mutex);
     if (m_device->writeError != ErrorNone || !m_device->outgoing.empty()) {
         return m_device->writeError;
     }
@@ -155,7 +145,6 @@ int CSerialHandle::Write(std::string_view& rest) {
 }
 
 int CSerialHandle::Pending(std::size_t& bytes) const {
-    const std::lock_guard lock(m_device->mutex);
     if (m_device->writeError != ErrorNone) {
         return m_device->writeError;
     }
@@ -171,12 +160,16 @@ int CSerialHandle::Pending(std::size_t& bytes) const {
     return ErrorNone;
 }
 
+// The system tells when the queue is empty (EV_TXEMPTY), which the queue's length tells as well.
+CSerialHandle::EnTransmitter CSerialHandle::Transmitter() const {
+    return EnTransmitter::Unknown;
+}
+
 void CSerialHandle::WhenReadable(std::function<void()> handler) {
     m_device->stream.async_read_some(boost::asio::buffer(m_device->incoming),
                                      [device = m_device, handler = std::move(handler)](
                                          const boost::system::error_code& code, std::size_t size) {
                                          if (code || size == 0) {
-                                             const std::lock_guard lock(device->mutex);
                                              device->gone = true;
                                          }
                                          handler();
@@ -184,7 +177,6 @@ void CSerialHandle::WhenReadable(std::function<void()> handler) {
 }
 
 void CSerialHandle::WhenWritable(std::function<void()> handler) {
-    const std::lock_guard lock(m_device->mutex);
     if (m_device->outgoing.empty()) {
         boost::asio::post(m_device->io, std::move(handler));
     } else {

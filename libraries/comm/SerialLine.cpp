@@ -1,42 +1,43 @@
 #include "libraries/comm/SerialLine.h"
 
 #include "libraries/comm/SerialSettings.h"
-#include "platform/SerialNames.h"
 
-#include <algorithm>
+#include <exception>
+#include <new>
+#include <thread>
+#include <utility>
 
 namespace comm {
 
 namespace {
 
-/** Some drivers don't tell when they take bytes again, so a writer looks by itself now and then. */
-constexpr std::chrono::milliseconds g_longestNap{50};
-constexpr std::chrono::milliseconds g_shortestNap{1};
+/** Time for the thread to end a job at its bound by itself. */
+constexpr std::chrono::milliseconds g_grace{200};
 
 }  // namespace
 
-CSerialLine::CSerialLine(boost::asio::io_context& io, const SCommSettings& settings,
-                         const std::string& comPort)
-    : CPort("serial " + comPort), m_io(io), m_settings(settings), m_comPort(comPort) {}
+CSerialLine::CSerialLine(const SCommSettings& settings, const std::string& comPort,
+                         std::shared_ptr<CSerialLine> former)
+    : CPort("serial " + comPort), m_settings(settings), m_comPort(comPort), m_former(std::move(former)) {}
 
 int CSerialLine::Check(const SSerialPortConfig& config) {
     if (const int error = CheckSettings(config); error != ErrorNone) {
         return error;
     }
-    CTurn turn(*this, Clock::now() + m_settings.checkBound);
-    if (turn.Error() == ErrorTimedOut) {
-        return ErrorNone;  // busy with a command, so it is there and open
+    const auto start = Clock::now();
+    const auto bound = start + m_settings.serialBound;
+    Lock lock(m_mutex);
+    int error = WaitForTurn(lock, start + m_settings.checkBound);
+    if (error == ErrorTimedOut) {
+        if (!m_hangs && m_session && m_session->IsOpen()) {
+            return ErrorNone;  // busy with a command, so it is there and open
+        }
+        error = WaitForTurn(lock, bound);
     }
-    if (turn.Error() != ErrorNone) {
-        return turn.Error();
+    if (error == ErrorNone) {
+        error = Do(lock, {.config = config, .bytes = {}, .bound = bound});
     }
-    DropStale(FindSerialDevice(m_comPort));
-    const bool wasOpen = m_handle != nullptr;
-    const int error = MakeReady(config);
-    if (!wasOpen) {
-        Drop();
-    }
-    return error;
+    return error == ErrorTimedOut ? static_cast<int>(ErrorSerialTimedOut) : error;
 }
 
 int CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
@@ -44,152 +45,105 @@ int CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
     if (const int error = CheckSettings(config); error != ErrorNone) {
         return error;
     }
-    CTurn turn(*this, bound);
-    if (turn.Error() != ErrorNone) {
-        return turn.Error() == ErrorTimedOut ? ErrorSerialTimedOut : turn.Error();
+    Lock lock(m_mutex);
+    int error = WaitForTurn(lock, bound);
+    if (error == ErrorTimedOut) {
+        return ErrorSerialTimedOut;
     }
-    const auto deadline =
-        std::min(bound, Clock::now() + TimeOnLine(config, bytes.size()) + m_settings.serialMargin);
-    bool stale = DropStale(FindSerialDevice(m_comPort));
-    for (;;) {
-        const bool wasOpen = m_handle != nullptr;
-        bool taken = false;
-        int error = MakeReady(config);
-        if (error == ErrorNone) {
-            error = Write(turn.GetLock(), bytes, deadline, taken);
+    if (error == ErrorNone) {
+        error = Do(lock, {.config = config, .bytes = std::string(bytes), .bound = bound});
+        if (error != ErrorNone && error != ErrorCut) {
+            m_log.Failed("can't send", error);
         }
-        if (error == ErrorNone || error == ErrorCut) {
-            return error;
-        }
-        Drop();
-        if (error == ErrorUnplugged && wasOpen && !taken && !stale) {
-            stale = true;
-            continue;  // once: the handle may be of a device that was plugged in again
-        }
-        if (error == ErrorNoSuchPort && stale) {
-            error = ErrorUnplugged;
-        }
-        m_log.Failed("can't send", error);
-        return error;
     }
+    return error;
 }
 
 void CSerialLine::Close() {
     const Lock lock(m_mutex);
     m_closed = true;
-    Drop();
+    if (m_session) {
+        m_session->Cut();
+    }
     m_changed.notify_all();
 }
 
-bool CSerialLine::DropStale(const std::string& device) {
-    if (!m_handle || (!m_gone && m_handle->Drain() && m_handle->IsStill(device))) {
-        return false;
-    }
-    m_log.Note("unplugged");
-    Drop();
-    return true;
+bool CSerialLine::WaitClosed(Clock::time_point deadline) {
+    Lock lock(m_mutex);
+    return m_changed.wait_until(lock, deadline, [this] { return m_threads == 0; });
 }
 
-int CSerialLine::MakeReady(const SSerialPortConfig& config) {
-    if (m_handle) {
-        return SameSettings(config, m_applied) ? ErrorNone : Apply(config);
-    }
-    const std::string device = FindSerialDevice(m_comPort);
-    if (device.empty()) {
-        return ErrorNoSuchPort;
-    }
-    auto handle = std::make_unique<CSerialHandle>(m_io);
-    if (const int error = handle->Open(device); error != ErrorNone) {
-        return error;
-    }
-    m_handle = std::move(handle);
-    if (const int error = Apply(config); error != ErrorNone) {
-        return error;
-    }
-    m_log.Note("opened " + device);
-    Watch();
-    return ErrorNone;
+int CSerialLine::WaitForTurn(Lock& lock, Clock::time_point deadline) {
+    const int error = WaitUntil(lock, deadline, [this] { return !m_job || m_hangs; });
+    return error == ErrorNone && m_hangs ? static_cast<int>(ErrorTimedOut) : error;
 }
 
-int CSerialLine::Apply(const SSerialPortConfig& config) {
-    m_applied.baudRate = 0;  // equal to no good settings, should this fail halfway
-    const int error = m_handle->Apply(config);
-    if (error == ErrorNone) {
-        m_applied = config;
+int CSerialLine::Do(Lock& lock, SJob job) {
+    const auto mine = std::make_shared<SJob>(std::move(job));
+    if (!m_session) {
+        StartThread();
     }
-    return error;
+    m_job = mine;
+    m_session->Wake();
+    int error = WaitUntil(lock, mine->bound + g_grace, [&mine] { return mine->isDone; });
+    if (error == ErrorTimedOut) {
+        m_hangs = true;
+        m_changed.notify_all();
+        m_log.Failed("the driver hangs", ErrorSerialTimedOut);
+        error = ErrorSerialTimedOut;
+    }
+    return error == ErrorNone ? mine->error : error;
 }
 
-int CSerialLine::Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken) {
-    std::string_view rest = bytes;
-    for (;;) {
-        int error = m_handle->Write(rest);
-        taken = rest.size() < bytes.size();
-        if (error != ErrorNone) {
-            return error;
-        }
-        if (rest.empty()) {
-            return WaitForLine(lock, deadline);
-        }
-        m_writable = false;
-        m_handle->WhenWritable([self = shared_from_this(), this, generation = m_generation] {
-            const Lock writable(m_mutex);
-            m_writable = m_writable || generation == m_generation;
-            m_changed.notify_all();
-        });
-        const auto nap = std::min(deadline, Clock::now() + g_longestNap);
-        error = WaitUntil(lock, nap, [this] { return m_writable || m_gone; });
-        if (error == ErrorCut) {
-            return error;
-        }
-        if (m_gone) {
-            return ErrorUnplugged;
-        }
-        if (Clock::now() >= deadline) {
-            return ErrorSerialTimedOut;
-        }
-    }
-}
-
-int CSerialLine::WaitForLine(Lock& lock, Clock::time_point deadline) {
-    for (;;) {
-        std::size_t pending = 0;
-        if (const int error = m_handle->Pending(pending); error != ErrorNone || pending == 0) {
-            return error;
-        }
-        if (m_gone) {
-            return ErrorUnplugged;
-        }
-        const auto now = Clock::now();
-        if (now >= deadline) {
-            return ErrorSerialTimedOut;
-        }
-        const auto need = std::max<Clock::duration>(TimeOnLine(m_applied, pending), g_shortestNap);
-        if (WaitUntil(lock, std::min(deadline, now + need), [this] { return m_gone; }) == ErrorCut) {
-            return ErrorCut;
-        }
-    }
-}
-
-void CSerialLine::Watch() {
-    m_handle->WhenReadable([self = shared_from_this(), this, generation = m_generation] {
+void CSerialLine::StartThread() {
+    auto session = std::make_shared<CSerialSession>(m_settings, m_comPort, [this](const std::string& text) {
         const Lock lock(m_mutex);
-        if (generation != m_generation) {
-            return;
-        }
-        if (m_handle->Drain()) {
-            Watch();
-        } else {
-            m_gone = true;
-            m_changed.notify_all();
-        }
+        m_log.Note(text);
     });
+    // Not joined: nobody may have to wait for a driver that hangs.
+    std::thread([self = shared_from_this(), session] { self->Run(*session); }).detach();
+    ++m_threads;
+    m_session = std::move(session);
 }
 
-void CSerialLine::Drop() {
-    m_handle.reset();
-    m_gone = false;
-    ++m_generation;
+void CSerialLine::Run(CSerialSession& session) {
+    Lock lock(m_mutex);
+    while (!m_closed && (m_job || session.IsOpen())) {
+        const auto job = m_job;
+        lock.unlock();
+        const int error = Act(session, job.get());
+        lock.lock();
+        if (job) {
+            job->error = error;
+            job->isDone = true;
+            m_job.reset();
+            m_hangs = false;
+            m_changed.notify_all();
+        }
+    }
+    m_session.reset();
+    lock.unlock();
+    session.Drop();
+    lock.lock();
+    --m_threads;
+    m_changed.notify_all();
+}
+
+int CSerialLine::Act(CSerialSession& session, const SJob* job) try {
+    if (job == nullptr) {
+        session.WaitForNews();
+        return ErrorNone;
+    }
+    if (const auto former = std::exchange(m_former, nullptr); former && !former->WaitClosed(job->bound)) {
+        return ErrorSerialTimedOut;
+    }
+    return job->bytes.empty() ? session.Check(job->config)
+                              : session.Send(job->config, job->bytes, job->bound);
+} catch (const std::bad_alloc&) {
+    return ErrorNoMemory;
+} catch (const std::exception& error) {
+    RavLog::WriteSystemLog(RavLog::Error, "serial " + m_comPort, error.what());
+    return ErrorGeneral;
 }
 
 }  // namespace comm

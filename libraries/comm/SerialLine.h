@@ -1,21 +1,27 @@
 #pragma once
 
 #include "libraries/comm/Port.h"
-#include "libraries/comm/SerialHandle.h"
+#include "libraries/comm/SerialSession.h"
 #include "platform/PortRecords.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace comm {
 
-/** A serial line, opened when it is needed and kept open, since closing resets some devices. Any thread may
- * call. */
+/**
+ * A serial line, opened when it is needed and kept open, since closing resets some devices. A driver can hang
+ * in any call, so the line has a thread of its own for its device, from the first call until the device is
+ * closed again: a call waits for that thread no longer than its bound, and nobody else waits for it. Any
+ * thread may call.
+ */
 class CSerialLine final : public CPort, public std::enable_shared_from_this<CSerialLine> {
   public:
-    CSerialLine(boost::asio::io_context& io, const SCommSettings& settings, const std::string& comPort);
+    /** @param former  a line of this name that may still be closing its device; the first call waits for it
+     */
+    CSerialLine(const SCommSettings& settings, const std::string& comPort,
+                std::shared_ptr<CSerialLine> former);
 
     /** Tells whether the line can be used with the settings of a record: 0 or an error number. */
     int Check(const SSerialPortConfig& config);
@@ -25,28 +31,39 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
 
     void Close() override;
 
+    /** Waits until the device is closed, after Close. @return false when it isn't at the deadline */
+    bool WaitClosed(Clock::time_point deadline);
+
   private:
-    /** Opens the device where that is needed, and applies the settings. */
-    int MakeReady(const SSerialPortConfig& config);
-    int Apply(const SSerialPortConfig& config);
+    /** What a call has the line's thread do. It stays with the thread when the call gives up. */
+    struct SJob {
+        SSerialPortConfig config;
+        std::string bytes;  ///< none for a check
+        Clock::time_point bound;
+        bool isDone = false;
+        int error = ErrorNone;
+    };
 
-    /** Closes a handle whose device went away or is no longer meant by the name. @return true when there was
-     * one */
-    bool DropStale(const std::string& device);
+    /** Waits until no call is under way; fails at once while the driver hangs. @return as WaitUntil */
+    int WaitForTurn(Lock& lock, Clock::time_point deadline);
 
-    int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken);
-    int WaitForLine(Lock& lock, Clock::time_point deadline);
-    void Watch();
-    void Drop();
+    /** Has the thread do something. @return 0 or an error number */
+    int Do(Lock& lock, SJob job);
+    void StartThread();
 
-    boost::asio::io_context& m_io;
-    const SCommSettings& m_settings;
+    /** The line's thread. */
+    void Run(CSerialSession& session);
+
+    /** Does a job, or waits for news of the device when there is none. */
+    int Act(CSerialSession& session, const SJob* job);
+
+    const SCommSettings m_settings;
     const std::string m_comPort;
-    std::unique_ptr<CSerialHandle> m_handle;  ///< null while the line is closed
-    std::uint64_t m_generation = 0;           ///< tells handlers of an earlier handle from those of this one
-    bool m_gone = false;                      ///< the device of the handle went away
-    bool m_writable = false;
-    SSerialPortConfig m_applied;  ///< settings of the open handle
+    std::shared_ptr<CSerialLine> m_former;      ///< the thread's own
+    std::shared_ptr<CSerialSession> m_session;  ///< null while there is no thread, or it is about to end
+    std::shared_ptr<SJob> m_job;                ///< what the thread does, or is to do next
+    bool m_hangs = false;                       ///< it does so beyond its bound
+    int m_threads = 0;
 };
 
 }  // namespace comm
