@@ -48,6 +48,11 @@ TEST_F(ReplyTest, FindsTheRoute) {
     }
     EXPECT_EQ("7", client.Ask("HEAD /both HTTP/1.1\r\nHost: a\r\n\r\n", false).Header("Content-Length"));
     EXPECT_EQ(200, client.Ask(Get("/both")).status) << "no body came behind the head";
+    for (const char* path : {"/", "/static.txt", "/missing", "/nowhere"}) {
+        const std::string head = client.Ask(Get(path).replace(0, 3, "HEAD"), false).head;
+        const auto withoutDate = [](std::string text) { return text.erase(text.find("Date:"), 37); };
+        EXPECT_EQ(withoutDate(client.Ask(Get(path)).head), withoutDate(head)) << path;
+    }
 }
 
 TEST_F(ReplyTest, SurvivesFailingHandlers) {
@@ -184,6 +189,10 @@ TEST_F(ReplyTest, ReadsFilesIntoReplies) {
     EXPECT_EQ(200, response.File(Path("a.PNG").c_str()));
     EXPECT_EQ("image", response.body);
     EXPECT_EQ("image/png", response.GetHeader("content-type"));
+    Write("page.html", "page");
+    HttpResponse page;
+    EXPECT_EQ(200, page.File(Path("page.html").c_str()));
+    EXPECT_EQ("text/html; charset=utf-8", page.GetHeader("Content-Type"));
     response.SetContentType(TEXT_PLAIN);
     EXPECT_EQ(200, response.File(Path("a.PNG").c_str()));
     EXPECT_EQ("text/plain", response.GetHeader("Content-Type"));

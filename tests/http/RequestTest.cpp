@@ -54,6 +54,15 @@ TEST_F(RequestTest, ReadsBodies) {
     EXPECT_TRUE(Connect().Ask(Post("/echo", big)).body == big);
 }
 
+TEST_F(RequestTest, ReadsTargetAndHost) {
+    for (const auto& row : Rows("targets.json")) {
+        const std::string request = std::string(row[2]) + "\r\n\r\n";
+        const std::string expected = std::string(row[0]) + "\n\nHost:" + std::string(row[1]);
+        EXPECT_EQ(expected, Understood(request, request.size(), limits)) << row[2];
+        EXPECT_EQ(expected, Understood(request, 1, limits)) << row[2];
+    }
+}
+
 TEST_F(RequestTest, AnswersInOrderAndKeepsTheConnection) {
     Run();
     Client client = Connect();

@@ -37,7 +37,7 @@ TEST_F(StaticTest, ServesAndValidates) {
     Client client = Connect();
     const HttpReply page = client.Ask(Get("/"));
     EXPECT_EQ("<html>", page.body);
-    EXPECT_EQ("text/html", page.Header("Content-Type"));
+    EXPECT_EQ("text/html; charset=utf-8", page.Header("Content-Type"));
     EXPECT_EQ("no-cache", page.Header("Cache-Control"));
     EXPECT_EQ("sub", client.Ask(Get("/sub/")).body);
     EXPECT_EQ("image/png", client.Ask(Get("/sub/a%20b.png")).Header("Content-Type"));

@@ -109,6 +109,10 @@ std::string ContentTypeOfFile(std::string_view fileName) {
     return type.empty() ? "application/octet-stream" : type;
 }
 
+std::string WithCharset(const std::string& contentType) {
+    return contentType.starts_with("text/") ? contentType + "; charset=utf-8" : contentType;
+}
+
 bool IsCompressible(std::string_view contentType) {
     constexpr std::array<std::string_view, 4> names = {"application/javascript", "application/wasm",
                                                        "application/vnd.ms-fontobject", "font/ttf"};

@@ -84,7 +84,7 @@ int HttpResponse::File(const char* filepath) {
         return HTTP_STATUS_NOT_FOUND;
     }
     if (headers.find(std::string_view("Content-Type")) == headers.end()) {
-        SetContentType(hv::internal::ContentTypeOfFile(filepath).c_str());
+        SetContentType(hv::internal::WithCharset(hv::internal::ContentTypeOfFile(filepath)).c_str());
     }
     return HTTP_STATUS_OK;
 }

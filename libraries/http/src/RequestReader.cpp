@@ -47,11 +47,57 @@ bool HasOddLine(std::string_view lines) {
     return false;
 }
 
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// A host name or address with or without a port (RFC 9112, 3.2; RFC 3986, 3.2), or nothing at all.
 bool IsHostText(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (LowerCase(c) >= 'a' && LowerCase(c) <= 'z') ||
-               std::string_view("-._~:[]%!$&'()*+;=").find(c) != std::string_view::npos;
-    });
+    const bool isLiteral = text.starts_with('[');
+    const std::size_t end = std::min(isLiteral ? text.find(']') : text.find(':'), text.size());
+    std::string_view name = text.substr(0, end);
+    std::string_view port = text.substr(end);
+    if (isLiteral) {
+        if (port.empty()) {
+            return false;
+        }
+        name.remove_prefix(1);
+        port.remove_prefix(1);
+    }
+    const std::string_view marks = isLiteral ? "-._~!$&'()*+,;=:%" : "-._~!$&'()*+,;=%";
+    return std::all_of(
+               name.begin(), name.end(),
+               [&](char c) { return IsLetterOrDigit(c) || marks.find(c) != std::string_view::npos; }) &&
+           (isLiteral || PercentDecoded(name)) && (!name.empty() || text.empty()) &&
+           (port.empty() || (port.front() == ':' && std::all_of(port.begin() + 1, port.end(), IsDigit)));
+}
+
+// Takes "http://host:port" off the front of a target in absolute form (RFC 9112, 3.2.2). Nothing when it has
+// none, or one that is wrong.
+std::string_view TakeAuthority(std::string_view& target) {
+    for (const std::string_view scheme : {"http://", "https://"}) {
+        if (EqualsCaseless(target.substr(0, scheme.size()), scheme)) {
+            const std::string_view rest = target.substr(scheme.size());
+            const std::string_view authority = rest.substr(0, rest.find_first_of("/?"));
+            target = rest.substr(authority.size());
+            return IsHostText(authority) ? authority : std::string_view();
+        }
+    }
+    return {};
+}
+
+// 0, or the status for the codings of a body: the last must be "chunked" (RFC 9112, 6.1 and 6.3).
+int FaultOfCodings(std::string_view list) {
+    bool isChunked = false;
+    bool hasOther = false;
+    while (!list.empty()) {
+        if (isChunked) {
+            return 400;
+        }
+        isChunked = EqualsCaseless(Trimmed(TakeUntil(list, ',')), "chunked");
+        hasOther = hasOther || !isChunked;
+    }
+    return !isChunked ? 400 : hasOther ? 501 : 0;
 }
 
 }  // namespace
@@ -76,9 +122,39 @@ RequestReader::State RequestReader::Put(std::string_view& input) {
     return PutBody(input);
 }
 
+// The parser waits for the rest of a line without a version, and takes no version above 1.1.
+RequestReader::State RequestReader::CheckRequestLine(std::string_view input, std::string& replaced) {
+    constexpr std::string_view ending = " HTTP/1.1\r";
+    const std::size_t end = input.find('\n');
+    if (std::min(end, input.size()) > m_limits.headerBytes) {
+        return Fail(414);
+    }
+    if (end == std::string_view::npos) {
+        return State::NeedMore;
+    }
+    const std::string_view last = input.substr(end - std::min(end, ending.size()), ending.size());
+    if (last.size() != ending.size() || !last.starts_with(" HTTP/") || !IsDigit(last[6]) || last[7] != '.' ||
+        !IsDigit(last[8])) {
+        return Fail(400);
+    }
+    if (last[6] == '1' && last[8] > '1') {
+        replaced = input;
+        replaced[end - 2] = '1';  // a higher minor version is answered as the highest known (RFC 9110, 2.5)
+    }
+    m_lineChecked = true;
+    return State::Done;
+}
+
 RequestReader::State RequestReader::PutHeader(std::string_view& input) {
+    std::string replaced;
+    if (!m_lineChecked) {
+        if (const State line = CheckRequestLine(input, replaced); line != State::Done) {
+            return line;
+        }
+    }
     Error error;
-    const std::size_t taken = put(boost::asio::const_buffer(input.data(), input.size()), error);
+    const char* const bytes = replaced.empty() ? input.data() : replaced.data();
+    const std::size_t taken = put(boost::asio::const_buffer(bytes, input.size()), error);
     m_headerBytes += taken;
     if (HasOddLine(is_header_done() ? input.substr(0, taken) : input)) {
         return Fail(400);
@@ -121,13 +197,17 @@ RequestReader::State RequestReader::Fail(int status) {
 
 void RequestReader::on_request_impl(http::verb method, Text /*name*/, Text target, int version,
                                     Error& error) {
-    if (target.empty() || target.front() != '/') {
-        error = http::error::bad_target;
-        return;
+    std::string_view path(target.data(), target.size());
+    if (!path.starts_with('/')) {
+        m_authority = TakeAuthority(path);
+        if (m_authority.empty()) {
+            error = http::error::bad_target;
+            return;
+        }
     }
     m_version = version;
     m_request.method = MethodOf(method);
-    m_request.path.assign(target.data(), target.size());
+    m_request.path.assign(path.starts_with('/') ? "" : "/").append(path);
 }
 
 void RequestReader::on_field_impl(Field field, Text name, Text value, Error& error) {
@@ -158,7 +238,7 @@ void RequestReader::CheckKnownField(Field field, std::string_view value, Error& 
             }
             break;
         case Field::transfer_encoding:
-            if (m_version == 10 || !EqualsCaseless(value, "chunked")) {
+            if (m_version == 10) {
                 error = http::error::bad_transfer_encoding;
             }
             break;
@@ -177,6 +257,16 @@ void RequestReader::CheckKnownField(Field field, std::string_view value, Error& 
 void RequestReader::on_header_impl(Error& error) {
     if (!m_hasHost && m_version != 10) {
         error = http::error::bad_field;
+    }
+    if (!m_authority.empty()) {
+        m_request.headers["Host"] = m_authority;
+    }
+    if (const auto codings = m_request.headers.find(std::string_view("Transfer-Encoding"));
+        codings != m_request.headers.end()) {
+        if (const int fault = FaultOfCodings(codings->second); fault != 0) {
+            m_failStatus = fault;
+            error = http::error::bad_transfer_encoding;
+        }
     }
     m_expectsContinue = m_expectsContinue && m_version != 10;
 }

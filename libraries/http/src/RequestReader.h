@@ -3,6 +3,7 @@
 #include "libraries/http/src/Limits.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include <boost/beast/http/basic_parser.hpp>
@@ -28,7 +29,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     /** Takes what it can off the front of the input. */
     State Put(std::string_view& input);
 
-    int FailStatus() const { return m_failStatus; }  ///< 400, 413, 417 or 431, after Failed
+    int FailStatus() const { return m_failStatus; }  ///< 400, 413, 414, 417, 431 or 501, after Failed
     bool IsHttp10() const { return m_version == 10; }
     bool ExpectsContinue() const { return m_expectsContinue; }
 
@@ -53,6 +54,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     std::size_t on_chunk_body_impl(std::uint64_t remain, Text body, Error& error) override;
     void on_finish_impl(Error&) override {}
 
+    State CheckRequestLine(std::string_view input, std::string& replaced);
     State PutHeader(std::string_view& input);
     State PutBody(std::string_view& input);
     State Fail(int status);
@@ -66,6 +68,8 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     std::uint64_t m_bodyBytes = 0;
     int m_version = 0;
     int m_failStatus = 400;
+    std::string m_authority;  // of a target in absolute form; takes the place of Host
+    bool m_lineChecked = false;
     bool m_hasHost = false;
     bool m_hasLength = false;
     bool m_headerTold = false;

@@ -55,7 +55,7 @@ bool Accepts(std::string_view list, std::string_view coding) {
 FileHandle OpenBest(const HttpRequest& request, const std::string& folder, const std::string& name,
                     HttpResponse& response) {
     const std::string type = ContentTypeOfFile(name);
-    response.SetContentType(type.c_str());
+    response.SetContentType(WithCharset(type).c_str());
     if (type == "text/html") {
         response.SetHeader("Cache-Control", "no-cache");
     }
@@ -77,19 +77,31 @@ FileHandle OpenBest(const HttpRequest& request, const std::string& folder, const
     return OpenFileBeneath(folder, name);
 }
 
+// Whether a list such as "\"a\", W/\"b\"" names the tag, or any (RFC 9110, 8.8.3.2).
+bool Names(std::string_view list, const std::string& tag, bool takesWeak) {
+    while (!list.empty()) {
+        std::string_view one = Trimmed(TakeUntil(list, ','));
+        if (takesWeak && one.starts_with("W/")) {
+            one.remove_prefix(2);
+        }
+        if (one == "*" || one == tag) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsOther(const HttpRequest& request, const std::string& tag, std::time_t modified) {
+    if (const std::string_view tags = HeaderOf(request, "If-Match"); !tags.empty()) {
+        return !Names(tags, tag, false);
+    }
+    const auto since = ParseHttpDate(HeaderOf(request, "If-Unmodified-Since"));
+    return since && modified > *since;
+}
+
 bool IsUnchanged(const HttpRequest& request, const std::string& tag, std::time_t modified) {
     if (const std::string_view tags = HeaderOf(request, "If-None-Match"); !tags.empty()) {
-        std::string_view rest = tags;
-        while (!rest.empty()) {
-            std::string_view one = Trimmed(TakeUntil(rest, ','));
-            if (one.starts_with("W/")) {
-                one.remove_prefix(2);
-            }
-            if (one == "*" || one == tag) {
-                return true;
-            }
-        }
-        return false;
+        return Names(tags, tag, true);
     }
     const auto since = ParseHttpDate(HeaderOf(request, "If-Modified-Since"));
     return since && modified <= *since;
@@ -136,8 +148,12 @@ void Describe(const HttpRequest& request, HttpResponse& response, FilePart& part
     response.SetHeader("Last-Modified", HttpDate(modified));
     response.SetHeader("Accept-Ranges", "bytes");
     part.length = file.Size();
-    if (IsUnchanged(request, tag, modified)) {
-        response.status_code = static_cast<http_status>(304);
+    // In the order of RFC 9110, 13.2.2.
+    const int status = IsOther(request, tag, modified)       ? 412
+                       : IsUnchanged(request, tag, modified) ? 304
+                                                             : 200;
+    if (status != 200) {
+        response.status_code = static_cast<http_status>(status);
         part.length = 0;
         return;
     }

@@ -32,7 +32,7 @@ class StaticFiles {
     explicit StaticFiles(std::vector<HttpStaticFolder> folders) : m_folders(std::move(folders)) {}
 
     /**
-     * Answers a request by a file: status and headers go into the response, 304, 405 and 416 included.
+     * Answers a request by a file: status and headers go into the response, 304, 405, 412 and 416 included.
      * @return whether there is such a file
      */
     bool Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,

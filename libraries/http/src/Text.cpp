@@ -178,6 +178,8 @@ std::string_view ReasonOf(int status) {
             return "Precondition Failed";
         case 413:
             return "Content Too Large";
+        case 414:
+            return "URI Too Long";
         case 416:
             return "Range Not Satisfiable";
         case 417:
@@ -190,6 +192,8 @@ std::string_view ReasonOf(int status) {
             return "Request Header Fields Too Large";
         case 500:
             return "Internal Server Error";
+        case 501:
+            return "Not Implemented";
         case 503:
             return "Service Unavailable";
         default:

@@ -68,7 +68,7 @@ class HttpMessage {
 class HttpRequest : public HttpMessage {
   public:
     http_method method = HTTP_GET;
-    std::string path;  ///< as sent: percent-encoded, with "?query"
+    std::string path;  ///< as sent: percent-encoded, with "?query"; without scheme and host
     hv::QueryParams
         query_params;  ///< of the query and of "{name}" in the route; the latter still percent-encoded
     hv::NetAddr client_addr;
