@@ -7,10 +7,13 @@
 #include "config/VersionInfo.h"
 #include "platform/Folders.h"
 #include "platform/Paths.h"
+#include "platform/WebOrigins.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include <hv/hpath.h>
 #include <nlohmann/json.hpp>
@@ -47,6 +50,8 @@ void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
     take("http_port", [&](const auto& value) { config.http_port = JsonToInt32(value); });
     take("websocket_port", [&](const auto& value) { config.websocket_port = JsonToInt32(value); });
     take("log_level", [&](const auto& value) { config.log_level = value.template get<std::string>(); });
+    take("allowed_hosts",
+         [&](const auto& value) { SetAllowedHosts(value.template get<std::vector<std::string>>()); });
     take("user_data_path",
          [&](const auto& value) { config.user_data_path = value.template get<std::string>(); });
 }

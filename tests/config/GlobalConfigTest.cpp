@@ -1,6 +1,7 @@
 #include "config/FileCreation.h"
 #include "config/VersionInfo.h"
 #include "include/GlobalConfig.h"
+#include "libraries/http/src/OriginRule.h"
 #include "platform/ErrorTexts.h"
 #include "platform/GeneratorId.h"
 #include "tests/config/MachineFixture.h"
@@ -26,8 +27,18 @@ TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
     }
 }
 
+TEST_F(Machine, AllowedHostsReachTheHttpLibrary) {
+    WriteFile(m_file, R"({"allowed_hosts":["panel.example.com","x.example:80"]})");
+    EXPECT_FALSE(hv::internal::IsKnownHost("panel.example.com"));
+    const SGlobalConfig config;
+    EXPECT_TRUE(hv::internal::IsKnownHost("Panel.example.com:8086"));
+    EXPECT_TRUE(hv::internal::IsKnownHost("x.example"));
+    EXPECT_FALSE(hv::internal::IsKnownHost("y.example"));
+}
+
 TEST_F(Machine, WrongTypesAndImpossibleFoldersStopTheStart) {
-    for (const char* content : {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})"}) {
+    for (const char* content : {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})",
+                                R"({"allowed_hosts":"a"})", R"({"allowed_hosts":[1]})"}) {
         WriteFile(m_file, content);
         testing::internal::CaptureStderr();
         EXPECT_TRUE(FailsWith("type_error.302")) << content;

@@ -1,6 +1,8 @@
 #include "tests/http/HttpFixture.h"
 
+#include "libraries/http/src/OriginRule.h"
 #include "platform/RavLog.h"
+#include "platform/WebOrigins.h"
 
 #include <sstream>
 #include <system_error>
@@ -41,6 +43,15 @@ bool Client::Receive() {
     const std::string more = m_socket.Receive();
     m_input += more;
     return !more.empty();
+}
+
+nlohmann::json OriginRows() {
+    SetAllowedHosts({"other.example", "Panel.Example.com."});
+    std::string text = Rows("origins.json").dump();
+    for (std::size_t at = 0; (at = text.find("OWN", at)) != std::string::npos;) {
+        text.replace(at, 3, hv::internal::MachineName());
+    }
+    return nlohmann::json::parse(text);
 }
 
 std::string Expanded(std::string text) {

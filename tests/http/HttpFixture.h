@@ -55,6 +55,9 @@ inline nlohmann::json Rows(const std::string& file) {
     return nlohmann::json::parse(simulation::ReadFile(std::string(HTTP_TEST_DATA) + file));
 }
 
+/** Rows of origins.json, with the machine's name for OWN; "panel.example.com" is made an allowed host. */
+nlohmann::json OriginRows();
+
 /** The text with every {count*part} replaced by that many parts. */
 std::string Expanded(std::string text);
 

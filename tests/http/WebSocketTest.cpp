@@ -88,7 +88,7 @@ TEST_F(WebSocketTest, AnswersTheUpgrade) {
         EXPECT_EQ(protocol, reply.Header("Sec-WebSocket-Protocol")) << to;
     }
     const std::string start = valid.substr(0, valid.find("Host:"));
-    for (const auto& row : Rows("origins.json")) {
+    for (const auto& row : OriginRows()) {
         const int status = Connect().Ask(start + row[1].get<std::string>() + "\r\n").status;
         EXPECT_EQ(row[0] == 200 ? 101 : 403, status) << row[1];
     }

@@ -238,11 +238,17 @@ void HttpConnection::Decide() {
 
 bool HttpConnection::IsForeign() {
     const HttpRequest& request = *m_exchange->request;
-    if (!IsFromElsewhere(request)) {
+    const OriginFault fault = FaultOfOrigin(request);
+    if (fault == OriginFault::None) {
         return false;
     }
-    ReportError("Refused " + Shown(request.path) + " from " + m_peerIp + " for a page of " +
-                Shown(request.GetHeader("Origin")));
+    const std::string refused = "Refused " + Shown(request.path) + " from " + m_peerIp + " for a page ";
+    if (fault == OriginFault::OtherPage) {
+        ReportError(refused + "of " + Shown(request.GetHeader("Origin")));
+    } else {
+        ReportError(refused + "that was loaded under the name " + Shown(request.GetHeader("Host")) +
+                    ". If that is a name of this server, add it to \"allowed_hosts\" in LocalHost.config");
+    }
     m_exchange->response.status_code = static_cast<http_status>(403);
     return true;
 }
