@@ -69,12 +69,26 @@ std::vector<SCommandConfig> ParseCommands(const json& commands) {
     return records;
 }
 
-/** Erases the commands whose port none of the records has. */
-void PruneCommands(json& commands, const std::vector<SCommandConfig>& records) {
-    std::vector<std::int32_t> ports(records.size());
-    std::transform(records.begin(), records.end(), ports.begin(),
-                   [](const SCommandConfig& record) { return record.portIndex; });
-    std::sort(ports.begin(), ports.end());
+/** The ports of lists of records, in ascending order: made once a list, which many interactions can share. */
+class CPortLists {
+  public:
+    const std::vector<std::int32_t>& Of(const std::vector<SCommandConfig>& records) {
+        const auto [list, isNew] = m_lists.try_emplace(&records, records.size());
+        std::vector<std::int32_t>& ports = list->second;
+        if (isNew) {
+            std::transform(records.begin(), records.end(), ports.begin(),
+                           [](const SCommandConfig& record) { return record.portIndex; });
+            std::sort(ports.begin(), ports.end());
+        }
+        return ports;
+    }
+
+  private:
+    std::unordered_map<const std::vector<SCommandConfig>*, std::vector<std::int32_t>> m_lists;
+};
+
+/** Erases the commands that have none of the ports. */
+void PruneCommands(json& commands, const std::vector<std::int32_t>& ports) {
     const auto isForgotten = [&ports](const json& command) {
         const json* portIndex = FindInteger(command, "portIndex");
         return portIndex != nullptr &&
@@ -149,6 +163,7 @@ void PruneCommandArrays(nlohmann::json& document, const CmdMap& cmdMap) {
     if (components == nullptr) {
         return;
     }
+    CPortLists ports;
     for (json& component : *components) {
         const json* componentId = FindInteger(component, "componentId");
         json* interactions = FindArray(component, "interactionArr");
@@ -167,7 +182,7 @@ void PruneCommandArrays(nlohmann::json& document, const CmdMap& cmdMap) {
             }
             const auto records = triggers->second.find(TextOrEmpty(triggerType));
             if (records != triggers->second.end()) {
-                PruneCommands(*commands, records->second);
+                PruneCommands(*commands, ports.Of(records->second));
             }
         }
     }
