@@ -4,7 +4,7 @@
 
 namespace simulation {
 
-WebSocketClient::WebSocketClient(int port) : m_http(port) {
+WebSocketClient::WebSocketClient(int port, const char* from) : m_http(port, from) {
     const HttpReply reply = m_http.Exchange(
         "GET / HTTP/1.1\r\nHost: localhost\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
         "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n\r\n");

@@ -8,7 +8,7 @@ namespace simulation {
 class WebSocketClient {
   public:
     /** Opens the connection. @throw std::runtime_error when the server refuses. */
-    explicit WebSocketClient(int port);
+    explicit WebSocketClient(int port, const char* from = "127.0.0.1");
 
     /** Sends "heartbeat" as a page does. @return whether it comes back */
     bool Heartbeat();

@@ -17,7 +17,8 @@ using simulation::HttpReply;
 /** A raw client: sends any bytes, reads replies, frames or up to the end of the connection. */
 class Client {
   public:
-    explicit Client(int port) : m_socket(simulation::Socket::Connect(port)) {}
+    explicit Client(int port, const char* from = "127.0.0.1")
+        : m_socket(simulation::Socket::Connect(port, from)) {}
 
     /** Sends; a server that has refused and closed already is no failure. */
     bool Send(std::string_view bytes);

@@ -54,9 +54,9 @@ class WebSocketTest : public HttpTest {
         return sockaddr_str(reinterpret_cast<sockaddr_u*>(hio_peeraddr(channel->io())), text, sizeof text);
     }
 
-    Client Open() {
+    Client Open(const char* from = "127.0.0.1") {
         const int before = opened;
-        Client client = Connect();
+        Client client(server.port, from);
         EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=",
                   client.Ask(Rows("upgrades.json")[0][1].get<std::string>()).Header("Sec-WebSocket-Accept"));
         EXPECT_GT(opened, before) << "whoever has read the reply is known";
@@ -141,6 +141,58 @@ TEST_F(WebSocketTest, RefusesMalformedFrames) {
         EXPECT_EQ(CloseFrame(row[0]), client.Rest());
         client.Socket().Close();
         EXPECT_TRUE(WaitForClosed(++number));
+    }
+}
+
+// Of eight places, and a share of two.
+TEST_F(WebSocketTest, KeepsPlacesForOtherAddresses) {
+    server.worker_threads = 1;
+    server.worker_connections = 8;
+    limits.webSocketsOfAddress = 2;
+    Run();
+    TakeLog();
+    std::vector<Client> clients;
+    for (int i = 0; i < 4; ++i) {
+        clients.push_back(Open());
+    }
+    const std::string upgrade = Rows("upgrades.json")[0][1];
+    for (int i = 0; i < 2; ++i) {
+        const HttpReply reply = Connect().Ask(upgrade);
+        EXPECT_EQ(503, reply.status) << "half of all places, and all are in use";
+        EXPECT_EQ("5", reply.Header("Retry-After"));
+    }
+    for (const char* other : {"127.0.0.2", "127.0.0.2", "127.0.0.3", "127.0.0.3"}) {
+        clients.push_back(Open(other));
+    }
+    EXPECT_EQ(0, Client(server.port, "127.0.0.4").Ask(upgrade).status) << "no place at all";
+    for (Client& client : clients) {
+        client.Send(Bytes("8980 00000000"));
+        EXPECT_EQ(Bytes("8A00"), client.Take(2)) << "nobody who is there gives way";
+    }
+    const auto lines = TakeLog();
+    ASSERT_EQ(1U, lines.size()) << "at most one a minute";
+    EXPECT_NE(std::string::npos, lines[0].find("127.0.0.1 has 4 WebSocket connections; refused"));
+}
+
+TEST_F(WebSocketTest, TheSilentGiveWay) {
+    server.worker_threads = 1;
+    server.worker_connections = 4;
+    limits.webSocketsOfAddress = 2;
+    limits.webSocketSilence = std::chrono::milliseconds(0);  // the one that was heard last stays longest
+    Run();
+    Client first = Open();
+    Client second = Open();
+    first.Send(Bytes("8980 00000000"));
+    EXPECT_EQ(Bytes("8A00"), first.Take(2));
+    Client third = Open();
+    EXPECT_EQ("", second.Rest()) << "of the same address";
+    Client other = Open("127.0.0.2");
+    Client last = Open("127.0.0.2");
+    Client stranger = Open("127.0.0.3");
+    EXPECT_EQ("", first.Rest()) << "of all";
+    for (Client* client : {&third, &other, &last, &stranger}) {
+        client->Send(Bytes("8980 00000000"));
+        EXPECT_EQ(Bytes("8A00"), client->Take(2));
     }
 }
 

@@ -132,7 +132,7 @@ TEST(Memory, StaysSmallIdleAndWithAThousandChannels) {
     {
         std::list<simulation::WebSocketClient> channels;
         for (int i = 0; i < 1000; ++i) {
-            channels.emplace_back(host.WebSocketPort());
+            channels.emplace_back(host.WebSocketPort(), i % 2 == 0 ? "127.0.0.1" : "127.0.0.2");
         }
         for (simulation::WebSocketClient& channel : channels) {
             ASSERT_TRUE(channel.Heartbeat());

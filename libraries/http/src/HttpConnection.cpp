@@ -288,6 +288,12 @@ void HttpConnection::Upgrade() {
         Reply();
         return;
     }
+    if (!m_loop.MakeRoomFor(m_peer.address())) {
+        m_exchange->response.status_code = HTTP_STATUS_SERVICE_UNAVAILABLE;
+        m_exchange->response.SetHeader("Retry-After", "5");
+        Reply();
+        return;
+    }
     m_phase = Phase::Closed;
     const auto upgraded =
         std::make_shared<WebSocketConnection>(m_loop, std::move(m_socket), m_peer, m_exchange->request);

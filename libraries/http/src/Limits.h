@@ -24,10 +24,12 @@ struct Limits {
     Time webSocketClose{5'000};  ///< for the other half of a close
     std::size_t webSocketMessageBytes = std::size_t{64} * 1024;  ///< received message: close code 1009
     std::size_t webSocketQueueBytes = std::size_t{1} << 20;      ///< unsent bytes of one connection: closed
-    std::size_t fileChunkBytes = std::size_t{64} * 1024;         ///< files are read in pieces of this size
-    Time sweep{250};        ///< how often expired connections are looked for
-    Time acceptPause{100};  ///< after descriptors ran out
-    Time stopGrace{2'000};  ///< for handlers that run at a stop
+    std::size_t webSocketsOfAddress = 64;  ///< of one address; beyond, silent ones give way: see ServerLoop
+    Time webSocketSilence{180'000};        ///< without a message; a page sends one each minute at least
+    std::size_t fileChunkBytes = std::size_t{64} * 1024;  ///< files are read in pieces of this size
+    Time sweep{250};                                      ///< how often expired connections are looked for
+    Time acceptPause{100};                                ///< after descriptors ran out
+    Time stopGrace{2'000};                                ///< for handlers that run at a stop
 };
 
 /** Limits that servers started from now on take over. Tests lower them; not to be changed during a start. */

@@ -50,6 +50,7 @@ class Server : public std::enable_shared_from_this<Server> {
 
     /** Writes that were dropped since they waited too long, or since their clients had gone. Any thread. */
     Tally& StaleWrites() { return m_staleWrites; }
+    Tally& ShortPlaces() { return m_shortPlaces; }
 
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
@@ -83,6 +84,7 @@ class Server : public std::enable_shared_from_this<Server> {
     std::atomic<bool> m_gone{false};
     Clock::time_point m_lastExhaustion = Clock::time_point();
     Tally m_staleWrites{"Dropped a write that waited for a place"};
+    Tally m_shortPlaces{"Places for connections are short", std::chrono::minutes(1)};
     TaskLimit m_tasks;
     std::vector<std::unique_ptr<ServerLoop>> m_loops;
     Acceptor m_acceptor;

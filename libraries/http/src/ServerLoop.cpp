@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include <boost/asio/dispatch.hpp>
@@ -54,11 +55,50 @@ ServerLoop::ServerLoop(Server& server, TaskLimit& limit, std::size_t capacity)
 
 void ServerLoop::Adopt(Socket socket, const asio::ip::tcp::endpoint& peer) {
     asio::dispatch(Context(), [this, arrival = Arrival(m_load), socket = std::move(socket), peer]() mutable {
-        if (m_connections.size() < m_capacity || MakeRoom(1, Limits::Time(0))) {
+        if (HasRoom(peer)) {
             SetConnectionOptions(socket);
             std::make_shared<HttpConnection>(*this, std::move(socket), peer)->Start();
         }
     });
+}
+
+bool ServerLoop::HasRoom(const asio::ip::tcp::endpoint& peer) {
+    if (m_connections.size() < m_capacity) {
+        return true;
+    }
+    const bool isMade = MakeRoom(1, Limits::Time(0));
+    if (!isMade || m_server.WebSockets() != nullptr) {
+        m_server.ShortPlaces().Count(
+            "all " + std::to_string(m_capacity) + " are taken; " +
+            (isMade ? "a silent one was closed for one from " : "refused a connection from ") +
+            peer.address().to_string());
+    }
+    return isMade;
+}
+
+bool ServerLoop::MakeRoomFor(const asio::ip::address& holder) {
+    std::size_t held = 0;
+    ServerConnection* oldest = nullptr;
+    for (ServerConnection* connection : m_connections) {
+        if (const auto* its = connection->Holder(); its != nullptr && *its == holder) {
+            ++held;
+            const bool isOlder = oldest == nullptr || connection->LastUse() < oldest->LastUse();
+            oldest = connection->IsExpendable() && isOlder ? connection : oldest;
+        }
+    }
+    if (held < m_server.Bounds().webSocketsOfAddress) {
+        return true;
+    }
+    if (oldest != nullptr) {
+        oldest->Close();
+    } else if (held < m_capacity / 2) {
+        return true;
+    }
+    m_server.ShortPlaces().Count(holder.to_string() + " has " + std::to_string(held) +
+                                 " WebSocket connections; " +
+                                 (oldest != nullptr ? "closed a silent one for a new one"
+                                                    : "refused a new one, since none of them is silent"));
+    return oldest != nullptr;
 }
 
 bool ServerLoop::MakeRoom(std::size_t count, Limits::Time age) {
@@ -102,6 +142,7 @@ void ServerLoop::Sweep() {
             connection->Expire();
         }
         m_server.StaleWrites().Tell(m_connections.empty());
+        m_server.ShortPlaces().Tell(false);
         if (!m_connections.empty()) {
             Sweep();
         }

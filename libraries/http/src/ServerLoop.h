@@ -47,6 +47,9 @@ class ServerConnection {
     /** When it expires; Clock::time_point::max() for never. */
     Clock::time_point Deadline() const { return m_deadline; }
 
+    /** The address that it takes a lasting place for; null while it does not. */
+    virtual const boost::asio::ip::address* Holder() const { return nullptr; }
+
     /** When it last did something. */
     Clock::time_point LastUse() const { return m_lastUse; }
 
@@ -86,6 +89,13 @@ class ServerLoop {
      * the loop. @return whether any was closed */
     bool MakeRoom(std::size_t count, Limits::Time age);
 
+    /**
+     * Whether the address may have one more connection that lasts. From its share on, its oldest silent one
+     * is closed for the new one; all that are in use stay, and may become half of what the loop takes. On the
+     * loop.
+     */
+    bool MakeRoomFor(const boost::asio::ip::address& holder);
+
     /** Closes the connections, and ends the loop with the last of them. On the loop. */
     void Stop();
 
@@ -95,6 +105,7 @@ class ServerLoop {
   private:
     friend class ServerConnection;
 
+    bool HasRoom(const boost::asio::ip::tcp::endpoint& peer);
     void Sweep();
     void Enter(ServerConnection& connection);
     void Forget(ServerConnection& connection);

@@ -7,12 +7,6 @@
 
 namespace hv::internal {
 
-namespace {
-
-constexpr std::chrono::seconds g_distance{1};
-
-}  // namespace
-
 void Tally::Count(std::string_view example) noexcept {
     {
         const CLock lock(m_mutex);
@@ -21,7 +15,7 @@ void Tally::Count(std::string_view example) noexcept {
             ++m_untold;
             return;
         }
-        m_next = now + g_distance;
+        m_next = now + m_distance;
     }
     try {
         ReportError(m_what, ": " + std::string(example));
@@ -38,7 +32,7 @@ void Tally::Tell(bool atOnce) noexcept {
         if (m_untold == 0 || (now < m_next && !atOnce)) {
             return;
         }
-        m_next = now + g_distance;
+        m_next = now + m_distance;
         untold = std::exchange(m_untold, 0);
     }
     try {

@@ -10,13 +10,14 @@
 namespace hv::internal {
 
 /**
- * Reports something that clients can bring about as often as they like: one line in the system log a second
- * at most, with the number of those that got no line of their own. Any thread.
+ * Reports something that clients can bring about as often as they like: one line in the system log for each
+ * distance at most, with the number of those that got no line of their own. Any thread.
  */
 class Tally {
   public:
     /** @param what  what happened, the beginning of each line */
-    explicit Tally(std::string_view what) : m_what(what) {}
+    explicit Tally(std::string_view what, std::chrono::seconds distance = std::chrono::seconds(1))
+        : m_what(what), m_distance(distance) {}
 
     /** It has happened. @param example  this time's details */
     void Count(std::string_view example) noexcept;
@@ -28,6 +29,7 @@ class Tally {
     using Clock = std::chrono::steady_clock;
 
     const std::string m_what;
+    const std::chrono::seconds m_distance;
     CMutex m_mutex;
     std::size_t m_untold GUARDED_BY(m_mutex) = 0;
     Clock::time_point m_next GUARDED_BY(m_mutex);

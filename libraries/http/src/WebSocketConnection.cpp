@@ -80,6 +80,7 @@ void Channel::Detach() {
 WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const asio::ip::tcp::endpoint& peer,
                                          std::shared_ptr<HttpRequest> request)
     : ServerConnection(loop),
+      m_address(peer.address()),
       m_stream(std::move(socket)),
       m_request(std::move(request)),
       m_channel(std::make_shared<Channel>(*this, peer)),
@@ -91,6 +92,7 @@ WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const 
     m_stream.read_message_max(limits.webSocketMessageBytes);
     m_stream.auto_fragment(false);
     m_stream.control_callback([this](websocket::frame_type kind, boost::beast::string_view) {
+        m_lastUse = Clock::now();
         if (kind == websocket::frame_type::close && m_stream.reason().code > g_highestCloseCode) {
             // The stream takes such a code and would send it back.
             SendLast(g_protocolError);
@@ -135,6 +137,10 @@ void WebSocketConnection::Close() {
     m_channel->Detach();
     error_code ignored;
     m_stream.next_layer().close(ignored);
+}
+
+bool WebSocketConnection::IsExpendable() const {
+    return m_isOpen && !m_isClosed && LastUse() + m_server.Bounds().webSocketSilence <= Clock::now();
 }
 
 void WebSocketConnection::Stop() {
@@ -206,6 +212,7 @@ void WebSocketConnection::Read() {
         if (error) {
             self->Close();
         }
+        self->m_lastUse = Clock::now();
         self->Call(error ? Callback::Close : Callback::Message);
     });
 }

@@ -101,7 +101,8 @@ class WebSocketConnection final : public ServerConnection,
 
     void Close() override;
     void Stop() override;
-    bool IsExpendable() const override { return false; }
+    bool IsExpendable() const override;  // when nothing has been heard for a while
+    const boost::asio::ip::address* Holder() const override { return m_isClosed ? nullptr : &m_address; }
 
     void Run() noexcept override;
     void Done() override;
@@ -117,6 +118,7 @@ class WebSocketConnection final : public ServerConnection,
     void WriteNext();
     void OnWritten(const boost::system::error_code& error);
 
+    const boost::asio::ip::address m_address;
     boost::beast::websocket::stream<WebSocketLayer, false> m_stream;
     std::shared_ptr<HttpRequest> m_request;
     std::shared_ptr<Channel> m_channel;

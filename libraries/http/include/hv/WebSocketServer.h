@@ -12,7 +12,8 @@ namespace hv {
 
 /**
  * Callbacks of a WebSocket server; empty ones are passed over. They run on the server's threads, those of one
- * connection one after the other. What they throw ends in the system log.
+ * connection one after the other; onopen before the reply to the upgrade goes out, so that whoever has read
+ * that is known. What they throw ends in the system log.
  */
 struct WebSocketService {
     std::function<void(const std::shared_ptr<WebSocketChannel>&, const std::shared_ptr<HttpRequest>&)> onopen;
