@@ -83,8 +83,8 @@ int CSerialLine::Do(Lock& lock, SJob job) {
     if (!m_session) {
         StartThread();
     }
+    m_session->Wake();  // before the thread has the job, since this may fail
     m_job = mine;
-    m_session->Wake();
     int error = WaitUntil(lock, mine->bound + g_grace, [&mine] { return mine->isDone; });
     if (error == ErrorTimedOut) {
         m_hangs = true;

@@ -91,7 +91,7 @@ void CSerialSession::Wake() {
 
 void CSerialSession::Cut() {
     m_cut = true;
-    Wake();
+    m_io.stop();  // needs no memory, so that a line can always be closed
 }
 
 bool CSerialSession::DropStale(const std::string& device) {
