@@ -103,9 +103,9 @@ class SerialDriver : public testing::Test {
         g_driver = nullptr;
     }
 
-    static comm::SCommSettings Settings() {
+    static comm::SCommSettings Settings(std::chrono::seconds serialBound = std::chrono::seconds(10)) {
         comm::SCommSettings settings = CommFixture::Settings(std::chrono::seconds(3));
-        settings.serialBound = std::chrono::seconds(1);
+        settings.serialBound = serialBound;
         return settings;
     }
     int SendSerial(const std::string& text, std::uint32_t speed = 115200) {
@@ -146,11 +146,11 @@ TEST_F(SerialDriver, ThatHangsHoldsUpNobodyElse) {
             EXPECT_EQ(m_fixture->Send(CommFixture::Client(listener.LocalPort()), "a"), 0);
         }
         auto deleter = std::async(std::launch::async, [this] { m_fixture->registry.DeleteAll(); });
-        EXPECT_EQ(deleter.wait_for(std::chrono::milliseconds(800)), std::future_status::ready);
+        EXPECT_EQ(deleter.wait_for(std::chrono::seconds(3)), std::future_status::ready);
         EXPECT_TRUE(m_driver.WaitUntilMet());
         EXPECT_EQ(m_fixture->Send(CommFixture::Client(listener.LocalPort()), "a"), 0);
         if (sender.valid()) {
-            EXPECT_EQ(sender.wait_for(std::chrono::milliseconds(800)), std::future_status::ready);
+            EXPECT_EQ(sender.wait_for(std::chrono::seconds(3)), std::future_status::ready);
         }
         m_driver.Hang(Driver::None);
         EXPECT_EQ(sender.valid() ? sender.get() : 995, 995);
@@ -160,22 +160,24 @@ TEST_F(SerialDriver, ThatHangsHoldsUpNobodyElse) {
 }
 
 TEST_F(SerialDriver, ThatHangsFailsFurtherCallsAtOnceUntilItIsBack) {
+    m_fixture.emplace(Settings(std::chrono::seconds(2)));
     ASSERT_EQ(SendSerial("a", 9600), 0);
     m_driver.Hang(Driver::Settings);
     auto first = Later("late", 19200);
     ASSERT_TRUE(m_driver.WaitUntilMet());
-    ASSERT_EQ(first.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+    ASSERT_EQ(first.wait_for(std::chrono::seconds(8)), std::future_status::ready);
     EXPECT_EQ(first.get(), 121);
     const auto start = Clock::now();
     EXPECT_EQ(SendSerial("at once"), 121);
     EXPECT_EQ(m_fixture->registry.CheckSerial({"", "COM7"}), 121);
-    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(900)) << "a bound was waited for";
+    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1900)) << "a bound was waited for";
     m_driver.Hang(Driver::None);
     EXPECT_TRUE(simulation::WaitUntil([&] { return SendSerial("b") == 0; }));
     EXPECT_EQ(m_line->Received().WaitBytes(2), "ab") << "a command that has failed went out later";
 }
 
 TEST_F(SerialDriver, OtherSettingsWaitUntilTheDeviceHasSentTheLastByte) {
+    m_fixture.emplace(Settings(std::chrono::seconds(1)));
     ASSERT_EQ(SendSerial("a", 9600), 0);
     m_driver.Tell(5);
     EXPECT_EQ(SendSerial("b", 19200), 0);
