@@ -4,6 +4,7 @@
 #include "device/PortContract.h"
 #include "platform/ComManager.h"
 #include "platform/ErrorTexts.h"
+#include "platform/VainWaits.h"
 #include "server/RouterMgr.h"
 #include "userdata/CommandMap.h"
 #include "userdata/UserData.h"
@@ -13,6 +14,9 @@ namespace {
 // Values of SCommandConfig::controlType.
 constexpr int kSerialCommand = 0;
 constexpr int kNetCommand = 1;
+
+/** How long the commands of one click wait together for devices that don't answer: two of them in full. */
+constexpr std::chrono::seconds kVainWaitsOfAClick{6};
 
 /** The outcome of all commands of one request. */
 class CSendRun {
@@ -73,6 +77,7 @@ int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& t
         return RouterMgr::Respond(response, CodeNothingSent, trace);
     }
     const int componentId = JsonToInt32(data["componentId"]);
+    const CVainWaits waits(kVainWaitsOfAClick);
     CSendRun run;
     for (const nlohmann::json& interaction : data["interactionArr"]) {
         const auto triggerType = interaction.at("triggerType").get<std::string>();

@@ -44,7 +44,10 @@ class CComManager {
     bool CheckSerial(SSerialPortConfig& config);
 
     /**
-     * Sends one command to a network port, connecting first where that is needed. Blocks for 3 s at most.
+     * Sends one command to a network port, connecting first where that is needed. Blocks for 3 s at most, and
+     * for less under a CVainWaits (platform/VainWaits.h). One call at a time waits for a device that doesn't
+     * answer or doesn't read; others that meet it get an error number soon. A device that has let a call wait
+     * for its connection in vain is tried in the background, and sends fail at once until it answers.
      * @param content      the command as stored; text or hexadecimal digits. Empty content succeeds.
      * @param isText       true: the characters of content go out; false: the bytes that its digits name
      * @param asciiEncode  of text: 0 UTF-8, 1 one byte for each character up to U+00FF, 2 GB18030

@@ -93,4 +93,11 @@ SilentDevice::SilentDevice() : m_listener(Socket::Listen(0, 0)) {
     } while (m_fillers.back().WaitConnected(milliseconds(100)));
 }
 
+void SilentDevice::Wake() {
+    m_fillers.pop_back();  // the one that hangs
+    for (; !m_fillers.empty(); m_fillers.pop_back()) {
+        m_listener.Accept();
+    }
+}
+
 }  // namespace simulation

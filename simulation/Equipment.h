@@ -83,6 +83,13 @@ class SilentDevice {
     SilentDevice();
     int Port() const { return m_listener.LocalPort(); }
 
+    /** Lets it answer from now on. */
+    void Wake();
+
+    /** Tells whether a connection comes within that time, once it answers. */
+    bool IsTried(milliseconds limit) const { return m_listener.WaitReadable(limit); }
+    Socket Accept() { return m_listener.Accept(); }
+
   private:
     Socket m_listener;
     std::list<Socket> m_fillers;

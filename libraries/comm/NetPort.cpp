@@ -1,39 +1,69 @@
 #include "libraries/comm/NetPort.h"
 
-#include <optional>
+#include "platform/VainWaits.h"
+
+#include <algorithm>
 
 namespace comm {
 
 void CNetPort::Use(const SNetPortConfig& record) {
-    m_users.emplace(record.ipAddress, record.dstIpAddress, record.dstPort);
+    m_users.insert(UserOf(record));
 }
 
 bool CNetPort::Release(const SNetPortConfig& record) {
     const Lock lock(m_mutex);
-    m_users.erase({record.ipAddress, record.dstIpAddress, record.dstPort});
+    m_users.erase(UserOf(record));
     return m_users.empty();
 }
 
-int CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
-                      std::vector<boost::asio::ip::address>& addresses) {
+bool CNetPort::IsUnused() {
+    const Lock lock(m_mutex);
+    return m_users.empty() && IsIdle();
+}
+
+Clock::time_point CNetPort::Deadline() const {
+    const CVainWaits* waits = CVainWaits::OfThread();
+    const Clock::duration bound = m_context.settings.bound;
+    return Clock::now() +
+           (waits == nullptr ? bound : std::min(bound, waits->Left(m_context.settings.joinPause)));
+}
+
+std::optional<boost::asio::ip::address> CNetPort::Literal(const std::string& host) {
+    boost::system::error_code notLiteral;
+    const auto literal = boost::asio::ip::make_address(host, notLiteral);
+    return notLiteral ? std::nullopt : std::optional(literal);
+}
+
+int CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses) {
     if (host.empty()) {
         return ErrorNoAddress;
     }
-    boost::system::error_code notLiteral;
-    const auto literal = boost::asio::ip::make_address(host, notLiteral);
-    if (!notLiteral) {
-        addresses.push_back(literal);
+    if (const auto literal = Literal(host)) {
+        addresses = {*literal};
         return ErrorNone;
     }
-    auto answer = std::make_shared<std::optional<SResolved>>();
-    lock.unlock();
-    m_context.resolver.Resolve(host, [self = shared_from_this(), answer](const SResolved& resolved) {
-        const Lock answered(self->m_mutex);
-        *answer = resolved;
-        self->m_changed.notify_all();
-    });
-    lock.lock();
-    const int error = WaitUntil(lock, deadline, [&answer] { return answer->has_value(); });
+    const auto answer = std::make_shared<std::optional<SResolved>>();
+    const auto asked =
+        m_context.resolver.Resolve(host, [weak = weak_from_this(), answer](const SResolved& resolved) {
+            if (const auto self = weak.lock()) {
+                const Lock answered(self->m_mutex);
+                *answer = resolved;
+                self->m_changed.notify_all();
+            }
+        });
+    if (asked.known) {
+        addresses = asked.known->addresses;
+        return asked.known->error;
+    }
+    // One call waits for a name server that doesn't answer, and only while there is nothing to use instead.
+    const bool isPatient = !asked.isShared && asked.lastGood.empty();
+    const auto until =
+        isPatient ? deadline : std::min(deadline, asked.askedAt + m_context.settings.joinPause);
+    const int error = WaitUntil(lock, until, [&answer] { return answer->has_value(); });
+    if (error == ErrorTimedOut && !asked.lastGood.empty()) {
+        addresses = asked.lastGood;
+        return ErrorNone;
+    }
     if (error != ErrorNone) {
         return error;
     }

@@ -4,8 +4,10 @@
 #include "libraries/comm/Port.h"
 #include "platform/PortRecords.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -21,6 +23,7 @@ struct SNetContext {
     boost::asio::io_context& io;
     CNameResolver& resolver;
     const SCommSettings& settings;
+    std::atomic<int>& probes;  ///< silent devices that are tried in the background
 };
 
 /**
@@ -41,22 +44,40 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     /** Lets a port of another local address have the same local port. */
     virtual void Share() {}
 
+    /** True when nothing is lost with the port: no record uses it, and nothing of it is open or under way. */
+    bool IsUnused();
+
   protected:
+    using Addresses = std::vector<boost::asio::ip::address>;
+
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
     /** Notes a record that uses the port, under the lock. */
     void Use(const SNetPortConfig& record);
+    bool IsUser(const SNetPortConfig& record) const { return m_users.contains(UserOf(record)); }
 
-    Clock::time_point Deadline() const { return Clock::now() + m_context.settings.bound; }
+    /** Under the lock: nothing is open or under way. */
+    virtual bool IsIdle() const = 0;
 
-    /** The addresses that host means: itself, when it is a literal. The lock is given up meanwhile. */
-    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
-                std::vector<boost::asio::ip::address>& addresses);
+    /** Until when a send that begins now may take. */
+    Clock::time_point Deadline() const;
+
+    /** The address that a text is; none for a host name. */
+    static std::optional<boost::asio::ip::address> Literal(const std::string& host);
+
+    /**
+     * The addresses that host means: itself, when it is a literal. Waits for them with the lock given up;
+     * when the name server doesn't answer, what the name meant before has to do.
+     */
+    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses);
 
     const SNetContext m_context;
 
   private:
     using User = std::tuple<std::string, std::string, std::int32_t>;
+    static User UserOf(const SNetPortConfig& record) {
+        return {record.ipAddress, record.dstIpAddress, record.dstPort};
+    }
 
     /**
      * Local address and remote pair of the records that use the port: those that can differ. The address as

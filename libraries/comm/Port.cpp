@@ -1,11 +1,27 @@
 #include "libraries/comm/Port.h"
 
+#include <algorithm>
+
 namespace comm {
 
+void CPort::SetPatience(Clock::time_point until) {
+    m_patience = until;
+    m_changed.notify_all();
+}
+
+int CPort::WaitForTurn(Lock& lock, Clock::time_point deadline) {
+    while (m_busy && !m_closed) {
+        const auto until = std::min(deadline, m_patience);
+        if (Clock::now() >= until) {
+            return ErrorTimedOut;
+        }
+        m_changed.wait_until(lock, until);
+    }
+    return m_closed ? ErrorCut : ErrorNone;
+}
+
 CPort::CTurn::CTurn(CPort& port, Clock::time_point deadline)
-    : m_port(port),
-      m_lock(port.m_mutex),
-      m_error(port.WaitUntil(m_lock, deadline, [&port] { return !port.m_busy; })) {
+    : m_port(port), m_lock(port.m_mutex), m_error(port.WaitForTurn(m_lock, deadline)) {
     if (m_error == ErrorNone) {
         m_port.m_busy = true;
     }
@@ -17,6 +33,7 @@ CPort::CTurn::~CTurn() {
             m_lock.lock();  // what failed had given it up
         }
         m_port.m_busy = false;
+        m_port.m_patience = Clock::time_point::max();
         m_port.m_changed.notify_all();
     }
 }

@@ -4,11 +4,38 @@
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/PortLog.h"
 
+#include <atomic>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace comm {
+
+/** A port in the hands of one call. The registry keeps a port that others than one call have in hand. */
+template <typename Port>
+class CPortInHand {
+  public:
+    /** Under the registry's lock. @param port  may be null */
+    explicit CPortInHand(std::shared_ptr<Port> port) : m_port(std::move(port)) { Count(1); }
+    ~CPortInHand() { Count(-1); }
+    CPortInHand(const CPortInHand&) = delete;
+    CPortInHand& operator=(const CPortInHand&) = delete;
+
+    explicit operator bool() const { return m_port != nullptr; }
+    Port* operator->() const { return m_port.get(); }
+    bool Is(const std::shared_ptr<Port>& port) const { return m_port == port; }
+
+  private:
+    void Count(int change) {
+        if (m_port) {
+            m_port->CountCalls(change);
+        }
+    }
+
+    const std::shared_ptr<Port> m_port;
+};
 
 /**
  * What all ports share: a lock for the state, which is never held while a device is waited for, and a turn,
@@ -24,6 +51,9 @@ class CPort {
     /** Closes for good: calls under way and later ones end with ErrorCut. Any thread; does not wait. */
     virtual void Close() = 0;
 
+    /** A call takes the port in hand, or lays it down again. @return calls that have it in hand now */
+    int CountCalls(int change) { return m_calls += change; }
+
   protected:
     using Lock = std::unique_lock<std::mutex>;
 
@@ -32,13 +62,13 @@ class CPort {
     /** The turn of one call, together with the lock. */
     class CTurn {
       public:
-        /** Waits for the turn until the deadline. */
+        /** Waits for the turn until the deadline, or until m_patience of the call that has it. */
         CTurn(CPort& port, Clock::time_point deadline);
         ~CTurn();
         CTurn(const CTurn&) = delete;
         CTurn& operator=(const CTurn&) = delete;
 
-        /** 0, ErrorTimedOut when the deadline came first, or ErrorCut. */
+        /** 0, ErrorTimedOut when it was not to be had in time, or ErrorCut. The lock is held in any case. */
         int Error() const { return m_error; }
         Lock& GetLock() { return m_lock; }
 
@@ -58,11 +88,21 @@ class CPort {
         return done ? ErrorNone : ErrorTimedOut;
     }
 
+    /** Says until when other calls wait for the one that has the turn: its device may be stuck. */
+    void SetPatience(Clock::time_point until);
+
     std::mutex m_mutex;
     std::condition_variable m_changed;  ///< told after each change of what a call may wait for
     bool m_busy = false;                ///< some call has the turn
     bool m_closed = false;
     CPortLog m_log;
+
+  private:
+    std::atomic<int> m_calls = 0;
+
+    int WaitForTurn(Lock& lock, Clock::time_point deadline);
+
+    Clock::time_point m_patience = Clock::time_point::max();  ///< see SetPatience
 };
 
 }  // namespace comm

@@ -6,9 +6,11 @@
 #include "libraries/comm/TcpServer.h"
 #include "libraries/comm/UdpPort.h"
 #include "platform/RavLog.h"
+#include "platform/VainWaits.h"
 
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace comm {
 
@@ -32,12 +34,34 @@ bool IsMode(EnNetMode mode) {
     return mode == NetModeTcpClient || mode == NetModeTcpServer || mode == NetModeUdp;
 }
 
+/** Longest host name: 253 characters (RFC 1035), and a dot at its end. An address literal is shorter. */
+constexpr std::size_t g_longestHost = 254;
+
+/** Tells whether a record is one that a network port can have at all. */
+int CheckRecord(const SNetPortConfig& record) {
+    if (!IsMode(record.netMode)) {
+        return ErrorBadSetting;
+    }
+    if (record.ipAddress.size() > g_longestHost) {
+        return ErrorNoAddress;
+    }
+    return record.dstIpAddress.size() > g_longestHost ? ErrorNoHost : ErrorNone;
+}
+
+/** Notes a send in vain where the thread keeps to a bound for such. @return its error number */
+int NoteSend(int error, Clock::time_point begin) {
+    if (CVainWaits* waits = CVainWaits::OfThread(); waits != nullptr && error != ErrorNone) {
+        waits->Add(Clock::now() - begin);
+    }
+    return error;
+}
+
 }  // namespace
 
-CPortRegistry::CPortRegistry(const SCommSettings& settings)
+CPortRegistry::CPortRegistry(const SCommSettings& settings, CNameResolver::Ask ask)
     : m_settings(settings),
       m_work(boost::asio::make_work_guard(m_io)),
-      m_resolver(settings.resolvedAge),
+      m_resolver(settings, std::move(ask)),
       m_thread(&CPortRegistry::Run, this) {}
 
 CPortRegistry::~CPortRegistry() {
@@ -57,19 +81,25 @@ void CPortRegistry::Run() {
 
 int CPortRegistry::OpenNet(const SNetPortConfig& record) {
     return Guarded([&] {
-        if (!IsMode(record.netMode)) {
-            return static_cast<int>(ErrorBadSetting);
+        if (const int error = CheckRecord(record); error != ErrorNone) {
+            return error;
         }
         const auto port = NetPort(record);
-        return port ? port->Open(record) : ErrorCut;
+        const int error = port ? port->Open(record) : ErrorCut;
+        if (error != ErrorNone) {
+            const CLock lock(m_mutex);
+            ForgetUnused(m_netPorts, EndPointOf(record), port);
+        }
+        return error;
     });
 }
 
 int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
                            int asciiEncode) {
-    return Guarded([&] {
-        if (!IsMode(record.netMode)) {
-            return static_cast<int>(ErrorBadSetting);
+    const auto begin = Clock::now();
+    const int result = Guarded([&] {
+        if (const int error = CheckRecord(record); error != ErrorNone) {
+            return error;
         }
         std::string storage;
         std::string_view bytes;
@@ -80,6 +110,7 @@ int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view conten
         const auto port = NetPort(record);
         return port ? port->Send(record, bytes) : ErrorCut;
     });
+    return NoteSend(result, begin);
 }
 
 int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
@@ -88,13 +119,20 @@ int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
             return static_cast<int>(ErrorNoSuchPort);
         }
         const auto line = SerialLine(config.comPort);
-        return line ? line->Check(config) : ErrorCut;
+        const int error = line ? line->Check(config) : ErrorCut;
+        if (error != ErrorNone) {
+            const CLock lock(m_mutex);
+            ForgetUnused(m_serialLines, config.comPort, line);
+        }
+        return error;
     });
 }
 
 int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
                               int asciiEncode) {
-    return Guarded([&] {
+    const auto begin = Clock::now();
+    CVainWaits* waits = CVainWaits::OfThread();
+    const int result = Guarded([&] {
         std::string storage;
         std::string_view bytes;
         if (const int error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
@@ -104,9 +142,17 @@ int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view 
         if (!IsSerialName(config.comPort)) {
             return static_cast<int>(ErrorNoSuchPort);
         }
+        if (waits != nullptr && waits->IsUsedUp() && waits->IsStuckLine(config.comPort)) {
+            return static_cast<int>(ErrorSerialTimedOut);
+        }
         const auto line = SerialLine(config.comPort);
-        return line ? line->Send(config, bytes) : ErrorCut;
+        const int error = line ? line->Send(config, bytes) : ErrorCut;
+        if (waits != nullptr && error == ErrorSerialTimedOut) {
+            waits->NoteStuckLine(config.comPort);
+        }
+        return error;
     });
+    return NoteSend(result, begin);
 }
 
 void CPortRegistry::DeleteTcp(const SNetPortConfig& record) {
@@ -172,24 +218,37 @@ void CPortRegistry::Stop() {
     m_thread.join();
 }
 
-std::shared_ptr<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
+std::size_t CPortRegistry::PortCount() {
+    const CSharedLock lock(m_mutex);
+    return m_netPorts.size() + m_serialLines.size();
+}
+
+template <typename Ports, typename Key, typename Port>
+void CPortRegistry::ForgetUnused(Ports& ports, const Key& key, const CPortInHand<Port>& port) {
+    const auto found = ports.find(key);
+    if (found != ports.end() && port.Is(found->second) && port->CountCalls(0) == 1 && port->IsUnused()) {
+        ports.erase(found);
+    }
+}
+
+CPortInHand<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
     const SEndPointView point = EndPointOf(record);
     {
         const CSharedLock lock(m_mutex);
         if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
-            return found->second;
+            return CPortInHand(found->second);
         }
     }
     const CLock lock(m_mutex);
     if (m_stopped) {
-        return nullptr;
+        return CPortInHand<CNetPort>(nullptr);
     }
     if (const auto found = m_netPorts.find(point); found != m_netPorts.end()) {
-        return found->second;
+        return CPortInHand(found->second);
     }
     auto port = MakeNetPort(record);
     ShareLocalPort(record, *port);
-    return m_netPorts.emplace(SEndPoint(point), std::move(port)).first->second;
+    return CPortInHand(m_netPorts.emplace(SEndPoint(point), std::move(port)).first->second);
 }
 
 void CPortRegistry::ShareLocalPort(const SNetPortConfig& record, CNetPort& made) {
@@ -205,7 +264,7 @@ void CPortRegistry::ShareLocalPort(const SNetPortConfig& record, CNetPort& made)
 }
 
 std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& record) {
-    const SNetContext context{m_io, m_resolver, m_settings};
+    const SNetContext context{m_io, m_resolver, m_settings, m_probes};
     switch (record.netMode) {
         case NetModeTcpClient:
             return std::make_shared<CTcpClient>(context, record);
@@ -217,23 +276,23 @@ std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& recor
     return std::make_shared<CUdpPort>(context, record);
 }
 
-std::shared_ptr<CSerialLine> CPortRegistry::SerialLine(const std::string& comPort) {
+CPortInHand<CSerialLine> CPortRegistry::SerialLine(const std::string& comPort) {
     {
         const CSharedLock lock(m_mutex);
         if (const auto found = m_serialLines.find(comPort); found != m_serialLines.end()) {
-            return found->second;
+            return CPortInHand(found->second);
         }
     }
     const CLock lock(m_mutex);
     if (m_stopped) {
-        return nullptr;
+        return CPortInHand<CSerialLine>(nullptr);
     }
     auto& line = m_serialLines[comPort];
     if (!line) {
         const auto former = m_formerLines.extract(comPort);
         line = std::make_shared<CSerialLine>(m_settings, comPort, former ? former.mapped() : nullptr);
     }
-    return line;
+    return CPortInHand(line);
 }
 
 }  // namespace comm

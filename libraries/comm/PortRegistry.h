@@ -8,6 +8,7 @@
 #include "platform/Mutex.h"
 #include "platform/PortRecords.h"
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -25,7 +26,8 @@ namespace comm {
  */
 class CPortRegistry {
   public:
-    explicit CPortRegistry(const SCommSettings& settings);
+    /** @param ask  what resolves host names, for tests */
+    explicit CPortRegistry(const SCommSettings& settings, CNameResolver::Ask ask = AskSystem);
     ~CPortRegistry();
     CPortRegistry(const CPortRegistry&) = delete;
     CPortRegistry& operator=(const CPortRegistry&) = delete;
@@ -40,12 +42,15 @@ class CPortRegistry {
     /** Ends the library: closes everything, and has calls under way and later ones end with ErrorCut. */
     void Stop();
 
+    /** Ports and lines that it has objects for. */
+    std::size_t PortCount();
+
   private:
     using NetPorts = std::unordered_map<SEndPoint, std::shared_ptr<CNetPort>, SEndPointHash, SEndPointEqual>;
     using SerialLines = std::unordered_map<std::string, std::shared_ptr<CSerialLine>>;
 
     /** The port of a record, made when there is none; null after Stop. */
-    std::shared_ptr<CNetPort> NetPort(const SNetPortConfig& record);
+    CPortInHand<CNetPort> NetPort(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
 
     /**
@@ -53,7 +58,11 @@ class CPortRegistry {
      * UDP record is deleted or edited, so their sockets may be left over.
      */
     void ShareLocalPort(const SNetPortConfig& record, CNetPort& made) REQUIRES_LOCK(m_mutex);
-    std::shared_ptr<CSerialLine> SerialLine(const std::string& comPort);
+    CPortInHand<CSerialLine> SerialLine(const std::string& comPort);
+
+    /** Forgets the object of a refused port, when nothing is left of it and no other call has it in hand. */
+    template <typename Ports, typename Key, typename Port>
+    void ForgetUnused(Ports& ports, const Key& key, const CPortInHand<Port>& port) REQUIRES_LOCK(m_mutex);
     void Run();
 
     const SCommSettings m_settings;
@@ -65,6 +74,7 @@ class CPortRegistry {
     SerialLines m_serialLines GUARDED_BY(m_mutex);
     SerialLines m_formerLines GUARDED_BY(m_mutex);  ///< deleted, and may still be closing their devices
     bool m_stopped GUARDED_BY(m_mutex) = false;
+    std::atomic<int> m_probes = 0;
     std::thread m_thread;
 };
 

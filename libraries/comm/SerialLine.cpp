@@ -73,6 +73,11 @@ bool CSerialLine::WaitClosed(Clock::time_point deadline) {
     return m_changed.wait_until(lock, deadline, [this] { return m_threads == 0; });
 }
 
+bool CSerialLine::IsUnused() {
+    const Lock lock(m_mutex);
+    return !m_session && !m_former;
+}
+
 int CSerialLine::WaitForTurn(Lock& lock, Clock::time_point deadline) {
     const int error = WaitUntil(lock, deadline, [this] { return !m_job || m_hangs; });
     return error == ErrorNone && m_hangs ? static_cast<int>(ErrorTimedOut) : error;

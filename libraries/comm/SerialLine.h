@@ -34,6 +34,10 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     /** Waits until the device is closed, after Close. @return false when it isn't at the deadline */
     bool WaitClosed(Clock::time_point deadline);
 
+    /** True when its device is closed, and that of a former line too, so that nothing is lost with the
+     * object. */
+    bool IsUnused();
+
   private:
     /** What a call has the line's thread do. It stays with the thread when the call gives up. */
     struct SJob {

@@ -5,48 +5,49 @@
 
 namespace comm {
 
-using boost::asio::ip::tcp;
-
 CTcpClient::CTcpClient(const SNetContext& context, const SNetPortConfig& record)
-    : CNetPort(context, Describe(record)), m_record(record) {}
+    : CNetPort(context, Describe(record)), m_record(record), m_timer(context.io) {}
 
 int CTcpClient::Open(const SNetPortConfig& record) {
-    const int error = MakeConnected();
+    const auto deadline = Clock::now() + m_context.settings.bound;
+    Lock lock(m_mutex);
+    if (LookAndWait(lock) == ErrorCut) {
+        return ErrorCut;
+    }
+    int error = ErrorNone;
+    if (!m_connected) {
+        const bool joinsProbe = m_attempting && m_isProbe;
+        error = WaitForAttempt(lock, deadline);
+        if (joinsProbe && error != ErrorNone && error != ErrorCut && Clock::now() < deadline) {
+            error = WaitForAttempt(lock, deadline);
+        }
+    }
     if (error == ErrorNone) {
-        const Lock lock(m_mutex);
         Use(record);
     }
     return error;
 }
 
-int CTcpClient::MakeConnected() {
-    const auto start = Clock::now();
-    {
-        // A connection that stands is told at once, also while a command waits on it.
-        Lock lock(m_mutex);
-        if (LookAndWait(lock) != ErrorCut && m_connected) {
-            return ErrorNone;
-        }
+int CTcpClient::WaitForAttempt(Lock& lock, Clock::time_point deadline) {
+    if (!m_attempting) {
+        Attempt(false);
     }
-    const auto deadline = start + m_context.settings.bound;
-    CTurn turn(*this, deadline);
-    if (turn.Error() != ErrorNone) {
-        return turn.Error();
+    const auto awaited = m_attempts;
+    const int error = WaitUntil(lock, deadline, [&] { return m_finished >= awaited; });
+    if (error != ErrorNone || m_connected) {
+        return error;
     }
-    if (m_connected) {
-        return ErrorNone;
-    }
-    if (m_failure != ErrorNone && m_failedAt > start) {
-        return m_failure;  // of the attempt that this call waited for
-    }
-    return Connect(turn.GetLock(), deadline);
+    return m_failure != ErrorNone ? m_failure : m_lostError;
 }
 
 int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
     const auto deadline = Deadline();
+    if (const int error = FailAtOnce(); error != ErrorNone) {
+        return error;
+    }
     CTurn turn(*this, deadline);
     if (turn.Error() != ErrorNone) {
-        return turn.Error();
+        return turn.Error() == ErrorTimedOut && m_failure != ErrorNone ? m_failure : turn.Error();
     }
     if (LookAndWait(turn.GetLock()) == ErrorCut) {
         return ErrorCut;
@@ -55,9 +56,9 @@ int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
     for (;;) {
         if (!m_connected) {
             older = false;
-            int error = RecentFailure();
+            int error = KnownFailure();
             if (error == ErrorNone) {
-                error = Connect(turn.GetLock(), deadline);
+                error = ConnectForSend(turn.GetLock(), deadline);
             }
             if (error != ErrorNone) {
                 return error;
@@ -71,135 +72,43 @@ int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
     }
 }
 
+int CTcpClient::FailAtOnce() {
+    const Lock lock(m_mutex);
+    m_lastSend = Clock::now();
+    return m_connected ? ErrorNone : KnownFailure();
+}
+
+int CTcpClient::KnownFailure() const {
+    const bool isRecent = Clock::now() - m_failedAt < m_context.settings.retryPause;
+    return m_silent || isRecent ? m_failure : ErrorNone;
+}
+
+int CTcpClient::ConnectForSend(Lock& lock, Clock::time_point deadline) {
+    m_isForSend = true;
+    if (!m_attempting) {
+        Attempt(false);
+    }
+    SetPatience(m_attemptAt + m_context.settings.joinPause);
+    const int error = WaitForAttempt(lock, deadline);
+    SetPatience(Clock::time_point::max());
+    return error;
+}
+
 void CTcpClient::Close() {
     const Lock lock(m_mutex);
     m_closed = true;
+    ++m_step;
+    m_timer.cancel();
+    SetSilent(false);
     Drop();
     m_changed.notify_all();
 }
 
-int CTcpClient::RecentFailure() const {
-    return Clock::now() - m_failedAt < m_context.settings.retryPause ? m_failure : ErrorNone;
-}
-
-int CTcpClient::Connect(Lock& lock, Clock::time_point deadline) {
-    const int error = ConnectToHost(lock, deadline);
-    if (error == ErrorCut) {
-        return error;
-    }
-    m_failure = error;
-    if (error == ErrorNone) {
-        m_log.Note("connected");
-    } else {
-        m_failedAt = Clock::now();
-        m_log.Failed("can't connect", error);
-    }
-    return error;
-}
-
-int CTcpClient::ConnectToHost(Lock& lock, Clock::time_point deadline) {
-    if (!IsPort(m_record.dstPort, false)) {
-        return ErrorNoAddress;
-    }
-    std::vector<boost::asio::ip::address> addresses;
-    int error = Resolve(lock, m_record.dstIpAddress, deadline, addresses);
-    if (error != ErrorNone) {
-        return error;
-    }
-    error = ErrorNoHost;
-    for (std::size_t i = 0; i < addresses.size(); ++i) {
-        // Each address gets its share of the time, so that a dead first one leaves some for the others.
-        const auto now = Clock::now();
-        const auto share = (deadline - now) / static_cast<Clock::rep>(addresses.size() - i);
-        const auto port = static_cast<std::uint16_t>(m_record.dstPort);
-        error = ConnectTo(lock, tcp::endpoint(addresses[i], port), now + share);
-        if (error == ErrorNone || error == ErrorCut) {
-            break;
-        }
-    }
-    return error;
-}
-
-int CTcpClient::OpenSocket(const tcp::endpoint& device) {
-    m_link = std::make_unique<CTcpLink>(tcp::socket(m_context.io));
-    tcp::socket& socket = m_link->GetSocket();
-    boost::system::error_code code;
-    socket.open(device.protocol(), code);
-    if (code) {
-        return SocketError(code);
-    }
-    if (const int error = m_link->Prepare(); error != ErrorNone) {
-        return error;
-    }
-    const bool anyAddress = IsAnyAddress(m_record.ipAddress);
-    if (anyAddress && m_record.port == 0) {
-        return ErrorNone;
-    }
-    if (!IsPort(m_record.port, true)) {
-        return ErrorNoAddress;
-    }
-    tcp::endpoint local(device.protocol(), static_cast<std::uint16_t>(m_record.port));
-    if (!anyAddress) {
-        local.address(boost::asio::ip::make_address(m_record.ipAddress, code));
-        if (code || local.protocol() != device.protocol()) {
-            return ErrorNoAddress;
-        }
-    }
-    if (m_record.port != 0) {
-        // A fixed local port must serve the next connection at once: no state is left behind by either end.
-        socket.set_option(boost::asio::socket_base::reuse_address(true), code);
-        if (!code) {
-            socket.set_option(boost::asio::socket_base::linger(true, 0), code);
-        }
-    }
-    if (!code) {
-        socket.bind(local, code);
-    }
-    return SocketError(code);
-}
-
-int CTcpClient::ConnectTo(Lock& lock, const tcp::endpoint& device, Clock::time_point deadline) {
-    const auto generation = ++m_generation;
-    int error = OpenSocket(device);
-    if (error == ErrorNone) {
-        m_connectResult.reset();
-        m_link->GetSocket().async_connect(
-            device, [self = shared_from_this(), this, generation](const boost::system::error_code& code) {
-                const Lock connected(m_mutex);
-                if (generation == m_generation) {
-                    m_connectResult = SocketError(code);
-                    m_changed.notify_all();
-                }
-            });
-        error = WaitUntil(lock, deadline, [this] { return m_connectResult.has_value(); });
-        if (error == ErrorCut) {
-            return error;
-        }
-        if (error == ErrorNone) {
-            error = *m_connectResult;
-        }
-    }
-    if (error == ErrorNone) {
-        // A closed port of the ephemeral range on this machine can connect to itself.
-        boost::system::error_code code;
-        tcp::socket& socket = m_link->GetSocket();
-        const bool itself = socket.local_endpoint(code) == socket.remote_endpoint(code);
-        error = code ? SocketError(code) : itself ? ErrorRefused : ErrorNone;
-    }
-    if (error != ErrorNone) {
-        Drop();
-        return error;
-    }
-    m_connected = true;
-    m_connectedAt = Clock::now();
-    m_used = false;
-    Watch();
-    return ErrorNone;
-}
-
 int CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken) {
+    const auto generation = m_generation;
     std::string_view rest = bytes;
     for (;;) {
+        const std::size_t before = rest.size();
         int error = m_link->Write(rest);
         taken = rest.size() < bytes.size();
         if (error != ErrorNone) {
@@ -210,13 +119,16 @@ int CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point dead
             m_used = true;
             return ErrorNone;
         }
+        if (rest.size() < before) {
+            SetPatience(Clock::now() + m_context.settings.stallPause);
+        }
         m_writable = false;
-        m_link->WhenWritable([self = shared_from_this(), this, generation = m_generation] {
+        m_link->WhenWritable([self = shared_from_this(), this, generation] {
             const Lock writable(m_mutex);
             m_writable = m_writable || generation == m_generation;
             m_changed.notify_all();
         });
-        error = WaitUntil(lock, deadline, [this] { return m_writable || !m_connected; });
+        error = WaitUntil(lock, deadline, [&] { return m_writable || generation != m_generation; });
         if (error == ErrorTimedOut) {
             Drop();
             m_log.Failed("the device takes no more data, connection closed", error);
@@ -224,8 +136,8 @@ int CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point dead
         if (error != ErrorNone) {
             return error;
         }
-        if (!m_connected) {
-            return m_lostError;
+        if (generation != m_generation) {
+            return m_lostError;  // there may be another connection by now
         }
     }
 }

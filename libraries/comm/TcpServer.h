@@ -35,7 +35,7 @@ class CTcpServer final : public CNetPort {
         bool writable = false;
         bool expected = false;  ///< the handler of its link is about to come
     };
-    using Addresses = std::vector<boost::asio::ip::address>;
+    bool IsIdle() const override { return !m_acceptor.is_open(); }
 
     int Listen();
     int TryListen();

@@ -2,6 +2,8 @@
 
 #include "libraries/comm/EndPoint.h"
 
+#include <algorithm>
+
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/multicast.hpp>
 #include <boost/asio/ip/v6_only.hpp>
@@ -38,7 +40,7 @@ int CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
         return ErrorNoAddress;
     }
     const auto deadline = Deadline();
-    std::vector<boost::asio::ip::address> addresses;
+    Addresses addresses;
     {
         Lock lock(m_mutex);
         if (const int error = Resolve(lock, record.dstIpAddress, deadline, addresses); error != ErrorNone) {
@@ -49,15 +51,33 @@ int CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
     if (turn.Error() != ErrorNone) {
         return turn.Error();
     }
-    const Udp::endpoint destination(addresses.front(), static_cast<std::uint16_t>(record.dstPort));
-    if (const int error = Bind(destination.address().is_v6()); error != ErrorNone) {
-        return error;
+    int error = Choose(addresses);
+    for (const auto& address : addresses) {
+        const Udp::endpoint destination(address, static_cast<std::uint16_t>(record.dstPort));
+        error = SendToAddress(turn.GetLock(), destination, bytes, deadline);
+        if (error == ErrorNone || error == ErrorCut) {
+            return error;
+        }
     }
-    const int error = SendTo(turn.GetLock(), destination, bytes, deadline);
-    if (error != ErrorNone && error != ErrorCut) {
-        m_log.Failed("can't send to " + record.dstIpAddress, error);
-    }
+    m_log.Failed("can't send to " + record.dstIpAddress, error);
     return error;
+}
+
+int CUdpPort::Choose(Addresses& addresses) const {
+    const auto local = Literal(m_record.ipAddress);
+    const bool v6 = local && local->is_v6();
+    if (!IsAnyAddress(m_record.ipAddress)) {
+        std::erase_if(addresses, [v6](const auto& address) { return address.is_v6() != v6; });
+    }
+    std::stable_partition(addresses.begin(), addresses.end(),
+                          [v6](const auto& address) { return address.is_v6() == v6; });
+    return addresses.empty() ? ErrorNoAddress : ErrorNone;
+}
+
+int CUdpPort::SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                            Clock::time_point deadline) {
+    const int error = Bind(destination.address().is_v6());
+    return error == ErrorNone ? SendTo(lock, destination, bytes, deadline) : error;
 }
 
 void CUdpPort::Close() {

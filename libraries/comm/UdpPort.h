@@ -25,6 +25,15 @@ class CUdpPort final : public CNetPort {
   private:
     using Udp = boost::asio::ip::udp;
 
+    bool IsIdle() const override { return !m_sockets[0] && !m_sockets[1]; }
+
+    /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */
+    int Choose(Addresses& addresses) const;
+
+    /** Sends to one address, in the turn of a call. */
+    int SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                      Clock::time_point deadline);
+
     /** Binds the socket for a destination of that version. */
     int Bind(bool v6);
     int TryBind(Udp::socket& socket, bool v6) const;

@@ -4,6 +4,7 @@
 #include "simulation/Socket.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 /** A library with a short bound, and what the tests of its network ports share. */
@@ -15,7 +16,9 @@ struct CommFixture {
         return settings;
     }
 
-    explicit CommFixture(const comm::SCommSettings& settings = Settings()) : registry(settings) {}
+    explicit CommFixture(const comm::SCommSettings& settings = Settings(),
+                         comm::CNameResolver::Ask ask = comm::AskSystem)
+        : registry(settings, std::move(ask)) {}
 
     static SNetPortConfig Client(int port, const std::string& address = "127.0.0.1") {
         return {"device", "", address, 0, port, NetModeTcpClient};

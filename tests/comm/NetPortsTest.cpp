@@ -14,6 +14,7 @@ TEST(NetPorts, TellWhatCannotBeDone) {
     const simulation::SilentDevice silent;
     const simulation::Socket taken = simulation::Socket::Listen();
     const simulation::Socket bound = simulation::Socket::Udp();
+    const std::string endless(255, 'a');
     struct SCase {
         const char* name;
         SNetPortConfig record;
@@ -30,6 +31,9 @@ TEST(NetPorts, TellWhatCannotBeDone) {
         {"client, impossible name", CommFixture::Client(closed, "a..b"), 11001, 11001},
         {"server, nobody there", CommFixture::Server(spare), 0, 10057},
         {"server, port in use", CommFixture::Server(taken.LocalPort()), 10048, 10048},
+        {"client, endless name", CommFixture::Client(closed, endless), 11001, 11001},
+        {"server, endless name", CommFixture::Server(spare, endless), 11001, 11001},
+        {"UDP, endless local", {"", endless, "127.0.0.1", 0, closed, NetModeUdp}, 10049, 10049},
         {"UDP, closed port", CommFixture::Udp(0, closed), 0, 0},
         {"UDP, IPv6", CommFixture::Udp(0, closed, "::1"), 0, 0},
         {"UDP, broadcast", CommFixture::Udp(0, closed, "127.255.255.255"), 0, 0},
@@ -45,6 +49,19 @@ TEST(NetPorts, TellWhatCannotBeDone) {
     EXPECT_EQ(comm.Send(CommFixture::Client(closed), ""), 0);
     EXPECT_EQ(comm.registry.SendNet(CommFixture::Client(closed), "4G", false, 0), 13);
     EXPECT_EQ(comm.Send(CommFixture::Udp(0, closed), std::string(65508, 'x')), 10040);
+}
+
+TEST(NetPorts, AreForgottenWhenTheyAreRefused) {
+    CommFixture comm;
+    const simulation::Socket taken = simulation::Socket::Listen();
+    const simulation::Socket bound = simulation::Socket::Udp();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(comm.Open(CommFixture::Client(simulation::FreePort())), 10061);
+        EXPECT_EQ(comm.Open(CommFixture::Server(taken.LocalPort())), 10048);
+        EXPECT_EQ(comm.Open(CommFixture::Udp(bound.LocalPort(), 1 + i)), 10048);
+        EXPECT_EQ(comm.registry.CheckSerial({"", "COM999" + std::to_string(i)}), 2);
+    }
+    EXPECT_EQ(comm.registry.PortCount(), 0U);
 }
 
 TEST(NetPorts, StayOpenForARecordThatSpellsTheSameEndPointOtherwise) {

@@ -1,6 +1,7 @@
 #include "tests/server/RecordingComManager.h"
 
 #include "platform/ComManager.h"
+#include "platform/VainWaits.h"
 #include "userdata/UserData.h"
 
 namespace {
@@ -31,6 +32,11 @@ void Record(const std::string& call) {
     Calls().push_back(call + " {" + names + "}");
 }
 
+/** A command must not wait for dead devices without a bound for the whole click. */
+std::string Bounded() {
+    return CVainWaits::OfThread() != nullptr ? "" : " without a bound";
+}
+
 }  // namespace
 
 std::vector<std::string> TakePortCalls() {
@@ -56,14 +62,14 @@ bool CComManager::CheckSerial(SSerialPortConfig& config) {
 
 int CComManager::SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode) {
     Calls().push_back("SendNetData " + NameOf(config) + " " + content + (isText ? " text " : " hex ") +
-                      std::to_string(asciiEncode));
+                      std::to_string(asciiEncode) + Bounded());
     return IsRefused(config) ? kRefusedError : 0;
 }
 
 int CComManager::SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
                                 int asciiEncode) {
     Calls().push_back("SendSerialData " + config.comPort + " " + content + (isText ? " text " : " hex ") +
-                      std::to_string(asciiEncode));
+                      std::to_string(asciiEncode) + Bounded());
     return config.comPort == "COM1" ? 2 : 0;
 }
 

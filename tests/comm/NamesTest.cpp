@@ -1,0 +1,159 @@
+// Host names, with a name server that a test plays.
+
+#include "CommFixture.h"
+#include "simulation/Equipment.h"
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using simulation::milliseconds;
+
+/** Answers for all names alike; counts the questions. */
+class NameServer {
+  public:
+    void Answer(std::vector<const char*> addresses) {
+        const std::lock_guard lock(m_mutex);
+        m_result.addresses.clear();
+        for (const char* address : addresses) {
+            m_result.addresses.push_back(boost::asio::ip::make_address(address));
+        }
+        m_result.error = addresses.empty() ? 11001 : 0;
+    }
+
+    /** Questions from now on hang until it goes. */
+    std::promise<void> Hang() {
+        std::promise<void> end;
+        const std::lock_guard lock(m_mutex);
+        m_hanging = end.get_future().share();
+        return end;
+    }
+
+    comm::CNameResolver::Ask Ask() {
+        return [this](const std::string&) {
+            std::unique_lock lock(m_mutex);
+            ++m_questions;
+            const comm::SResolved result = m_result;
+            const auto hanging = m_hanging;
+            lock.unlock();
+            if (hanging.valid()) {
+                hanging.wait();
+            }
+            return result;
+        };
+    }
+
+    int Questions() const { return m_questions; }
+
+  private:
+    std::mutex m_mutex;
+    comm::SResolved m_result;
+    std::shared_future<void> m_hanging;
+    std::atomic<int> m_questions = 0;
+};
+
+comm::SCommSettings Settings() {
+    comm::SCommSettings settings = CommFixture::Settings(milliseconds(2000));
+    settings.joinPause = milliseconds(50);
+    return settings;
+}
+
+TEST(Names, GiveTheAddressesThatAUdpSocketCanReachOneAfterTheOther) {
+    struct SCase {
+        const char* name;
+        const char* local;
+        std::vector<const char*> addresses;
+        int sent;
+    };
+    const std::vector<SCase> cases = {
+        {"the family of the local address", "127.0.0.1", {"::1", "127.0.0.1"}, 0},
+        {"IPv4 first", "", {"::1", "127.0.0.1"}, 0},
+        {"the next where one can't be reached", "127.0.0.1", {"192.0.2.1", "127.0.0.1"}, 0},
+        {"none of the family", "127.0.0.1", {"::1"}, 10049},
+    };
+    for (const auto& [name, local, addresses, sent] : cases) {
+        NameServer server;
+        server.Answer(addresses);
+        CommFixture comm(Settings(), server.Ask());
+        const simulation::UdpListener device;
+        SNetPortConfig record = CommFixture::Udp(0, device.Port(), "device");
+        record.ipAddress = local;
+        ASSERT_EQ(comm.Send(record, "a"), sent) << name;
+        if (sent == 0) {
+            EXPECT_EQ(device.Received().WaitBytes(1), "a") << name;
+        }
+    }
+}
+
+TEST(Names, KeepTheirLastAddressWhileNobodyCanTellAnother) {
+    NameServer server;
+    comm::SCommSettings settings = Settings();
+    settings.resolvedAge = settings.resolvePause = milliseconds(0);
+    server.Answer({"127.0.0.1"});
+    CommFixture comm(settings, server.Ask());
+    const simulation::UdpListener datagrams;
+    const simulation::TcpListener connections;
+    const SNetPortConfig records[] = {CommFixture::Udp(0, datagrams.Port(), "device"),
+                                      CommFixture::Client(connections.Port(), "device")};
+    const auto expectSent = [&](const char* why) {
+        for (const SNetPortConfig& record : records) {
+            EXPECT_EQ(comm.Send(record, "a"), 0) << why << record.netMode;
+            comm.registry.DeleteTcp(record);
+        }
+    };
+    expectSent("known");
+    server.Answer({});
+    expectSent("the name server failed");
+    std::promise<void> end = server.Hang();
+    const auto begin = comm::Clock::now();
+    expectSent("the name server hangs");
+    EXPECT_LT(comm::Clock::now() - begin, settings.bound);
+    end.set_value();
+    EXPECT_EQ(datagrams.Received().WaitBytes(3) + connections.Received().WaitBytes(3), "aaaaaa");
+}
+
+TEST(Names, AreNotLookedUpByEachClickAndNotKeptForEver) {
+    NameServer server;
+    server.Answer({});
+    comm::SCommSettings settings = Settings();
+    settings.maxNames = 3;
+    {
+        CommFixture comm(settings, server.Ask());
+        const auto send = [&](const std::string& name) {
+            EXPECT_EQ(comm.Send(CommFixture::Udp(0, 9, name), "a"), 11001);
+        };
+        for (int click = 0; click < 5; ++click) {
+            send("first");
+        }
+        EXPECT_EQ(server.Questions(), 1) << "a failed look-up rests";
+        for (const char* name : {"second", "third", "fourth", "first"}) {
+            send(name);
+        }
+        EXPECT_EQ(server.Questions(), 5) << "the fourth name took the place of the first";
+    }
+    CommFixture comm(settings, server.Ask());
+    std::promise<void> end = server.Hang();
+    std::vector<std::future<int>> clicks(4);
+    for (auto& click : clicks) {
+        click =
+            std::async(std::launch::async, [&] { return comm.Send(CommFixture::Udp(0, 9, "hangs"), "a"); });
+    }
+    const auto ready = [&] {
+        return std::count_if(clicks.begin(), clicks.end(), [](const auto& click) {
+            return click.wait_for(milliseconds(0)) == std::future_status::ready;
+        });
+    };
+    EXPECT_TRUE(simulation::WaitUntil([&] { return ready() >= 3; }, settings.bound / 2)) << "one waits";
+    for (auto& click : clicks) {
+        EXPECT_EQ(click.get(), 10060);
+    }
+    end.set_value();
+}
+
+}  // namespace

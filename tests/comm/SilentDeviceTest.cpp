@@ -1,0 +1,130 @@
+// What a device that lets one wait costs the others.
+
+#include "CommFixture.h"
+#include "platform/VainWaits.h"
+#include "simulation/Equipment.h"
+
+#include <algorithm>
+#include <future>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using simulation::milliseconds;
+using simulation::SilentDevice;
+using simulation::Socket;
+
+constexpr milliseconds kBound(2000);
+
+comm::SCommSettings Settings() {
+    comm::SCommSettings settings = CommFixture::Settings(kBound);
+    settings.joinPause = settings.stallPause = milliseconds(100);
+    settings.probePause = settings.longestProbePause = milliseconds(50);
+    return settings;
+}
+
+bool IsReady(const std::future<int>& call) {
+    return call.wait_for(milliseconds(0)) == std::future_status::ready;
+}
+
+TEST(SilentDevice, HoldsOneCallAndFailsAtOnceUntilItAnswers) {
+    CommFixture comm(Settings());
+    SilentDevice device;
+    const simulation::TcpListener live;
+    const auto record = CommFixture::Client(device.Port());
+    std::vector<std::future<int>> clicks(4);
+    for (auto& click : clicks) {
+        click = std::async(std::launch::async, [&] { return comm.Send(record, "a"); });
+    }
+    EXPECT_EQ(comm.Send(CommFixture::Client(live.Port()), "click"), 0);
+    EXPECT_EQ(live.Received().WaitBytes(5), "click");
+    const auto ready = [&] { return std::count_if(clicks.begin(), clicks.end(), IsReady); };
+    EXPECT_TRUE(simulation::WaitUntil([&] { return ready() >= 3; }, kBound / 2));
+    EXPECT_EQ(ready(), 3) << "one waits";
+    for (auto& click : clicks) {
+        EXPECT_EQ(click.get(), 10060);
+    }
+    const auto begin = comm::Clock::now();
+    while (comm::Clock::now() - begin < 2 * Settings().retryPause) {
+        ASSERT_EQ(comm.Send(record, "a"), 10060);
+    }
+    EXPECT_LT(comm::Clock::now() - begin, kBound) << "a click had to wait";
+
+    device.Wake();
+    Socket peer = device.Accept();  // without a click
+    EXPECT_TRUE(simulation::WaitUntil([&] { return comm.Send(record, "click") == 0; }));
+    EXPECT_EQ(peer.Receive(), "click");
+}
+
+TEST(SilentDevice, IsLeftAloneUntilAClickMeetsItAndAfterItsRecordIsDeleted) {
+    for (const bool isUsed : {false, true}) {
+        comm::SCommSettings settings = Settings();
+        settings.bound = milliseconds(200);
+        CommFixture comm(settings);
+        SilentDevice device;
+        const auto record = CommFixture::Client(device.Port());
+        EXPECT_EQ(comm.Open(record), 10060);
+        EXPECT_EQ(comm.registry.PortCount(), 0U);
+        if (isUsed) {
+            EXPECT_EQ(comm.Send(record, "a"), 10060);
+            EXPECT_EQ(comm.Open(record), 10060) << "tried for as long as any other";
+            comm.registry.DeleteTcp(record);
+        }
+        device.Wake();
+        EXPECT_FALSE(device.IsTried(milliseconds(200))) << isUsed;
+        EXPECT_EQ(comm.Open(record), 0) << isUsed;
+    }
+}
+
+TEST(SilentDevice, IsOpenedAtOnceWhenItAnswersAgain) {
+    CommFixture comm(Settings());
+    SilentDevice device;
+    const auto record = CommFixture::Client(device.Port());
+    {
+        const CVainWaits waits(milliseconds(1));
+        EXPECT_EQ(comm.Send(record, "a"), 10060);
+    }
+    auto opening = std::async(std::launch::async, [&] { return comm.Open(record); });
+    device.Wake();
+    EXPECT_EQ(opening.get(), 0) << "joined the attempt of the click, or made its own";
+}
+
+TEST(SilentDevice, ThatStopsReadingHoldsOneCall) {
+    CommFixture comm(Settings());
+    Socket listener = Socket::Listen();
+    const auto record = CommFixture::Client(listener.LocalPort());
+    auto stuck = std::async(std::launch::async, [&] { return comm.Send(record, std::string(1 << 22, 'x')); });
+    Socket peer = listener.Accept();
+    EXPECT_TRUE(
+        simulation::WaitUntil([&] { return comm.Send(record, "") == 0 && peer.WaitReadable(kBound); }));
+    EXPECT_EQ(comm.Send(record, "a"), 10060);
+    EXPECT_FALSE(IsReady(stuck)) << "had to wait for the command that is stuck";
+    EXPECT_EQ(stuck.get(), 10060);
+}
+
+TEST(SilentDevice, CostsARunOfCommandsNoMoreThanItsBound) {
+    comm::SCommSettings settings = Settings();
+    settings.bound = milliseconds(1000);
+    CommFixture comm(settings);
+    const SilentDevice device;
+    const simulation::TcpListener live;
+    const auto begin = comm::Clock::now();
+    {
+        const CVainWaits waits(milliseconds(2000));
+        for (int i = 1; i <= 20; ++i) {
+            auto record = CommFixture::Client(device.Port());
+            record.ipAddress = "127.0.0." + std::to_string(i);  // each a device of its own
+            EXPECT_EQ(comm.Send(record, "a"), 10060) << i;
+        }
+        // All time is used up: a device that is not connected yet may have to be clicked again.
+        EXPECT_TRUE(
+            simulation::WaitUntil([&] { return comm.Send(CommFixture::Client(live.Port()), "1") == 0; }));
+    }
+    EXPECT_LT(comm::Clock::now() - begin, milliseconds(10000)) << "twenty waits";
+    EXPECT_EQ(live.Received().WaitBytes(1), "1");
+}
+
+}  // namespace
