@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -63,6 +63,16 @@ void ReopenNetPorts() {
     for (const auto& row : ports) {
         configs.push_back(row.second);
     }
+    if (configs.empty()) {
+        return;
+    }
+    try {
+        CComManager::getInstance();  // built here: an exception in an opener would end the process
+    } catch (const std::exception& error) {
+        RavLog::WriteSystemLog(RavLog::Error, "ports",
+                               std::string("no port is opened before its first command: ") + error.what());
+        return;
+    }
     std::atomic<std::size_t> next = 0;
     const auto openPorts = [&configs, &next] {
         for (std::size_t i = next++; i < configs.size(); i = next++) {
@@ -74,7 +84,7 @@ void ReopenNetPorts() {
         for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
             openers.emplace_back(openPorts);
         }
-    } catch (const std::system_error& error) {
+    } catch (const std::exception& error) {
         RavLog::WriteSystemLog(RavLog::Warn, "ports",
                                std::string("not all ports are opened side by side: ") + error.what());
     }

@@ -1,6 +1,7 @@
 // What the interface and command routes ask of the port library, in which order, and what is stored at that
 // moment.
 
+#include "device/PortContract.h"
 #include "server/ClientsManager.h"
 #include "server/RouterMgr.h"
 #include "simulation/Machine.h"
@@ -99,6 +100,12 @@ TEST_F(PortOrder, AnInterfaceIsTriedBeforeItIsStored) {
         {"settings taken", RouterMgr::AddComInfo, Add(Serial("X", "COM7")), 30306, {}},
         {"a key is missing", RouterMgr::AddNetPortInfo, R"({"data":{"info":{"netMode":"UDP"}}})", 30101, {}},
         {"no info", RouterMgr::AddNetPortInfo, R"({"data":null})", 30101, {}},
+        {"name too long", RouterMgr::AddNetPortInfo, Add(Net(std::string(4097, 'X'), 104)), 30101, {}},
+        {"name of a line too long",
+         RouterMgr::AddComInfo,
+         Add(Serial(std::string(4097, 'X'), "COM9")),
+         30101,
+         {}},
         {"data is a number", RouterMgr::AddComInfo, R"({"data":5})", 30101, {}},
         {"only the name changes",
          RouterMgr::EditNetPortInfo,
@@ -247,6 +254,17 @@ TEST_F(PortOrder, AClickSendsItsCommandsInOrder) {
     EXPECT_THAT(fire(R"([{"triggerType":"dead"}])")["message"].get<std::string>(),
                 testing::StartsWith("Dead发送On失败,原因:10061"));
     TakePortCalls();
+}
+
+TEST_F(PortOrder, APortLibraryThatCannotBeBuiltDoesNotEndTheStart) {
+    Added(RouterMgr::AddNetPortInfo, Net("A", 101));
+    Added(RouterMgr::AddNetPortInfo, Net("B", 102));
+    LetPortLibraryFail(true);
+    EXPECT_NO_THROW(ReopenNetPorts());
+    EXPECT_EQ(Post(RouterMgr::AddNetPortInfo, Add(Net("C", 103)))["code"], 30101);
+    LetPortLibraryFail(false);
+    EXPECT_EQ(Post(RouterMgr::AddNetPortInfo, Add(Net("C", 103)))["code"], 20000);
+    EXPECT_EQ(TakePortCalls(), Calls({"InitNetSocket 103 {A,B}"}));
 }
 
 }  // namespace

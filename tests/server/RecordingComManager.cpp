@@ -4,7 +4,12 @@
 #include "platform/VainWaits.h"
 #include "userdata/UserData.h"
 
+#include <atomic>
+#include <system_error>
+
 namespace {
+
+std::atomic<bool> g_fails = false;
 
 std::vector<std::string>& Calls() {
     static std::vector<std::string> calls;
@@ -45,7 +50,14 @@ std::vector<std::string> TakePortCalls() {
 
 CComManager::CComManager() = default;
 
+void LetPortLibraryFail(bool fails) {
+    g_fails = fails;
+}
+
 CComManager* CComManager::getInstance() {
+    if (g_fails) {
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    }
     static CComManager manager;
     return &manager;
 }
