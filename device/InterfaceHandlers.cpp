@@ -15,6 +15,33 @@ namespace {
 constexpr int kReplaced = 0;  // RemoveInterface: a new record is stored under the id at once
 constexpr int kDeleted = 1;   // RemoveInterface: the interface is gone, and its commands with it
 
+/** Longest name of an interface in bytes; far more than a page can show. */
+constexpr std::size_t kLongestName = 4096;
+
+/** Reads a network interface from a request. @return false when it can't be stored */
+bool ReadNetPort(const nlohmann::json& info, SNetPortConfig& config, SRequestTrace& trace) {
+    if (!ParseNetPortRequest(info, config)) {
+        return false;
+    }
+    if (config.netPortName.size() > kLongestName) {
+        trace.detail = "the interface's name is too long";
+        return false;
+    }
+    return true;
+}
+
+/** Reads a serial interface from a request. @return false when it can't be stored */
+bool ReadSerialPort(const nlohmann::json& info, SSerialPortConfig& config, SRequestTrace& trace) {
+    if (!ParseSerialPortRequest(info, config)) {
+        return false;
+    }
+    if (config.comName.size() > kLongestName) {
+        trace.detail = "the interface's name is too long";
+        return false;
+    }
+    return true;
+}
+
 /** Closes the TCP connection of an abandoned record, unless an interface still has its end points. */
 void CloseIfUnused(SNetPortConfig& old) {
     if (old.netMode != NetModeUdp && !CUserData::GetInstance().IsNetConfigDuplicate(old, false, 0)) {
@@ -40,7 +67,7 @@ int TakeNodeId() {
 int AddNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
     const int nodeId = TakeNodeId();
     SNetPortConfig config;
-    if (!ParseNetPortRequest(body["data"]["info"], config)) {
+    if (!ReadNetPort(body["data"]["info"], config, trace)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);
     }
     const EnResponseCode conflict = CheckNetPortConflict(config, false, nodeId);
@@ -58,7 +85,7 @@ int AddNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trac
 int AddSerialPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
     const int nodeId = TakeNodeId();
     SSerialPortConfig config;
-    if (!ParseSerialPortRequest(body["data"]["info"], config)) {
+    if (!ReadSerialPort(body["data"]["info"], config, trace)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);
     }
     const EnResponseCode conflict = CheckSerialPortConflict(config, false, nodeId);
@@ -76,7 +103,7 @@ int EditNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& tra
     nlohmann::json& data = body["data"];
     const int nodeId = JsonToInt32(data["nodeId"]);
     SNetPortConfig config;
-    if (!ParseNetPortRequest(data["info"], config)) {
+    if (!ReadNetPort(data["info"], config, trace)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);
     }
     CUserData& userData = CUserData::GetInstance();
@@ -102,7 +129,7 @@ int EditSerialPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& 
     nlohmann::json& data = body["data"];
     const int nodeId = JsonToInt32(data["nodeId"]);
     SSerialPortConfig config;
-    if (!ParseSerialPortRequest(data["info"], config)) {
+    if (!ReadSerialPort(data["info"], config, trace)) {
         return RouterMgr::Respond(response, CodeBadRequest, trace);
     }
     CUserData& userData = CUserData::GetInstance();
