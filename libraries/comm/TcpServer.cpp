@@ -2,6 +2,7 @@
 
 #include "libraries/comm/EndPoint.h"
 #include "libraries/comm/SocketOptions.h"
+#include "libraries/comm/TcpDelivery.h"
 
 #include <algorithm>
 
@@ -28,29 +29,32 @@ int CTcpServer::Open(const SNetPortConfig& record) {
 
 int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
+    Lock lock(m_mutex);
+    if (m_closed) {
+        return ErrorCut;
+    }
+    Use(record);
     Addresses meant;
     if (!IsAnyAddress(record.dstIpAddress)) {
-        Lock lock(m_mutex);
-        if (const int error = Resolve(lock, record.dstIpAddress, deadline, meant); error != ErrorNone) {
+        const int error = Resolve(lock, record.dstIpAddress, deadline, meant);
+        if (!IsUser(record)) {
+            return ErrorCut;  // it was released meanwhile, and must not open anything again
+        }
+        if (error != ErrorNone) {
             return error;
         }
     }
-    CTurn turn(*this, deadline);
-    if (turn.Error() != ErrorNone) {
-        return turn.Error();
-    }
-    Use(record);
     if (const int error = Listen(); error != ErrorNone) {
         return error;
     }
     std::set<std::uint64_t> targets = Targets(meant);
-    if (LookAndWait(turn.GetLock(), targets) == ErrorCut) {
+    if (LookAndWait(lock, targets) == ErrorCut) {
         return ErrorCut;
     }
     if (targets.empty()) {
         return ErrorNotConnected;
     }
-    return WriteToAll(turn.GetLock(), std::move(targets), bytes, deadline);
+    return CDelivery(*this, targets, bytes).Run(lock, deadline);
 }
 
 void CTcpServer::Close() {
@@ -65,6 +69,9 @@ void CTcpServer::Close() {
 
 int CTcpServer::Listen() {
     if (m_acceptor.is_open()) {
+        if (!m_accepting) {
+            Accept();  // there was no memory for it before
+        }
         return ErrorNone;
     }
     const int error = TryListen();
@@ -102,6 +109,9 @@ int CTcpServer::TryListen() {
         SetListenerReuse(m_acceptor, code);
     }
     if (!code) {
+        m_acceptor.non_blocking(true, code);
+    }
+    if (!code) {
         m_acceptor.bind(local, code);
     }
     if (!code) {
@@ -110,25 +120,41 @@ int CTcpServer::TryListen() {
     return SocketError(code);
 }
 
+// The library's own accepting takes memory before it calls its handler, and drops the handler when there is
+// none.
 void CTcpServer::Accept() {
-    m_acceptor.async_accept(
-        [self = shared_from_this(), this](const boost::system::error_code& code, tcp::socket socket) {
-            const Lock lock(m_mutex);
-            if (m_closed) {
-                return;
-            }
-            OnAccepted(code, socket);
-        });
+    m_acceptor.async_wait(tcp::acceptor::wait_read,
+                          [self = shared_from_this(), this](const boost::system::error_code& code) {
+                              const Lock lock(m_mutex);
+                              if (m_closed) {
+                                  return;
+                              }
+                              m_accepting = false;
+                              try {
+                                  OnDevice(code);
+                              } catch (const std::exception&) {
+                                  if (!m_accepting) {
+                                      AcceptLater();
+                                  }
+                              }
+                          });
+    m_accepting = true;
 }
 
-void CTcpServer::OnAccepted(const boost::system::error_code& code, tcp::socket& socket) {
-    if (code && code != boost::asio::error::connection_aborted) {
-        m_log.Failed("can't accept a connection", SocketError(code));
+void CTcpServer::OnDevice(boost::system::error_code code) {
+    tcp::socket socket(m_context.io);
+    if (!code) {
+        m_acceptor.accept(socket, code);
+    }
+    const bool isNobody = code == boost::asio::error::connection_aborted ||
+                          code == boost::asio::error::would_block || code == boost::asio::error::interrupted;
+    if (code && !isNobody) {
         AcceptLater();
+        m_log.Failed("can't accept a connection", SocketError(code));
         return;
     }
     Accept();
-    if (code) {
+    if (isNobody) {
         return;
     }
     boost::system::error_code gone;
@@ -154,10 +180,13 @@ void CTcpServer::AcceptLater() {
     m_pause.expires_after(m_context.settings.acceptPause);
     m_pause.async_wait([self = shared_from_this(), this](const boost::system::error_code&) {
         const Lock lock(m_mutex);
-        if (!m_closed) {
-            Accept();
+        if (m_closed) {
+            return;
         }
+        m_accepting = false;  // should it fail again, the next command does it
+        Accept();
     });
+    m_accepting = true;
 }
 
 void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
@@ -227,76 +256,6 @@ std::set<std::uint64_t> CTcpServer::Targets(const Addresses& meant) const {
         }
     }
     return targets;
-}
-
-int CTcpServer::WriteToAll(Lock& lock, std::set<std::uint64_t> targets, std::string_view bytes,
-                           Clock::time_point deadline) {
-    for (const auto id : targets) {
-        m_peers.at(id).rest = bytes;
-        m_peers.at(id).writable = true;
-    }
-    int lastError = ErrorNone;
-    int served = WriteOn(targets, lastError);
-    while (!targets.empty()) {
-        const int error = WaitUntil(lock, deadline, [&] { return AnyWritable(targets); });
-        if (error == ErrorCut) {
-            return error;
-        }
-        if (error == ErrorTimedOut) {
-            for (const auto id : targets) {
-                Forget(id, "takes no more data, connection closed", error);
-            }
-            lastError = error;
-            break;
-        }
-        served += WriteOn(targets, lastError);
-    }
-    return served > 0 ? ErrorNone : lastError;
-}
-
-int CTcpServer::WriteOn(std::set<std::uint64_t>& laggards, int& lastError) {
-    int served = 0;
-    for (auto at = laggards.begin(); at != laggards.end();) {
-        const auto id = *at;
-        const auto found = m_peers.find(id);
-        if (found == m_peers.end()) {
-            lastError = ErrorReset;  // it went while it was waited for
-            at = laggards.erase(at);
-            continue;
-        }
-        SPeer& peer = found->second;
-        if (!peer.writable) {
-            ++at;
-            continue;
-        }
-        const int error = peer.link.Write(peer.rest);
-        if (error != ErrorNone) {
-            lastError = error;
-            Forget(id, "connection lost", error);
-            at = laggards.erase(at);
-        } else if (peer.rest.empty()) {
-            ++served;
-            at = laggards.erase(at);
-        } else {
-            peer.writable = false;
-            peer.link.WhenWritable([self = shared_from_this(), this, id] {
-                const Lock lock(m_mutex);
-                if (const auto waiting = m_peers.find(id); waiting != m_peers.end()) {
-                    waiting->second.writable = true;
-                    m_changed.notify_all();
-                }
-            });
-            ++at;
-        }
-    }
-    return served;
-}
-
-bool CTcpServer::AnyWritable(const std::set<std::uint64_t>& laggards) const {
-    return std::any_of(laggards.begin(), laggards.end(), [this](std::uint64_t id) {
-        const auto peer = m_peers.find(id);
-        return peer == m_peers.end() || peer->second.writable;
-    });
 }
 
 }  // namespace comm

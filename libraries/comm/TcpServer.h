@@ -14,7 +14,8 @@ namespace comm {
 
 /**
  * A listener and the devices that connected to it. Records that differ in their remote pair share it: a
- * command goes to the devices whose address the record names, or to all.
+ * command goes to the devices whose address the record names, or to all. Each device has a turn of its own,
+ * so that one that stops reading delays no other.
  */
 class CTcpServer final : public CNetPort {
   public:
@@ -31,16 +32,20 @@ class CTcpServer final : public CNetPort {
 
         CTcpLink link;
         boost::asio::ip::address address;
-        std::string_view rest;  ///< what is still to be written of the command under way
-        bool writable = false;
-        bool expected = false;  ///< the handler of its link is about to come
+        const void* writer = nullptr;  ///< the command that has this device's turn
+        bool writable = false;         ///< the device may take more of it
+        Clock::time_point patience;    ///< until when other commands wait for that
+        bool expected = false;         ///< the handler of its link is about to come
     };
+
+    class CDelivery;
+
     bool IsIdle() const override { return !m_acceptor.is_open(); }
 
     int Listen();
     int TryListen();
     void Accept();
-    void OnAccepted(const boost::system::error_code& code, boost::asio::ip::tcp::socket& socket);
+    void OnDevice(boost::system::error_code code);
     void AcceptLater();
 
     void Watch(std::uint64_t id, SPeer& peer);
@@ -51,16 +56,12 @@ class CTcpServer final : public CNetPort {
     int LookAndWait(Lock& lock, std::set<std::uint64_t>& targets);
     void Forget(std::uint64_t id, std::string_view why, int error);
 
-    /** Gives the command to all devices that are meant, without waiting. @return those that are */
+    /** The devices that are meant; none given: all. */
     std::set<std::uint64_t> Targets(const Addresses& meant) const;
-    int WriteToAll(Lock& lock, std::set<std::uint64_t> targets, std::string_view bytes,
-                   Clock::time_point deadline);
-    /** Writes on to each laggard that can take more. @return how many have got everything */
-    int WriteOn(std::set<std::uint64_t>& laggards, int& error);
-    bool AnyWritable(const std::set<std::uint64_t>& laggards) const;
 
     const SNetPortConfig m_record;
     boost::asio::ip::tcp::acceptor m_acceptor;
+    bool m_accepting = false;  ///< the next device is waited for, or will be after a pause
     boost::asio::steady_timer m_pause;
     std::map<std::uint64_t, SPeer> m_peers;
     std::uint64_t m_lastId = 0;

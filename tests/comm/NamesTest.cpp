@@ -156,4 +156,23 @@ TEST(Names, AreNotLookedUpByEachClickAndNotKeptForEver) {
     end.set_value();
 }
 
+TEST(Names, LetNoSendNoteARecordThatWasReleasedMeanwhile) {
+    NameServer server;
+    server.Answer({"127.0.0.1"});
+    CommFixture comm(Settings(), server.Ask());
+    const int port = simulation::FreePort();
+    const auto named = CommFixture::Server(port, "device");
+    const auto other = CommFixture::Server(port);
+    ASSERT_EQ(comm.Open(named) + comm.Open(other), 0);
+    std::promise<void> end = server.Hang();
+    auto sender = std::async(std::launch::async, [&] { return comm.Send(named, "a"); });
+    EXPECT_TRUE(simulation::WaitUntil([&] { return server.Questions() == 1; }));
+    comm.registry.DeleteTcp(named);
+    end.set_value();
+    EXPECT_EQ(sender.get(), 995);
+    comm.registry.DeleteTcp(other);
+    EXPECT_EQ(comm.registry.PortCount(), 0U);
+    EXPECT_NO_THROW(simulation::Socket::Listen(port)) << "the listener stays open";
+}
+
 }  // namespace

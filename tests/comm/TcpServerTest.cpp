@@ -79,4 +79,27 @@ TEST(TcpServer, ServesTheOthersWhenOneDeviceIsStuckAndDropsThatOne) {
     EXPECT_EQ(comm.Send(record, "next"), 0);
 }
 
+TEST(TcpServer, ServesADeviceWhileTheCommandOfAnotherIsStuck) {
+    const int port = simulation::FreePort();
+    comm::SCommSettings settings = CommFixture::Settings(std::chrono::milliseconds(2000));
+    settings.stallPause = std::chrono::milliseconds(100);
+    CommFixture comm(settings);
+    const auto stuck = CommFixture::Server(port, "127.0.0.2");
+    const auto live = CommFixture::Server(port, "127.0.0.3");
+    ASSERT_EQ(comm.Open(stuck) + comm.Open(live), 0);
+    Socket deaf = Socket::Connect(port, "127.0.0.2");
+    Socket reader = Socket::Connect(port, "127.0.0.3");
+    ASSERT_EQ(SendToNew(comm, stuck, "1") + SendToNew(comm, live, "1"), 0);
+    ASSERT_EQ(ReceiveUpTo(deaf, 1) + ReceiveUpTo(reader, 1), "11");
+    auto sender = std::async(std::launch::async, [&] { return comm.Send(stuck, std::string(1 << 22, 'x')); });
+    ASSERT_TRUE(deaf.WaitReadable(simulation::kMaxTestWait));
+    EXPECT_EQ(comm.Send(live, "2"), 0);
+    EXPECT_EQ(comm.Send(CommFixture::Server(port), "3"), 0) << "to both, of which one gets it";
+    EXPECT_EQ(comm.Send(stuck, "4"), 10060) << "one call waits for a device that stops reading";
+    EXPECT_EQ(sender.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
+    EXPECT_EQ(ReceiveUpTo(reader, 2), "23");
+    EXPECT_EQ(sender.get(), 10060);
+    EXPECT_EQ(comm.Send(stuck, "5"), 10057);
+}
+
 }  // namespace

@@ -159,6 +159,33 @@ TEST_P(Allocation, FailsDuringEachRequest) {
     EXPECT_EQ(host.Stop(), 0);
 }
 
+TEST_P(Allocation, FailsWhileADeviceConnects) {
+    FailingAllocations allocations(GetParam());
+    HostOptions options;
+    options.environment = allocations.Environment();
+    HostProcess host(options);
+    host.Start();
+    Browser browser(host);
+    const int port = simulation::FreePort();
+    ASSERT_EQ(browser.AddNet("Devices", "TCP_Server", port, 0), 20000);
+    ASSERT_EQ(browser.Store({{1, "click", browser.NodeId("Devices"), true, "On", "x", 0}}), 20000);
+    bool reached = true;
+    for (std::int64_t left = 0; reached && left < 100; ++left) {
+        SCOPED_TRACE("after allocation " + std::to_string(left));
+        allocations.Arm(left);
+        const simulation::Socket first = simulation::Socket::Connect(port);
+        reached =
+            simulation::WaitUntil([&] { return allocations.WasReached(); }, simulation::milliseconds(200));
+        allocations.Disarm();
+        simulation::Socket next = simulation::Socket::Connect(port);
+        EXPECT_TRUE(simulation::WaitUntil([&] {
+            browser.Click(1);
+            return next.WaitReadable(simulation::milliseconds(10));
+        })) << "no device is accepted any more";
+    }
+    EXPECT_EQ(host.Stop(), 0);
+}
+
 /** Whether strace has written the end of the process, which comes after those of its threads. */
 bool IsWhole(const std::string& trace) {
     const std::string process = trace.substr(0, trace.find(' ') + 1);

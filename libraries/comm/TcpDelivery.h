@@ -1,0 +1,45 @@
+#pragma once
+
+#include "libraries/comm/TcpServer.h"
+
+namespace comm {
+
+/**
+ * One command on its way to some devices of a TCP server, under the server's lock. It takes the turn of each
+ * device as it comes, and keeps it until that device has got everything.
+ */
+class CTcpServer::CDelivery {
+  public:
+    CDelivery(CTcpServer& server, const std::set<std::uint64_t>& targets, std::string_view bytes);
+
+    /** Drops the devices that have got a part only: nothing may follow it. */
+    ~CDelivery();
+    CDelivery(const CDelivery&) = delete;
+    CDelivery& operator=(const CDelivery&) = delete;
+
+    /** Writes until all devices have got everything, or are given up. @return 0 when one has, or an error */
+    int Run(Lock& lock, Clock::time_point deadline);
+
+  private:
+    using Rests = std::map<std::uint64_t, std::string_view>;
+
+    /** Goes on with each device that can take something. */
+    void Advance();
+
+    /** Goes on with one. @return true when there is nothing left to do for it */
+    bool AdvanceTo(std::uint64_t id, SPeer& peer, std::string_view& rest);
+
+    /** True when Advance has something to do. */
+    bool IsReady() const;
+
+    /** Until when nothing happens without a word of a device: others may have the turn for too long. */
+    Clock::time_point NextLook(Clock::time_point deadline) const;
+    void GiveUp();
+
+    CTcpServer& m_server;
+    Rests m_rests;  ///< what each device is still to get
+    bool m_served = false;
+    int m_lastError = ErrorNone;
+};
+
+}  // namespace comm
