@@ -7,6 +7,18 @@ else()
     find_path(SERVER_SPDLOG_INCLUDE spdlog/spdlog.h REQUIRED)
 endif()
 
+# zlib: part of a Windows program, a shared library of the system elsewhere.
+find_path(SERVER_ZLIB_INCLUDE zlib.h REQUIRED)
+if(WIN32)
+    find_library(SERVER_ZLIB_LIBRARY libz.a REQUIRED)
+else()
+    find_library(SERVER_ZLIB_LIBRARY z REQUIRED)
+endif()
+add_library(server_zlib INTERFACE)
+target_include_directories(server_zlib SYSTEM INTERFACE "${SERVER_ZLIB_INCLUDE}")
+target_compile_definitions(server_zlib INTERFACE ZLIB_CONST)
+target_link_libraries(server_zlib INTERFACE "${SERVER_ZLIB_LIBRARY}")
+
 if(SERVER_PLATFORM STREQUAL "linux")
     find_path(SERVER_UDEV_INCLUDE libudev.h REQUIRED)
     find_library(SERVER_UDEV_LIBRARY udev REQUIRED)

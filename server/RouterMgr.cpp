@@ -29,29 +29,29 @@ nlohmann::json ParseBody(const std::string& body) {
 }
 
 // The text is put together here, with the keys in the order of the JSON library, so that the data is neither
-// copied nor moved through an object of its own: that took longer than all the rest of a small reply. A large
-// text that exists already goes out as it is.
+// copied nor moved through an object of its own: that took longer than all the rest of a small reply.
+SEnvelopeFrame RouterMgr::FrameEnvelope(int code, bool hasData, const std::string& message) {
+    return {"{\"code\":" + std::to_string(code) + (hasData ? ",\"data\":" : ""),
+            ",\"message\":" + (message.empty() ? "\"\"" : nlohmann::json(message).dump()) + "}"};
+}
+
+// A large text that exists already goes out as it is.
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
     std::string made;
     if (!content.dataText && !content.data.is_null()) {
         made = content.data.dump();
     }
     const std::string& data = content.dataText ? *content.dataText : made;
-    std::string tail = ",\"message\":";
-    tail.append(content.message.empty() ? "\"\"" : nlohmann::json(content.message).dump()).append("}");
-    const bool shares = content.dataText && data.size() > kCopiedAtMost;
-    std::string text;
-    text.reserve((shares ? 0 : data.size()) + tail.size() + 32);
-    text.append("{\"code\":").append(std::to_string(code));
-    if (!data.empty()) {
-        text.append(",\"data\":");
-    }
+    auto [head, tail] = FrameEnvelope(code, !data.empty(), content.message);
     response->SetHeader("Content-Type", "application/json; charset=utf-8");
-    if (shares) {
-        SetReplyText(response, std::move(text), content.dataText, std::move(tail));
+    if (content.gzip) {
+        response->SetHeader("Content-Encoding", "gzip");
+        SetReplyText(response, {}, content.gzip, {});
+    } else if (content.dataText && data.size() > kCopiedAtMost) {
+        SetReplyText(response, std::move(head), content.dataText, std::move(tail));
     } else {
-        text.append(data).append(tail);
-        response->body = std::move(text);
+        head.reserve(head.size() + data.size() + tail.size());
+        response->body = std::move(head.append(data).append(tail));
     }
     return HTTP_STATUS_OK;
 }

@@ -32,6 +32,14 @@ struct SResponseData {    // NOLINT(bugprone-exception-escape)
     std::string message;  ///< text for the user; only a failed sending of commands fills it
     /** The data as a JSON text that exists already, instead of data. */
     std::shared_ptr<const std::string> dataText = nullptr;
+    /** The whole envelope, compressed with gzip, instead of all of the above; for clients that take it. */
+    std::shared_ptr<const std::string> gzip = nullptr;
+};
+
+/** What stands before and behind the data in an envelope. */
+struct SEnvelopeFrame {
+    std::string head;
+    std::string tail;
 };
 
 /** The identity of one request in the operation log. */
@@ -65,6 +73,9 @@ class RouterMgr {
 
     /** The same for a reply that is nothing but its code. */
     static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
+
+    /** The envelope without its data. @param hasData  whether there are some */
+    static SEnvelopeFrame FrameEnvelope(int code, bool hasData, const std::string& message = {});
 
     /** Writes the envelope without logging. Returns 200. @throw as Respond; the body is unchanged then */
     static int WriteEnvelope(HttpResponse* response, int code, SResponseData& content);

@@ -24,6 +24,19 @@ std::string TagOf(const std::string& text) {
 CDocumentState::CDocumentState(const nlohmann::json& document)
     : m_json(document.is_null() ? std::string() : document.dump()), m_tag(TagOf(m_json)) {}
 
+CDocumentState::Packed CDocumentState::PackedBy(const std::function<Packed()>& make) const {
+    {
+        const CLock lock(m_packMutex);
+        if (std::exchange(m_isPackingBegun, true)) {
+            return m_packed;
+        }
+    }
+    Packed packed = make();
+    const CLock lock(m_packMutex);
+    m_packed = packed;
+    return packed;
+}
+
 CDocumentText::State CDocumentText::Get(CSharedMutex& mutex, const nlohmann::json& document) {
     nlohmann::json copy;
     std::uint64_t version = 0;

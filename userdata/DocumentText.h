@@ -3,6 +3,7 @@
 #include "platform/Mutex.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -23,9 +24,21 @@ class CDocumentState {
      */
     const std::string& Tag() const { return m_tag; }
 
+    using Packed = std::shared_ptr<const std::string>;
+
+    /**
+     * The text in another form, compressed say, made at the first call and kept as long as the state.
+     * @param make  called once for each state, without a lock; what it throws passes, and null stays then
+     * @return null also while another thread is still making it: nobody waits for that
+     */
+    Packed PackedBy(const std::function<Packed()>& make) const;
+
   private:
     std::string m_json;
     std::string m_tag;
+    mutable CMutex m_packMutex;
+    mutable bool m_isPackingBegun GUARDED_BY(m_packMutex) = false;
+    mutable Packed m_packed GUARDED_BY(m_packMutex);
 };
 
 /**

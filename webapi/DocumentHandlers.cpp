@@ -1,12 +1,18 @@
 // The documents that describe the user's pages: read and replaced whole, never looked into.
 //
 // A reply with a document names its state in ETag. Who has it already says so in If-None-Match and gets 304;
-// who writes on top of it says so in If-Match and gets 412 when something else has been stored meanwhile.
+// who writes on top of it says so in If-Match and gets 412 when something else has been stored meanwhile. The
+// two forms of a reply, plain and compressed, have a tag each, of which either names the state.
 
+#include "config/Gzip.h"
+#include "platform/RavLog.h"
 #include "server/LogText.h"
 #include "server/RouterMgr.h"
 #include "userdata/UserData.h"
+#include "webapi/ContentCoding.h"
 #include "webapi/EntityTags.h"
+
+#include <new>
 
 namespace {
 
@@ -14,29 +20,65 @@ using Getter = CDocumentText::State (CUserData::*)();
 using Setter = void (CUserData::*)(nlohmann::json);
 using Replacer = CDocumentText::State (CUserData::*)(nlohmann::json, const CUserData::StateCheck&);
 
-std::string Quoted(const std::string& tag) {
-    return '"' + tag + '"';
+constexpr const char* kGzipMark = "-gzip";  // ends the tag of a compressed reply
+
+/** Bytes of JSON that are compressed: less is one packet anyhow, more holds up the first reader for too long.
+ */
+constexpr std::size_t kPackedAtLeast = 1024;
+constexpr std::size_t kPackedAtMost = std::size_t{32} * 1024 * 1024;
+
+std::string Quoted(std::string_view tag) {
+    return '"' + std::string(tag) + '"';
 }
 
-/** Whether the client has this state already (RFC 9110, 13.1.2). */
-bool HasState(const HttpRequest& request, const CDocumentState& state) {
-    const auto known = HeaderOf(request, "If-None-Match");
-    return known && AnyEntityTag(*known, [&state](std::string_view tag, bool /*isWeak*/) {
-               return tag == "*" || tag == state.Tag();
-           });
+bool NamesState(std::string_view tag, const std::string& stored) {
+    return tag == "*" || tag == stored || tag == stored + kGzipMark;
+}
+
+/** The tag by which the client has this state already (RFC 9110, 13.1.2); empty: it has not. */
+std::string KnownTag(const HttpRequest& request, const CDocumentState& state) {
+    std::string known;
+    if (const auto list = HeaderOf(request, "If-None-Match")) {
+        AnyEntityTag(*list, [&](std::string_view tag, bool /*isWeak*/) {
+            if (NamesState(tag, state.Tag())) {
+                known = tag == "*" ? state.Tag() : std::string(tag);
+            }
+            return !known.empty();
+        });
+    }
+    return known;
 }
 
 /** Whether a write asks for the state of this tag (RFC 9110, 13.1.1). */
 bool AsksFor(const std::string& ifMatch, const std::string& stored) {
-    return AnyEntityTag(ifMatch, [&stored](std::string_view tag, bool isWeak) {
-        return tag == "*" || (!isWeak && tag == stored);
-    });
+    return AnyEntityTag(
+        ifMatch, [&stored](std::string_view tag, bool isWeak) { return !isWeak && NamesState(tag, stored); });
 }
 
 /** The way out for the replies that are a status and no envelope. */
 int RespondWithStatus(http_status status, const SRequestTrace& trace) {
     WriteOperationLog(trace.client, trace.path, FormatLogText(int{status}, trace.detail));
     return status;
+}
+
+/** The compressed envelope of a document; null where it gains nothing or can't be made. */
+CDocumentState::Packed PackedEnvelope(const CDocumentState& state) {
+    const std::size_t size = state.Json().size();
+    if (size < kPackedAtLeast || size > kPackedAtMost) {
+        return nullptr;
+    }
+    return state.PackedBy([&state, size]() -> CDocumentState::Packed {
+        try {
+            const SEnvelopeFrame frame = RouterMgr::FrameEnvelope(CodeSuccess, true);
+            auto packed = std::make_shared<const std::string>(Gzip({frame.head, state.Json(), frame.tail}));
+            return packed->size() < size ? packed : nullptr;
+        } catch (const std::bad_alloc&) {
+            RavLog::WriteSystemLog(RavLog::Warn, "PackedEnvelope",
+                                   "no memory to compress a document of " + std::to_string(size) +
+                                       " bytes: it is sent as it is until it changes");
+            return nullptr;
+        }
+    });
 }
 
 int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
@@ -46,12 +88,17 @@ int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
     SRequestTrace trace{MakeClientId(*request), request->path, {}};
     WriteOperationLog(trace.client, trace.path, std::string());
     const CDocumentText::State state = (CUserData::GetInstance().*getter)();
-    response->SetHeader("ETag", Quoted(state->Tag()));
     response->SetHeader("Cache-Control", "no-cache");  // it may be kept, but not used unasked
-    if (HasState(*request, *state)) {
+    response->SetHeader("Vary", "Accept-Encoding");
+    if (const std::string known = KnownTag(*request, *state); !known.empty()) {
+        response->SetHeader("ETag", Quoted(known));
         return RespondWithStatus(HTTP_STATUS_NOT_MODIFIED, trace);
     }
     SResponseData content;
+    if (TakesGzip(HeaderOf(*request, "Accept-Encoding").value_or(""))) {
+        content.gzip = PackedEnvelope(*state);
+    }
+    response->SetHeader("ETag", Quoted(state->Tag() + (content.gzip ? kGzipMark : "")));
     if (!state->Json().empty()) {
         content.dataText = std::shared_ptr<const std::string>(state, &state->Json());
     }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <zlib.h>
+
 namespace {
 
 using nlohmann::json;
@@ -167,6 +169,71 @@ TEST(Documents, AreReadAndReplacedByTheirState) {
     EXPECT_EQ(exchange("GET", "getCentralControlInterfaceList", nullptr, "If-None-Match: *\r\n").status, 304);
     EXPECT_EQ(exchange("POST", "setMaterialList", nullptr, "If-Match: \"x\"\r\n").body,
               R"({"code":30101,"message":""})");
+}
+
+/** The text of a gzip stream; empty when it is none, or not all of one. */
+std::string Unpacked(const std::string& packed, std::size_t longest) {
+    z_stream stream{};
+    std::string text(longest, '\0');
+    stream.next_in = reinterpret_cast<const Bytef*>(packed.data());
+    stream.avail_in = static_cast<uInt>(packed.size());
+    stream.next_out = reinterpret_cast<Bytef*>(text.data());
+    stream.avail_out = static_cast<uInt>(text.size());
+    constexpr int onlyGzip = 16;
+    const bool isWhole =
+        inflateInit2(&stream, MAX_WBITS + onlyGzip) == Z_OK && inflate(&stream, Z_FINISH) == Z_STREAM_END;
+    text.resize(isWhole && stream.avail_in == 0 ? stream.total_out : 0);
+    inflateEnd(&stream);
+    return text;
+}
+
+TEST(Documents, AreSentCompressedToThoseWhoTakeIt) {
+    HostProcess host;
+    host.Start();
+    Browser browser(host);
+    const auto get = [&](const std::string& headers) {
+        return browser.Http().Exchange(
+            HttpClient::Request("GET", "/api/centralControl/getPageLayoutInfo", "", headers));
+    };
+    const auto store = [&](const json& data) {
+        EXPECT_EQ(browser.Post("setCentralControlWebLayout", {{"data", data}}).at("code"), 20000);
+    };
+    const std::string takes = "Accept-Encoding: br, gzip\r\n";
+    store("below a kilobyte " + std::string(900, 'x'));
+    EXPECT_EQ(get(takes).Header("Content-Encoding"), "");
+    EXPECT_EQ(get(takes).Header("Vary"), "Accept-Encoding");
+
+    json pages = json::array();
+    for (const int number : {1, 2}) {  // another document, another text
+        for (int i = 0; i < 3000; ++i) {
+            pages.push_back({{"id", i * number}, {"name", "会议室"}});
+        }
+        store(pages);
+        const HttpReply plain = get("");
+        EXPECT_EQ(plain.Header("Content-Encoding"), "");
+        for (int again = 0; again < 2; ++again) {
+            const HttpReply packed = get(takes);
+            EXPECT_EQ(packed.Header("Content-Encoding"), "gzip");
+            EXPECT_EQ(packed.Header("Content-Type"), "application/json; charset=utf-8");
+            EXPECT_LT(packed.body.size() * 5, plain.body.size());
+            EXPECT_TRUE(Unpacked(packed.body, plain.body.size() + 1) == plain.body) << "another text";
+        }
+    }
+    const std::string plainTag = get("").Header("ETag");
+    const std::string packedTag = get(takes).Header("ETag");
+    EXPECT_NE(plainTag, packedTag);
+    for (const std::string& tag : {plainTag, packedTag}) {
+        const HttpReply known = get(takes + "If-None-Match: " + tag + "\r\n");
+        EXPECT_EQ(std::to_string(known.status) + known.Header("ETag"), "304" + tag);
+    }
+    const auto replace = [&](const std::string& tag) {
+        return browser.Http()
+            .Exchange(HttpClient::Request("POST", "/api/centralControl/setCentralControlWebLayout",
+                                          R"({"data":1})", "If-Match: " + tag + "\r\n"))
+            .status;
+    };
+    EXPECT_EQ(replace(packedTag), 200) << "the tag of a compressed reply names the state as well";
+    EXPECT_EQ(replace(packedTag), 412);
 }
 
 TEST(Documents, AStateKeepsItsTagOverARestart) {
