@@ -5,6 +5,7 @@
 #include "userdata/CommandMap.h"
 #include "userdata/DocumentText.h"
 #include "userdata/InterfaceModel.h"
+#include "versions/Generations.h"
 
 #include <atomic>
 #include <cstdint>
@@ -167,7 +168,8 @@ class CUserData {
     void StoreInterfaceList(nlohmann::json list) REQUIRES_LOCK(interfaceChangeMutex);
     void SyncComponentConfig() REQUIRES_LOCK(componentChangeMutex);
 
-    CJsonFileWriter writer;
+    CGenerations generations;
+    CJsonFileWriter writer{SSavePauses(), [this](const std::string& path) { generations.BeforeSave(path); }};
     mutable CSharedMutex layoutMutex;
     nlohmann::json layout GUARDED_BY(layoutMutex);
     CDocumentText layoutText;

@@ -88,8 +88,9 @@ TEST_F(SmallDisk, Full) {
 }
 
 TEST_F(SmallDisk, ReadOnly) {
-    ASSERT_EQ(mount("tmpfs", Disk().c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=1m"), 0)
-        << strerror(errno);
+    ASSERT_TRUE(simulation::WaitUntil([this] {  // the last save may still flush
+        return mount("tmpfs", Disk().c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=1m") == 0;
+    })) << strerror(errno);
     Save("in memory only");
     ExpectTold();
     EXPECT_EQ(OnDisk(), "old");

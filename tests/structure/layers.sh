@@ -15,11 +15,11 @@ check() {
 }
 
 check "a switch of the operating system outside platform/linux, platform/windows and libraries/" \
-    '^#.*\b(_WIN32|__linux__|__unix__)\b' server webapi device userdata config host
+    '^#.*\b(_WIN32|__linux__|__unix__)\b' server webapi device userdata versions config host
 check "a system header outside platform/linux, platform/windows and libraries/" \
     '^#include <(sys/|netinet/|arpa/|unistd|fcntl|termios|pthread|libudev|windows|winsock)' \
-    server webapi device userdata config host include platform/*.h
-check "a library that knows the server" '^#include "(server|webapi|device|userdata|config|host|include)/' libraries
+    server webapi device userdata versions config host include platform/*.h
+check "a library that knows the server" '^#include "(server|webapi|device|userdata|versions|config|host|include)/' libraries
 check "a platform header that knows more than the platform" '^#include "[^p]' platform/*.h
-check "a layer below the handlers that knows a request" '<hv/Http(Message|Service|Server)\.h>' config userdata platform
+check "a layer below the handlers that knows a request" '<hv/Http(Message|Service|Server)\.h>' config userdata versions platform
 exit "$strays"

@@ -97,6 +97,11 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
             expectText();
         }
     }
+    int generations = 0;
+    for (const auto& entry : fs::directory_iterator(m_path / "Backup")) {
+        generations += entry.is_directory() ? 1 : 0;
+    }
+    EXPECT_GT(generations, 0) << "saves keep no generation";
     WriteFile(m_path / "layout.json", "{\"broken");
     EXPECT_EQ(Store().GetLayout(), json({{"of", "layout.json"}})) << "the backup was not used";
 }
