@@ -2,6 +2,7 @@
 
 #include "host/WebSettings.h"
 #include "include/CenterServer.h"
+#include "platform/FolderLock.h"
 #include "platform/Paths.h"
 #include "platform/PortProbe.h"
 #include "platform/ProcessLimits.h"
@@ -62,7 +63,11 @@ std::string PortProblem(const char* key, int port, const SGlobalConfig& config) 
         return "the port " + std::to_string(port) + " can't be listened on. Set " + setting +
                " to 1 to 65535.";
     }
-    if (ProbePort(port) == EnPortState::Withheld) {
+    const EnPortState state = ProbePort(port);
+    if (state == EnPortState::Free) {
+        return "the port " + std::to_string(port) + " could not be listened on; System.log tells why.";
+    }
+    if (state == EnPortState::Withheld) {
         return "the system doesn't give the port " + std::to_string(port) +
                " to this program, which lacks the right. Set " + setting + " to another port.";
     }
@@ -91,10 +96,25 @@ void PrintWhereabouts(const SGlobalConfig& config) {
               << "Stop it with Ctrl+C or SIGTERM." << std::endl;
 }
 
-int Run(CStopSignal& stopSignal) {
-    const SGlobalConfig& config = GetConfigInstance();
-    std::error_code unknown;  // told by the making of the log folder below
-    const bool isNew = !std::filesystem::exists(PathFromNarrow(config.user_data_path), unknown);
+/** Taken for the rest of the process: the last saves are waited for after main. */
+const CFolderLock& LockDocuments(const SGlobalConfig& config) {
+    static const auto* const lock = new CFolderLock(config.user_data_path);
+    return *lock;
+}
+
+/** On standard error alone: the logs in the folder belong to the other server. */
+void TellTaken(const std::string& owner, const SGlobalConfig& config) {
+    std::cerr << "ServerHost: another server, "
+              << (owner.empty() ? "of an unknown process" : "process " + owner)
+              << ", works on the folder of the documents, " << config.user_data_path
+              << ". Use that one, or stop it. A second server needs a home folder of its own, or another "
+                 "user_data_path"
+                 " and other ports in "
+              << ConfigFile(config) << '.' << std::endl;
+}
+
+/** Starts the logs, and tells of the folder that they lie in. */
+void StartLogs(const SGlobalConfig& config, bool isNew, const CFolderLock& lock) {
     const std::string logProblem =
         RavLog::StartLogs(NarrowFromPath(PathFromNarrow(config.user_data_path) / "Log"), config.log_level);
     if (!logProblem.empty()) {
@@ -103,23 +123,42 @@ int Run(CStopSignal& stopSignal) {
         Tell(RavLog::Warn, "the folder of the documents, " + config.user_data_path +
                                ", was not there and has been made: it holds no project yet.");
     }
-    // Before the documents are touched: a second instance must leave them alone.
+    if (lock.State() == CFolderLock::EnState::Unavailable) {
+        Tell(RavLog::Warn, "nothing keeps a second server from the folder of the documents, " +
+                               config.user_data_path + ", which can't be locked: " + lock.Problem());
+    }
+}
+
+/** Whether the server of this process serves the port: that another one does is no success. */
+bool IsServing(int port) {
+    return IsListeningHere(port).value_or(!IsPortFree(port));
+}
+
+int Run(CStopSignal& stopSignal) {
+    const SGlobalConfig& config = GetConfigInstance();
+    std::error_code unknown;  // told by the making of the log folder below
+    const bool isNew = !std::filesystem::exists(PathFromNarrow(config.user_data_path), unknown);
+    // Before the documents and the logs are touched: a second instance must leave them alone.
+    const CFolderLock& lock = LockDocuments(config);
+    if (lock.State() == CFolderLock::EnState::Taken) {
+        TellTaken(lock.Owner(), config);
+        return kFailed;
+    }
+    StartLogs(config, isNew, lock);
     if (!IsPortFree(config.http_port)) {
         Tell(RavLog::Error, PortProblem("http_port", config.http_port, config));
         return kFailed;
     }
-    const bool webSocketFree = config.websocket_port != config.http_port && IsPortFree(config.websocket_port);
 
     WriteWebSettings(config);
     CCenterServer server;
     server.InitServer();
     server.Running();
-    if (IsPortFree(config.http_port)) {
-        Tell(RavLog::Error,
-             "the HTTP server could not be started; the reason stands in Server.log and System.log.");
+    if (!IsServing(config.http_port)) {
+        Tell(RavLog::Error, PortProblem("http_port", config.http_port, config));
         return kFailed;
     }
-    if (!webSocketFree) {
+    if (config.websocket_port == config.http_port || !IsServing(config.websocket_port)) {
         Tell(RavLog::Warn, "browsers can look but not change or fire anything: " + WebSocketProblem(config));
     }
     PrintWhereabouts(config);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 /** What a program meets that would listen on a TCP port. */
 enum class EnPortState {
     Free,
@@ -14,3 +16,7 @@ EnPortState ProbePort(int port);
 inline bool IsPortFree(int port) {
     return ProbePort(port) == EnPortState::Free;
 }
+
+/** Whether this process listens on the TCP port, on whatever address; nothing where the system doesn't tell.
+ * Any thread. */
+std::optional<bool> IsListeningHere(int port);

@@ -1,12 +1,42 @@
 #include "platform/PortProbe.h"
 
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
+#include <filesystem>
+#include <string>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+namespace {
+
+/** Of a socket over IPv4 or IPv6; 0 of anything else. */
+int LocalPort(int descriptor) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    if (getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+        return 0;
+    }
+    switch (address.ss_family) {
+        case AF_INET:
+            return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
+        case AF_INET6:
+            return ntohs(reinterpret_cast<const sockaddr_in6&>(address).sin6_port);
+        default:
+            return 0;
+    }
+}
+
+bool IsListener(int descriptor) {
+    int listens = 0;
+    socklen_t size = sizeof listens;
+    return getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &listens, &size) == 0 && listens != 0;
+}
+
+}  // namespace
 
 EnPortState ProbePort(int port) {
     if (port < 1 || port > 65535) {
@@ -31,4 +61,19 @@ EnPortState ProbePort(int port) {
         return EnPortState::Free;
     }
     return isWithheld ? EnPortState::Withheld : EnPortState::Taken;
+}
+
+// A descriptor that another thread closes meanwhile is no listener any more, or a new one.
+std::optional<bool> IsListeningHere(int port) {
+    std::error_code error;
+    std::filesystem::directory_iterator entry("/proc/self/fd", error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        int descriptor = -1;
+        std::from_chars(name.data(), name.data() + name.size(), descriptor);
+        if (LocalPort(descriptor) == port && IsListener(descriptor)) {
+            return true;
+        }
+    }
+    return error ? std::nullopt : std::optional(false);
 }

@@ -1,9 +1,11 @@
 #include "platform/PortProbe.h"
 
 #include <cstdint>
+#include <vector>
 
 #include <winsock2.h>
-// After winsock2.h, which it needs.
+// After winsock2.h, which they need.
+#include <iphlpapi.h>
 #include <ws2tcpip.h>
 
 namespace {
@@ -24,6 +26,37 @@ class CSocketLibrary {
     WSADATA m_data{};
     bool m_isReady;
 };
+
+/** The system's listeners of one address family, in the words of its table; empty when it doesn't tell. */
+std::vector<std::uint32_t> ReadListeners(ULONG family) {
+    std::vector<std::uint32_t> room(1024);
+    for (int attempt = 0; attempt < 5; ++attempt) {  // the table may grow between two calls
+        auto size = static_cast<DWORD>(room.size() * sizeof room.front());
+        const DWORD result =
+            GetExtendedTcpTable(room.data(), &size, FALSE, family, TCP_TABLE_OWNER_PID_LISTENER, 0);
+        if (result == NO_ERROR) {
+            return room;
+        }
+        if (result != ERROR_INSUFFICIENT_BUFFER) {
+            break;
+        }
+        room.resize(size / sizeof room.front() + 1024);
+    }
+    return {};
+}
+
+/** Whether a table with rows of this form has a port of this process. */
+template <typename Table>
+bool HasOwnPort(const std::vector<std::uint32_t>& listeners, int port) {
+    const auto& table = *reinterpret_cast<const Table*>(listeners.data());
+    for (DWORD row = 0; row < table.dwNumEntries; ++row) {
+        if (table.table[row].dwOwningPid == GetCurrentProcessId() &&
+            ntohs(static_cast<u_short>(table.table[row].dwLocalPort)) == port) {
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
@@ -48,4 +81,14 @@ EnPortState ProbePort(int port) {
     closesocket(listener);
     // WSAEACCES is no sign of a reserved port: one that another program has exclusively gives it too.
     return isFree ? EnPortState::Free : EnPortState::Taken;
+}
+
+std::optional<bool> IsListeningHere(int port) {
+    const std::vector<std::uint32_t> listeners = ReadListeners(AF_INET);
+    const std::vector<std::uint32_t> listeners6 = ReadListeners(AF_INET6);
+    if (listeners.empty() || listeners6.empty()) {
+        return std::nullopt;
+    }
+    return HasOwnPort<MIB_TCPTABLE_OWNER_PID>(listeners, port) ||
+           HasOwnPort<MIB_TCP6TABLE_OWNER_PID>(listeners6, port);
 }

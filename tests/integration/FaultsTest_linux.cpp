@@ -98,6 +98,11 @@ TEST_F(SmallDisk, ReadOnly) {
     Save("new");
     EXPECT_EQ(m_host->Stop(), 0);
     EXPECT_EQ(OnDisk(), "new");
+    std::filesystem::remove(Disk() / "Server.lock");
+    ASSERT_EQ(mount("tmpfs", Disk().c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=1m"), 0);
+    m_host->Start();
+    EXPECT_NE(m_host->Process().ErrorOutput().find("can't be locked: "), std::string::npos);
+    EXPECT_EQ(m_host->Stop(), 0);
 }
 
 TEST(Descriptors, UsedUpAndGivenBack) {

@@ -50,6 +50,62 @@ TEST(Start, FailsWithAReasonWhenItsPortIsTaken) {
     ExpectSays(third.Process().ErrorOutput(), {std::to_string(other.Port()), "taken", "http_port"});
 }
 
+TEST(Start, LeavesAFolderAloneThatAnotherServerHas) {
+    HostProcess first;
+    first.Start();
+    const std::string logs = first.UserFile("Log/Server.log") + first.UserFile("Log/System.log");
+    HostOptions options;
+    options.userData = first.UserData();
+    HostProcess second(options);
+    second.Launch();
+    EXPECT_EQ(second.Process().WaitExit(), 1);
+    ExpectSays(second.Process().ErrorOutput(), {"another server, process ", first.UserData().string()});
+    EXPECT_EQ(second.Process().Output(), "");
+    EXPECT_EQ(first.UserFile("Log/Server.log") + first.UserFile("Log/System.log"), logs);
+
+    first.Process().Send(simulation::EnSignal::Kill);
+    EXPECT_NE(first.Process().WaitExit(), std::nullopt);
+    second.Start();
+    EXPECT_EQ(second.Stop(), 0);
+    first.Start();
+}
+
+TEST(Start, OneOfTwoThatMeetOnAPortSaysThatItRuns) {
+    const simulation::SilentDevice silent;  // keeps both busy between the look at the port and its use
+    json info = Browser::NetInfo("Silent", "TCP_Client", 0, silent.Port());
+    const json interfaces = {
+        {"configList", {{{"nodeId", 1}, {"controlType", "netPortInfo"}, {"netPortInfo", info}}}}};
+    HostOptions options;
+    options.httpPort = HostProcess().HttpPort();
+    HostProcess hosts[] = {HostProcess(options), HostProcess(options)};
+    for (HostProcess& host : hosts) {
+        simulation::WriteFile(host.UserData() / "interFace.json", interfaces.dump());
+        host.Launch();
+    }
+    ASSERT_TRUE(simulation::WaitUntil(
+        [&] { return !hosts[0].Process().Running() || !hosts[1].Process().Running(); }));
+    HostProcess& ended = hosts[0].Process().Running() ? hosts[1] : hosts[0];
+    HostProcess& serving = hosts[0].Process().Running() ? hosts[0] : hosts[1];
+    EXPECT_EQ(ended.Process().WaitExit(), 1);
+    EXPECT_EQ(ended.Process().Output().find("is running"), std::string::npos);
+    ExpectSays(ended.Process().ErrorOutput(), {std::to_string(options.httpPort), "taken", "http_port"});
+    EXPECT_TRUE(serving.WaitServing());
+    EXPECT_EQ(serving.Stop(), 0);
+}
+
+TEST(Start, GoesOnWithAFolderThatCantBeLocked) {
+    HostProcess host;
+    const auto lock = host.UserData() / "Server.lock";
+    if (!simulation::MakeLink(lock, lock)) {
+        std::filesystem::create_directories(lock);
+    }
+    host.Start();
+    ASSERT_TRUE(simulation::WaitUntil([&] { return !host.Process().ErrorOutput().empty(); }));
+    ExpectSays(host.Process().ErrorOutput(), {host.UserData().string(), "can't be locked: "});
+    EXPECT_EQ(host.Stop(), 0);
+    ExpectSays(host.UserFile("Log/System.log"), {"can't be locked: "});
+}
+
 TEST(Start, WarnsWhenTheWebSocketPortIsTaken) {
     const simulation::TcpListener other;
     HostOptions options;
