@@ -1,16 +1,20 @@
 #include "include/GlobalConfig.h"
 
 #include "config/FileCreation.h"
+#include "config/JsonDepth.h"
 #include "config/JsonFile.h"
 #include "config/JsonNumber.h"
 #include "config/UnusableFile.h"
 #include "config/VersionInfo.h"
+#include "platform/FileStreams.h"
 #include "platform/Folders.h"
 #include "platform/Paths.h"
+#include "platform/RavLog.h"
 #include "platform/WebOrigins.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <iterator>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -40,6 +44,34 @@ bool HasContent(const std::string& name) {
     return size > 0;
 }
 
+/** Why the text is not one whole JSON document, with the place; empty when it is one. */
+std::string SyntaxProblem(const std::string& path) {
+    std::ifstream file = OpenTextForReading(path);
+    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (IsNestedTooDeep(text)) {
+        return "nested too deep";
+    }
+    try {
+        const nlohmann::json whole = nlohmann::json::parse(text);
+        return {};
+    } catch (const nlohmann::json::exception& error) {
+        return error.what();
+    }
+}
+
+/** For the operator: what stands before an error counts, a number that it has cut short too. */
+void TellSyntaxProblem(const std::string& path, const SGlobalConfig& config) {
+    const std::string problem = SyntaxProblem(path);
+    if (!problem.empty()) {
+        RavLog::WriteSystemLog(RavLog::Error, "Start",
+                               path + " has an error, and what stands behind it doesn't count: " + problem +
+                                   ". The server goes on with http_port " + std::to_string(config.http_port) +
+                                   ", websocket_port " + std::to_string(config.websocket_port) +
+                                   ", log_level " + config.log_level + ", user_data_path " +
+                                   config.user_data_path);
+    }
+}
+
 void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
     const nlohmann::json document = LoadJsonFromFile(path);
     const auto take = [&](const char* key, auto setField) {
@@ -54,6 +86,7 @@ void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
          [&](const auto& value) { SetAllowedHosts(value.template get<std::vector<std::string>>()); });
     take("user_data_path",
          [&](const auto& value) { config.user_data_path = value.template get<std::string>(); });
+    TellSyntaxProblem(path, config);
 }
 
 void WriteConfigFile(const std::string& path, const SGlobalConfig& config) {

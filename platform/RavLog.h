@@ -117,8 +117,9 @@ RAVLOG_API void StopLogs();
 RAVLOG_API void MirrorToStandardError(bool on);
 
 /**
- * Writes one line to the system log at the given level; place names the part that speaks. Without memory for
- * it the line is lost, which standard error tells: this is called where nothing may be thrown. Any thread.
+ * Writes one line to the system log at the given level; place names the part that speaks. Before StartLogs
+ * the first 32 lines are kept for it, after StopLogs lines are dropped. Without memory for it the line is
+ * lost, which standard error tells: this is called where nothing may be thrown. Any thread.
  */
 RAVLOG_API void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept;
 

@@ -10,12 +10,23 @@
 #include <exception>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 namespace RavLog {
 
 namespace {
 
 constexpr const char* kFileNames[] = {"Server.log", "Operation.log", "System.log"};
+
+/** Lines that are kept from before the start of the logs. */
+constexpr std::size_t kEarlyLines = 32;
+
+struct SSystemLine {
+    EnLogLevel level;
+    std::uint64_t time;
+    std::string place;
+    std::string text;
+};
 
 /** Everything that the loggers stand on; lives to the end of the process. */
 struct SLogs {
@@ -39,6 +50,9 @@ struct SLogs {
     std::shared_ptr<CLogger> operation = std::make_shared<CLogger>("LogOperation", Trace, operationFile);
     std::shared_ptr<CLogger> system = std::make_shared<CLogger>("LogSystem", Info, systemFile);
     std::atomic<bool> isRunning = false;
+    CMutex earlyMutex;
+    std::vector<SSystemLine> early GUARDED_BY(earlyMutex);
+    bool wasStarted GUARDED_BY(earlyMutex) = false;
 };
 
 SLogs& Logs() {
@@ -57,6 +71,35 @@ EnLogLevel LevelOf(const std::string& name) {
 std::shared_ptr<CLogger> Running(const std::shared_ptr<CLogger> SLogs::*logger) {
     const SLogs& logs = Logs();
     return logs.isRunning ? logs.*logger : nullptr;
+}
+
+std::uint64_t Now() {
+    return static_cast<std::uint64_t>(std::time(nullptr));
+}
+
+void SendLine(const std::shared_ptr<CLogger>& logger, const SSystemLine& line) {
+    const CLogEventWrap wrap(std::make_shared<CLogEvent>(logger, line.level, line.time, line.place));
+    wrap.GetEvent()->Format("%s", line.text.c_str());
+}
+
+/** Keeps a line for the start of the logs; those that come after their stop are dropped. */
+void KeepEarly(SSystemLine line) {
+    SLogs& logs = Logs();
+    const CLock lock(logs.earlyMutex);
+    if (!logs.wasStarted && logs.early.size() < kEarlyLines) {
+        logs.early.push_back(std::move(line));
+    }
+}
+
+void SendEarly() {
+    SLogs& logs = Logs();
+    const CLock lock(logs.earlyMutex);
+    logs.wasStarted = true;
+    for (const SSystemLine& line : std::exchange(logs.early, {})) {
+        if (logs.system->level <= line.level) {
+            SendLine(logs.system, line);
+        }
+    }
 }
 
 void TellLoss(const std::exception& error) {
@@ -134,6 +177,7 @@ std::string StartLogs(const std::string& folder, const std::string& level) {
     static_cast<void>(endsWithProcess);
     logs.writer.Start();
     logs.isRunning = true;
+    SendEarly();
     return error ? "the folder " + folder + " can't be made: " + error.message() : std::string();
 }
 
@@ -149,10 +193,14 @@ void MirrorToStandardError(bool on) {
 void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept {
     try {
         const auto logger = LogSystem();
-        if (logger && logger->level <= level) {
-            const auto now = static_cast<std::uint64_t>(std::time(nullptr));
-            const CLogEventWrap wrap(std::make_shared<CLogEvent>(logger, level, now, std::string(place)));
-            wrap.GetEvent()->Format("%.*s", static_cast<int>(text.size()), text.data());
+        if (logger && logger->level > level) {
+            return;
+        }
+        SSystemLine line{level, Now(), std::string(place), std::string(text)};
+        if (logger) {
+            SendLine(logger, line);
+        } else {
+            KeepEarly(std::move(line));
         }
     } catch (const std::exception& error) {
         TellLoss(error);

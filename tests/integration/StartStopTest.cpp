@@ -93,6 +93,23 @@ TEST(Start, OneOfTwoThatMeetOnAPortSaysThatItRuns) {
     EXPECT_EQ(serving.Stop(), 0);
 }
 
+TEST(Start, TellsWhereItsConfigurationIsWrong) {
+    HostProcess host;
+    const auto file = host.UserData() / "LocalHost.config";
+    const std::string ports = "{\"http_port\":" + std::to_string(host.HttpPort()) +
+                              ",\n \"websocket_port\":" + std::to_string(host.WebSocketPort());
+    for (const auto& [end, place] : {std::pair(",\n log_level:\"warn\"}", "line 3, column 2"),
+                                     std::pair("}\n and more", "line 3, column 2")}) {
+        simulation::WriteFile(file, ports + end);
+        host.Start();
+        EXPECT_EQ(host.Stop(), 0);
+        const std::string log = host.UserFile("Log/System.log");
+        ExpectSays(log, {file.filename().string() + " has an error", place, "[Error]",
+                         "websocket_port " + std::to_string(host.WebSocketPort()) + ", log_level info"});
+        ExpectSays(log.substr(0, log.find(" has an error")), {host.UserData().string()});
+    }
+}
+
 TEST(Start, GoesOnWithAFolderThatCantBeLocked) {
     HostProcess host;
     const auto lock = host.UserData() / "Server.lock";
