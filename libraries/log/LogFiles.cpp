@@ -15,15 +15,16 @@
 #include <system_error>
 
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/basic_file_sink.h>
 
 namespace RavLog {
 
 namespace {
 
-constexpr std::size_t kFileSize = 10U << 20U;     // a file is rotated at 10 MiB
-constexpr std::size_t kFilesKept = 5;             // the current one and four older ones
-constexpr std::size_t kPendingLimit = 8U << 20U;  // records beyond this are lost: the disk can't keep up
+constexpr std::size_t kFileSize = 10U << 20U;       // a file is rotated at 10 MiB
+constexpr int kOlderFiles = 4;                      // kept beside the current one
+constexpr std::chrono::seconds kRotationPause{10};  // between attempts while another program holds a file
+constexpr std::size_t kPendingLimit = 8U << 20U;    // records beyond this are lost: the disk can't keep up
 constexpr std::size_t kPendingUrgent = 1U << 20U;
 constexpr std::size_t kChunkSize = 64U << 10U;
 constexpr std::chrono::milliseconds kCollectTime{100};
@@ -53,6 +54,32 @@ std::array<std::string_view, 14> RecordOf(const CLogEvent& event) {
     const std::string_view level = name == g_levelNames.end() ? std::string_view() : name->second;
     return {own.time,    "[",  event.logger->name, "][", level,         "][", own.thread, "][",
             event.first, "][", event.second,       "] ", event.message, "\n"};
+}
+
+/** "Server.log" as its older file 2: "Server.2.log". */
+std::filesystem::path OlderFile(const std::filesystem::path& path, int number) {
+    return path.parent_path() /
+           (path.stem().string() + "." + std::to_string(number) + path.extension().string());
+}
+
+/**
+ * Makes the file the newest of the older ones. The oldest goes only where all places are taken; when a file
+ * can't be renamed nothing else is lost, and the next attempt goes on from there.
+ */
+std::error_code Rotate(const std::filesystem::path& path) {
+    std::error_code error;
+    int place = 1;
+    while (place < kOlderFiles && std::filesystem::exists(OlderFile(path, place), error)) {
+        ++place;
+    }
+    for (; place > 1; --place) {
+        std::filesystem::rename(OlderFile(path, place - 1), OlderFile(path, place), error);
+        if (error) {
+            return error;
+        }
+    }
+    std::filesystem::rename(path, OlderFile(path, 1), error);
+    return error;
 }
 
 }  // namespace
@@ -133,10 +160,29 @@ void CLogFile::Flush(bool mirror) {
 }
 
 void CLogFile::OpenSink() {
-    auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_st>(m_path, kFileSize, kFilesKept - 1);
+    auto sink = std::make_shared<spdlog::sinks::basic_file_sink_st>(m_path);
     sink->set_formatter(
         std::make_unique<spdlog::pattern_formatter>("%v", spdlog::pattern_time_type::local, std::string()));
     m_sink = std::move(sink);
+    std::error_code unknown;
+    const std::uintmax_t size = std::filesystem::file_size(PathFromNarrow(m_path), unknown);
+    m_size = unknown ? 0 : size;
+}
+
+// A viewer may hold a file in a way that forbids to rename it.
+void CLogFile::RotateWhenFull(std::size_t size) {
+    const auto now = std::chrono::steady_clock::now();
+    if (m_size == 0 || m_size + size <= kFileSize || now < m_nextRotation) {
+        return;
+    }
+    m_sink.reset();
+    const std::error_code error = Rotate(PathFromNarrow(m_path));
+    if (error && m_nextRotation == std::chrono::steady_clock::time_point()) {
+        WriteSystemLog(Warn, "Log",
+                       m_path + " grows on until it can be renamed, which fails: " + error.message());
+    }
+    m_nextRotation = error ? now + kRotationPause : std::chrono::steady_clock::time_point();
+    OpenSink();
 }
 
 void CLogFile::WriteToDisk(std::string_view records) {
@@ -154,7 +200,9 @@ void CLogFile::WriteToDisk(std::string_view records) {
             const std::size_t end = records.find('\n', kChunkSize);
             size = end == std::string_view::npos ? size : end + 1;
         }
+        RotateWhenFull(size);
         m_sink->log(spdlog::details::log_msg("", spdlog::level::info, records.substr(0, size)));
+        m_size += size;
         records.remove_prefix(size);
     }
     m_sink->flush();

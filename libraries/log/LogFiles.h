@@ -3,8 +3,10 @@
 #include "platform/Mutex.h"
 #include "platform/RavLog.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -41,10 +43,15 @@ class CLogFile final : public CLogSink {
     void WriteToDisk(std::string_view records);
     void OpenSink();
 
+    /** Begins the file anew before it grows past its limit by this many bytes. */
+    void RotateWhenFull(std::size_t size);
+
     CLogWriter& m_writer;
     const bool m_isMirrored;
     std::string m_path;                           // of the flushing thread, set while it does not run
     std::shared_ptr<spdlog::sinks::sink> m_sink;  // of the flushing thread; null until opened
+    std::uintmax_t m_size = 0;                    // of the open file
+    std::chrono::steady_clock::time_point m_nextRotation;  // not tried before
     CMutex m_mutex;
     std::string m_pending GUARDED_BY(m_mutex);  // whole records
     std::size_t m_pendingCount GUARDED_BY(m_mutex) = 0;

@@ -2,6 +2,7 @@
 #include "server/LogText.h"
 #include "simulation/Machine.h"
 #include "simulation/TemporaryFolder.h"
+#include "simulation/Wait.h"
 
 #include <filesystem>
 #include <fstream>
@@ -114,6 +115,23 @@ TEST_F(LogFiles, AllRecordsOfAllThreadsAreKeptInWholeLines) {
                   11U << 20U);
     }
     EXPECT_EQ(lines, kThreads * kRecords);
+}
+
+TEST_F(LogFiles, FileThatCantBeRenamedGrowsOn) {
+    const std::filesystem::path log = m_folder / "System.log";
+    std::ofstream(log) << std::string(10U << 20U, 'x') << "\nwritten before\n";
+    const std::ifstream viewer(log);  // forbids to rename the file, where the system has such a thing
+    for (int number = 1; simulation::Differences::removesOpenFiles && number <= 4; ++number) {
+        std::filesystem::create_directories(m_folder / ("System." + std::to_string(number) + ".log") / "x");
+    }
+    ASSERT_EQ(RavLog::StartLogs(m_folder.string(), "info"), "");
+    RavLog::WriteSystemLog(RavLog::Info, "test", "written after");
+    EXPECT_TRUE(simulation::WaitUntil(
+        [&] { return ReadFile(log).find("grows on until it can be renamed") != std::string::npos; }));
+    RavLog::StopLogs();
+    const std::string text = ReadFile(log);
+    EXPECT_NE(text.find("written before\n"), std::string::npos) << "the file was begun anew";
+    EXPECT_NE(text.find("written after\n"), std::string::npos);
 }
 
 TEST_F(LogFiles, AFullDiskLosesRecordsAndSaysSo) {
