@@ -3,10 +3,12 @@
 #include <string>
 
 /**
- * Writes a line to standard output and flushes it. The line goes out in one piece, so that lines of several
- * threads don't mix. Any thread.
+ * Hands a line to the thread that writes standard output. Lines go out whole and in the order of the calls.
+ * Any thread.
  *
- * While standard output takes nothing, a terminal that is held or a pipe that nobody reads, the line is lost
- * after a tenth of a second; the system log tells the first one.
+ * Nobody is held up while standard output takes nothing, a terminal that is held or a pipe that nobody reads:
+ * lines wait then, up to 256 KiB of them, and further ones are lost; the system log tells when that begins and
+ * how many they were. Where standard output is a file, the line is in it when this returns, unless the disk
+ * stalls for a second. At the end of the process the last lines get a second.
  */
 void PrintLine(std::string line);

@@ -1,5 +1,6 @@
 #include "platform/DebugConsole.h"
 #include "platform/RavLog.h"
+#include "platform/windows/Console.h"
 
 #include <cstdio>
 
@@ -21,6 +22,7 @@ void MakeConsole() {
         return;
     }
     SetConsoleOutputCP(CP_UTF8);
+    ForbidSelectionByClick();
     for (std::FILE* stream : {stdout, stderr}) {
         if (IsRedirected(stream)) {
             continue;

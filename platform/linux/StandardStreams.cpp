@@ -1,19 +1,11 @@
 #include "platform/StandardStreams.h"
 
-#include <climits>
+#include <cerrno>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
-
-namespace {
-
-constexpr int g_patience = 100;  // milliseconds
-
-}  // namespace
-
-// A pipe that is ready takes this much without waiting.
-static_assert(g_standardOutputPiece <= PIPE_BUF);
 
 void PrepareStandardStreams() {
     int opened = 0;
@@ -25,7 +17,22 @@ void PrepareStandardStreams() {
     }
 }
 
-bool WaitForStandardOutput() {
-    pollfd entry{STDOUT_FILENO, POLLOUT, 0};
-    return poll(&entry, 1, g_patience) != 0;
+bool WriteStandardOutput(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN) {  // somebody has made it a stream that doesn't wait
+            pollfd entry{STDOUT_FILENO, POLLOUT, 0};
+            poll(&entry, 1, -1);
+        } else if (errno != EINTR) {
+            return errno == EBADF;
+        }
+    }
+    return true;
+}
+
+bool IsStandardOutputFile() {
+    struct stat status {};
+    return fstat(STDOUT_FILENO, &status) == 0 && S_ISREG(status.st_mode);
 }

@@ -1,15 +1,10 @@
 // What Linux tells of its user: language and folders.
 
-#include "config/StandardOutput.h"
 #include "platform/Folders.h"
 #include "platform/RavLog.h"
 #include "platform/linux/LocaleText.h"
 #include "simulation/Wait.h"
 #include "tests/config/MachineFixture.h"
-
-#include <array>
-
-#include <unistd.h>
 
 using simulation::SetVariable;
 
@@ -34,26 +29,6 @@ TEST_F(Machine, DocumentsFolderComesFromTheUsersSettings) {
     }
     SetVariable("HOME", nullptr);
     EXPECT_TRUE(GetDocumentsDirectory().starts_with('/')) << "the password database was not asked";
-}
-
-TEST_F(Machine, LinesThatNobodyReadsHoldUpNobody) {
-    std::array<int, 2> pipeEnds{};
-    ASSERT_EQ(pipe(pipeEnds.data()), 0);
-    const int before = dup(STDOUT_FILENO);
-    dup2(pipeEnds[1], STDOUT_FILENO);
-    for (int line = 0; line < 20; ++line) {
-        PrintLine(std::string(10000, 'x'));  // more than a pipe holds
-    }
-    std::string content(200000, ' ');
-    content.resize(static_cast<std::size_t>(read(pipeEnds[0], content.data(), content.size())));
-    PrintLine("read again");
-    std::array<char, 20> next{};
-    EXPECT_EQ(read(pipeEnds[0], next.data(), next.size()), 11) << "nothing of a lost line follows";
-    dup2(before, STDOUT_FILENO);
-    for (const int descriptor : {before, pipeEnds[0], pipeEnds[1]}) {
-        close(descriptor);
-    }
-    EXPECT_TRUE(content.starts_with(std::string(10000, 'x') + "\n"));
 }
 
 TEST_F(Machine, LogThatWasDeletedIsBegunAnew) {

@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -125,6 +127,25 @@ TEST(Descriptors, UsedUpAndGivenBack) {
     EXPECT_EQ(HttpClient(host.HttpPort()).Get("/api/centralControl/getConfigList").status, 200);
     EXPECT_TRUE(simulation::WebSocketClient(host.WebSocketPort()).Heartbeat());
     EXPECT_EQ(host.Stop(), 0);
+}
+
+TEST(StandardOutput, HeldFromTheStartHoldsUpNeitherClicksNorTheEnd) {
+    const simulation::TemporaryFolder folder;
+    const std::string pipe = (folder.Path() / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const int reader = open(pipe.c_str(), O_RDWR | O_CLOEXEC);  // keeps it open, and doesn't read
+    HostOptions options;
+    options.runner = {"sh", "-c", R"(pipe=$1; shift; exec "$@" >"$pipe")", "sh", pipe};
+    HostProcess host(options);
+    host.Start();
+    Browser browser(host);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < 1500; ++i) {  // each prints a line; the pipe takes 64 KiB
+        ASSERT_EQ(browser.Post("addNetPortInfo", {{"data", 5}}).at("code"), 30101);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    EXPECT_EQ(host.Stop(), 0);
+    close(reader);
 }
 
 TEST(Soak, MemoryAndDescriptorsStayWhereTheyWere) {
