@@ -129,9 +129,9 @@ void StartLogs(const SGlobalConfig& config, bool isNew, const CFolderLock& lock)
     }
 }
 
-/** Whether the server of this process serves the port: that another one does is no success. */
-bool IsServing(int port) {
-    return IsListeningHere(port).value_or(!IsPortFree(port));
+/** Whether this process serves the port: that another one does is no success. wasFree: before the start. */
+bool IsServing(int port, bool wasFree) {
+    return IsListeningHere(port).value_or(wasFree && !IsPortFree(port));
 }
 
 int Run(CStopSignal& stopSignal) {
@@ -149,16 +149,18 @@ int Run(CStopSignal& stopSignal) {
         Tell(RavLog::Error, PortProblem("http_port", config.http_port, config));
         return kFailed;
     }
+    const bool isWebSocketFree =
+        config.websocket_port != config.http_port && IsPortFree(config.websocket_port);
 
     WriteWebSettings(config);
     CCenterServer server;
     server.InitServer();
     server.Running();
-    if (!IsServing(config.http_port)) {
+    if (!IsServing(config.http_port, true)) {
         Tell(RavLog::Error, PortProblem("http_port", config.http_port, config));
         return kFailed;
     }
-    if (config.websocket_port == config.http_port || !IsServing(config.websocket_port)) {
+    if (config.websocket_port == config.http_port || !IsServing(config.websocket_port, isWebSocketFree)) {
         Tell(RavLog::Warn, "browsers can look but not change or fire anything: " + WebSocketProblem(config));
     }
     PrintWhereabouts(config);

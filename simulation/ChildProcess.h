@@ -19,7 +19,7 @@ struct ProcessOptions {
     std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
 };
 
-/** HangUp: the terminal was closed; on Windows the same as Terminate. */
+/** HangUp: the terminal was closed; on Windows the user logs off. */
 enum class EnSignal { Terminate, HangUp, Kill };
 
 /** A process that runs beside the test and never outlives it. Started, used and ended by one thread. */

@@ -135,6 +135,29 @@ BOOL WINAPI OutliveConsoleEvent(DWORD /*event*/) {
     return TRUE;
 }
 
+/** The window by which the process learns of a log-off. */
+HWND SessionWindow(DWORD process) {
+    HWND window = nullptr;
+    while ((window = FindWindowExW(nullptr, window, L"VarnholtServerSession", nullptr)) != nullptr) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        if (owner == process) {
+            break;
+        }
+    }
+    return window;
+}
+
+/** A log-off, as one process is told of it. */
+void EndSession(DWORD process) {
+    const HWND window = SessionWindow(process);
+    if (window == nullptr ||
+        SendMessageW(window, WM_QUERYENDSESSION, 0, static_cast<LPARAM>(ENDSESSION_LOGOFF)) == FALSE) {
+        Fail("WM_QUERYENDSESSION");
+    }
+    PostMessageW(window, WM_ENDSESSION, TRUE, static_cast<LPARAM>(ENDSESSION_LOGOFF));
+}
+
 double Seconds(const FILETIME& time) {
     return static_cast<double>(std::uint64_t{time.dwHighDateTime} << 32U | time.dwLowDateTime) / 1e7;
 }
@@ -190,6 +213,10 @@ void ChildProcess::Send(EnSignal signal) const {
     }
     if (signal == EnSignal::Kill) {
         TerminateProcess(m_system->process.Get(), kKilled);
+        return;
+    }
+    if (signal == EnSignal::HangUp) {
+        EndSession(static_cast<DWORD>(m_id));
         return;
     }
     // Ctrl+C, typed at the console of the process: the test becomes a client of it for a moment.

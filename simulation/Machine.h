@@ -60,6 +60,9 @@ struct Differences {
     /** The system stands hundreds of connections that are cut while they are made; Wine 8 does not. */
     static const bool standsManyCuts;
 
+    /** The system tells which process listens on a port; Wine doesn't, Windows does. */
+    static const bool tellsWhoListens;
+
     /** Serial ports are found by the system's own list, which a test can't fill. */
     static const bool hasPortList;
 

@@ -1,6 +1,7 @@
 #include "platform/PortProbe.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include <winsock2.h>
@@ -45,17 +46,22 @@ std::vector<std::uint32_t> ReadListeners(ULONG family) {
     return {};
 }
 
-/** Whether a table with rows of this form has a port of this process. */
+/** Whether a table with rows of this form has the port as one of this process; nothing where its owner is
+ * unknown. */
 template <typename Table>
-bool HasOwnPort(const std::vector<std::uint32_t>& listeners, int port) {
+std::optional<bool> HasOwnPort(const std::vector<std::uint32_t>& listeners, int port) {
     const auto& table = *reinterpret_cast<const Table*>(listeners.data());
+    std::optional<bool> isOwn = false;
     for (DWORD row = 0; row < table.dwNumEntries; ++row) {
-        if (table.table[row].dwOwningPid == GetCurrentProcessId() &&
-            ntohs(static_cast<u_short>(table.table[row].dwLocalPort)) == port) {
+        const auto& [owner, number] = std::pair(table.table[row].dwOwningPid, table.table[row].dwLocalPort);
+        if (ntohs(static_cast<u_short>(number)) == port && owner == GetCurrentProcessId()) {
             return true;
         }
+        if (ntohs(static_cast<u_short>(number)) == port && owner == 0) {
+            isOwn.reset();
+        }
     }
-    return false;
+    return isOwn;
 }
 
 }  // namespace
@@ -89,6 +95,6 @@ std::optional<bool> IsListeningHere(int port) {
     if (listeners.empty() || listeners6.empty()) {
         return std::nullopt;
     }
-    return HasOwnPort<MIB_TCPTABLE_OWNER_PID>(listeners, port) ||
-           HasOwnPort<MIB_TCP6TABLE_OWNER_PID>(listeners6, port);
+    const std::optional<bool> isOwn = HasOwnPort<MIB_TCPTABLE_OWNER_PID>(listeners, port);
+    return isOwn == false ? HasOwnPort<MIB_TCP6TABLE_OWNER_PID>(listeners6, port) : isOwn;
 }

@@ -1,9 +1,11 @@
 #include "platform/Service.h"
 
+#include "platform/ProcessEnd.h"
 #include "platform/windows/StopEvent.h"
 
 #include <array>
 #include <iostream>
+#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -19,8 +21,14 @@ constexpr DWORD kPatience = 20000;        // milliseconds that the start and the
 constexpr DWORD kForgetFailures = 86400;  // seconds without a failure after which counting begins anew
 constexpr DWORD kRestartPause = 5000;     // milliseconds
 
-const std::function<int()>* g_run = nullptr;
+constexpr DWORD kCheckPointPause = 1000;  // milliseconds between two signs of life of a stop
+
 SERVICE_STATUS_HANDLE g_handle = nullptr;
+HANDLE g_started = nullptr;  // event: the service manager has started the service
+DWORD g_exitCode = 0;        // of the work; set on the main thread before the end of main
+std::mutex g_mutex;          // guards the two below, and keeps reports in order
+DWORD g_checkPoint = 0;
+bool g_isStopped = false;
 
 /** A handle of the service manager. */
 class CServiceHandle {
@@ -46,32 +54,88 @@ int Fail(const char* what) {
     return 1;
 }
 
-void Report(DWORD state, DWORD exitCode) {
+/** Tells the service manager the state; after "stopped" nothing more. */
+void Report(DWORD state) {
+    const std::lock_guard lock(g_mutex);
+    if (g_isStopped) {
+        return;
+    }
+    g_isStopped = state == SERVICE_STOPPED;
+    const DWORD exitCode = g_isStopped ? g_exitCode : 0;
+    const bool isPending = state == SERVICE_STOP_PENDING;
     SERVICE_STATUS status{};
     status.dwServiceType = SERVICE_WIN32_OWN_PROCESS;
     status.dwCurrentState = state;
     status.dwControlsAccepted = state == SERVICE_RUNNING ? SERVICE_ACCEPT_STOP | SERVICE_ACCEPT_SHUTDOWN : 0;
     status.dwWin32ExitCode = exitCode == 0 ? NO_ERROR : ERROR_SERVICE_SPECIFIC_ERROR;
     status.dwServiceSpecificExitCode = exitCode;
-    status.dwWaitHint = state == SERVICE_STOP_PENDING ? kPatience : 0;
+    status.dwCheckPoint = isPending ? ++g_checkPoint : 0;
+    status.dwWaitHint = isPending ? kPatience : 0;
     SetServiceStatus(g_handle, &status);
+}
+
+/** Gives signs of life while the last saves are awaited; the end of the process ends this thread. */
+DWORD WINAPI ReportStopping(void* /*unused*/) {
+    while (true) {
+        Report(SERVICE_STOP_PENDING);
+        Sleep(kCheckPointPause);
+    }
+}
+
+void BeginStop() {
+    static const HANDLE thread = CreateThread(nullptr, 0, &ReportStopping, nullptr, 0, nullptr);
+    if (thread == nullptr) {
+        Report(SERVICE_STOP_PENDING);
+    }
+}
+
+void ReportStopped() {
+    Report(SERVICE_STOPPED);
 }
 
 DWORD WINAPI OnControl(DWORD control, DWORD /*type*/, void* /*data*/, void* /*context*/) {
     if (control == SERVICE_CONTROL_STOP || control == SERVICE_CONTROL_SHUTDOWN) {
-        Report(SERVICE_STOP_PENDING, 0);
+        BeginStop();
         SetEvent(StopEvent());
         return NO_ERROR;
     }
     return control == SERVICE_CONTROL_INTERROGATE ? NO_ERROR : ERROR_CALL_NOT_IMPLEMENTED;
 }
 
+/** The work runs on the main thread, so that its end is the end of main. */
 void WINAPI ServiceMain(DWORD /*count*/, wchar_t** /*arguments*/) {
     g_handle = RegisterServiceCtrlHandlerExW(kName, &OnControl, nullptr);
     if (g_handle != nullptr) {
-        Report(SERVICE_RUNNING, 0);
-        Report(SERVICE_STOPPED, static_cast<DWORD>((*g_run)()));
+        Report(SERVICE_RUNNING);
+        SetEvent(g_started);
     }
+}
+
+/** Speaks with the service manager until the service has stopped. @return 0 or why it can't */
+DWORD WINAPI Dispatch(void* /*unused*/) {
+    std::wstring name = kName;
+    const std::array<SERVICE_TABLE_ENTRYW, 2> table{{{name.data(), &ServiceMain}, {nullptr, nullptr}}};
+    return StartServiceCtrlDispatcherW(table.data()) != FALSE ? NO_ERROR : GetLastError();
+}
+
+int RunAsService(const std::function<int()>& run) {
+    g_started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE dispatcher = CreateThread(nullptr, 0, &Dispatch, nullptr, 0, nullptr);
+    if (g_started == nullptr || dispatcher == nullptr) {
+        return Fail("the service can't be run");
+    }
+    const std::array<HANDLE, 2> either{g_started, dispatcher};
+    if (WaitForMultipleObjects(2, either.data(), FALSE, INFINITE) != WAIT_OBJECT_0) {
+        DWORD error = NO_ERROR;
+        GetExitCodeThread(dispatcher, &error);
+        SetLastError(error);
+        return Fail("the service manager did not start this");
+    }
+    CallAtProcessEnd(&ReportStopped);  // registered first, called last: after all saves
+    const int status = run();
+    g_exitCode = static_cast<DWORD>(status);
+    BeginStop();
+    return status;
 }
 
 /** Sets one property; a system that doesn't know it goes on without. */
@@ -172,11 +236,6 @@ int HandleServiceCommand(std::string_view verb, const std::function<int()>& run)
     if (verb != "run") {
         return 2;
     }
-    g_run = &run;
     LeaveStopToServiceManager();
-    std::wstring name = kName;
-    const std::array<SERVICE_TABLE_ENTRYW, 2> table{{{name.data(), &ServiceMain}, {nullptr, nullptr}}};
-    return StartServiceCtrlDispatcherW(table.data()) != FALSE
-               ? 0
-               : Fail("the service manager did not start this");
+    return RunAsService(run);
 }

@@ -6,16 +6,57 @@ namespace {
 
 bool g_isService = false;
 
-// The system ends the process by itself when the handler of these events returns, or takes longer than it
-// allows.
-constexpr DWORD kLongestStop = 20000;  // milliseconds
+/** The system ends the process when the answer to its event is given: that is left to the end of main, or to
+ * the system's own patience. */
+[[noreturn]] void StopAndNeverAnswer() {
+    SetEvent(StopEvent());
+    while (true) {
+        Sleep(INFINITE);
+    }
+}
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-    SetEvent(StopEvent());
     if (event == CTRL_CLOSE_EVENT || event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT) {
-        Sleep(kLongestStop);  // the end of main ends this thread
+        StopAndNeverAnswer();
     }
+    SetEvent(StopEvent());
     return TRUE;
+}
+
+LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
+    switch (message) {
+        case WM_QUERYENDSESSION:
+            ShutdownBlockReasonCreate(window, L"The last changes are being saved.");
+            return TRUE;
+        case WM_ENDSESSION:
+            if (first != FALSE) {
+                StopAndNeverAnswer();
+            }
+            ShutdownBlockReasonDestroy(window);
+            return 0;
+        default:
+            return DefWindowProcW(window, message, first, second);
+    }
+}
+
+/** A window that is never shown: a program with windows is told of log-off and shutdown by them alone, and
+ * the system's libraries count this one as such. */
+DWORD WINAPI WatchSession(void* /*unused*/) {
+    WNDCLASSEXW shape{};
+    shape.cbSize = sizeof shape;
+    shape.lpfnWndProc = &OnMessage;
+    shape.hInstance = GetModuleHandleW(nullptr);
+    shape.lpszClassName = L"VarnholtServerSession";
+    if (RegisterClassExW(&shape) == 0 ||
+        CreateWindowExW(0, shape.lpszClassName, L"Varnholt Server", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                        shape.hInstance, nullptr) == nullptr) {
+        return GetLastError();
+    }
+    MSG message{};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        DispatchMessageW(&message);
+    }
+    return NO_ERROR;
 }
 
 }  // namespace
@@ -37,6 +78,9 @@ CStopSignal::CStopSignal() {
     // A process that was started detached or in a group of its own ignores Ctrl+C until it is told not to.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
+    if (const HANDLE thread = CreateThread(nullptr, 0, &WatchSession, nullptr, 0, nullptr)) {
+        CloseHandle(thread);
+    }
 }
 
 void CStopSignal::Wait() {

@@ -30,6 +30,7 @@ TEST(StandardOutput, ThatNobodyReadsHoldsUpNobody) {
     const auto begin = std::chrono::steady_clock::now();
     {
         std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([thread] {
                 for (int number = 0; number < kLines; ++number) {

@@ -53,7 +53,8 @@ TEST(Start, FailsWithAReasonWhenItsPortIsTaken) {
 TEST(Start, LeavesAFolderAloneThatAnotherServerHas) {
     HostProcess first;
     first.Start();
-    const std::string logs = first.UserFile("Log/Server.log") + first.UserFile("Log/System.log");
+    ASSERT_TRUE(simulation::WaitUntil([&] { return !first.UserFile("Log/Server.log").empty(); }));
+    const std::string log = first.UserFile("Log/Server.log");
     HostOptions options;
     options.userData = first.UserData();
     HostProcess second(options);
@@ -61,7 +62,7 @@ TEST(Start, LeavesAFolderAloneThatAnotherServerHas) {
     EXPECT_EQ(second.Process().WaitExit(), 1);
     ExpectSays(second.Process().ErrorOutput(), {"another server, process ", first.UserData().string()});
     EXPECT_EQ(second.Process().Output(), "");
-    EXPECT_EQ(first.UserFile("Log/Server.log") + first.UserFile("Log/System.log"), logs);
+    EXPECT_EQ(first.UserFile("Log/Server.log"), log);
 
     first.Process().Send(simulation::EnSignal::Kill);
     EXPECT_NE(first.Process().WaitExit(), std::nullopt);
@@ -71,6 +72,9 @@ TEST(Start, LeavesAFolderAloneThatAnotherServerHas) {
 }
 
 TEST(Start, OneOfTwoThatMeetOnAPortSaysThatItRuns) {
+    if (!simulation::Differences::tellsWhoListens) {
+        GTEST_SKIP() << "the loser can't know whose port it is";
+    }
     const simulation::SilentDevice silent;  // keeps both busy between the look at the port and its use
     json info = Browser::NetInfo("Silent", "TCP_Client", 0, silent.Port());
     const json interfaces = {
