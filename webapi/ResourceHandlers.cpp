@@ -1,6 +1,7 @@
 // Files that are handed out by name: the entry page and the folder of resources.
 
 #include "include/GlobalConfig.h"
+#include "platform/FileNames.h"
 #include "platform/FileStreams.h"
 #include "platform/Folders.h"
 #include "platform/Paths.h"
@@ -60,9 +61,23 @@ const char* RefusalOf(const ResourcePath& name) {
                                                                                  : "path traversal detected";
 }
 
+/** Whether a name leads to a device of Windows, which no file can be. */
+bool NamesDevice(const ResourcePath& name) {
+    const auto& elements = name.Elements();
+    return std::any_of(elements.begin(), elements.end(), [](const std::u8string& element) {
+        return IsDeviceName({reinterpret_cast<const char*>(element.data()), element.size()});
+    });
+}
+
 /** Whether a path with this root name can lie on the drive of the folder. */
 bool IsOnDriveOf(const fs::path& folder, const ResourcePath& name) {
     return name.RootName().empty() || name.RootName() == folder.root_name().u8string();
+}
+
+/** A folder has no body, and what else is no file must not be waited for. */
+bool IsRegularFile(const PinnedFile& file) {
+    std::error_code ignored;
+    return fs::is_regular_file(PathFromNarrow(file.OpenName()), ignored);
 }
 
 int Refuse(HttpResponse* response, const SRequestTrace& trace, const char* reason) {
@@ -96,19 +111,21 @@ int AnswerResource(const std::string& fileName, HttpResponse* response, const SR
     if (!IsPathWithinRoot(root, candidate)) {
         return Refuse(response, trace, kEscapedRoot);
     }
-    if (!Exists(candidate)) {
+    if (NamesDevice(name) || !Exists(candidate)) {
         return Finish(trace, kMissing);
     }
     const PinnedFile folder(root);
     const PinnedFile file(candidate);
-    if (file && !IsPathWithinRoot(folder.RealPath(), file.RealPath())) {
+    // Without the folder, when no descriptors are left say, every place would count as one below it.
+    const fs::path realRoot = folder.RealPath();
+    if (file && (realRoot.empty() || !IsPathWithinRoot(realRoot, file.RealPath()))) {
         return Refuse(response, trace, kEscapedRoot);
     }
-    response->SetContentType(ResolveContentType(fileName).c_str());
-    response->SetHeader("Cache-Control", "public, max-age=3600");
-    if (file) {
-        response->File(file.OpenName().c_str());  // a folder, or one that may not be read: no body
+    if (file && IsRegularFile(file)) {
+        response->File(file.OpenName().c_str());  // one that may not be read: no body
     }
+    response->SetContentType(ResolveContentType(fileName).c_str());  // behind File, which may set another
+    response->SetHeader("Cache-Control", "public, max-age=3600");
     return Finish(trace, HTTP_STATUS_OK);
 }
 

@@ -251,4 +251,21 @@ TEST_P(SystemCall, FailsOnce) {
     EXPECT_GT(n, 1) << "strace does not work here, or the host makes no such call";
 }
 
+// Where a resource lies can't be told then.
+TEST(FolderOfResources, ThatCantBeOpenedGivesNothing) {
+    HostOptions options;
+    options.ownInstallation = true;
+    options.runner = {"sh", "-c",
+                      "exec strace -D -f -q -o \"$HOME/trace\" -P \"$HOME/installation/Resource\" "
+                      "-e trace=openat -e inject=openat:error=EMFILE \"$@\"",
+                      "sh"};
+    HostProcess host(options);
+    simulation::WriteFile(host.Installation() / "Resource/lamp.png", "lamp");
+    host.Start();
+    const auto reply = HttpClient(host.HttpPort()).Get("/api/getResource/lamp.png");
+    EXPECT_EQ(reply.body, R"({"code":30101,"message":""})");
+    EXPECT_EQ(host.Stop(), 0);
+    EXPECT_NE(simulation::ReadFile(host.Home() / "trace").find("(INJECTED)"), std::string::npos);
+}
+
 }  // namespace

@@ -108,6 +108,10 @@ TEST_F(Resources, NeverComeFromOutside) {
                                                                        {"../sub/deep.txt", "secret"}}) {
         Write(name, text);
     }
+    if (simulation::Differences::namesAsWritten) {
+        Write("NUL.txt", "a device elsewhere");
+        Write("com1/deep.txt", "below a device elsewhere");
+    }
     std::set<std::string> missing;  // links that this system can't make
     for (const auto& [name, to] :
          std::map<std::string, fs::path>{{"inside", "sub/deep.txt"},
