@@ -51,6 +51,9 @@ class EventThreads {
     /** Takes a task out of the line. @return the task; null when it has got a place */
     std::shared_ptr<BlockingTask> Withdraw(const BlockingTask* task) { return m_limit.Withdraw(task); }
 
+    /** Has the end of a task, which another thread has run, told on the loop. Any thread. */
+    void PostDone(const std::shared_ptr<BlockingTask>& task);
+
     /** Ends the loop: no event is served from now on. Any thread. */
     void Finish();
 
@@ -74,7 +77,6 @@ class EventThreads {
     void WakeWatcher();
     void RunOnLoop(std::shared_ptr<BlockingTask> task);
     void RunOffLoop(std::shared_ptr<BlockingTask> finished);
-    void PostDone(const std::shared_ptr<BlockingTask>& task);
 
     TaskLimit& m_limit;
     boost::asio::io_context m_context;

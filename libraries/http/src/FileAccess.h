@@ -11,6 +11,9 @@
 
 namespace hv::internal {
 
+/** Whether a call may wait for the disk. An event loop must not: it asks for what is in memory already. */
+enum class DiskWait { No, Yes };
+
 /** An open regular file; closed at the end of its life. One thread at a time. */
 class FileHandle {
   public:
@@ -28,16 +31,23 @@ class FileHandle {
     FileHandle& operator=(const FileHandle&) = delete;
     ~FileHandle();
 
-    explicit operator bool() const { return m_native != g_none; }
+    /** A handle for what can't be told without the disk. */
+    static FileHandle Unknown() { return {g_unknown, 0, 0}; }
+
+    explicit operator bool() const { return m_native != g_none && m_native != g_unknown; }
+    bool IsUnknown() const { return m_native == g_unknown; }
 
     std::uint64_t Size() const { return m_size; }         ///< bytes, when it was opened
     std::int64_t Modified() const { return m_modified; }  ///< nanoseconds since 1970
 
-    /** Reads at an offset. @return bytes read, 0 at the end, negative on an error */
-    std::ptrdiff_t Read(std::uint64_t offset, char* to, std::size_t size) const;
+    static constexpr std::ptrdiff_t g_wouldWait = -2;
+
+    /** Reads at an offset. @return bytes read, 0 at the end, g_wouldWait, or -1 on an error */
+    std::ptrdiff_t Read(std::uint64_t offset, char* to, std::size_t size,
+                        DiskWait wait = DiskWait::Yes) const;
 
     /**
-     * Sends from an offset over a non-blocking socket, as much as it takes now.
+     * Sends from an offset over a non-blocking socket, as much as it takes now. May wait for the disk.
      * @return bytes sent; 0 with an error: would_block when the socket takes none at present, eof when the
      * file ends here
      */
@@ -46,6 +56,7 @@ class FileHandle {
 
   private:
     static constexpr std::intptr_t g_none = -1;
+    static constexpr std::intptr_t g_unknown = -2;
 
     std::intptr_t m_native = g_none;
     std::uint64_t m_size = 0;
@@ -58,7 +69,8 @@ FileHandle OpenFile(const std::string& path);
 /**
  * Opens a file below a folder and never one outside of it, wherever links lead.
  * @param relative  plain names separated by "/"; no "..", no leading "/"
+ * @param wait      No: FileHandle::Unknown() when what is in memory doesn't tell
  */
-FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative);
+FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative, DiskWait wait);
 
 }  // namespace hv::internal

@@ -14,6 +14,7 @@
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace hv::internal {
@@ -34,6 +35,29 @@ FileHandle Adopt(int descriptor) {
     }
     return {descriptor, static_cast<std::uint64_t>(info.st_size),
             std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec};
+}
+
+int OpenAt(int folder, const char* path, std::uint64_t flags, std::uint64_t resolve) {
+    open_how how{};
+    how.flags = flags;
+    how.resolve = resolve;
+    return static_cast<int>(::syscall(SYS_openat2, folder, path, &how, sizeof how));
+}
+
+constexpr std::uint64_t g_folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr std::uint64_t g_resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+
+// Opens what the kernel finds without the disk (since 5.12).
+FileHandle OpenCachedBeneath(const std::string& folder, const std::string& relative) {
+    const int root = OpenAt(AT_FDCWD, folder.c_str(), g_folderFlags, RESOLVE_CACHED);
+    const int descriptor = root < 0 ? -1
+                                    : OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(g_readFlags),
+                                             g_resolve | RESOLVE_CACHED);
+    const bool isMissing = descriptor < 0 && (errno == ENOENT || errno == ENOTDIR);
+    if (root >= 0) {
+        ::close(root);
+    }
+    return descriptor >= 0 ? Adopt(descriptor) : isMissing ? FileHandle() : FileHandle::Unknown();
 }
 
 // For kernels before 5.6 and sandboxes that forbid openat2.
@@ -79,15 +103,21 @@ std::size_t SendCopy(const FileHandle& file, Socket& socket, std::uint64_t offse
 }  // namespace
 
 FileHandle::~FileHandle() {
-    if (m_native != g_none) {
+    if (*this) {
         ::close(static_cast<int>(m_native));
     }
 }
 
-std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size) const {
+std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size, DiskWait wait) const {
+    const int descriptor = static_cast<int>(m_native);
     ssize_t got = 0;
+    if (wait == DiskWait::No) {
+        const iovec room{to, size};
+        got = ::preadv2(descriptor, &room, 1, static_cast<off_t>(offset), RWF_NOWAIT);
+        return got < 0 ? g_wouldWait : got;  // also where the file system knows no such reading
+    }
     do {
-        got = ::pread(static_cast<int>(m_native), to, size, static_cast<off_t>(offset));
+        got = ::pread(descriptor, to, size, static_cast<off_t>(offset));
     } while (got < 0 && errno == EINTR);
     return got;
 }
@@ -116,21 +146,21 @@ FileHandle OpenFile(const std::string& path) {
     return Adopt(::open(path.c_str(), g_readFlags));
 }
 
-FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative) {
-    const int root = ::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative, DiskWait wait) {
+    if (wait == DiskWait::No) {
+        return OpenCachedBeneath(folder, relative);
+    }
+    const int root = ::open(folder.c_str(), static_cast<int>(g_folderFlags));
     if (root < 0) {
         return {};
     }
-    open_how how{};
-    how.flags = static_cast<std::uint64_t>(g_readFlags);
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
-    const long descriptor = ::syscall(SYS_openat2, root, relative.c_str(), &how, sizeof how);
+    const int descriptor = OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(g_readFlags), g_resolve);
     const int error = errno;
     ::close(root);
     if (descriptor < 0 && (error == ENOSYS || error == EPERM || error == EAGAIN)) {
         return OpenAfterCheck(folder, relative);
     }
-    return Adopt(static_cast<int>(descriptor));
+    return Adopt(descriptor);
 }
 
 }  // namespace hv::internal

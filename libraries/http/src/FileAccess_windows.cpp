@@ -56,12 +56,16 @@ bool LiesBeneath(const std::wstring& file, std::wstring folder) {
 }  // namespace
 
 FileHandle::~FileHandle() {
-    if (m_native != g_none) {
+    if (*this) {
         CloseHandle(Native(m_native));
     }
 }
 
-std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size) const {
+// What is in memory can't be asked for alone here.
+std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size, DiskWait wait) const {
+    if (wait == DiskWait::No) {
+        return g_wouldWait;
+    }
     constexpr std::size_t most = 1U << 30U;
     OVERLAPPED place{};
     place.Offset = static_cast<DWORD>(offset);
@@ -91,7 +95,10 @@ FileHandle OpenFile(const std::string& path) {
     return handle == INVALID_HANDLE_VALUE ? FileHandle() : Adopt(handle);
 }
 
-FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative) {
+FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative, DiskWait wait) {
+    if (wait == DiskWait::No) {
+        return FileHandle::Unknown();
+    }
     const std::filesystem::path root = PathFromNarrow(folder);
     const HANDLE rootHandle = Open(root, FILE_READ_ATTRIBUTES, FILE_FLAG_BACKUP_SEMANTICS);
     if (rootHandle == INVALID_HANDLE_VALUE) {

@@ -231,8 +231,8 @@ void HttpConnection::Decide() {
     } else if (match.known) {
         response.status_code = static_cast<http_status>(405);
         response.SetHeader("Allow", match.allow);
-    } else if (!m_server.Files().Answer(request, Path(), response, m_exchange->file)) {
-        response.status_code = HTTP_STATUS_NOT_FOUND;
+    } else {
+        m_exchange->asksForFile = true;
     }
 }
 

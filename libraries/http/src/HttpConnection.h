@@ -41,6 +41,9 @@ class HttpConnection final : public ServerConnection,
     enum class Phase { Idle, Header, Body, Handling, Writing, Draining, Closed };
     enum class Written { All, Blocked, Failed };
 
+    /** What a thread other than the loop's does: a handler, or what may have to wait for the disk. */
+    enum class Work { Handler, Reply, FilePieces };
+
     /** All about one request and its reply; there is none between requests. */
     struct Exchange {
         explicit Exchange(const Limits& limits) : reader(*request, limits) {}
@@ -53,8 +56,10 @@ class HttpConnection final : public ServerConnection,
         bool decided = false;
         const http_sync_handler* handler = nullptr;
         Clock::time_point staleAt = Clock::time_point::max();  // when a write has waited too long
+        bool asksForFile = false;                              // and it is not known yet whether there is one
         FilePart file;
-        Written written = Written::Blocked;  // what became of the handler's reply so far
+        Work work = Work::Handler;
+        Written written = Written::Blocked;  // what became of the reply so far
     };
 
     void ExpectBytes(Limits::Time stall);
@@ -74,12 +79,15 @@ class HttpConnection final : public ServerConnection,
     void CallHandler();
     void Refuse(int status);
     void Reply();
-    void PrepareReply();
+    bool FindFile(DiskWait wait);
+    bool PrepareReply(DiskWait wait);
+    void LeaveToDiskThreads(Work work);
+    Written WritePieces();
     std::array<std::string_view, 5> Output() const;
     Written Write();
     void Continue(Written written);
     void WaitForOutput();
-    bool NextFilePart();
+    std::ptrdiff_t ReadFilePart(DiskWait wait);
     void FinishReply();
     void Drain();
     std::string_view Path() const;

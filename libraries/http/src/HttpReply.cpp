@@ -15,7 +15,7 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr int g_filePartsPerEvent = 4;
+constexpr int g_filePiecesAtOnce = 4;
 constexpr std::uint64_t g_filePartBytes = std::uint64_t{256} * 1024;
 constexpr std::size_t g_headCapacity = 4096;
 
@@ -37,17 +37,45 @@ void HttpConnection::Refuse(int status) {
     m_keepAlive = false;
     m_exchange->response = HttpResponse();
     m_exchange->response.status_code = static_cast<http_status>(status);
+    m_exchange->asksForFile = false;
     Reply();
 }
 
 void HttpConnection::Reply() {
     m_phase = Phase::Writing;
-    PrepareReply();
+    if (!FindFile(DiskWait::No) || !PrepareReply(DiskWait::No)) {
+        LeaveToDiskThreads(Work::Reply);
+        return;
+    }
     ExpectBytes(m_server.Bounds().writeStall);
     Continue(Write());
 }
 
-void HttpConnection::PrepareReply() {
+// Looks for the file that no handler stands for. False when that has to wait for the disk.
+bool HttpConnection::FindFile(DiskWait wait) {
+    if (!m_exchange->asksForFile) {
+        return true;
+    }
+    HttpResponse& response = m_exchange->response;
+    const FileFound found =
+        m_server.Files().Answer(*m_exchange->request, Path(), response, m_exchange->file, wait);
+    if (found == FileFound::No) {
+        response.status_code = HTTP_STATUS_NOT_FOUND;
+    }
+    m_exchange->asksForFile = found == FileFound::Unknown;
+    return !m_exchange->asksForFile;
+}
+
+// While another thread works on it, nothing else touches the connection.
+void HttpConnection::LeaveToDiskThreads(Work work) {
+    m_phase = Phase::Handling;
+    m_deadline = Clock::time_point::max();
+    m_exchange->work = work;
+    m_server.Disk().Execute(m_loop.Threads(), shared_from_this());
+}
+
+// False when that has to wait for the disk; it may be called again then.
+bool HttpConnection::PrepareReply(DiskWait wait) {
     HttpResponse& response = m_exchange->response;
     FilePart& part = m_exchange->file;
     if (const auto file = std::exchange(response.file, nullptr); file && response.body.empty()) {
@@ -64,7 +92,11 @@ void HttpConnection::PrepareReply() {
         response.pieces = {};
         part.length = 0;
     }
-    if (part.length > 0 && !NextFilePart()) {
+    const std::ptrdiff_t got = part.length > 0 ? ReadFilePart(wait) : 1;
+    if (got == FileHandle::g_wouldWait) {
+        return false;
+    }
+    if (got <= 0) {  // the file was cut since its length was told
         response = HttpResponse();
         response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
         part = FilePart();
@@ -78,23 +110,21 @@ void HttpConnection::PrepareReply() {
     m_sent = 0;
     m_exchange->begun = Clock::now();
     m_exchange->moved = 0;
+    return true;
 }
 
 // Reads the first piece of the file into the body, so that it goes out together with the head: all of a
-// small file, with one call of the system.
-bool HttpConnection::NextFilePart() {
+// small file, with one call of the system. As FileHandle::Read; the body stays empty when nothing was read.
+std::ptrdiff_t HttpConnection::ReadFilePart(DiskWait wait) {
     FilePart& part = m_exchange->file;
     std::string& body = m_exchange->response.body;
     body.resize(
         static_cast<std::size_t>(std::min<std::uint64_t>(part.length, m_server.Bounds().fileChunkBytes)));
-    const std::ptrdiff_t got = part.file.Read(part.offset, body.data(), body.size());
-    if (got <= 0) {
-        return false;  // the file was cut since its length was told
-    }
-    body.resize(static_cast<std::size_t>(got));
+    const std::ptrdiff_t got = part.file.Read(part.offset, body.data(), body.size(), wait);
+    body.resize(static_cast<std::size_t>(std::max<std::ptrdiff_t>(got, 0)));
     part.offset += body.size();
     part.length -= body.size();
-    return true;
+    return got;
 }
 
 // All that the reply holds in memory, in the order in which it goes out.
@@ -133,30 +163,29 @@ HttpConnection::Written HttpConnection::Write() {
     }
 }
 
+// Some pieces at a time, since others may want something meanwhile.
+HttpConnection::Written HttpConnection::WritePieces() {
+    FilePart& file = m_exchange->file;
+    for (int pieces = 0; file.length > 0 && pieces < g_filePiecesAtOnce; ++pieces) {
+        if (m_server.IsStopping()) {
+            return Written::Failed;
+        }
+        const error_code error = SendPiece(m_socket, file, m_exchange->moved);
+        if (error) {
+            const bool blocked = error == asio::error::would_block || error == asio::error::try_again;
+            return blocked ? Written::Blocked : Written::Failed;
+        }
+    }
+    return Written::All;
+}
+
 void HttpConnection::Continue(Written written) {
     if (written == Written::All && m_exchange->file.length > 0) {
         std::string().swap(m_exchange->response.body);
         m_head.clear();
         m_sent = 0;
-    }
-    for (int parts = 0; written == Written::All && m_exchange->file.length > 0; ++parts) {
-        if (parts == g_filePartsPerEvent) {
-            // Others may want something meanwhile.
-            asio::post(m_socket.get_executor(), [self = shared_from_this()] {
-                if (!self->IsDone()) {
-                    self->Continue(Written::All);
-                }
-            });
-            m_phase = Phase::Writing;
-            ExpectBytes(m_server.Bounds().writeStall);
-            return;
-        }
-        const error_code error = SendPiece(m_socket, m_exchange->file, m_exchange->moved);
-        if (error == asio::error::would_block || error == asio::error::try_again) {
-            written = Written::Blocked;
-        } else if (error) {
-            written = Written::Failed;
-        }
+        LeaveToDiskThreads(Work::FilePieces);
+        return;
     }
     switch (written) {
         case Written::All:

@@ -1,4 +1,4 @@
-// What a connection does while its handler waits for a place and runs.
+// What a connection does while its handler waits for a place and runs, and while it waits for the disk.
 #include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/HttpConnection.h"
 
@@ -60,10 +60,16 @@ void HttpConnection::Run() noexcept {
             m_exchange->written = Written::Failed;
             return;
         }
-        if (!IsStale()) {
+        if (m_exchange->work == Work::FilePieces) {
+            m_exchange->written = WritePieces();
+            return;
+        }
+        if (m_exchange->work == Work::Reply) {
+            FindFile(DiskWait::Yes);
+        } else if (!IsStale()) {
             CallHandler();
         }
-        PrepareReply();
+        PrepareReply(DiskWait::Yes);
         m_exchange->written = m_server.IsGone() ? Written::Failed : Write();
     } catch (const std::exception&) {
         m_exchange->written = Written::Failed;

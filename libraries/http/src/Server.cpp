@@ -64,7 +64,8 @@ Server::Server(const http_server_s& record)
       m_acceptTimer(m_loops.front()->Context()) {}
 
 Server::~Server() {
-    m_tasks.Drop();  // what waits there belongs to the loops
+    m_tasks.Drop();  // what waits there, and for the disk, belongs to the loops
+    m_disk.Drop();
 }
 
 bool Server::Start() {
@@ -93,6 +94,7 @@ bool Server::Start() {
     if (error) {
         return false;
     }
+    m_disk.SetOwner(weak_from_this());
     Accept();
     for (auto& loop : m_loops) {
         loop->Threads().Start(shared_from_this());
@@ -107,8 +109,9 @@ void Server::Stop() {
     for (auto& loop : m_loops) {
         all = loop->Threads().Join(deadline) && all;
     }
+    all = m_disk.Join() && all;
     if (!all) {
-        ReportError("A handler did not end in time and was left behind at the stop of port ",
+        ReportError("A handler or the disk did not end in time and was left behind at the stop of port ",
                     std::to_string(m_port));
     }
     m_gone = true;

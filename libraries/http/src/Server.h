@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/http/src/DiskThreads.h"
 #include "libraries/http/src/Limits.h"
 #include "libraries/http/src/RouteTable.h"
 #include "libraries/http/src/ServerLoop.h"
@@ -45,6 +46,9 @@ class Server : public std::enable_shared_from_this<Server> {
     const RouteTable& Routes() const { return m_routes; }
     const StaticFiles& Files() const { return m_files; }
 
+    /** What waits for the disk in the place of the loops. */
+    DiskThreads& Disk() { return m_disk; }
+
     /** Callbacks of a WebSocket server; null for an HTTP server. */
     const WebSocketService* WebSockets() const { return m_webSockets ? &*m_webSockets : nullptr; }
 
@@ -86,6 +90,7 @@ class Server : public std::enable_shared_from_this<Server> {
     Tally m_staleWrites{"Dropped a write that waited for a place"};
     Tally m_shortPlaces{"Places for connections are short", std::chrono::minutes(1)};
     TaskLimit m_tasks;
+    DiskThreads m_disk;
     std::vector<std::unique_ptr<ServerLoop>> m_loops;
     Acceptor m_acceptor;
     boost::asio::ip::tcp::endpoint m_peer;  // of the connection that is waited for

@@ -2,6 +2,7 @@
 
 #include "libraries/http/src/ContentTypes.h"
 #include "libraries/http/src/Text.h"
+#include "platform/FileNames.h"
 
 #include <algorithm>
 #include <array>
@@ -11,20 +12,6 @@ namespace hv::internal {
 namespace {
 
 constexpr std::int64_t g_nanoseconds = 1'000'000'000;
-
-// Names that Windows takes for devices, whatever the suffix.
-bool IsDeviceName(std::string_view name) {
-    std::string stem = LowerCase(name.substr(0, name.find('.')));
-    stem.erase(stem.find_last_not_of(' ') + 1);
-    constexpr std::array<std::string_view, 6> devices = {"con", "prn", "aux", "nul", "conin$", "conout$"};
-    if (std::find(devices.begin(), devices.end(), stem) != devices.end()) {
-        return true;
-    }
-    // COM0 to COM9 and LPT0 to LPT9, the superscript digits 1 to 3 (U+00B9, U+00B2, U+00B3) included.
-    const bool numbered = stem.starts_with("com") || stem.starts_with("lpt");
-    return numbered && ((stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9') ||
-                        (stem.size() == 5 && stem[3] == '\xC2'));
-}
 
 bool IsPlainName(std::string_view name) {
     const bool odd = std::any_of(name.begin(), name.end(), [](char c) {
@@ -53,7 +40,7 @@ bool Accepts(std::string_view list, std::string_view coding) {
 }
 
 FileHandle OpenBest(const HttpRequest& request, const std::string& folder, const std::string& name,
-                    HttpResponse& response) {
+                    HttpResponse& response, DiskWait wait) {
     const std::string type = ContentTypeOfFile(name);
     response.SetContentType(WithCharset(type).c_str());
     if (type == "text/html") {
@@ -68,13 +55,14 @@ FileHandle OpenBest(const HttpRequest& request, const std::string& folder, const
             if (!Accepts(accepted, coding)) {
                 continue;
             }
-            if (FileHandle file = OpenFileBeneath(folder, name + suffix)) {
+            FileHandle file = OpenFileBeneath(folder, name + suffix, wait);
+            if (file || file.IsUnknown()) {
                 response.SetHeader("Content-Encoding", coding);
                 return file;
             }
         }
     }
-    return OpenFileBeneath(folder, name);
+    return OpenFileBeneath(folder, name, wait);
 }
 
 // Whether a list such as "\"a\", W/\"b\"" names the tag, or any (RFC 9110, 8.8.3.2).
@@ -201,8 +189,8 @@ std::optional<std::string> StaticFileName(std::string_view path) {
     return name;
 }
 
-bool StaticFiles::Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
-                         FilePart& part) const {
+FileFound StaticFiles::Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
+                              FilePart& part, DiskWait wait) const {
     for (const auto& [prefix, folder] : m_folders) {
         std::string_view rest = path;
         if (!rest.starts_with(prefix)) {
@@ -219,21 +207,25 @@ bool StaticFiles::Answer(const HttpRequest& request, std::string_view path, Http
         if (!name) {
             continue;
         }
-        part.file = OpenBest(request, folder, *name, response);
+        part.file = OpenBest(request, folder, *name, response, wait);
         if (!part.file) {
             response.headers.clear();
+            if (part.file.IsUnknown()) {
+                part.file = {};
+                return FileFound::Unknown;
+            }
             continue;
         }
         if (request.method != HTTP_GET && request.method != HTTP_HEAD) {
             response.headers.clear();
             response.status_code = static_cast<http_status>(405);
             response.SetHeader("Allow", "GET, HEAD");
-            return true;
+            return FileFound::Yes;
         }
         Describe(request, response, part);
-        return true;
+        return FileFound::Yes;
     }
-    return false;
+    return FileFound::No;
 }
 
 }  // namespace hv::internal

@@ -26,6 +26,9 @@ struct FilePart {
  */
 std::optional<std::string> StaticFileName(std::string_view path);
 
+/** Whether there is a file for a request; Unknown: that can't be told without the disk. */
+enum class FileFound { No, Yes, Unknown };
+
 /** The static folders of a service. Any thread. */
 class StaticFiles {
   public:
@@ -33,10 +36,10 @@ class StaticFiles {
 
     /**
      * Answers a request by a file: status and headers go into the response, 304, 405, 412 and 416 included.
-     * @return whether there is such a file
+     * The response is changed only where there is such a file.
      */
-    bool Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
-                FilePart& part) const;
+    FileFound Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
+                     FilePart& part, DiskWait wait) const;
 
   private:
     std::vector<HttpStaticFolder> m_folders;
