@@ -2,7 +2,9 @@ find_package(Threads REQUIRED)
 if(CMAKE_CROSSCOMPILING AND WIN32)
     include(cmake/WindowsHeaders.cmake)
 else()
-    find_package(nlohmann_json 3.9.1 REQUIRED)
+    if(SERVER_HTTP_LIBRARY STREQUAL "bundled")
+        find_package(nlohmann_json 3.9.1 REQUIRED)
+    endif()
     find_path(SERVER_BOOST_INCLUDE boost/beast.hpp REQUIRED)
     find_path(SERVER_SPDLOG_INCLUDE spdlog/spdlog.h REQUIRED)
 endif()
@@ -43,5 +45,14 @@ target_link_libraries(server_spdlog INTERFACE Threads::Threads)
 if(SERVER_HTTP_LIBRARY STREQUAL "libhv")
     find_package(libhv REQUIRED)
     add_library(server_http INTERFACE)
-    target_link_libraries(server_http INTERFACE $<IF:$<TARGET_EXISTS:hv_static>,hv_static,hv>)
+    # The shared one where there is a choice: the static one is not position-independent as it is built by default.
+    target_link_libraries(server_http INTERFACE $<IF:$<TARGET_EXISTS:hv>,hv,hv_static>)
+    # One copy of the JSON library in the whole tree: the one in libhv's headers.
+    if(NOT TARGET nlohmann_json::nlohmann_json)
+        add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED)
+    endif()
+    set_target_properties(nlohmann_json::nlohmann_json PROPERTIES
+        INTERFACE_INCLUDE_DIRECTORIES "${PROJECT_SOURCE_DIR}/cmake/libhv"
+        INTERFACE_SYSTEM_INCLUDE_DIRECTORIES ""
+        INTERFACE_LINK_LIBRARIES server_http)
 endif()

@@ -78,6 +78,6 @@ bool CClientsManager::IsClientConnected(
 
 void OnWebSocketMessage(const std::shared_ptr<hv::WebSocketChannel>& channel, const std::string& text) {
     if (text == "heartbeat") {
-        channel->send("heartbeat", WS_OPCODE_TEXT, true);
+        channel->send(text, WS_OPCODE_TEXT, true);
     }
 }
