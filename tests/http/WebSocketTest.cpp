@@ -152,6 +152,7 @@ TEST_F(WebSocketTest, KeepsPlacesForOtherAddresses) {
     Run();
     TakeLog();
     std::vector<Client> clients;
+    clients.reserve(8);
     for (int i = 0; i < 4; ++i) {
         clients.push_back(Open());
     }
