@@ -7,8 +7,8 @@
  * Any thread.
  *
  * Nobody is held up while standard output takes nothing, a terminal that is held or a pipe that nobody reads:
- * lines wait then, up to 256 KiB of them, and further ones are lost; the system log tells when that begins and
- * how many they were. Where standard output is a file, the line is in it when this returns, unless the disk
- * stalls for a second. At the end of the process the last lines get a second.
+ * lines wait then, up to 256 KiB of them, and further ones are lost; the system log tells when that begins
+ * and how many they were. Where standard output is a file, the line is in it when this returns, unless the
+ * disk stalls for a second. At the end of the process the last lines get a second.
  */
 void PrintLine(std::string line);
