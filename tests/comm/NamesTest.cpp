@@ -18,7 +18,7 @@ using simulation::milliseconds;
 /** Answers for all names alike; counts the questions. */
 class NameServer {
   public:
-    void Answer(std::vector<const char*> addresses) {
+    void Answer(const std::vector<const char*>& addresses) {
         const std::lock_guard lock(m_mutex);
         m_result.addresses.clear();
         for (const char* address : addresses) {
@@ -39,7 +39,7 @@ class NameServer {
         return [this](const std::string&) {
             std::unique_lock lock(m_mutex);
             ++m_questions;
-            const comm::SResolved result = m_result;
+            comm::SResolved result = m_result;
             const auto hanging = m_hanging;
             lock.unlock();
             if (hanging.valid()) {
