@@ -2,6 +2,7 @@
 
 #include "config/BrokenFile.h"
 #include "config/DocumentBackup.h"
+#include "config/JsonRelease.h"
 #include "config/SaveMark.h"
 #include "platform/DurableFile.h"
 #include "platform/Paths.h"
@@ -40,7 +41,7 @@ std::optional<SSaveProblem> CDocumentSave::Try() {
             return WriteInPlace(m_path,
                                 [this](std::ostream& file) { file << SerialiseDocument(m_document); });
         }
-        m_document = nullptr;
+        ReleaseJson(m_document);
     }
     if (m_beforeWrite != nullptr && *m_beforeWrite) {
         (*std::exchange(m_beforeWrite, nullptr))(m_path);

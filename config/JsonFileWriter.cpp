@@ -2,6 +2,7 @@
 
 #include "config/StandardOutput.h"
 #include "config/WakeUp.h"
+#include "platform/ProcessMemory.h"
 #include "platform/RavLog.h"
 
 #include <algorithm>
@@ -101,6 +102,7 @@ void CJsonFileWriter::RunJob(SPathState& state, bool canSleep) noexcept {
     do {
         TakeWaiting(state);
         if (!state.unfinished || TryOnce(state)) {
+            ReturnFreeMemory();  // of the copy and its text, perhaps much
             return;
         }
     } while (canSleep && SleepBeforeNextTry(state));
@@ -175,7 +177,8 @@ bool CJsonFileWriter::SleepBeforeNextTry(SPathState& state) noexcept {
     }
     if (isEnding) {
         Log(RavLog::Error, "a save is given up", [&state] {
-            return "the last change of " + state.path + " is not in the file: its save is given up at the end";
+            return "the last change of " + state.path +
+                   " is not in the file: its save is given up at the end";
         });
         state.unfinished.reset();
         state.failures = 0;

@@ -1,7 +1,9 @@
 #include "include/CenterServer.h"
 
 #include "device/PortContract.h"
+#include "platform/ProcessMemory.h"
 #include "platform/SerialNames.h"
+#include "server/BodyRules.h"
 #include "server/ClientsManager.h"
 #include "server/LogText.h"
 #include "server/RouteTable.h"
@@ -39,6 +41,7 @@ void CCenterServer::InitServer() {
                      FormatLogText("[HTTP Server] Invalid dependencies for InitServer."));
         return;
     }
+    PrepareMemory();
     SetSerialNameTable(HPath::join(m_config->user_data_path, "SerialPorts.json"));
     ReopenNetPorts();
 
@@ -70,6 +73,7 @@ void CCenterServer::InitServer() {
             m_httpService.GET(path.c_str(), row->second);
         } else {
             m_httpService.POST(path.c_str(), row->second);
+            SetBodyRule(m_httpService, path.c_str(), BodyRuleOf(key));
         }
     };
     for (const auto& [key, path] : g_getRoutes) {

@@ -1,6 +1,7 @@
 #include "server/RouterMgr.h"
 
 #include "config/JsonDepth.h"
+#include "config/JsonRelease.h"
 #include "config/StandardOutput.h"
 #include "platform/WebRequests.h"
 #include "server/ClientsManager.h"
@@ -82,6 +83,15 @@ bool RouterMgr::CheckWriteRequest(HttpRequest* request, HttpResponse* response, 
     return true;
 }
 
+int RouterMgr::RefuseUnconnected(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    SRequestTrace trace{MakeClientId(*request), request->path, {}};
+    WriteOperationLog(trace.client, trace.path, std::string());
+    return Respond(response, CodeNoConnection, trace);
+}
+
 int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
                            const char* errorLine, const WriteWork& work) {
     if (request == nullptr || response == nullptr) {
@@ -93,6 +103,8 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
     }
     try {
         nlohmann::json body = ParseBody(request->body);
+        const CJsonRelease release(body);
+        std::string().swap(request->body);  // may be large, and is not needed any more
         if (key != nullptr && (!body.is_object() || !body.contains(key))) {
             return Respond(response, CodeBadRequest, trace);
         }

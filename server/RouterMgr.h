@@ -87,6 +87,12 @@ class RouterMgr {
      */
     static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response, SRequestTrace& trace);
 
+    /**
+     * Answers a write in place of its handler, when the client's address holds no open WebSocket connection
+     * and the body has therefore not been read: logs the arrival and replies 30100. Returns 200.
+     */
+    static int RefuseUnconnected(HttpRequest* request, HttpResponse* response);
+
     // Documents (webapi/)
     static int GetPageLayoutInfo(HttpRequest* request, HttpResponse* response);
     static int GetMaterialList(HttpRequest* request, HttpResponse* response);

@@ -1,5 +1,7 @@
 #include "userdata/DocumentText.h"
 
+#include "config/JsonRelease.h"
+
 #include <utility>
 
 #include <boost/uuid/name_generator_md5.hpp>
@@ -39,6 +41,7 @@ CDocumentState::Packed CDocumentState::PackedBy(const std::function<Packed()>& m
 
 CDocumentText::State CDocumentText::Get(CSharedMutex& mutex, const nlohmann::json& document) {
     nlohmann::json copy;
+    const CJsonRelease release(copy);
     std::uint64_t version = 0;
     {
         const CSharedLock lock(mutex);

@@ -2,6 +2,7 @@
 
 #include "config/DocumentBackup.h"
 #include "config/JsonFile.h"
+#include "config/JsonRelease.h"
 #include "config/UnusableFile.h"
 #include "include/GlobalConfig.h"
 #include "platform/ProcessEnd.h"
@@ -86,19 +87,21 @@ CUserData::~CUserData() {
 
 void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text,
                             nlohmann::json document, const char* name) {
+    const CJsonRelease release(document);
     json saved = document;
     const std::string path = DocumentPath(name);
     const CLock lock(mutex);
     if (text != nullptr) {
         text->Forget();
     }
-    held.swap(document);  // what was held is destroyed by the caller, after the lock
+    held.swap(document);  // what was held is destroyed after the lock
     writer.SaveAsync(std::move(saved), path);
 }
 
 CDocumentText::State CUserData::ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held,
                                                 CDocumentText& text, nlohmann::json document,
                                                 const char* name, const StateCheck& check) {
+    const CJsonRelease release(document);
     auto next = std::make_shared<const CDocumentState>(document);
     json saved = document;
     const std::string path = DocumentPath(name);

@@ -1,6 +1,8 @@
 #include "platform/WebRequests.h"
 
-#include <hv/HttpMessage.h>
+#include <utility>
+
+#include <hv/HttpService.h>
 
 void SetReplyText(HttpResponse* response, std::string head, std::shared_ptr<const std::string> text,
                   std::string tail) {
@@ -10,3 +12,5 @@ void SetReplyText(HttpResponse* response, std::string head, std::shared_ptr<cons
     }
     response->body.append(tail);
 }
+
+void SetBodyRule(hv::HttpService& /*service*/, const char* /*path*/, SBodyRule /*rule*/) {}

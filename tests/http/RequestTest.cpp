@@ -1,4 +1,5 @@
 // What comes in: framing, limits, refusals, the order of replies.
+#include "platform/WebRequests.h"
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 #include "tests/http/Understood.h"
@@ -40,6 +41,7 @@ TEST_F(RequestTest, RefusesAndCloses) {
 }
 
 TEST_F(RequestTest, ReadsBodies) {
+    SetBodyRule(service, "/echo", {.limit = 3'000'000, .admits = {}, .refuse = {}, .cost = {}});
     Run();
     for (const auto& row : Rows("read_requests.json")) {
         Client client = Connect();

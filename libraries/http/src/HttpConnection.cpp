@@ -6,6 +6,7 @@
 #include "libraries/http/src/OriginRule.h"
 #include "libraries/http/src/Text.h"
 #include "libraries/http/src/WebSocketConnection.h"
+#include "platform/WebRequests.h"
 
 #include <algorithm>
 #include <chrono>
@@ -145,7 +146,7 @@ void HttpConnection::Process(std::string_view input) {
             WaitForInput();
             return;
         }
-        m_exchange = std::make_unique<Exchange>(m_server.Bounds());
+        m_exchange = std::make_unique<Exchange>(m_server);
         if (m_phase == Phase::Idle) {
             m_deadline = Clock::now() + m_server.Bounds().headerWait;
         }
@@ -188,12 +189,15 @@ bool HttpConnection::OnHeader() {
         return false;
     }
     Decide();
+    if (m_exchange->handler != nullptr && !AdmitBody()) {
+        return false;
+    }
     RequestReader& reader = m_exchange->reader;
-    if (m_exchange->handler == nullptr) {
+    if (m_exchange->handler == nullptr || m_exchange->refused) {
         reader.DiscardBody();
         if (reader.ExpectsContinue()) {
             m_keepAlive = false;
-            Reply();
+            Dispatch();
             return false;
         }
     } else if (reader.ExpectsContinue()) {
@@ -202,6 +206,36 @@ bool HttpConnection::OnHeader() {
             Close();
             return false;
         }
+    }
+    return true;
+}
+
+// Whether the body is to be read, be it to throw it away; else the request has been refused.
+bool HttpConnection::AdmitBody() {
+    const Limits& bounds = m_server.Bounds();
+    const SBodyRule* rule = m_exchange->rule;
+    RequestReader& reader = m_exchange->reader;
+    const std::uint64_t limit = rule != nullptr ? rule->limit : bounds.plainBodyBytes;
+    const std::uint64_t announced = reader.content_length().value_or(0);
+    if (announced > limit) {
+        Refuse(413);
+        return false;
+    }
+    reader.LimitBody(limit, m_exchange->share);
+    const bool isLarge = reader.MayExceed(bounds.largeBodyBytes);
+    // What may be large may also replace something large, which is given up then.
+    m_exchange->isLarge = isLarge || limit > bounds.plainBodyBytes;
+    if (!isLarge) {
+        return true;
+    }
+    if (rule != nullptr && rule->admits && !rule->admits(*m_exchange->request)) {
+        m_exchange->handler = &rule->refuse;
+        m_exchange->refused = true;
+        return true;
+    }
+    if (announced > bounds.largeBodyBytes && !MemoryShare::IsFree(announced, bounds.memoryBudget)) {
+        Refuse(HTTP_STATUS_SERVICE_UNAVAILABLE);
+        return false;
     }
     return true;
 }
@@ -224,6 +258,7 @@ void HttpConnection::Decide() {
     }
     RouteMatch match = m_server.Routes().Find(request.method, Path(), request.query_params);
     m_exchange->handler = match.handler;
+    m_exchange->rule = match.rule;
     if (match.handler != nullptr) {
         if (const std::size_t query = request.path.find('?'); query != std::string::npos) {
             ReadQuery(std::string_view(request.path).substr(query + 1), request.query_params);

@@ -46,15 +46,28 @@ class HttpConnection final : public ServerConnection,
 
     /** All about one request and its reply; there is none between requests. */
     struct Exchange {
-        explicit Exchange(const Limits& limits) : reader(*request, limits) {}
+        explicit Exchange(Server& server) : owner(server), reader(*request, server.Bounds()) {}
+        ~Exchange() {
+            if (isLarge) {
+                owner.Memory().Note();
+            }
+        }
+        Exchange(const Exchange&) = delete;
+        Exchange& operator=(const Exchange&) = delete;
+
+        Server& owner;
 
         std::shared_ptr<HttpRequest> request = std::make_shared<HttpRequest>();
         HttpResponse response;
         RequestReader reader;
         Clock::time_point begun;  // when the body, then the reply, began to move
         std::uint64_t moved = 0;  // bytes of it so far
+        bool isLarge = false;     // the request or the reply
         bool decided = false;
+        bool refused = false;  // by its rule, whose answer takes the handler's place
         const http_sync_handler* handler = nullptr;
+        const SBodyRule* rule = nullptr;
+        MemoryShare share;                                     // of the body, and of what is made of it
         Clock::time_point staleAt = Clock::time_point::max();  // when a write has waited too long
         bool asksForFile = false;                              // and it is not known yet whether there is one
         FilePart file;
@@ -71,6 +84,8 @@ class HttpConnection final : public ServerConnection,
     void Keep(std::string_view rest);
     bool OnHeader();
     void Decide();
+    bool AdmitBody();
+    bool TakeCost();
     bool IsForeign();
     void Dispatch();
     void Upgrade();
@@ -78,6 +93,7 @@ class HttpConnection final : public ServerConnection,
     void DropStale(std::string_view reason);
     void CallHandler();
     void Refuse(int status);
+    void TellLackOfMemory();
     void Reply();
     bool FindFile(DiskWait wait);
     bool PrepareReply(DiskWait wait);

@@ -38,6 +38,9 @@ void HttpConnection::Refuse(int status) {
     m_exchange->response = HttpResponse();
     m_exchange->response.status_code = static_cast<http_status>(status);
     m_exchange->asksForFile = false;
+    if (status == HTTP_STATUS_SERVICE_UNAVAILABLE) {
+        TellLackOfMemory();
+    }
     Reply();
 }
 
@@ -86,6 +89,8 @@ bool HttpConnection::PrepareReply(DiskWait wait) {
     if (!response.body.empty()) {
         response.pieces = {};
     }
+    m_exchange->isLarge = m_exchange->isLarge ||
+                          response.body.size() + response.pieces.Size() > m_server.Bounds().largeBodyBytes;
     frame.contentLength = part.file ? part.length : response.body.size() + response.pieces.Size();
     if (m_exchange->request->method == HTTP_HEAD || !MayHaveBody(response.status_code)) {
         response.body.clear();

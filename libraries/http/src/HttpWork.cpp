@@ -1,6 +1,7 @@
 // What a connection does while its handler waits for a place and runs, and while it waits for the disk.
 #include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/HttpConnection.h"
+#include "platform/WebRequests.h"
 
 #include <array>
 #include <exception>
@@ -54,6 +55,25 @@ void HttpConnection::DropStale(std::string_view reason) {
     m_exchange->response.SetHeader("Retry-After", "1");
 }
 
+// What the handler makes of a large body has to fit in as well.
+bool HttpConnection::TakeCost() {
+    const SBodyRule* rule = m_exchange->rule;
+    const Limits& bounds = m_server.Bounds();
+    const std::string& body = m_exchange->request->body;
+    if (rule == nullptr || !rule->cost || body.size() <= bounds.largeBodyBytes ||
+        m_exchange->share.Take(rule->cost(body), bounds.memoryBudget)) {
+        return true;
+    }
+    m_exchange->response.status_code = HTTP_STATUS_SERVICE_UNAVAILABLE;
+    TellLackOfMemory();
+    return false;
+}
+
+void HttpConnection::TellLackOfMemory() {
+    m_server.RefusedBodies().Count(Shown(m_exchange->request->path) + " from " + m_peerIp);
+    m_exchange->response.SetHeader("Retry-After", "5");
+}
+
 void HttpConnection::Run() noexcept {
     try {
         if (m_server.IsStopping()) {
@@ -66,9 +86,11 @@ void HttpConnection::Run() noexcept {
         }
         if (m_exchange->work == Work::Reply) {
             FindFile(DiskWait::Yes);
-        } else if (!IsStale()) {
+        } else if (!IsStale() && TakeCost()) {
             CallHandler();
         }
+        http_body().swap(m_exchange->request->body);
+        m_exchange->share.Release();
         PrepareReply(DiskWait::Yes);
         m_exchange->written = m_server.IsGone() ? Written::Failed : Write();
     } catch (const std::exception&) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libraries/http/src/MemoryShare.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +13,10 @@ struct Limits {
     using Time = std::chrono::milliseconds;
 
     std::size_t headerBytes = std::size_t{16} * 1024;        ///< request line and headers together: 431
-    std::uint64_t bodyBytes = std::uint64_t{256} << 20;      ///< request body: 413
+    std::uint64_t bodyBytes = std::uint64_t{256} << 20;      ///< request body, whatever its rule: 413
+    std::uint64_t plainBodyBytes = std::uint64_t{1} << 20;   ///< request body without a rule: 413
+    std::size_t largeBodyBytes = std::size_t{64} * 1024;     ///< bodies above count in the budget
+    std::uint64_t memoryBudget = DefaultMemoryBudget();      ///< of all large bodies: 503
     std::size_t chunkOverheadBytes = std::size_t{8} * 1024;  ///< chunk lines' extensions, trailer: 400
     Time headerWait{15'000};                                 ///< first byte to end of header, absolute
     Time bodyStall{30'000};                                  ///< without a byte of the body

@@ -12,7 +12,6 @@ namespace {
 
 // "0", two line ends. The parser must not be asked again with less once it has seen a part of the last chunk.
 constexpr std::size_t g_shortestChunk = 5;
-constexpr std::uint64_t g_reserveAtMost = std::uint64_t{1} << 20;
 
 http_method MethodOf(http::verb method) {
     switch (method) {
@@ -106,6 +105,7 @@ RequestReader::RequestReader(HttpRequest& request, const Limits& limits)
     : m_request(request), m_limits(limits) {
     header_limit(static_cast<std::uint32_t>(limits.headerBytes));
     body_limit(limits.bodyBytes);
+    m_bodyLimit = limits.bodyBytes;
 }
 
 RequestReader::State RequestReader::Put(std::string_view& input) {
@@ -184,7 +184,9 @@ RequestReader::State RequestReader::PutBody(std::string_view& input) {
             return input.size() > m_limits.chunkOverheadBytes ? Fail(400) : State::NeedMore;
         }
         if (error) {
-            return Fail(error == http::error::body_limit ? 413 : 400);
+            return Fail(error == http::error::body_limit        ? 413
+                        : error == http::error::buffer_overflow ? 503
+                                                                : 400);
         }
     }
     return is_done() ? State::Done : State::NeedMore;
@@ -271,15 +273,47 @@ void RequestReader::on_header_impl(Error& error) {
     m_expectsContinue = m_expectsContinue && m_version != 10;
 }
 
+void RequestReader::LimitBody(std::uint64_t bytes, MemoryShare& share) {
+    m_bodyLimit = std::min(bytes, m_limits.bodyBytes);
+    m_share = &share;
+}
+
 void RequestReader::on_body_init_impl(boost::optional<std::uint64_t> const& length, Error& /*error*/) {
     if (length && !m_discard) {
-        m_request.body.reserve(static_cast<std::size_t>(std::min(*length, g_reserveAtMost)));
+        m_announced = *length;
+        m_request.body.reserve(
+            static_cast<std::size_t>(std::min<std::uint64_t>(*length, m_limits.largeBodyBytes)));
     }
 }
 
-std::size_t RequestReader::on_body_impl(Text body, Error& /*error*/) {
+// Room for a large body is paid for before it is made: all at once when the length was told, else as it
+// grows, with the old one beside it while the text moves.
+bool RequestReader::MakeRoom(std::size_t bytes) {
+    std::string& body = m_request.body;
+    const std::size_t needed = body.size() + bytes;
+    if (m_share == nullptr || needed <= std::max(body.capacity(), m_limits.largeBodyBytes)) {
+        return true;
+    }
+    const std::uint64_t room = m_announced ? *m_announced : std::min<std::uint64_t>(2 * needed, m_bodyLimit);
+    const std::uint64_t before = m_share->Bytes();
+    if (!m_share->Take(room, m_limits.memoryBudget)) {
+        return false;
+    }
+    body.reserve(static_cast<std::size_t>(room));
+    m_share->GiveBack(before);
+    return true;
+}
+
+std::size_t RequestReader::on_body_impl(Text body, Error& error) {
     m_bodyBytes += body.size();
-    if (!m_discard) {
+    if (m_discard) {
+        return body.size();
+    }
+    if (m_bodyBytes > m_bodyLimit) {
+        error = http::error::body_limit;
+    } else if (!MakeRoom(body.size())) {
+        error = http::error::buffer_overflow;
+    } else {
         m_request.body.append(body.data(), body.size());
     }
     return body.size();

@@ -3,6 +3,7 @@
 #include "libraries/http/src/Limits.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,7 +30,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     /** Takes what it can off the front of the input. */
     State Put(std::string_view& input);
 
-    int FailStatus() const { return m_failStatus; }  ///< 400, 413, 414, 417, 431 or 501, after Failed
+    int FailStatus() const { return m_failStatus; }  ///< 400, 413, 414, 417, 431, 501 or 503, after Failed
     bool IsHttp10() const { return m_version == 10; }
     bool ExpectsContinue() const { return m_expectsContinue; }
 
@@ -37,6 +38,12 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
 
     /** The body that is to come is read and thrown away. */
     void DiscardBody() { m_discard = true; }
+
+    /** Whether the body is larger than so many bytes, or may be. After the header. */
+    bool MayExceed(std::uint64_t bytes) const { return chunked() || content_length().value_or(0) > bytes; }
+
+    /** The body may have so many bytes; a large one takes its memory from the share. After the header. */
+    void LimitBody(std::uint64_t bytes, MemoryShare& share);
 
   private:
     using Error = boost::beast::error_code;
@@ -58,6 +65,7 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     State PutHeader(std::string_view& input);
     State PutBody(std::string_view& input);
     State Fail(int status);
+    bool MakeRoom(std::size_t bytes);
     void CheckKnownField(Field field, std::string_view value, Error& error);
 
     HttpRequest& m_request;
@@ -66,6 +74,9 @@ class RequestReader final : public boost::beast::http::basic_parser<true> {
     std::size_t m_chunkOverhead = 0;
     std::uint64_t m_chunkLeft = 0;
     std::uint64_t m_bodyBytes = 0;
+    std::uint64_t m_bodyLimit = 0;
+    std::optional<std::uint64_t> m_announced;  // length of a body that is kept
+    MemoryShare* m_share = nullptr;
     int m_version = 0;
     int m_failStatus = 400;
     std::string m_authority;  // of a target in absolute form; takes the place of Host

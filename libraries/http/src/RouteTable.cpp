@@ -14,10 +14,13 @@ bool IsName(std::string_view segment) {
 
 }  // namespace
 
-RouteTable::RouteTable(const std::vector<HttpRoute>& routes) {
-    for (const auto& route : routes) {
+RouteTable::RouteTable(const HttpService& service) {
+    for (const auto& route : service.routes) {
+        const auto rule = service.bodyRules.find(route.path);
+        const bool hasRule = route.method == HTTP_POST && rule != service.bodyRules.end();
+        const Method method{route.method, route.handler, hasRule ? rule->second : nullptr};
         if (route.path.find('{') == std::string::npos) {
-            m_exact[route.path].emplace_back(route.method, route.handler);
+            m_exact[route.path].push_back(method);
             continue;
         }
         auto row = std::find_if(m_patterns.begin(), m_patterns.end(),
@@ -25,7 +28,7 @@ RouteTable::RouteTable(const std::vector<HttpRoute>& routes) {
         if (row == m_patterns.end()) {
             row = m_patterns.insert(row, {route.path, {}});
         }
-        row->methods.emplace_back(route.method, route.handler);
+        row->methods.push_back(method);
     }
 }
 
@@ -51,9 +54,10 @@ RouteMatch RouteTable::Choose(const Methods& methods, http_method method) {
     const http_method wanted = method == HTTP_HEAD ? HTTP_GET : method;
     RouteMatch match;
     match.known = true;
-    for (const auto& [known, handler] : methods) {
+    for (const auto& [known, handler, rule] : methods) {
         if (known == wanted) {
             match.handler = &handler;
+            match.rule = rule.get();
         }
         match.allow += match.allow.empty() ? "" : ", ";
         match.allow += known == HTTP_GET ? "GET, HEAD" : "POST";

@@ -13,6 +13,7 @@ namespace hv::internal {
 /** What a path leads to. */
 struct RouteMatch {
     const http_sync_handler* handler = nullptr;  ///< null: none for this method
+    const SBodyRule* rule = nullptr;             ///< of its body; null: the server's limit alone
     bool known = false;                          ///< some method leads somewhere
     std::string allow;                           ///< methods that do, when this one does not
 };
@@ -20,7 +21,7 @@ struct RouteMatch {
 /** Routes of a service, copied, so that the service may die while a handler runs. Any thread. */
 class RouteTable {
   public:
-    explicit RouteTable(const std::vector<HttpRoute>& routes);
+    explicit RouteTable(const HttpService& service);
 
     /**
      * Looks up a path without its query: exact paths first, then those with "{name}", whose segments are
@@ -29,7 +30,12 @@ class RouteTable {
     RouteMatch Find(http_method method, std::string_view path, QueryParams& params) const;
 
   private:
-    using Methods = std::vector<std::pair<http_method, http_sync_handler>>;
+    struct Method {
+        http_method method;
+        http_sync_handler handler;
+        std::shared_ptr<const SBodyRule> rule;
+    };
+    using Methods = std::vector<Method>;
 
     struct TextHash {
         using is_transparent = void;

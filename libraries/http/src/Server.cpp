@@ -55,7 +55,7 @@ Server::Server(const http_server_s& record)
     : m_limits(LimitsOfNewServers()),
       m_host(static_cast<const char*>(record.host)),
       m_port(record.port),
-      m_routes(record.service != nullptr ? record.service->routes : std::vector<HttpRoute>()),
+      m_routes(record.service != nullptr ? *record.service : HttpService()),
       m_files(record.service != nullptr ? record.service->staticFolders : std::vector<HttpStaticFolder>()),
       m_webSockets(record.ws != nullptr ? std::optional(*record.ws) : std::nullopt),
       m_tasks(WorkersOf(record)),

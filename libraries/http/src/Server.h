@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/http/src/DiskThreads.h"
+#include "libraries/http/src/Housekeeper.h"
 #include "libraries/http/src/Limits.h"
 #include "libraries/http/src/RouteTable.h"
 #include "libraries/http/src/ServerLoop.h"
@@ -56,6 +57,12 @@ class Server : public std::enable_shared_from_this<Server> {
     Tally& StaleWrites() { return m_staleWrites; }
     Tally& ShortPlaces() { return m_shortPlaces; }
 
+    /** To be told when a large request or reply has ended. Any thread. */
+    Housekeeper& Memory() { return m_memory; }
+
+    /** Requests that were refused since their bodies would have taken too much memory. Any thread. */
+    Tally& RefusedBodies() { return m_refusedBodies; }
+
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
 
@@ -89,6 +96,8 @@ class Server : public std::enable_shared_from_this<Server> {
     Clock::time_point m_lastExhaustion = Clock::time_point();
     Tally m_staleWrites{"Dropped a write that waited for a place"};
     Tally m_shortPlaces{"Places for connections are short", std::chrono::minutes(1)};
+    Tally m_refusedBodies{"Not enough memory for the body of"};
+    Housekeeper m_memory;
     TaskLimit m_tasks;
     DiskThreads m_disk;
     std::vector<std::unique_ptr<ServerLoop>> m_loops;

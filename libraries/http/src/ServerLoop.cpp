@@ -143,7 +143,9 @@ void ServerLoop::Sweep() {
         }
         m_server.StaleWrites().Tell(m_connections.empty());
         m_server.ShortPlaces().Tell(false);
-        if (!m_connections.empty()) {
+        m_server.RefusedBodies().Tell(m_connections.empty());
+        m_server.Memory().Look();
+        if (!m_connections.empty() || m_server.Memory().IsDue()) {
             Sweep();
         }
     });

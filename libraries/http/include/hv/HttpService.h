@@ -1,9 +1,13 @@
 #pragma once
 
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <hv/HttpMessage.h>
+
+struct SBodyRule;
 
 namespace hv {
 
@@ -24,6 +28,7 @@ struct HttpStaticFolder {
 struct HttpService {
     std::vector<HttpRoute> routes;
     std::vector<HttpStaticFolder> staticFolders;
+    std::map<std::string, std::shared_ptr<const SBodyRule>> bodyRules;  ///< by the path of a POST route
 
     /**
      * Binds a handler to a path; a later one for the same method and path replaces the earlier. HEAD goes to

@@ -1,0 +1,71 @@
+#include "config/JsonMemory.h"
+
+#include <algorithm>
+
+namespace {
+
+// Bytes from the allocator, on a 64-bit system. Room in an array grows by doubling.
+constexpr std::uint64_t g_element = 40;  // a place in an array, or the comma before a member
+constexpr std::uint64_t g_array = 32;
+constexpr std::uint64_t g_object = 64;
+constexpr std::uint64_t g_string = 48;        // of a value; also counted for a key, as a part of its member
+constexpr std::uint64_t g_restOfMember = 16;  // beside its string and its comma
+constexpr std::uint64_t g_inPlace = 15;       // longer texts take memory of their own
+constexpr std::uint64_t g_longText = 24;      // beside the text
+constexpr std::uint64_t g_indentation = 4;
+constexpr std::uint64_t g_copies = 2;    // of the values: one is held, one is saved
+constexpr std::uint64_t g_textRoom = 3;  // a text that grows, and the half as long one that it was
+
+/** Bytes up to the end of a string that begins at the place; leaves the place at its last quote. */
+std::uint64_t LengthOfString(std::string_view text, std::size_t& place) {
+    const std::size_t begin = ++place;
+    while (place < text.size() && text[place] != '"') {
+        place += text[place] == '\\' ? 2 : 1;
+    }
+    return std::min(place, text.size()) - begin;
+}
+
+}  // namespace
+
+std::uint64_t EstimateJsonMemory(std::string_view text) {
+    std::uint64_t values = 0;
+    std::uint64_t saved = 0;
+    std::uint64_t depth = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        ++saved;
+        const char c = text[i];
+        switch (c) {
+            case '"': {
+                const std::uint64_t length = LengthOfString(text, i);
+                values += g_string + (length > g_inPlace ? length + g_longText : 0);
+                saved += length + 1;
+                break;
+            }
+            case ':':
+                values += g_restOfMember;
+                ++saved;
+                break;
+            case ',':
+                values += g_element;
+                saved += g_indentation * depth + 1;
+                break;
+            case '[':
+            case '{':
+                ++depth;
+                values += c == '[' ? g_array : g_object;
+                if (i + 1 < text.size() && text[i + 1] != ']' && text[i + 1] != '}') {
+                    values += g_element;
+                    saved += g_indentation * depth + 1;
+                }
+                break;
+            case ']':
+            case '}':
+                depth -= depth > 0 ? 1 : 0;
+                saved += g_indentation * depth + 1;
+                break;
+            default:
+                break;
+        }
+    }
+    return g_copies * values + g_textRoom * saved;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+/**
+ * Destroys what a JSON value holds and leaves null, without asking for memory. The JSON library's destructor
+ * moves nested values onto a stack that it allocates, and a failure of that allocation ends the process. Goes
+ * as deep as the value is nested: g_maxJsonDepth levels at most.
+ */
+void ReleaseJson(nlohmann::json& value) noexcept;
+
+/** Releases a value at the end of a scope. The value outlives it. */
+class CJsonRelease {
+  public:
+    explicit CJsonRelease(nlohmann::json& value) : m_value(value) {}
+    ~CJsonRelease() { ReleaseJson(m_value); }
+    CJsonRelease(const CJsonRelease&) = delete;
+    CJsonRelease& operator=(const CJsonRelease&) = delete;
+
+  private:
+    nlohmann::json& m_value;
+};
