@@ -1,5 +1,7 @@
 #include "config/JsonMemory.h"
 
+#include "config/JsonDepth.h"
+
 #include <algorithm>
 
 namespace {
@@ -23,6 +25,10 @@ std::uint64_t LengthOfString(std::string_view text, std::size_t& place) {
         place += text[place] == '\\' ? 2 : 1;
     }
     return std::min(place, text.size()) - begin;
+}
+
+std::uint64_t Sum(std::uint64_t values, std::uint64_t saved) {
+    return g_copies * values + g_textRoom * saved;
 }
 
 }  // namespace
@@ -51,7 +57,9 @@ std::uint64_t EstimateJsonMemory(std::string_view text) {
                 break;
             case '[':
             case '{':
-                ++depth;
+                if (++depth > g_maxJsonDepth) {
+                    return 0;  // refused before anything is made of it
+                }
                 values += c == '[' ? g_array : g_object;
                 if (i + 1 < text.size() && text[i + 1] != ']' && text[i + 1] != '}') {
                     values += g_element;
@@ -60,12 +68,15 @@ std::uint64_t EstimateJsonMemory(std::string_view text) {
                 break;
             case ']':
             case '}':
-                depth -= depth > 0 ? 1 : 0;
+                if (depth <= 1) {
+                    return Sum(values, saved);  // no parser goes further
+                }
+                --depth;
                 saved += g_indentation * depth + 1;
                 break;
             default:
                 break;
         }
     }
-    return g_copies * values + g_textRoom * saved;
+    return Sum(values, saved);
 }
