@@ -5,11 +5,18 @@
 
 namespace comm {
 
+namespace {
+
+/** An attempt ends by itself at the bound: who waits for it hears its end, and none outlives the waiting. */
+constexpr std::chrono::milliseconds kLastWord{100};
+
+}  // namespace
+
 CTcpClient::CTcpClient(const SNetContext& context, const SNetPortConfig& record)
     : CNetPort(context, Describe(record)), m_record(record), m_timer(context.io) {}
 
 int CTcpClient::Open(const SNetPortConfig& record) {
-    const auto deadline = Clock::now() + m_context.settings.bound;
+    const auto deadline = Clock::now() + m_context.settings.bound + kLastWord;
     Lock lock(m_mutex);
     if (LookAndWait(lock) == ErrorCut) {
         return ErrorCut;
