@@ -1,10 +1,12 @@
 #include "platform/PortProbe.h"
 
+#include "platform/FolderNames.h"
+
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <filesystem>
 #include <string>
+#include <vector>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -65,15 +67,13 @@ EnPortState ProbePort(int port) {
 
 // A descriptor that another thread closes meanwhile is no listener any more, or a new one.
 std::optional<bool> IsListeningHere(int port) {
-    std::error_code error;
-    std::filesystem::directory_iterator entry("/proc/self/fd", error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
+    const std::vector<std::string> names = NamesInFolder("/proc/self/fd");
+    for (const std::string& name : names) {
         int descriptor = -1;
         std::from_chars(name.data(), name.data() + name.size(), descriptor);
         if (LocalPort(descriptor) == port && IsListener(descriptor)) {
             return true;
         }
     }
-    return error ? std::nullopt : std::optional(false);
+    return names.empty() ? std::nullopt : std::optional(false);
 }

@@ -2,7 +2,7 @@
 
 #include "platform/ProcessMemory.h"
 
-#include <system_error>
+#include <exception>
 
 namespace hv::internal {
 
@@ -37,8 +37,8 @@ void Housekeeper::Look() noexcept {
             ReturnFreeMemory();
             m_busy = false;
         });
-    } catch (const std::system_error&) {
-        m_due = true;  // no thread to be had: later
+    } catch (const std::exception&) {
+        m_due = true;  // no thread or no memory to be had: later
         m_busy = false;
     }
 }
