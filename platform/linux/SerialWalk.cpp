@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 #include <libudev.h>
@@ -157,6 +158,20 @@ std::optional<SSerialLine> Describe(udev_device* device) {
     return line;
 }
 
+/** The library's first hash table makes the seed of all of them, and takes no lock for that. */
+Context MakeContext() {
+    Context context(udev_new());
+    static std::once_flag seeded;
+    std::call_once(seeded, [&context] {
+        udev_enumerate* list = context ? udev_enumerate_new(context.get()) : nullptr;
+        if (list != nullptr) {
+            udev_enumerate_add_match_subsystem(list, "tty");
+            udev_enumerate_unref(list);
+        }
+    });
+    return context;
+}
+
 /** Folders of all terminal devices but those that are nothing but software, which are the most. */
 std::vector<std::string> TerminalFolders() {
     const fs::path classFolder = "/sys/class/tty";
@@ -180,7 +195,7 @@ std::vector<std::string> TerminalFolders() {
 
 std::vector<SSerialLine> WalkSerialLines() {
     std::vector<SSerialLine> lines;
-    const Context context(udev_new());
+    const Context context = MakeContext();
     if (!context) {
         return lines;
     }
@@ -194,7 +209,7 @@ std::vector<SSerialLine> WalkSerialLines() {
 }
 
 std::optional<SSerialLine> LookAtSerialLine(const std::string& device) {
-    const Context context(udev_new());
+    const Context context = MakeContext();
     const std::string name = fs::path(device).filename().string();
     if (!context || name.empty()) {
         return std::nullopt;
