@@ -18,7 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string g_folder;  // empty: nothing is recorded
+thread_local bool t_isRecording = false;  // of the thread that asked for it alone
+std::string g_folder;
 std::vector<SFileStep> g_steps;
 
 template <typename Function>
@@ -27,13 +28,13 @@ Function* Real(const char* name, Function* /*type*/) {
 }
 
 void Record(SFileStep::EnKind kind, const std::string& path, std::string text = {}) {
-    if (!g_folder.empty() && path.starts_with(g_folder)) {
+    if (t_isRecording && path.starts_with(g_folder)) {
         g_steps.push_back({kind, path, std::move(text)});
     }
 }
 
 std::string PathOf(int fd) {
-    if (g_folder.empty()) {
+    if (!t_isRecording) {
         return {};
     }
     std::array<char, 4096> path{};
@@ -157,10 +158,11 @@ int mkdir(const char* path, mode_t mode) noexcept {
 void StartRecording(const fs::path& folder) {
     g_steps.clear();
     g_folder = folder.string();
+    t_isRecording = true;
 }
 
 std::vector<SFileStep> StopRecording() {
-    g_folder.clear();
+    t_isRecording = false;
     return std::move(g_steps);
 }
 
