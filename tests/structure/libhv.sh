@@ -50,6 +50,6 @@ check() {
     [[ $macros != *INCLUDE_NLOHMANN_JSON_HPP_* || $macros == *STAND_IN_JSON* ]] || fail "$1 has another copy of the JSON library"
 }
 for file in server/CenterServer.cpp server/ClientsManager.cpp server/RouterMgr.cpp webapi/ResourceHandlers.cpp \
-    config/GlobalConfig.cpp config/JsonFile.cpp userdata/CommandMap.cpp libraries/libhv/WebRequests.cpp; do
+    config/GlobalConfig.cpp config/JsonFile.cpp userdata/CommandMap.cpp libraries/libhv/WebOrigins.cpp libraries/libhv/WebRequests.cpp; do
     check "$file"
 done
