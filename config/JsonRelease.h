@@ -7,13 +7,14 @@
  * moves nested values onto a stack that it allocates, and a failure of that allocation ends the process. Goes
  * as deep as the value is nested: g_maxJsonDepth levels at most.
  */
+// NOLINTNEXTLINE(bugprone-exception-escape): what is cleared holds nothing by then
 void ReleaseJson(nlohmann::json& value) noexcept;
 
 /** Releases a value at the end of a scope. The value outlives it. */
 class CJsonRelease {
   public:
     explicit CJsonRelease(nlohmann::json& value) : m_value(value) {}
-    ~CJsonRelease() { ReleaseJson(m_value); }
+    ~CJsonRelease() { ReleaseJson(m_value); }  // NOLINT(bugprone-exception-escape): as above
     CJsonRelease(const CJsonRelease&) = delete;
     CJsonRelease& operator=(const CJsonRelease&) = delete;
 

@@ -171,8 +171,12 @@ TEST_F(WebSocketTest, KeepsPlacesForOtherAddresses) {
         EXPECT_EQ(Bytes("8A00"), client.Take(2)) << "nobody who is there gives way";
     }
     const auto lines = TakeLog();
-    ASSERT_EQ(1U, lines.size()) << "at most one a minute";
-    EXPECT_NE(std::string::npos, lines[0].find("127.0.0.1 has 4 WebSocket connections; refused"));
+    EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(),
+                               [](const std::string& line) {
+                                   return line.find("127.0.0.1 has 4 WebSocket connections; refused") !=
+                                          std::string::npos;
+                               }))
+        << "at most one a minute";
 }
 
 TEST_F(WebSocketTest, TheSilentGiveWay) {

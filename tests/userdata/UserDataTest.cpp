@@ -304,7 +304,9 @@ TEST_F(UserData, ADeletedInterfaceLeavesManyCommandsInOnePass) {
     json document = Interactions(std::move(commands))["componentInteractionInfo"];
     json& interactions = document["componentArr"][0]["interactionArr"];
     interactions.insert(interactions.end(), 20000, {{"triggerType", "click"}, {"commandArr", json::array()}});
-    PruneCommandArrays(document, {{1, {{"click", std::move(records)}}}});
+    CmdMap map;
+    map[1]["click"] = std::move(records);
+    PruneCommandArrays(document, map);
     const json& kept = interactions[0]["commandArr"];
     ASSERT_EQ(kept.size(), count - 1U);
     EXPECT_EQ(kept.front()["portIndex"], 1);

@@ -21,18 +21,19 @@ DiskThreads::~DiskThreads() {
 }
 
 void DiskThreads::Execute(EventThreads& home, std::shared_ptr<BlockingTask> task) {
+    bool hasThread = false;
     {
         const std::lock_guard lock(m_mutex);
-        const bool hasThread = m_idle > m_waiting.size() || AddThread() || !m_seats.empty();
+        hasThread = m_idle > m_waiting.size() || AddThread() || !m_seats.empty();
         if (hasThread) {
-            m_waiting.push_back({&home, std::move(task)});
+            m_waiting.push_back({&home, task});
         }
     }
-    if (task) {
+    if (hasThread) {
+        m_wake.notify_one();
+    } else {
         task->Run();  // the system has no thread
         home.PostDone(task);
-    } else {
-        m_wake.notify_one();
     }
 }
 

@@ -39,6 +39,8 @@ bool IsAddress(std::string_view name) {
         boost::asio::ip::make_address_v6(std::string(name.substr(1, name.size() - 2)), error);
     } else {
         boost::asio::ip::make_address_v4(std::string(name), error);
+        // Some systems read shorter forms as well, such as "10.0.0".
+        return !error && std::count(name.begin(), name.end(), '.') == 3;
     }
     return !error;
 }

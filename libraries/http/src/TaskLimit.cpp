@@ -35,7 +35,7 @@ std::shared_ptr<BlockingTask> TaskLimit::Withdraw(const BlockingTask* task) {
     if (place == m_waiting.end()) {
         return nullptr;
     }
-    const auto withdrawn = std::move(place->task);
+    auto withdrawn = std::move(place->task);
     m_waiting.erase(place);
     return withdrawn;
 }
