@@ -39,6 +39,7 @@ std::string OutputPipe::Read() {
     DWORD waiting = 0;
     for (int look = 0; look < 10 && waiting == 0; ++look) {
         Sleep(look == 0 ? 0 : 10);
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the system gives it as a number
         PeekNamedPipe(reinterpret_cast<HANDLE>(_get_osfhandle(m_reader)), nullptr, 0, nullptr, &waiting,
                       nullptr);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <boost/asio/ip/tcp.hpp>
 
 namespace comm {
@@ -18,6 +20,19 @@ bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket);
  * wait under way first. Always false on Linux, where a read gives what there is.
  */
 bool IsReadOnItsWay(boost::asio::ip::tcp::socket& socket);
+
+/**
+ * Waits for the next connection to a listener. On Linux the handler comes before it is accepted, since
+ * Boost.Asio's own accepting takes memory first and drops the handler when there is none; on Windows, where
+ * nobody can wait for a listener, afterwards.
+ * @param next  a closed socket, which TakeConnection fills; outlives the wait, as the listener does
+ */
+void WhenConnecting(boost::asio::ip::tcp::acceptor& acceptor, boost::asio::ip::tcp::socket& next,
+                    std::function<void(const boost::system::error_code&)> handler);
+
+/** In that handler: has next hold the connection. A code tells why there is none. */
+void TakeConnection(boost::asio::ip::tcp::acceptor& acceptor, boost::asio::ip::tcp::socket& next,
+                    boost::system::error_code& code);
 
 /** Lets a listener take a port whose earlier connections are still closing, but never one that is in use. */
 void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::error_code& code);

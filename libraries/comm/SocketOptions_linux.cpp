@@ -44,4 +44,14 @@ void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::e
     acceptor.set_option(boost::asio::socket_base::reuse_address(true), code);
 }
 
+void WhenConnecting(boost::asio::ip::tcp::acceptor& acceptor, boost::asio::ip::tcp::socket& /*next*/,
+                    std::function<void(const boost::system::error_code&)> handler) {
+    acceptor.async_wait(boost::asio::ip::tcp::acceptor::wait_read, std::move(handler));
+}
+
+void TakeConnection(boost::asio::ip::tcp::acceptor& acceptor, boost::asio::ip::tcp::socket& next,
+                    boost::system::error_code& code) {
+    acceptor.accept(next, code);
+}
+
 }  // namespace comm

@@ -57,4 +57,12 @@ void SetListenerReuse(boost::asio::ip::tcp::acceptor& acceptor, boost::system::e
     acceptor.set_option(Exclusive(true), code);
 }
 
+void WhenConnecting(boost::asio::ip::tcp::acceptor& acceptor, boost::asio::ip::tcp::socket& next,
+                    std::function<void(const boost::system::error_code&)> handler) {
+    acceptor.async_accept(next, std::move(handler));
+}
+
+void TakeConnection(boost::asio::ip::tcp::acceptor& /*acceptor*/, boost::asio::ip::tcp::socket& /*next*/,
+                    boost::system::error_code& /*code*/) {}
+
 }  // namespace comm

@@ -13,7 +13,11 @@ namespace comm {
 using boost::asio::ip::tcp;
 
 CTcpServer::CTcpServer(const SNetContext& context, const SNetPortConfig& record)
-    : CNetPort(context, Describe(record)), m_record(record), m_acceptor(context.io), m_pause(context.io) {}
+    : CNetPort(context, Describe(record)),
+      m_record(record),
+      m_acceptor(context.io),
+      m_next(context.io),
+      m_pause(context.io) {}
 
 int CTcpServer::Open(const SNetPortConfig& record) {
     const Lock lock(m_mutex);
@@ -120,32 +124,30 @@ int CTcpServer::TryListen() {
     return SocketError(code);
 }
 
-// The library's own accepting takes memory before it calls its handler, and drops the handler when there is
-// none.
 void CTcpServer::Accept() {
-    m_acceptor.async_wait(tcp::acceptor::wait_read,
-                          [self = shared_from_this(), this](const boost::system::error_code& code) {
-                              const Lock lock(m_mutex);
-                              if (m_closed) {
-                                  return;
-                              }
-                              m_accepting = false;
-                              try {
-                                  OnDevice(code);
-                              } catch (const std::exception&) {
-                                  if (!m_accepting) {
-                                      AcceptLater();
-                                  }
-                              }
-                          });
+    WhenConnecting(m_acceptor, m_next,
+                   [self = shared_from_this(), this](const boost::system::error_code& code) {
+                       const Lock lock(m_mutex);
+                       if (m_closed) {
+                           return;
+                       }
+                       m_accepting = false;
+                       try {
+                           OnDevice(code);
+                       } catch (const std::exception&) {
+                           if (!m_accepting) {
+                               AcceptLater();
+                           }
+                       }
+                   });
     m_accepting = true;
 }
 
 void CTcpServer::OnDevice(boost::system::error_code code) {
-    tcp::socket socket(m_context.io);
     if (!code) {
-        m_acceptor.accept(socket, code);
+        TakeConnection(m_acceptor, m_next, code);
     }
+    tcp::socket socket = std::move(m_next);
     const bool isNobody = code == boost::asio::error::connection_aborted ||
                           code == boost::asio::error::would_block || code == boost::asio::error::interrupted;
     if (code && !isNobody) {

@@ -61,7 +61,8 @@ class CTcpServer final : public CNetPort {
 
     const SNetPortConfig m_record;
     boost::asio::ip::tcp::acceptor m_acceptor;
-    bool m_accepting = false;  ///< the next device is waited for, or will be after a pause
+    boost::asio::ip::tcp::socket m_next;  ///< of the device that is waited for
+    bool m_accepting = false;             ///< the next device is waited for, or will be after a pause
     boost::asio::steady_timer m_pause;
     std::map<std::uint64_t, SPeer> m_peers;
     std::uint64_t m_lastId = 0;

@@ -88,6 +88,6 @@ void CFolderLock::Take(const std::string& path) {
 
 CFolderLock::~CFolderLock() {
     if (m_state == EnState::Held) {
-        CloseHandle(reinterpret_cast<HANDLE>(m_file));
+        CloseHandle(reinterpret_cast<HANDLE>(m_file));  // NOLINT(performance-no-int-to-ptr): kept as a number
     }
 }

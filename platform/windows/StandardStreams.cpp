@@ -58,5 +58,6 @@ bool WriteStandardOutput(std::string_view text) {
 }
 
 bool IsStandardOutputFile() {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system gives it as a number
     return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(kOutput))) == FILE_TYPE_DISK;
 }

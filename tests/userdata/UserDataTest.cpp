@@ -301,7 +301,7 @@ TEST_F(UserData, ADeletedInterfaceLeavesManyCommandsInOnePass) {
         commands.push_back({{"portIndex", port}});
         records.emplace_back().portIndex = count - port;
     }
-    json document = Interactions(std::move(commands))["componentInteractionInfo"];
+    json document = Interactions(commands)["componentInteractionInfo"];
     json& interactions = document["componentArr"][0]["interactionArr"];
     interactions.insert(interactions.end(), 20000, {{"triggerType", "click"}, {"commandArr", json::array()}});
     CmdMap map;

@@ -20,7 +20,7 @@ DiskThreads::~DiskThreads() {
     }
 }
 
-void DiskThreads::Execute(EventThreads& home, std::shared_ptr<BlockingTask> task) {
+void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask>& task) {
     bool hasThread = false;
     {
         const std::lock_guard lock(m_mutex);

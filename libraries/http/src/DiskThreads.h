@@ -29,7 +29,7 @@ class DiskThreads {
     void SetOwner(std::weak_ptr<void> owner) { m_owner = std::move(owner); }
 
     /** Runs a task of that loop as soon as a thread is free. Any thread. */
-    void Execute(EventThreads& home, std::shared_ptr<BlockingTask> task);
+    void Execute(EventThreads& home, const std::shared_ptr<BlockingTask>& task);
 
     /**
      * Ends the threads; one that still waits for the disk a moment later is left to itself. Tasks that wait
