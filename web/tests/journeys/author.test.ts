@@ -6,7 +6,7 @@ import { Host } from "../support/host.ts";
 import { longest, waitFor } from "../support/wait.ts";
 
 let browser: Browser;
-beforeAll(async () => void (browser = await startBrowser(["--host-resolver-rules=MAP control.test 127.0.0.1"])));
+beforeAll(async () => void (browser = await startBrowser(["--host-resolver-rules=MAP control.lan 127.0.0.1"])));
 afterAll(() => browser.close());
 
 async function addInterface(page: Page, kind: string, name: string, fields: Record<string, string>): Promise<void> {
@@ -36,7 +36,7 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
     await using projector = await TcpDevice.start();
     await using lamps = await UdpDevice.start();
     const { page, context, errors } = await newPage(browser);
-    await page.goto(`http://control.test:${host.port}/`);
+    await page.goto(`http://control.lan:${host.port}/`);
     expect(await page.evaluate(() => [isSecureContext, typeof crypto.randomUUID])).toEqual([false, "undefined"]);
     await connected(page);
 
