@@ -5,14 +5,14 @@
 #include "platform/WebOrigins.h"
 
 #include <sstream>
-#include <stdexcept>
+#include <system_error>
 
 bool Client::Send(std::string_view bytes) {
     try {
         m_socket.Send(bytes);
         return true;
-    } catch (const std::runtime_error&) {
-        return false;  // closed, or, where a closed socket lingers, the time is over
+    } catch (const std::system_error&) {
+        return false;
     }
 }
 

@@ -1,4 +1,5 @@
 // The WebSocket server: upgrade, frames right and wrong, callbacks.
+#include "simulation/Machine.h"
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 
@@ -216,9 +217,13 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     EXPECT_TRUE(simulation::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
     EXPECT_TRUE(WaitForClosed(3)) << "never reads";
     Client pinging = Open();
-    const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
-    EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
-        << "never reads what it gets for its pings";
+    if (simulation::Differences::closesBlockedConnections) {
+        const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
+        EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
+            << "never reads what it gets for its pings";
+    } else {
+        pinging.Socket().Close();
+    }
     EXPECT_TRUE(WaitForClosed(4));
     Client kept = Open();
     kept.Send(Bytes("8980 00000000"));
