@@ -216,14 +216,13 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     Client deaf = Open();
     EXPECT_TRUE(simulation::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
     EXPECT_TRUE(WaitForClosed(3)) << "never reads";
-    Client pinging = Open();
-    if (simulation::Differences::closesBlockedConnections) {
-        const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
-        EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
-            << "never reads what it gets for its pings";
-    } else {
-        pinging.Socket().Close();
+    if (!simulation::Differences::closesBlockedConnections) {
+        GTEST_SKIP() << "the rest";
     }
+    Client pinging = Open();
+    const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
+    EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
+        << "never reads what it gets for its pings";
     EXPECT_TRUE(WaitForClosed(4));
     Client kept = Open();
     kept.Send(Bytes("8980 00000000"));
