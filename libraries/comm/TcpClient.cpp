@@ -178,12 +178,17 @@ void CTcpClient::Look() {
     }
 }
 
+// The handler can come before the system hands out what it came for, or late: so look again and again.
 int CTcpClient::LookAndWait(Lock& lock) {
-    if (m_connected) {
+    const auto deadline = Clock::now() + CTcpLink::g_deliveryTime;
+    while (m_connected) {
         Look();
+        if (!m_connected || !m_expected || Clock::now() > deadline) {
+            break;
+        }
+        WaitUntil(lock, Clock::now() + std::chrono::milliseconds(1), [] { return false; });
     }
-    return WaitUntil(lock, Clock::now() + CTcpLink::g_deliveryTime,
-                     [this] { return !m_connected || !m_expected; });
+    return m_closed ? ErrorCut : ErrorNone;
 }
 
 void CTcpClient::Lose(int error, bool ended) {
