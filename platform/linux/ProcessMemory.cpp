@@ -61,8 +61,8 @@ void PrepareMemory() {
 }
 
 void ReturnFreeMemory() noexcept {
-#ifdef __GLIBC__
-    malloc_trim(0);
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    malloc_trim(0);  // a sanitizer brings an allocator of its own
 #endif
     KeepMemoryReserve();
 }
