@@ -2,6 +2,10 @@
 add_library(server_warnings INTERFACE)
 target_compile_options(server_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast)
+# Several files in one translation unit: what is a file's own is none of the compiler's business then.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(server_warnings INTERFACE -Wno-subobject-linkage)
+endif()
 # The compiler of the fuzz targets warns of other things, and nobody reads them there.
 target_compile_options(server_warnings INTERFACE $<IF:$<BOOL:${SERVER_FUZZ}>,-w,-Werror>)
 target_include_directories(server_warnings INTERFACE "${PROJECT_SOURCE_DIR}")

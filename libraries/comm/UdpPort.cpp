@@ -15,7 +15,7 @@ namespace {
 /** What fits into one datagram over IPv4: 65,535 bytes without the two headers (RFC 791, RFC 768). */
 constexpr std::size_t g_longestDatagram = 65507;
 
-constexpr int g_readsAtOnce = 64;
+constexpr int g_datagramsAtOnce = 64;
 
 }  // namespace
 
@@ -189,7 +189,7 @@ void CUdpPort::Watch(bool v6) {
 void CUdpPort::Drain(Udp::socket& socket) {
     std::array<char, 64>
         dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): the rest of a datagram goes too
-    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
+    for (int reads = 0; reads < g_datagramsAtOnce; ++reads) {
         boost::system::error_code code;
         socket.receive(boost::asio::buffer(dropped), 0, code);
         if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {

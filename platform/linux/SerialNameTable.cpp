@@ -1,6 +1,5 @@
 #include "platform/linux/SerialNameTable.h"
 
-#include "platform/RavLog.h"
 
 #include <algorithm>
 #include <charconv>
@@ -21,11 +20,11 @@ std::string TextOf(const nlohmann::json& entry, const char* key) {
     return found != entry.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
 
-void Tell(RavLog::EnLogLevel level, const std::string& text) {
+}  // namespace
+
+void LogSerialName(RavLog::EnLogLevel level, const std::string& text) {
     RavLog::WriteSystemLog(level, "serial names", text);
 }
-
-}  // namespace
 
 int SerialNumber(const std::string& name) {
     int number = 0;
@@ -47,7 +46,8 @@ CSerialNameTable::CSerialNameTable(nlohmann::json document) : m_document(std::mo
         }
         const int number = SerialNumber(name);
         if (number == 0 || (entry.identity.empty() && entry.device.empty())) {
-            Tell(RavLog::Warn, "the entry \"" + name + "\" has no effect: it names no port or no device");
+            LogSerialName(RavLog::Warn,
+                          "the entry \"" + name + "\" has no effect: it names no port or no device");
         } else {
             m_entries[number] = entry;
         }
@@ -141,10 +141,11 @@ void CSerialNameTable::NameNew(const SSerialLine& line, NamedLines& named) {
         }
     }
     if (number > g_highestNumber) {
-        Tell(RavLog::Error, "no number is left for " + line.device);
+        LogSerialName(RavLog::Error, "no number is left for " + line.device);
         return;
     }
-    Tell(RavLog::Info, NameOf(number) + " is from now on " + line.identity + ", at present " + line.device);
+    LogSerialName(RavLog::Info,
+                  NameOf(number) + " is from now on " + line.identity + ", at present " + line.device);
     Store(number, {line.identity, line.place, line.device});
     named[number] = line;
 }
@@ -156,7 +157,7 @@ void CSerialNameTable::Reserve(int number, const std::string& link, const std::s
         return;
     }
     if (entry) {
-        Tell(RavLog::Warn, link + " has taken the name from " + entry->identity);
+        LogSerialName(RavLog::Warn, link + " has taken the name from " + entry->identity);
     }
     Store(number, {"", "", link});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/RavLog.h"
 #include "platform/linux/SerialWalk.h"
 
 #include <map>
@@ -11,6 +12,9 @@
 
 /** Lines by the numbers of their COM names. */
 using NamedLines = std::map<int, SSerialLine>;
+
+/** Writes to the system log what became of the names of serial ports. May throw. Any thread. */
+void LogSerialName(RavLog::EnLogLevel level, const std::string& text);
 
 /** The number in a port name, "COM" and 1 to 9999 without leading zeros; 0 for any other text. */
 int SerialNumber(const std::string& name);

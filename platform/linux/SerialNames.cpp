@@ -16,10 +16,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void Tell(RavLog::EnLogLevel level, const std::string& text) {
-    RavLog::WriteSystemLog(level, "serial names", text);
-}
-
 /** The table of names and the file in which it lies. */
 class CNameFile {
   public:
@@ -86,8 +82,9 @@ class CNameFile {
         const std::string broken = m_file + ".broken";
         std::error_code error;
         fs::rename(m_file, broken, error);
-        Tell(RavLog::Error, m_file + " is not a JSON object; " +
-                                (error ? "it can't be kept aside: " + error.message() : "kept as " + broken));
+        LogSerialName(RavLog::Error,
+                      m_file + " is not a JSON object; " +
+                          (error ? "it can't be kept aside: " + error.message() : "kept as " + broken));
         m_version = FileVersion();
         m_unsaved = true;
     }
@@ -102,8 +99,8 @@ class CNameFile {
             m_told = false;
         } else if (!m_told) {
             m_told = true;
-            Tell(RavLog::Error, m_file + " can't be written: " + error.message() +
-                                    "; new serial ports keep their names until the server stops");
+            LogSerialName(RavLog::Error, m_file + " can't be written: " + error.message() +
+                                             "; new serial ports keep their names until the server stops");
         }
     }
 

@@ -19,7 +19,7 @@ using simulation::Socket;
 
 constexpr milliseconds kBound(2000);
 
-comm::SCommSettings Settings() {
+comm::SCommSettings ShortPauses() {
     comm::SCommSettings settings = CommFixture::Settings(kBound);
     settings.joinPause = settings.stallPause = milliseconds(100);
     settings.probePause = settings.longestProbePause = milliseconds(50);
@@ -31,7 +31,7 @@ bool IsReady(const std::future<int>& call) {
 }
 
 TEST(SilentDevice, HoldsOneCallAndFailsAtOnceUntilItAnswers) {
-    CommFixture comm(Settings());
+    CommFixture comm(ShortPauses());
     SilentDevice device;
     const simulation::TcpListener live;
     const auto record = CommFixture::Client(device.Port());
@@ -48,7 +48,7 @@ TEST(SilentDevice, HoldsOneCallAndFailsAtOnceUntilItAnswers) {
         EXPECT_EQ(click.get(), 10060);
     }
     const auto begin = comm::Clock::now();
-    while (comm::Clock::now() - begin < 2 * Settings().retryPause) {
+    while (comm::Clock::now() - begin < 2 * ShortPauses().retryPause) {
         ASSERT_EQ(comm.Send(record, "a"), 10060);
     }
     EXPECT_LT(comm::Clock::now() - begin, kBound) << "a click had to wait";
@@ -61,7 +61,7 @@ TEST(SilentDevice, HoldsOneCallAndFailsAtOnceUntilItAnswers) {
 
 TEST(SilentDevice, IsLeftAloneUntilAClickMeetsItAndAfterItsRecordIsDeleted) {
     for (const bool isUsed : {false, true}) {
-        comm::SCommSettings settings = Settings();
+        comm::SCommSettings settings = ShortPauses();
         settings.bound = milliseconds(200);
         CommFixture comm(settings);
         SilentDevice device;
@@ -80,7 +80,7 @@ TEST(SilentDevice, IsLeftAloneUntilAClickMeetsItAndAfterItsRecordIsDeleted) {
 }
 
 TEST(SilentDevice, IsOpenedAtOnceWhenItAnswersAgain) {
-    CommFixture comm(Settings());
+    CommFixture comm(ShortPauses());
     SilentDevice device;
     const auto record = CommFixture::Client(device.Port());
     {
@@ -93,7 +93,7 @@ TEST(SilentDevice, IsOpenedAtOnceWhenItAnswersAgain) {
 }
 
 TEST(SilentDevice, ThatStopsReadingHoldsOneCall) {
-    CommFixture comm(Settings());
+    CommFixture comm(ShortPauses());
     Socket listener = Socket::Listen();
     const auto record = CommFixture::Client(listener.LocalPort());
     auto stuck = std::async(std::launch::async, [&] { return comm.Send(record, std::string(1 << 22, 'x')); });
@@ -106,7 +106,7 @@ TEST(SilentDevice, ThatStopsReadingHoldsOneCall) {
 }
 
 TEST(SilentDevice, CostsARunOfCommandsNoMoreThanItsBound) {
-    comm::SCommSettings settings = Settings();
+    comm::SCommSettings settings = ShortPauses();
     settings.bound = milliseconds(1000);
     CommFixture comm(settings);
     const SilentDevice device;

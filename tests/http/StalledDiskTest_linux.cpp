@@ -29,6 +29,8 @@ void WaitForDisk() {
 
 }  // namespace
 
+// The linker refuses hidden ones, since the shared libraries of the program ask for them too.
+#pragma GCC visibility push(default)
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming): the
 // linker's
@@ -67,6 +69,7 @@ long __wrap_syscall(long number, long folder, const void* path, const open_how* 
 }
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
 }
+#pragma GCC visibility pop
 
 namespace {
 

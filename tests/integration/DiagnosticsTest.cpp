@@ -22,7 +22,7 @@ using simulation::ReadFile;
 const std::string kReport = "/api/log/reportClientError";
 const std::string kConsole = "/api/device/setDeveloperMode";
 constexpr std::string_view kDone = R"({"code":20000,"message":""})";
-constexpr std::string_view kRefused = R"({"code":30101,"message":""})";
+constexpr std::string_view kRefusedReport = R"({"code":30101,"message":""})";
 
 /** The records of ClientError.log from the client's address on; empty ones for lines of another form. */
 std::vector<std::string> Records(const HostProcess& host) {
@@ -50,7 +50,7 @@ TEST(ClientErrors, AreRecordsOfOneLine) {
         EXPECT_EQ(browser.Http().Post(kReport, row[0].dump()).body, kDone);
         expected.push_back(kReport + row[1].get<std::string>());
     }
-    EXPECT_EQ(browser.Http().Post(kReport, "{\"data\":").body, kRefused);
+    EXPECT_EQ(browser.Http().Post(kReport, "{\"data\":").body, kRefusedReport);
     EXPECT_EQ(Records(host), expected);
     EXPECT_EQ(host.Stop(), 0);
     const std::string log = host.UserFile("Log/Server.log");
@@ -125,7 +125,7 @@ TEST(Console, ShowsBothLogsWhileItIsOn) {
     get("seen");
     const std::string foreign = "POST /foreign HTTP/1.1\r\nHost: a\r\nOrigin: http://b\r\n";
     EXPECT_EQ(client.Exchange(foreign + "Content-Length: 0\r\n\r\n").status, 403);  // one in System.log
-    EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":1}})").body, kRefused);
+    EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":1}})").body, kRefusedReport);
     ASSERT_TRUE(simulation::WaitUntil([&] { return shown("isDeveloperMode") || shown("type must be"); }));
     EXPECT_TRUE(shown("[LogRoot][Info]")) << host.Process().ErrorOutput();
     EXPECT_TRUE(shown("/api/getResource/seen] [422] \n"));

@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<bool> g_fails = false;
 
-std::vector<std::string>& Calls() {
+std::vector<std::string>& RecordedCalls() {
     static std::vector<std::string> calls;
     return calls;
 }
@@ -34,7 +34,7 @@ void Record(const std::string& call) {
             (names.empty() ? "" : ",") + (isNet ? element["netPortInfo"]["netPortName"].get<std::string>()
                                                 : element["comInfo"]["comName"].get<std::string>());
     }
-    Calls().push_back(call + " {" + names + "}");
+    RecordedCalls().push_back(call + " {" + names + "}");
 }
 
 /** A command must not wait for dead devices without a bound for the whole click. */
@@ -45,7 +45,7 @@ std::string Bounded() {
 }  // namespace
 
 std::vector<std::string> TakePortCalls() {
-    return std::exchange(Calls(), {});
+    return std::exchange(RecordedCalls(), {});
 }
 
 CComManager::CComManager() = default;
@@ -73,15 +73,15 @@ bool CComManager::CheckSerial(SSerialPortConfig& config) {
 }
 
 int CComManager::SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode) {
-    Calls().push_back("SendNetData " + NameOf(config) + " " + content + (isText ? " text " : " hex ") +
-                      std::to_string(asciiEncode) + Bounded());
+    RecordedCalls().push_back("SendNetData " + NameOf(config) + " " + content +
+                              (isText ? " text " : " hex ") + std::to_string(asciiEncode) + Bounded());
     return IsRefused(config) ? kRefusedError : 0;
 }
 
 int CComManager::SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
                                 int asciiEncode) {
-    Calls().push_back("SendSerialData " + config.comPort + " " + content + (isText ? " text " : " hex ") +
-                      std::to_string(asciiEncode) + Bounded());
+    RecordedCalls().push_back("SendSerialData " + config.comPort + " " + content +
+                              (isText ? " text " : " hex ") + std::to_string(asciiEncode) + Bounded());
     return config.comPort == "COM1" ? 2 : 0;
 }
 
