@@ -1,6 +1,7 @@
 #include "platform/SerialNames.h"
 
 #include "platform/DurableFile.h"
+#include "platform/FolderNames.h"
 #include "platform/Mutex.h"
 #include "platform/RavLog.h"
 #include "platform/linux/NamedSerialLines.h"
@@ -124,10 +125,9 @@ bool Exists(const std::string& path) {
 /** The names that the administrator made in /dev, by their numbers. */
 std::map<int, std::string> Links() {
     std::map<int, std::string> links;
-    std::error_code error;
-    for (fs::directory_iterator entry("/dev", error), end; !error && entry != end; entry.increment(error)) {
-        if (const int number = SerialNumber(entry->path().filename().string()); number != 0) {
-            links.emplace(number, entry->path().string());
+    for (const std::string& name : NamesInFolder("/dev")) {
+        if (const int number = SerialNumber(name); number != 0) {
+            links.emplace(number, "/dev/" + name);
         }
     }
     return links;

@@ -1,5 +1,7 @@
 #include "platform/linux/SerialWalk.h"
 
+#include "platform/FolderNames.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -176,11 +178,9 @@ Context MakeContext() {
 std::vector<std::string> TerminalFolders() {
     const fs::path classFolder = "/sys/class/tty";
     std::vector<std::string> folders;
-    std::error_code error;
-    for (fs::directory_iterator entry(classFolder, error), end; !error && entry != end;
-         entry.increment(error)) {
+    for (const std::string& name : NamesInFolder(classFolder.string())) {
         std::error_code gone;  // unplugged meanwhile
-        const fs::path target = fs::read_symlink(entry->path(), gone);
+        const fs::path target = fs::read_symlink(classFolder / name, gone);
         if (!gone && target.string().find("/devices/virtual/") == std::string::npos) {
             folders.push_back((classFolder / target).lexically_normal().string());
         }
