@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -142,7 +143,7 @@ void CUserData::ClearInterfaces() {
         serialPortMap.clear();
     }
     const CLock lock(orderMutex);
-    interfaceOrder.clear();
+    interfaceOrder.Clear();
 }
 
 bool CUserData::IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const {
@@ -215,24 +216,20 @@ void CUserData::UpdateNetSerialMap() {
 
 void CUserData::AddInterfaceOrder(std::int32_t nodeId, bool isNet) {
     const CLock lock(orderMutex);
-    const auto entry =
-        std::find_if(interfaceOrder.begin(), interfaceOrder.end(),
-                     [nodeId](const SInterfaceOrderEntry& other) { return other.nodeId == nodeId; });
-    if (entry != interfaceOrder.end()) {
-        entry->isNet = isNet;
-    } else {
-        interfaceOrder.push_back({nodeId, isNet});
-    }
+    interfaceOrder.Add(nodeId, isNet);
 }
 
 void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
     const CLock lock(orderMutex);
-    std::erase_if(interfaceOrder,
-                  [nodeId](const SInterfaceOrderEntry& entry) { return entry.nodeId == nodeId; });
+    interfaceOrder.Remove(nodeId);
 }
 
 void CUserData::SaveInterfaceDocument() {
-    const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
+    std::vector<SInterfaceOrderEntry> order;
+    {
+        const CSharedLock lock(orderMutex);
+        order = interfaceOrder.Entries();
+    }
     const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);
     json list = json::array();

@@ -5,6 +5,7 @@
 #include "userdata/CommandMap.h"
 #include "userdata/DocumentText.h"
 #include "userdata/InterfaceModel.h"
+#include "userdata/InterfaceOrder.h"
 #include "versions/Generations.h"
 
 #include <atomic>
@@ -197,7 +198,7 @@ class CUserData {
     mutable CSharedMutex serialPortMutex;
     SerialPortMap serialPortMap GUARDED_BY(serialPortMutex);
     CSharedMutex orderMutex;
-    std::vector<SInterfaceOrderEntry> interfaceOrder GUARDED_BY(orderMutex);
+    CInterfaceOrder interfaceOrder GUARDED_BY(orderMutex);
     mutable CSharedMutex infraredMutex;
     nlohmann::json infraredCom GUARDED_BY(infraredMutex);
 };
