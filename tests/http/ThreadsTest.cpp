@@ -50,8 +50,21 @@ class ThreadsTest : public HttpTest {
         return simulation::WaitUntil([&] { return gate->inside == count; });
     }
 
+    // With a route whose handlers are counted, and all places taken by others.
+    void RunWithoutAFreePlace() {
+        service.POST("/click", [this](HttpRequest*, HttpResponse*) {
+            ++fired;
+            return 200;
+        });
+        Run();
+        TakeLog();
+        Enter(4);
+        ASSERT_TRUE(WaitForInside(4));
+    }
+
     const std::shared_ptr<Gate> gate = std::make_shared<Gate>();
     std::vector<Client> clients;
+    std::atomic<int> fired = 0;
 };
 
 TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
@@ -78,15 +91,7 @@ TEST_F(ThreadsTest, AllWorkersStuckHoldUpOnlyOtherHandlers) {
 TEST_F(ThreadsTest, DropsWritesThatWaitedTooLong) {
     limits.writeWait = std::chrono::milliseconds(300);
     limits.sweep = std::chrono::milliseconds(20);
-    std::atomic<int> fired = 0;
-    service.POST("/click", [&](HttpRequest*, HttpResponse*) {
-        ++fired;
-        return 200;
-    });
-    Run();
-    TakeLog();
-    Enter(4);
-    ASSERT_TRUE(WaitForInside(4));
+    ASSERT_NO_FATAL_FAILURE(RunWithoutAFreePlace());
     std::array late = {Connect(), Connect(), Connect()};
     for (Client& client : late) {
         client.Send(Post("/click", "{}"));
@@ -109,15 +114,7 @@ TEST_F(ThreadsTest, DropsWritesThatWaitedTooLong) {
 }
 
 TEST_F(ThreadsTest, DropsWritesWhoseClientsHaveGone) {
-    std::atomic<int> fired = 0;
-    service.POST("/click", [&](HttpRequest*, HttpResponse*) {
-        ++fired;
-        return 200;
-    });
-    Run();
-    TakeLog();
-    Enter(4);
-    ASSERT_TRUE(WaitForInside(4));
+    ASSERT_NO_FATAL_FAILURE(RunWithoutAFreePlace());
     Client ends = Connect();
     Client resets = Connect();
     Client stays = Connect();

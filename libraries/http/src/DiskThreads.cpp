@@ -12,19 +12,11 @@ constexpr std::chrono::milliseconds g_endOfThreads{500};
 
 }  // namespace
 
-DiskThreads::~DiskThreads() {
-    for (auto& seat : m_seats) {
-        if (seat->thread.joinable()) {
-            seat->thread.detach();
-        }
-    }
-}
-
 void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask>& task) {
     bool hasThread = false;
     {
         const std::lock_guard lock(m_mutex);
-        hasThread = m_idle > m_waiting.size() || AddThread() || !m_seats.empty();
+        hasThread = m_idle > m_waiting.size() || AddThread() || m_seats.Count() > 0;
         if (hasThread) {
             m_waiting.push_back({&home, task});
         }
@@ -39,22 +31,18 @@ void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask
 
 // Under the lock. False when there are enough, or the system has none.
 bool DiskThreads::AddThread() {
-    if (m_seats.size() == g_threads || m_over) {
+    if (m_seats.Count() == g_threads || m_over) {
         return false;
     }
-    m_seats.reserve(g_threads);
-    auto made = std::make_unique<Seat>();
     try {
-        made->thread = std::thread([this, owner = m_owner.lock(), &seat = *made] { Main(seat); });
+        m_seats.Start([this, owner = m_owner.lock()](ThreadSeats::Seat& seat) { Main(seat); });
     } catch (const std::system_error&) {
         return false;
     }
-    m_seats.push_back(std::move(made));
-    ++m_alive;
     return true;
 }
 
-void DiskThreads::Main(Seat& seat) {
+void DiskThreads::Main(ThreadSeats::Seat& seat) {
     std::unique_lock lock(m_mutex);
     for (;;) {
         ++m_idle;
@@ -71,24 +59,15 @@ void DiskThreads::Main(Seat& seat) {
         entry.task.reset();
         lock.lock();
     }
-    seat.ended = true;
-    --m_alive;
-    m_endedWake.notify_all();
+    m_seats.TellEnd(seat);
 }
 
 bool DiskThreads::Join() {
     std::unique_lock lock(m_mutex);
     m_over = true;
     m_wake.notify_all();
-    m_endedWake.wait_for(lock, g_endOfThreads, [this] { return m_alive == 0; });
-    const bool all = m_alive == 0;
-    for (auto& seat : m_seats) {
-        const bool ended = seat->ended;
-        lock.unlock();
-        ended ? seat->thread.join() : seat->thread.detach();
-        lock.lock();
-    }
-    return all;
+    m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + g_endOfThreads, [] { return 0U; });
+    return m_seats.Join(lock);
 }
 
 void DiskThreads::Drop() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/http/src/EventThreads.h"
+#include "libraries/http/src/ThreadSeats.h"
 #include "platform/Mutex.h"
 
 #include <condition_variable>
@@ -8,8 +9,6 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <thread>
-#include <vector>
 
 namespace hv::internal {
 
@@ -20,11 +19,6 @@ namespace hv::internal {
  */
 class DiskThreads {
   public:
-    DiskThreads() = default;
-    ~DiskThreads();
-    DiskThreads(const DiskThreads&) = delete;
-    DiskThreads& operator=(const DiskThreads&) = delete;
-
     /** What each thread holds on to until it ends. Before the first task. */
     void SetOwner(std::weak_ptr<void> owner) { m_owner = std::move(owner); }
 
@@ -42,23 +36,16 @@ class DiskThreads {
     void Drop();
 
   private:
-    struct Seat {
-        std::thread thread;
-        bool ended = false;
-    };
-
-    void Main(Seat& seat);
+    void Main(ThreadSeats::Seat& seat);
     bool AddThread();
 
     std::weak_ptr<void> m_owner;
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    std::condition_variable m_endedWake;
     std::deque<TaskLimit::Entry> m_waiting;
     std::size_t m_idle = 0;
-    std::size_t m_alive = 0;
     bool m_over = false;
-    std::vector<std::unique_ptr<Seat>> m_seats;
+    ThreadSeats m_seats;
 };
 
 }  // namespace hv::internal

@@ -23,26 +23,14 @@ thread_local std::shared_ptr<BlockingTask> t_finishedLate;
 EventThreads::EventThreads(TaskLimit& limit)
     : m_limit(limit), m_guard(boost::asio::make_work_guard(m_context)) {}
 
-EventThreads::~EventThreads() {
-    for (auto& seat : m_seats) {
-        if (seat->thread.joinable()) {
-            seat->thread.detach();
-        }
-    }
-}
-
 void EventThreads::Start(const std::shared_ptr<void>& owner) {
     const std::lock_guard lock(m_mutex);
-    m_seats.reserve(m_limit.Places() + 1);
     for (std::size_t i = 0; i <= m_limit.Places(); ++i) {
-        auto made = std::make_unique<Seat>();
-        made->thread = std::thread([this, owner, &seat = *made, leads = i == 0] { Main(seat, leads); });
-        m_seats.push_back(std::move(made));
-        ++m_alive;
+        m_seats.Start([this, owner, leads = i == 0](ThreadSeats::Seat& seat) { Main(seat, leads); });
     }
 }
 
-void EventThreads::Main(Seat& seat, bool leads) {
+void EventThreads::Main(ThreadSeats::Seat& seat, bool leads) {
     if (leads) {
         Lead();
     }
@@ -62,9 +50,7 @@ void EventThreads::Main(Seat& seat, bool leads) {
             lock.lock();
         }
     }
-    seat.ended = true;
-    --m_alive;
-    m_endedWake.notify_all();
+    m_seats.TellEnd(seat);
 }
 
 void EventThreads::Lead() {
@@ -173,21 +159,15 @@ void EventThreads::Finish() {
 
 bool EventThreads::Join(std::chrono::steady_clock::time_point deadline) {
     std::unique_lock lock(m_mutex);
-    if (!m_endedWake.wait_until(lock, deadline, [&] { return m_alive == 0; })) {
+    if (!m_seats.WaitForEnd(lock, deadline, [] { return 0U; })) {
         lock.unlock();
         m_limit.Close();
         Finish();
         lock.lock();
-        m_endedWake.wait_for(lock, g_endOfIdleThreads, [&] { return m_alive <= m_inside.load(); });
+        m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + g_endOfIdleThreads,
+                           [this] { return m_inside.load(); });
     }
-    const bool all = m_alive == 0;
-    for (auto& seat : m_seats) {
-        const bool ended = seat->ended;
-        lock.unlock();
-        ended ? seat->thread.join() : seat->thread.detach();
-        lock.lock();
-    }
-    return all;
+    return m_seats.Join(lock);
 }
 
 }  // namespace hv::internal

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/http/src/TaskLimit.h"
+#include "libraries/http/src/ThreadSeats.h"
 
 #include <atomic>
 #include <chrono>
@@ -8,8 +9,6 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <thread>
-#include <vector>
 
 #include <boost/asio/io_context.hpp>
 
@@ -36,9 +35,6 @@ class EventThreads {
 
     /** @param limit  shared with other loops; outlives them */
     explicit EventThreads(TaskLimit& limit);
-    ~EventThreads();
-    EventThreads(const EventThreads&) = delete;
-    EventThreads& operator=(const EventThreads&) = delete;
 
     boost::asio::io_context& Context() { return m_context; }
 
@@ -66,12 +62,7 @@ class EventThreads {
     bool Join(std::chrono::steady_clock::time_point deadline);
 
   private:
-    struct Seat {
-        std::thread thread;
-        bool ended = false;
-    };
-
-    void Main(Seat& seat, bool leads);
+    void Main(ThreadSeats::Seat& seat, bool leads);
     void Lead();
     bool Watch(std::unique_lock<std::mutex>& lock);
     void WakeWatcher();
@@ -92,10 +83,8 @@ class EventThreads {
     std::mutex m_mutex;
     std::condition_variable m_watchWake;  // the watching thread
     std::condition_variable m_spareWake;  // spare threads that don't watch
-    std::condition_variable m_endedWake;  // Join
     bool m_watched = false;
-    std::size_t m_alive = 0;
-    std::vector<std::unique_ptr<Seat>> m_seats;
+    ThreadSeats m_seats;
 };
 
 }  // namespace hv::internal
