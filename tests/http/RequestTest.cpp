@@ -101,6 +101,7 @@ TEST_F(RequestTest, GivesLeaveToSendTheBody) {
 }
 
 TEST_F(RequestTest, PagesFromElsewhereMayNotPost) {
+    limits.refusedPages = {};
     Run();
     for (const auto& row : OriginRows()) {
         TakeLog();
@@ -114,6 +115,28 @@ TEST_F(RequestTest, PagesFromElsewhereMayNotPost) {
         EXPECT_TRUE(lines.empty() || lines[0].find(reason) != std::string::npos) << lines[0];
     }
     EXPECT_EQ(200, Connect().Ask(Get("/who", "Origin: http://evil.example\r\n")).status);
+}
+
+TEST_F(RequestTest, APageFromElsewhereCantFillTheLog) {
+    Run();
+    TakeLog();
+    Client client = Connect();
+    const auto post = [&](const std::string& path, const std::string& host) {
+        return client
+            .Ask("POST " + path + " HTTP/1.1\r\nHost: " + host +
+                 "\r\nOrigin: http://evil.example\r\nContent-Length: 0\r\n\r\n")
+            .status;
+    };
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(403, post("/echo" + std::to_string(i), "127.0.0.1"));
+    }
+    EXPECT_EQ(403, post("/own", "evil.example"));
+    http_server_stop(&server);
+    const auto lines = TakeLog();
+    ASSERT_EQ(3U, lines.size());
+    EXPECT_NE(std::string::npos, lines[0].find("/echo0 from 127.0.0.1 for a page of http://evil.example"));
+    EXPECT_NE(std::string::npos, lines[1].find("/own")) << "another reason";
+    EXPECT_NE(std::string::npos, lines[2].find("another host: 49 more"));
 }
 
 TEST_F(RequestTest, GivesUpOnSlowClients) {

@@ -279,10 +279,11 @@ bool HttpConnection::IsForeign() {
     }
     const std::string refused = "Refused " + Shown(request.path) + " from " + m_peerIp + " for a page ";
     if (fault == OriginFault::OtherPage) {
-        ReportError(refused + "of " + Shown(request.GetHeader("Origin")));
+        m_server.OtherPages().CountLine(refused + "of " + Shown(request.GetHeader("Origin")));
     } else {
-        ReportError(refused + "that was loaded under the name " + Shown(request.GetHeader("Host")) +
-                    ". If that is a name of this server, add it to \"allowed_hosts\" in LocalHost.config");
+        m_server.UnknownHosts().CountLine(
+            refused + "that was loaded under the name " + Shown(request.GetHeader("Host")) +
+            ". If that is a name of this server, add it to \"allowed_hosts\" in LocalHost.config");
     }
     m_exchange->response.status_code = static_cast<http_status>(403);
     return true;

@@ -33,6 +33,7 @@ struct Limits {
     Time webSocketSilence{180'000};        ///< without a message; a page sends one each minute at least
     std::size_t fileChunkBytes = std::size_t{64} * 1024;  ///< files are read in pieces of this size
     Time sweep{250};                                      ///< how often expired connections are looked for
+    Time refusedPages{60'000};                            ///< between two lines in the log about them
     Time acceptPause{100};                                ///< after descriptors ran out
     Time stopGrace{2'000};                                ///< for handlers that run at a stop
 };

@@ -114,8 +114,19 @@ void Server::Stop() {
         ReportError("A handler or the disk did not end in time and was left behind at the stop of port ",
                     std::to_string(m_port));
     }
+    TellCounts(true);
     m_gone = true;
     m_gone.notify_all();
+}
+
+void Server::TellCounts(bool isIdle) {
+    const bool isOver = m_stopping;
+    for (Tally* tally : {&m_staleWrites, &m_refusedBodies}) {
+        tally->Tell(isIdle || isOver);
+    }
+    for (Tally* tally : {&m_shortPlaces, &m_otherPages, &m_unknownHosts}) {
+        tally->Tell(isOver);
+    }
 }
 
 void Server::WaitUntilStopped() {

@@ -63,6 +63,15 @@ class Server : public std::enable_shared_from_this<Server> {
     /** Requests that were refused since their bodies would have taken too much memory. Any thread. */
     Tally& RefusedBodies() { return m_refusedBodies; }
 
+    /** Requests of pages that may not make them: of other hosts, and of unknown names of this one. Any
+     * thread.
+     */
+    Tally& OtherPages() { return m_otherPages; }
+    Tally& UnknownHosts() { return m_unknownHosts; }
+
+    /** Writes the lines that are owed of all these. @param isIdle  nobody is connected. Any thread. */
+    void TellCounts(bool isIdle);
+
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
 
@@ -97,6 +106,8 @@ class Server : public std::enable_shared_from_this<Server> {
     Tally m_staleWrites{"Dropped a write that waited for a place"};
     Tally m_shortPlaces{"Places for connections are short", std::chrono::minutes(1)};
     Tally m_refusedBodies{"Not enough memory for the body of"};
+    Tally m_otherPages{"Refused for a page of another host", m_limits.refusedPages};
+    Tally m_unknownHosts{"Refused for a page that was loaded under an unknown name", m_limits.refusedPages};
     Housekeeper m_memory;
     TaskLimit m_tasks;
     DiskThreads m_disk;

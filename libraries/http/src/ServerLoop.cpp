@@ -141,9 +141,7 @@ void ServerLoop::Sweep() {
         for (ServerConnection* connection : expired) {
             connection->Expire();
         }
-        m_server.StaleWrites().Tell(m_connections.empty());
-        m_server.ShortPlaces().Tell(false);
-        m_server.RefusedBodies().Tell(m_connections.empty());
+        m_server.TellCounts(m_connections.empty());
         m_server.Memory().Look();
         if (!m_connections.empty() || m_server.Memory().IsDue()) {
             Sweep();

@@ -7,15 +7,26 @@
 
 namespace hv::internal {
 
+bool Tally::MayTell() {
+    const CLock lock(m_mutex);
+    const auto now = Clock::now();
+    if (now < m_next) {
+        ++m_untold;
+        return false;
+    }
+    m_next = now + m_distance;
+    return true;
+}
+
+void Tally::CountLine(std::string_view line) noexcept {
+    if (MayTell()) {
+        ReportError(line);
+    }
+}
+
 void Tally::Count(std::string_view example) noexcept {
-    {
-        const CLock lock(m_mutex);
-        const auto now = Clock::now();
-        if (now < m_next) {
-            ++m_untold;
-            return;
-        }
-        m_next = now + m_distance;
+    if (!MayTell()) {
+        return;
     }
     try {
         ReportError(m_what, ": " + std::string(example));

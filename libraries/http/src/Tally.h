@@ -15,12 +15,15 @@ namespace hv::internal {
  */
 class Tally {
   public:
-    /** @param what  what happened, the beginning of each line */
-    explicit Tally(std::string_view what, std::chrono::seconds distance = std::chrono::seconds(1))
+    /** @param what  what happened, the beginning of each line that has no text of its own */
+    explicit Tally(std::string_view what, std::chrono::milliseconds distance = std::chrono::seconds(1))
         : m_what(what), m_distance(distance) {}
 
     /** It has happened. @param example  this time's details */
     void Count(std::string_view example) noexcept;
+
+    /** The same. @param line  the whole line for this time */
+    void CountLine(std::string_view line) noexcept;
 
     /** Writes the line that is owed, if any, and when it is time; or at once. */
     void Tell(bool atOnce) noexcept;
@@ -28,8 +31,10 @@ class Tally {
   private:
     using Clock = std::chrono::steady_clock;
 
+    bool MayTell();
+
     const std::string m_what;
-    const std::chrono::seconds m_distance;
+    const std::chrono::milliseconds m_distance;
     CMutex m_mutex;
     std::size_t m_untold GUARDED_BY(m_mutex) = 0;
     Clock::time_point m_next GUARDED_BY(m_mutex);

@@ -34,8 +34,9 @@ using http_server_t = http_server_s;
  * Handlers run on worker_threads threads at most, further requests for handlers wait; files, WebSocket
  * traffic and new connections don't. A POST or an upgrade to WebSocket with an Origin (RFC 6454) whose host
  * name is not that of Host or X-Forwarded-Host, or with a Host that may be a name of somebody else, is
- * answered 403; a handler that throws 500; all with one line in the system log. Requests that two readers
- * could understand differently are refused (RFC 9112, 11.2), as are those beyond the library's limits.
+ * answered 403, of which the system log tells once a minute; a handler that throws 500, with a line each.
+ * Requests that two readers could understand differently are refused (RFC 9112, 11.2), as are those beyond
+ * the library's limits.
  *
  * @param wait  0: returns when it listens; other: returns when it was stopped
  * @return 0, or a negative code: -22 when the address can't be listened on. A port of 0 starts nothing and
