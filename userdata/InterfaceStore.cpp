@@ -143,7 +143,8 @@ void CUserData::ClearInterfaces() {
         serialPortMap.clear();
     }
     const CLock lock(orderMutex);
-    interfaceOrder.Clear();
+    interfaceOrder.clear();
+    orderedIds.clear();
 }
 
 bool CUserData::IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const {
@@ -216,20 +217,32 @@ void CUserData::UpdateNetSerialMap() {
 
 void CUserData::AddInterfaceOrder(std::int32_t nodeId, bool isNet) {
     const CLock lock(orderMutex);
-    interfaceOrder.Add(nodeId, isNet);
+    if (orderedIds.insert(nodeId).second) {
+        try {
+            interfaceOrder.push_back({nodeId, isNet});
+        } catch (...) {
+            orderedIds.erase(nodeId);
+            throw;
+        }
+        return;
+    }
+    const auto entry =
+        std::find_if(interfaceOrder.begin(), interfaceOrder.end(),
+                     [nodeId](const SInterfaceOrderEntry& other) { return other.nodeId == nodeId; });
+    if (entry != interfaceOrder.end()) {
+        entry->isNet = isNet;
+    }
 }
 
 void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
     const CLock lock(orderMutex);
-    interfaceOrder.Remove(nodeId);
+    orderedIds.erase(nodeId);
+    std::erase_if(interfaceOrder,
+                  [nodeId](const SInterfaceOrderEntry& entry) { return entry.nodeId == nodeId; });
 }
 
 void CUserData::SaveInterfaceDocument() {
-    std::vector<SInterfaceOrderEntry> order;
-    {
-        const CSharedLock lock(orderMutex);
-        order = interfaceOrder.Entries();
-    }
+    const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
     const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);
     json list = json::array();

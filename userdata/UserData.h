@@ -5,13 +5,13 @@
 #include "userdata/CommandMap.h"
 #include "userdata/DocumentText.h"
 #include "userdata/InterfaceModel.h"
-#include "userdata/InterfaceOrder.h"
 #include "versions/Generations.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -198,7 +198,8 @@ class CUserData {
     mutable CSharedMutex serialPortMutex;
     SerialPortMap serialPortMap GUARDED_BY(serialPortMutex);
     CSharedMutex orderMutex;
-    CInterfaceOrder interfaceOrder GUARDED_BY(orderMutex);
+    std::vector<SInterfaceOrderEntry> interfaceOrder GUARDED_BY(orderMutex);
+    std::unordered_set<std::int32_t> orderedIds GUARDED_BY(orderMutex);  ///< those in interfaceOrder
     mutable CSharedMutex infraredMutex;
     nlohmann::json infraredCom GUARDED_BY(infraredMutex);
 };

@@ -227,24 +227,6 @@ TEST_F(UserData, OrderAndIdsOfInterfaces) {
     EXPECT_EQ(store.GetInterfaceConfigState()->Json(), R"({"configList":[]})");
 }
 
-// Minutes, should each one be looked for among those before it.
-TEST(InterfaceOrder, IsMadeOfManyInOnePass) {
-    constexpr std::int32_t count = 1000000;
-    CInterfaceOrder order;
-    for (const bool isNet : {false, true}) {
-        for (std::int32_t id = count; id > 0; --id) {
-            order.Add(id, isNet || id == 3);
-        }
-    }
-    order.Remove(2);
-    order.Add(1, false);
-    ASSERT_EQ(order.Entries().size(), count - 1U);
-    EXPECT_EQ(order.Entries().front().nodeId, count);
-    EXPECT_TRUE(order.Entries().front().isNet);
-    EXPECT_EQ(order.Entries().back().nodeId, 1);
-    EXPECT_FALSE(order.Entries().back().isNet);
-}
-
 TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
     const json &serial = m_interfaces["comInfo"], &net = m_interfaces["netPortInfo"];
     Write("interFace.json", {{"configList", {serial, net}}});
