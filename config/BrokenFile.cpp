@@ -10,7 +10,8 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string BrokenPath(const std::string& path, int number) {
-    return path + ".broken" + (number == 1 ? std::string() : "." + std::to_string(number));
+    const std::string first = path + ".broken";
+    return number == 1 ? first : first + '.' + std::to_string(number);
 }
 
 bool Holds(const std::string& path, const std::string& bytes) {
