@@ -24,7 +24,7 @@ sed -i 's/^#pragma once$/#pragma once\n#include <hv\/json.hpp>/' "$work/hv/inclu
 sed -i 's/^    virtual int send(/    int send(const char* bytes, int length, int fragment, enum ws_opcode opcode = WS_OPCODE_BINARY);\n&/' \
     "$work/hv/include/hv/WebSocketChannel.h"
 # What the bundled library has beyond libhv's interface is not there.
-sed -i -E '/ReplyPieces pieces;|shared_ptr<hv::internal::FileHandle> file;/d' "$work/hv/include/hv/HttpMessage.h"
+sed -i -E '/using is_transparent = void;|ReplyPieces pieces;|shared_ptr<hv::internal::FileHandle> file;/d' "$work/hv/include/hv/HttpMessage.h"
 cat >"$work/hv/cmake/libhvConfig.cmake" <<'CONFIG'
 foreach(name hv hv_static)
     add_library(${name} INTERFACE IMPORTED)
@@ -49,7 +49,7 @@ check() {
     macros=$(eval "$command -E -dM")
     [[ $macros != *INCLUDE_NLOHMANN_JSON_HPP_* || $macros == *STAND_IN_JSON* ]] || fail "$1 has another copy of the JSON library"
 }
-for file in server/CenterServer.cpp server/ClientsManager.cpp server/RouterMgr.cpp webapi/ResourceHandlers.cpp \
+for file in server/CenterServer.cpp server/ClientsManager.cpp server/RouterMgr.cpp webapi/EntityTags.cpp webapi/ResourceHandlers.cpp \
     config/GlobalConfig.cpp config/JsonFile.cpp userdata/CommandMap.cpp libraries/libhv/WebOrigins.cpp libraries/libhv/WebRequests.cpp; do
     check "$file"
 done
