@@ -87,6 +87,7 @@ int SerialError(int systemCode) {
             return ErrorNoMemory;
         case ERROR_INVALID_PARAMETER:
             return ErrorBadSetting;
+        case ERROR_NOT_READY:
         case ERROR_BAD_COMMAND:
         case ERROR_GEN_FAILURE:
         case g_noSuchDevice:
