@@ -4,6 +4,7 @@
 #include "libraries/comm/Port.h"
 #include "platform/PortRecords.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -61,6 +62,23 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     /** Until when a send that begins now may take. */
     Clock::time_point Deadline() const;
+
+    /**
+     * Asks isKnown(), which looks at connections, again and again until it holds: what the system keeps for a
+     * handler under way is there at once as a rule, but late on a busy machine. The lock is free in between.
+     * @return as WaitUntil
+     */
+    template <typename IsKnown>
+    int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown) {
+        while (!m_closed && !isKnown()) {
+            const auto now = Clock::now();
+            if (now >= deadline) {
+                return ErrorTimedOut;
+            }
+            m_changed.wait_until(lock, std::min(deadline, now + std::chrono::milliseconds(1)));
+        }
+        return m_closed ? ErrorCut : ErrorNone;
+    }
 
     /** The address that a text is; none for a host name. */
     static std::optional<boost::asio::ip::address> Literal(const std::string& host);

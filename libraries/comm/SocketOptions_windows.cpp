@@ -44,7 +44,12 @@ bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket) {
            info.BytesInFlight > 0;
 }
 
+// Wine's select tells an end, but not data that it is about to give to the wait under way.
 bool IsReadOnItsWay(boost::asio::ip::tcp::socket& socket) {
+    u_long waiting = 0;
+    if (ioctlsocket(socket.native_handle(), FIONREAD, &waiting) == 0 && waiting > 0) {
+        return true;
+    }
     fd_set sockets;
     FD_ZERO(&sockets);
     FD_SET(socket.native_handle(), &sockets);

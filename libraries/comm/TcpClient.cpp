@@ -18,7 +18,7 @@ CTcpClient::CTcpClient(const SNetContext& context, const SNetPortConfig& record)
 int CTcpClient::Open(const SNetPortConfig& record) {
     const auto deadline = Clock::now() + m_context.settings.bound + kLastWord;
     Lock lock(m_mutex);
-    if (LookAndWait(lock) == ErrorCut) {
+    if (LookAndWait(lock, deadline) == ErrorCut) {
         return ErrorCut;
     }
     int error = ErrorNone;
@@ -56,7 +56,7 @@ int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
     if (turn.Error() != ErrorNone) {
         return turn.Error() == ErrorTimedOut && m_failure != ErrorNone ? m_failure : turn.Error();
     }
-    if (LookAndWait(turn.GetLock()) == ErrorCut) {
+    if (LookAndWait(turn.GetLock(), deadline) == ErrorCut) {
         return ErrorCut;
     }
     bool older = m_connected;
@@ -159,36 +159,23 @@ void CTcpClient::Watch() {
 }
 
 void CTcpClient::OnReadable() {
-    const bool wasExpected = m_expected;
     Look();
-    if (wasExpected && !m_expected) {
-        m_changed.notify_all();
-    }
     if (m_connected) {
         Watch();
     }
 }
 
-void CTcpClient::Look() {
+CTcpLink::EnPeer CTcpClient::Look() {
     int error = ErrorNone;
     const auto peer = m_link->Drain(error);
-    m_expected = peer == CTcpLink::EnPeer::Unknown;
     if (peer == CTcpLink::EnPeer::Ended || peer == CTcpLink::EnPeer::Broken) {
         Lose(error == ErrorNone ? ErrorReset : error, peer == CTcpLink::EnPeer::Ended);
     }
+    return peer;
 }
 
-// The handler can come before the system hands out what it came for, or late: so look again and again.
-int CTcpClient::LookAndWait(Lock& lock) {
-    const auto deadline = Clock::now() + CTcpLink::g_deliveryTime;
-    while (m_connected) {
-        Look();
-        if (!m_connected || !m_expected || Clock::now() > deadline) {
-            break;
-        }
-        WaitUntil(lock, Clock::now() + std::chrono::milliseconds(1), [] { return false; });
-    }
-    return m_closed ? ErrorCut : ErrorNone;
+int CTcpClient::LookAndWait(Lock& lock, Clock::time_point deadline) {
+    return LookUntil(lock, deadline, [this] { return !m_connected || Look() != CTcpLink::EnPeer::Unknown; });
 }
 
 void CTcpClient::Lose(int error, bool ended) {
@@ -217,7 +204,6 @@ void CTcpClient::Drop() {
         m_link.reset();
     }
     m_connected = false;
-    m_expected = false;
     ++m_generation;
 }
 

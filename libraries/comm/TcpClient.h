@@ -67,12 +67,12 @@ class CTcpClient final : public CNetPort {
     void Watch();
     void OnReadable();
 
-    /** Looks whether the device ended the connection. */
-    void Look();
+    /** Looks whether the device ended the connection, which is forgotten then. */
+    CTcpLink::EnPeer Look();
 
     /** The same for a call, which waits for the news where the handler under way has them. @return as
-     * WaitUntil */
-    int LookAndWait(Lock& lock);
+     * LookUntil */
+    int LookAndWait(Lock& lock, Clock::time_point deadline);
 
     /** Forgets the connection, which the device ended or the network broke. */
     void Lose(int error, bool ended);
@@ -85,8 +85,7 @@ class CTcpClient final : public CNetPort {
     std::uint64_t m_generation = 0;    ///< tells handlers of an earlier link from those of this one
     bool m_connected = false;
     bool m_writable = false;
-    bool m_expected = false;  ///< the handler of WhenReadable is about to come
-    bool m_used = false;      ///< a command went out on this connection
+    bool m_used = false;  ///< a command went out on this connection
     int m_lostError = ErrorReset;
     Clock::time_point m_connectedAt;
     int m_shortLived = 0;  ///< connections in a row that were good for nothing

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "libraries/comm/CommSettings.h"
-
 #include <string_view>
 #include <utility>
 
@@ -17,16 +15,10 @@ class CTcpLink {
     /** What reading showed of the peer. */
     enum class EnPeer {
         Alive,
-        Unknown,  ///< what came in goes to the handler under way, see g_deliveryTime
+        Unknown,  ///< what came in goes to the handler of WhenReadable first
         Ended,    ///< it closed the connection
         Broken,   ///< a reset, or the system gave the connection up
     };
-
-    /**
-     * How long a caller that meets Unknown waits for the handler of WhenReadable, which comes at once as a
-     * rule. A handler itself does not wait: what there is comes with the next one.
-     */
-    static constexpr std::chrono::milliseconds g_deliveryTime{20};
 
     explicit CTcpLink(Socket socket) : m_socket(std::move(socket)) {}
 

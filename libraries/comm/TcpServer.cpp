@@ -52,7 +52,7 @@ int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
         return error;
     }
     std::set<std::uint64_t> targets = Targets(meant);
-    if (LookAndWait(lock, targets) == ErrorCut) {
+    if (LookAndWait(lock, deadline, targets) == ErrorCut) {
         return ErrorCut;
     }
     if (targets.empty()) {
@@ -198,25 +198,20 @@ void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
         if (found == m_peers.end()) {
             return;
         }
-        const bool wasExpected = found->second.expected;
-        if (Look(id)) {
-            if (wasExpected && !found->second.expected) {
-                m_changed.notify_all();
-            }
+        const auto seen = Look(id);
+        if (seen == CTcpLink::EnPeer::Alive || seen == CTcpLink::EnPeer::Unknown) {
             Watch(id, found->second);
         }
     });
 }
 
-bool CTcpServer::Look(std::uint64_t id) {
+CTcpLink::EnPeer CTcpServer::Look(std::uint64_t id) {
     int error = ErrorNone;
-    SPeer& peer = m_peers.at(id);
-    const auto seen = peer.link.Drain(error);
-    peer.expected = seen == CTcpLink::EnPeer::Unknown;
+    const auto seen = m_peers.at(id).link.Drain(error);
     switch (seen) {
         case CTcpLink::EnPeer::Alive:
         case CTcpLink::EnPeer::Unknown:
-            return true;
+            break;
         case CTcpLink::EnPeer::Ended:
             Forget(id, "closed the connection", ErrorNone);
             break;
@@ -224,16 +219,16 @@ bool CTcpServer::Look(std::uint64_t id) {
             Forget(id, "connection lost", error);
             break;
     }
-    return false;
+    return seen;
 }
 
-int CTcpServer::LookAndWait(Lock& lock, std::set<std::uint64_t>& targets) {
-    std::erase_if(targets, [this](std::uint64_t id) { return !Look(id); });
-    const int error = WaitUntil(lock, Clock::now() + CTcpLink::g_deliveryTime, [&] {
-        return std::none_of(targets.begin(), targets.end(), [this](std::uint64_t id) {
-            const auto peer = m_peers.find(id);
-            return peer != m_peers.end() && peer->second.expected;
+int CTcpServer::LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets) {
+    auto unsure = targets;
+    const int error = LookUntil(lock, deadline, [&] {
+        std::erase_if(unsure, [this](std::uint64_t id) {
+            return !m_peers.contains(id) || Look(id) != CTcpLink::EnPeer::Unknown;
         });
+        return unsure.empty();
     });
     std::erase_if(targets, [this](std::uint64_t id) { return !m_peers.contains(id); });
     return error;

@@ -35,7 +35,6 @@ class CTcpServer final : public CNetPort {
         const void* writer = nullptr;  ///< the command that has this device's turn
         bool writable = false;         ///< the device may take more of it
         Clock::time_point patience;    ///< until when other commands wait for that
-        bool expected = false;         ///< the handler of its link is about to come
     };
 
     class CDelivery;
@@ -49,11 +48,11 @@ class CTcpServer final : public CNetPort {
     void AcceptLater();
 
     void Watch(std::uint64_t id, SPeer& peer);
-    /** False when the peer has gone, and is forgotten then. */
-    bool Look(std::uint64_t id);
-    /** The same for all that are meant by a call, which waits for what their handlers know. @return as
-     * WaitUntil */
-    int LookAndWait(Lock& lock, std::set<std::uint64_t>& targets);
+    /** Looks whether the peer has gone; it is forgotten then. */
+    CTcpLink::EnPeer Look(std::uint64_t id);
+    /** The same for all that are meant by a call, which waits for what their handlers know; takes those that
+     * have gone off targets. @return as LookUntil */
+    int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets);
     void Forget(std::uint64_t id, std::string_view why, int error);
 
     /** The devices that are meant; none given: all. */
