@@ -60,9 +60,6 @@ struct Differences {
     /** The system stands hundreds of connections that are cut while they are made; Wine 8 does not. */
     static const bool standsManyCuts;
 
-    /** A connection on which both ends wait to write can be closed; under Wine 8 it was not. */
-    static const bool closesBlockedConnections;
-
     /** The system tells which process listens on a port; Wine doesn't, Windows does. */
     static const bool tellsWhoListens;
 

@@ -47,7 +47,6 @@ const bool Differences::namesAsWritten = true;
 const bool Differences::removesOpenFiles = true;
 const bool Differences::hasGb18030 = true;
 const bool Differences::tellsWhatIsUnacknowledged = true;
-const bool Differences::closesBlockedConnections = true;
 const bool Differences::tellsWhoListens = true;
 const bool Differences::standsManyCuts = true;
 const bool Differences::hasPortList = true;

@@ -64,7 +64,6 @@ const bool Differences::namesAsWritten = false;
 const bool Differences::removesOpenFiles = false;
 const bool Differences::hasGb18030 = IsValidCodePage(54936) != FALSE;
 const bool Differences::tellsWhatIsUnacknowledged = !IsWine();
-const bool Differences::closesBlockedConnections = !IsWine();
 const bool Differences::tellsWhoListens = !IsWine();
 const bool Differences::standsManyCuts = !IsWine();
 const bool Differences::hasPortList = false;

@@ -44,8 +44,7 @@ void HttpConnection::Close() {
         return;
     }
     m_phase = Phase::Closed;
-    error_code ignored;
-    m_socket.close(ignored);
+    CloseNow(m_socket);
     m_exchange.reset();
     Leave();
 }

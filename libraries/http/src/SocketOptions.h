@@ -15,4 +15,7 @@ void SetListenerOptions(Acceptor& listener);
 /** Non-blocking, small segments at once, and a client without power is noticed within two minutes. */
 void SetConnectionOptions(Socket& socket);
 
+/** Closes, and ends what is outstanding: its handlers come at once, whether the client reads or not. */
+void CloseNow(Socket& socket);
+
 }  // namespace hv::internal

@@ -31,4 +31,9 @@ void SetConnectionOptions(Socket& socket) {
     socket.non_blocking(true, ignored);
 }
 
+void CloseNow(Socket& socket) {
+    boost::system::error_code ignored;  // closing frees the socket in any case
+    socket.close(ignored);
+}
+
 }  // namespace hv::internal

@@ -135,8 +135,7 @@ void WebSocketConnection::Close() {
     }
     m_deadline = Clock::time_point::max();
     m_channel->Detach();
-    error_code ignored;
-    m_stream.next_layer().close(ignored);
+    CloseNow(m_stream.next_layer());
 }
 
 bool WebSocketConnection::IsExpendable() const {
