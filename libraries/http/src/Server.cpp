@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string>
 #include <thread>
 
 #include <boost/asio/ip/address.hpp>
@@ -92,7 +93,7 @@ bool Server::Start() {
         m_acceptor.non_blocking(true, error);
     }
     if (error) {
-        return false;
+        throw boost::system::system_error(error, "port " + std::to_string(m_port));
     }
     m_disk.SetOwner(weak_from_this());
     Accept();

@@ -31,7 +31,11 @@ class Server : public std::enable_shared_from_this<Server> {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /** Listens and starts the threads. @return whether the address could be listened on */
+    /**
+     * Listens and starts the threads.
+     * @return false when the address is none
+     * @throw std::system_error when the system refuses the port or a thread
+     */
     bool Start();
 
     /** Ends everything; handlers that run get the time of grace. Any thread but the server's own; once. */
