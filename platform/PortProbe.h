@@ -9,7 +9,7 @@ enum class EnPortState {
     Withheld  ///< the program lacks the right (Linux, below 1024); Windows doesn't tell this from Taken
 };
 
-/** Tries to listen on this TCP port on all addresses of the machine. Any thread. */
+/** Tries to take this TCP port on all addresses of the machine, as a server does. Any thread. */
 EnPortState ProbePort(int port);
 
 /** True when a server can listen on the port. Any thread. */

@@ -55,8 +55,9 @@ EnPortState ProbePort(int port) {
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_ANY);
-    const bool isFree = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                        listen(listener, 1) == 0;
+    // A listener lets nobody else bind; to listen here would show others a listener for a moment, such as a
+    // server that is started at the same time.
+    const bool isFree = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     const bool isWithheld = errno == EACCES || errno == EPERM;
     close(listener);
     if (isFree) {

@@ -11,6 +11,10 @@
 
 namespace {
 
+// Another server that is started at the same time may have the port for its own look at it.
+constexpr int g_looks = 2;
+constexpr DWORD g_betweenLooks = 20;  // ms
+
 /** The socket library, ready for the life of the object. */
 class CSocketLibrary {
   public:
@@ -64,16 +68,11 @@ std::optional<bool> HasOwnPort(const std::vector<std::uint32_t>& listeners, int 
     return isOwn;
 }
 
-}  // namespace
-
-EnPortState ProbePort(int port) {
-    if (port < 1 || port > 65535) {
-        return EnPortState::Taken;
-    }
-    const CSocketLibrary library;
+/** Takes the port for a moment. */
+bool CanTake(int port) {
     const SOCKET listener = socket(AF_INET, SOCK_STREAM, 0);
     if (listener == INVALID_SOCKET) {
-        return EnPortState::Taken;
+        return false;
     }
     // As the server's own listener: without the option, a port that another program shares counts as free.
     const BOOL on = TRUE;
@@ -85,8 +84,24 @@ EnPortState ProbePort(int port) {
     const bool isFree = bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                         listen(listener, 1) == 0;
     closesocket(listener);
+    return isFree;
+}
+
+}  // namespace
+
+EnPortState ProbePort(int port) {
+    if (port < 1 || port > 65535) {
+        return EnPortState::Taken;
+    }
+    const CSocketLibrary library;
+    for (int look = 0; look < g_looks; ++look) {
+        if (CanTake(port)) {
+            return EnPortState::Free;
+        }
+        Sleep(g_betweenLooks);
+    }
     // WSAEACCES is no sign of a reserved port: one that another program has exclusively gives it too.
-    return isFree ? EnPortState::Free : EnPortState::Taken;
+    return EnPortState::Taken;
 }
 
 std::optional<bool> IsListeningHere(int port) {
