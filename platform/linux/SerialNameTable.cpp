@@ -1,6 +1,5 @@
 #include "platform/linux/SerialNameTable.h"
 
-
 #include <algorithm>
 #include <charconv>
 #include <string_view>
