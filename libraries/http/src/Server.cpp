@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include <boost/asio/ip/address.hpp>
@@ -93,7 +94,7 @@ bool Server::Start() {
         m_acceptor.non_blocking(true, error);
     }
     if (error) {
-        throw boost::system::system_error(error, "port " + std::to_string(m_port));
+        throw std::system_error(error, "port " + std::to_string(m_port));
     }
     m_disk.SetOwner(weak_from_this());
     Accept();
