@@ -37,7 +37,7 @@ SKeptFile KeepBrokenFile(const std::string& path, const SFileContent& content) {
     if (!isUnreadable && content.bytes.empty()) {
         return {};
     }
-    for (int number = 1; number <= g_maxBrokenFiles; ++number) {
+    for (int number = 1; number <= kMaxBrokenFiles; ++number) {
         const std::string target = BrokenPath(path, number);
         std::error_code error;
         if (fs::symlink_status(PathFromNarrow(target), error).type() == fs::file_type::not_found) {

@@ -6,11 +6,11 @@
 #include <system_error>
 
 /** How many broken files of one name are kept at most. */
-inline constexpr int g_maxBrokenFiles = 50;
+inline constexpr int kMaxBrokenFiles = 50;
 
 /** What became of the wish to keep a file. */
 struct SKeptFile {
-    std::error_code error;  ///< why it could not be kept; "file exists" when g_maxBrokenFiles are there
+    std::error_code error;  ///< why it could not be kept; "file exists" when kMaxBrokenFiles are there
     std::string path;       ///< where it is kept; empty when there was nothing to keep
 };
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int g_indentation = 4;
+constexpr int kIndentation = 4;
 
 SSaveProblem Told(const std::string& line, bool canBeTried) {
     return {line, line, canBeTried};
@@ -17,7 +17,7 @@ SSaveProblem Told(const std::string& line, bool canBeTried) {
 }  // namespace
 
 std::string SerialiseDocument(const nlohmann::json& document) {
-    return document.dump(g_indentation, ' ', false, nlohmann::json::error_handler_t::strict);
+    return document.dump(kIndentation, ' ', false, nlohmann::json::error_handler_t::strict);
 }
 
 std::optional<SSaveProblem> WriteInPlace(const std::string& path,

@@ -14,7 +14,7 @@ bool IsNestedTooDeep(std::string_view text) {
                 break;
             case '[':
             case '{':
-                if (++depth > g_maxJsonDepth) {
+                if (++depth > kMaxJsonDepth) {
                     return true;
                 }
                 break;

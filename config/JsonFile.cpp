@@ -38,7 +38,7 @@ nlohmann::json LoadJsonFromFile(const std::string& path) {
     try {
         std::string text = ReadAll(file);
         if (IsNestedTooDeep(text)) {
-            PrintLine("LoadJsonFromFile Error: nested deeper than " + std::to_string(g_maxJsonDepth) +
+            PrintLine("LoadJsonFromFile Error: nested deeper than " + std::to_string(kMaxJsonDepth) +
                       " levels: " + path);
             return document;
         }

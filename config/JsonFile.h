@@ -9,7 +9,7 @@
  *
  * A problem is told by one line on standard output, never by an exception: a file that can't be opened gives
  * null, one that breaks off gives what had been read up to there, and one that is nested deeper than
- * g_maxJsonDepth gives null. Any thread.
+ * kMaxJsonDepth gives null. Any thread.
  */
 nlohmann::json LoadJsonFromFile(const std::string& path);
 

@@ -7,16 +7,16 @@
 namespace {
 
 // Bytes from the allocator, on a 64-bit system. Room in an array grows by doubling.
-constexpr std::uint64_t g_element = 40;  // a place in an array, or the comma before a member
-constexpr std::uint64_t g_array = 32;
-constexpr std::uint64_t g_object = 64;
-constexpr std::uint64_t g_string = 48;        // of a value; also counted for a key, as a part of its member
-constexpr std::uint64_t g_restOfMember = 16;  // beside its string and its comma
-constexpr std::uint64_t g_inPlace = 15;       // longer texts take memory of their own
-constexpr std::uint64_t g_longText = 24;      // beside the text
-constexpr std::uint64_t g_indentation = 4;
-constexpr std::uint64_t g_copies = 2;    // of the values: one is held, one is saved
-constexpr std::uint64_t g_textRoom = 3;  // a text that grows, and the half as long one that it was
+constexpr std::uint64_t kElement = 40;  // a place in an array, or the comma before a member
+constexpr std::uint64_t kArray = 32;
+constexpr std::uint64_t kObject = 64;
+constexpr std::uint64_t kString = 48;        // of a value; also counted for a key, as a part of its member
+constexpr std::uint64_t kRestOfMember = 16;  // beside its string and its comma
+constexpr std::uint64_t kInPlace = 15;       // longer texts take memory of their own
+constexpr std::uint64_t kLongText = 24;      // beside the text
+constexpr std::uint64_t kIndentation = 4;
+constexpr std::uint64_t kCopies = 2;    // of the values: one is held, one is saved
+constexpr std::uint64_t kTextRoom = 3;  // a text that grows, and the half as long one that it was
 
 /** Bytes up to the end of a string that begins at the place; leaves the place at its last quote. */
 std::uint64_t LengthOfString(std::string_view text, std::size_t& place) {
@@ -28,7 +28,7 @@ std::uint64_t LengthOfString(std::string_view text, std::size_t& place) {
 }
 
 std::uint64_t Sum(std::uint64_t values, std::uint64_t saved) {
-    return g_copies * values + g_textRoom * saved;
+    return kCopies * values + kTextRoom * saved;
 }
 
 }  // namespace
@@ -43,27 +43,27 @@ std::uint64_t EstimateJsonMemory(std::string_view text) {
         switch (c) {
             case '"': {
                 const std::uint64_t length = LengthOfString(text, i);
-                values += g_string + (length > g_inPlace ? length + g_longText : 0);
+                values += kString + (length > kInPlace ? length + kLongText : 0);
                 saved += length + 1;
                 break;
             }
             case ':':
-                values += g_restOfMember;
+                values += kRestOfMember;
                 ++saved;
                 break;
             case ',':
-                values += g_element;
-                saved += g_indentation * depth + 1;
+                values += kElement;
+                saved += kIndentation * depth + 1;
                 break;
             case '[':
             case '{':
-                if (++depth > g_maxJsonDepth) {
+                if (++depth > kMaxJsonDepth) {
                     return 0;  // refused before anything is made of it
                 }
-                values += c == '[' ? g_array : g_object;
+                values += c == '[' ? kArray : kObject;
                 if (i + 1 < text.size() && text[i + 1] != ']' && text[i + 1] != '}') {
-                    values += g_element;
-                    saved += g_indentation * depth + 1;
+                    values += kElement;
+                    saved += kIndentation * depth + 1;
                 }
                 break;
             case ']':
@@ -72,7 +72,7 @@ std::uint64_t EstimateJsonMemory(std::string_view text) {
                     return Sum(values, saved);  // no parser goes further
                 }
                 --depth;
-                saved += g_indentation * depth + 1;
+                saved += kIndentation * depth + 1;
                 break;
             default:
                 break;

@@ -5,7 +5,7 @@
 /**
  * Destroys what a JSON value holds and leaves null, without asking for memory. The JSON library's destructor
  * moves nested values onto a stack that it allocates, and a failure of that allocation ends the process. Goes
- * as deep as the value is nested: g_maxJsonDepth levels at most.
+ * as deep as the value is nested: kMaxJsonDepth levels at most.
  */
 // NOLINTNEXTLINE(bugprone-exception-escape): what is cleared holds nothing by then
 void ReleaseJson(nlohmann::json& value) noexcept;

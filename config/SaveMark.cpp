@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* g_missing = "none";
+constexpr const char* kMissing = "none";
 
 std::string MarkPath(const std::string& path) {
     return BackupPath(path) + ".saving";
@@ -28,7 +28,7 @@ std::string FingerprintOf(std::string_view text) {
 
 std::string MarkText(const SFileContent& document, std::string_view backup) {
     const bool isMissing = document.state == EnFileState::Missing;
-    return (isMissing ? g_missing : FingerprintOf(document.bytes)) + " " + FingerprintOf(backup) + "\n";
+    return (isMissing ? kMissing : FingerprintOf(document.bytes)) + " " + FingerprintOf(backup) + "\n";
 }
 
 }  // namespace

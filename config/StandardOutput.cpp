@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr std::size_t g_mostWaiting = 256U << 10U;  // bytes
-constexpr std::chrono::seconds g_patience{1};
+constexpr std::size_t kMostWaiting = 256U << 10U;  // bytes
+constexpr std::chrono::seconds kPatience{1};
 
 /** The lines on their way, and the thread that writes them. */
 class COutput {
@@ -63,7 +63,7 @@ void COutput::Add(std::string line) {
 
 bool COutput::Queue(std::string line) {
     const std::size_t size = line.size();
-    if (m_bytes + size > g_mostWaiting) {
+    if (m_bytes + size > kMostWaiting) {
         return false;
     }
     try {
@@ -79,7 +79,7 @@ bool COutput::Queue(std::string line) {
 }
 
 bool COutput::WaitUntilOut(Lock& lock) {
-    m_isStuck = !m_changed.wait_for(lock, g_patience, [this] { return m_lines.empty(); });
+    m_isStuck = !m_changed.wait_for(lock, kPatience, [this] { return m_lines.empty(); });
     return !m_isStuck;
 }
 

@@ -8,7 +8,7 @@
 namespace {
 
 // Only address space until it is used. The JSON library needs 16 bytes for each value when it destroys many.
-constexpr std::size_t g_size = std::size_t{64} << 20;
+constexpr std::size_t kSize = std::size_t{64} << 20;
 
 std::atomic<void*> g_block = nullptr;
 
@@ -21,7 +21,7 @@ std::atomic<void*> g_block = nullptr;
 
 void KeepMemoryReserve() noexcept {
     if (g_block.load() == nullptr) {
-        void* made = std::malloc(g_size);  // NOLINT(cppcoreguidelines-no-malloc)
+        void* made = std::malloc(kSize);  // NOLINT(cppcoreguidelines-no-malloc)
         void* none = nullptr;
         if (!g_block.compare_exchange_strong(none, made)) {
             std::free(made);  // NOLINT(cppcoreguidelines-no-malloc)

@@ -21,7 +21,7 @@ class PinnedFile {
     PinnedFile(const PinnedFile&) = delete;
     PinnedFile& operator=(const PinnedFile&) = delete;
 
-    explicit operator bool() const { return m_native != g_none; }
+    explicit operator bool() const { return m_native != kNone; }
 
     /** Where it lies at this moment, without any link on the way; empty when the system doesn't tell. */
     std::filesystem::path RealPath() const;
@@ -30,7 +30,7 @@ class PinnedFile {
     std::string OpenName() const;
 
   private:
-    static constexpr std::intptr_t g_none = -1;
+    static constexpr std::intptr_t kNone = -1;
 
-    std::intptr_t m_native = g_none;
+    std::intptr_t m_native = kNone;
 };

@@ -30,14 +30,14 @@ enum EnLogLevel : int {
 };
 
 /** Names of the levels as they stand in a record. */
-inline const std::map<EnLogLevel, std::string> g_levelNames = {
+inline const std::map<EnLogLevel, std::string> kLevelNames = {
     {Trace, "Trace"}, {Debug, "Debug"}, {Info, "Info"}, {Warn, "Warn"}, {Error, "Error"}, {Unknow, "Unknow"},
 };
 
 /**
  * Form of a record: time, logger, level, thread, the two strings of the event, message, and a line end.
  */
-inline constexpr const char* g_recordPattern = "%d{%Y-%m-%d %H:%M:%S}[%c][%p][%t][%a][%b] %v%T%n";
+inline constexpr const char* kRecordPattern = "%d{%Y-%m-%d %H:%M:%S}[%c][%p][%t][%a][%b] %v%T%n";
 
 class CLogEvent;
 

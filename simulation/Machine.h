@@ -39,35 +39,35 @@ std::filesystem::path ProgramFolder();
  */
 struct Differences {
     /** Bytes at the end of a line of a document, and of a record of ClientError.log. */
-    static const char* const documentLineEnd;
-    static const char* const recordEnd;
+    static const char* const kDocumentLineEnd;
+    static const char* const kRecordEnd;
 
     /** The folder of the user's documents below the Documents folder. */
-    static const char* const userFolder;
+    static const char* const kUserFolder;
 
     /** Names of files are told apart by case, and keep blanks and dots at their end. */
-    static const bool namesAsWritten;
+    static const bool kNamesAsWritten;
 
     /** A file that a program has open can be removed. */
-    static const bool removesOpenFiles;
+    static const bool kRemovesOpenFiles;
 
     /** The system can write GB18030; Wine can't, Windows can. */
-    static const bool hasGb18030;
+    static const bool kHasGb18030;
 
     /** The system tells whether a peer has acknowledged all bytes; Wine doesn't, Windows does. */
-    static const bool tellsWhatIsUnacknowledged;
+    static const bool kTellsWhatIsUnacknowledged;
 
     /** The system stands hundreds of connections that are cut while they are made; Wine 8 does not. */
-    static const bool standsManyCuts;
+    static const bool kStandsManyCuts;
 
     /** The system tells which process listens on a port; Wine doesn't, Windows does. */
-    static const bool tellsWhoListens;
+    static const bool kTellsWhoListens;
 
     /** Serial ports are found by the system's own list, which a test can't fill. */
-    static const bool hasPortList;
+    static const bool kHasPortList;
 
     /** What the system gives for memory and descriptors in use tells of the server alone, and not of Wine. */
-    static const bool measuresProcess;
+    static const bool kMeasuresProcess;
 };
 
 /** The text that follows the number in the message of a failed command. */

@@ -40,17 +40,17 @@ std::filesystem::path ProgramFolder() {
     return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
-const char* const Differences::documentLineEnd = "\n";
-const char* const Differences::recordEnd = "\r\n";
-const char* const Differences::userFolder = "Sennacroft/Varnholt";
-const bool Differences::namesAsWritten = true;
-const bool Differences::removesOpenFiles = true;
-const bool Differences::hasGb18030 = true;
-const bool Differences::tellsWhatIsUnacknowledged = true;
-const bool Differences::tellsWhoListens = true;
-const bool Differences::standsManyCuts = true;
-const bool Differences::hasPortList = true;
-const bool Differences::measuresProcess = true;
+const char* const Differences::kDocumentLineEnd = "\n";
+const char* const Differences::kRecordEnd = "\r\n";
+const char* const Differences::kUserFolder = "Sennacroft/Varnholt";
+const bool Differences::kNamesAsWritten = true;
+const bool Differences::kRemovesOpenFiles = true;
+const bool Differences::kHasGb18030 = true;
+const bool Differences::kTellsWhatIsUnacknowledged = true;
+const bool Differences::kTellsWhoListens = true;
+const bool Differences::kStandsManyCuts = true;
+const bool Differences::kHasPortList = true;
+const bool Differences::kMeasuresProcess = true;
 
 std::string ErrorText(unsigned code) {
     static const std::map<unsigned, const char*> texts = {

@@ -57,17 +57,17 @@ std::filesystem::path ProgramFolder() {
     return std::filesystem::path(file.data()).parent_path();
 }
 
-const char* const Differences::documentLineEnd = "\r\n";
-const char* const Differences::recordEnd = "\r\r\n";
-const char* const Differences::userFolder = "Sennacroft\\Varnholt";
-const bool Differences::namesAsWritten = false;
-const bool Differences::removesOpenFiles = false;
-const bool Differences::hasGb18030 = IsValidCodePage(54936) != FALSE;
-const bool Differences::tellsWhatIsUnacknowledged = !IsWine();
-const bool Differences::tellsWhoListens = !IsWine();
-const bool Differences::standsManyCuts = !IsWine();
-const bool Differences::hasPortList = false;
-const bool Differences::measuresProcess = false;
+const char* const Differences::kDocumentLineEnd = "\r\n";
+const char* const Differences::kRecordEnd = "\r\r\n";
+const char* const Differences::kUserFolder = "Sennacroft\\Varnholt";
+const bool Differences::kNamesAsWritten = false;
+const bool Differences::kRemovesOpenFiles = false;
+const bool Differences::kHasGb18030 = IsValidCodePage(54936) != FALSE;
+const bool Differences::kTellsWhatIsUnacknowledged = !IsWine();
+const bool Differences::kTellsWhoListens = !IsWine();
+const bool Differences::kStandsManyCuts = !IsWine();
+const bool Differences::kHasPortList = false;
+const bool Differences::kMeasuresProcess = false;
 
 // The system's own words: Wine's are not those of Windows.
 std::string ErrorText(unsigned code) {

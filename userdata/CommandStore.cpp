@@ -9,11 +9,11 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* g_interactionKey = "componentInteractionInfo";
+constexpr const char* kInteractionKey = "componentInteractionInfo";
 
 /** The component interactions of a document; null when it has none that can be walked. */
 const json* FindInteractions(const json& componentConfig) {
-    const auto interactions = componentConfig.find(g_interactionKey);
+    const auto interactions = componentConfig.find(kInteractionKey);
     if (interactions == componentConfig.end()) {
         return nullptr;
     }
@@ -76,6 +76,6 @@ void CUserData::SyncComponentConfig() {
     PruneCommandArrays(interactions, commands);
     const CLock lock(componentMutex);
     componentText.Forget();
-    componentConfig[g_interactionKey].swap(interactions);
+    componentConfig[kInteractionKey].swap(interactions);
     writer.SaveAsync(componentConfig, DocumentPath("/componentConfig.json"));
 }

@@ -18,16 +18,16 @@ struct SNamedValue {
     Value value;
 };
 
-constexpr auto g_netModes = std::to_array<SNamedValue<EnNetMode>>(
+constexpr auto kNetModes = std::to_array<SNamedValue<EnNetMode>>(
     {{"TCP_Client", NetModeTcpClient}, {"TCP_Server", NetModeTcpServer}, {"UDP", NetModeUdp}});
 
-constexpr auto g_parities = std::to_array<SNamedValue<EnParity>>({{"None", ParityNone},
-                                                                  {"Odd", ParityOdd},
-                                                                  {"Even", ParityEven},
-                                                                  {"Mark", ParityMark},
-                                                                  {"Space", ParitySpace}});
+constexpr auto kParities = std::to_array<SNamedValue<EnParity>>({{"None", ParityNone},
+                                                                 {"Odd", ParityOdd},
+                                                                 {"Even", ParityEven},
+                                                                 {"Mark", ParityMark},
+                                                                 {"Space", ParitySpace}});
 
-constexpr auto g_stopBits = std::to_array<SNamedValue<EnStopBits>>(
+constexpr auto kStopBits = std::to_array<SNamedValue<EnStopBits>>(
     {{"1", StopBitsOne}, {"1.5", StopBitsOneAndHalf}, {"2", StopBitsTwo}});
 
 /** The value of a name; the first one of the table when the name isn't in it. */
@@ -54,7 +54,7 @@ std::string_view NameOf(const Table& table, Value value) {
 
 EnStopBits ReadStopBits(const json& value) {
     const bool isOneAndHalf = value.is_number_float() && value.get<double>() == 1.5;
-    return ValueOf(g_stopBits, isOneAndHalf ? "1.5" : std::to_string(JsonToInt32(value)));
+    return ValueOf(kStopBits, isOneAndHalf ? "1.5" : std::to_string(JsonToInt32(value)));
 }
 
 json WriteStopBits(EnStopBits stopBits) {
@@ -78,7 +78,7 @@ std::string UpperCase(std::string text) {
 }  // namespace
 
 bool ParseNetPortRequest(nlohmann::json object, SNetPortConfig& record) try {
-    record.netMode = ValueOf(g_netModes, object["netMode"].get<std::string>());
+    record.netMode = ValueOf(kNetModes, object["netMode"].get<std::string>());
     record.netPortName = object["netPortName"].get<std::string>();
     record.ipAddress = object["ipAddress"].get<std::string>();
     record.port = JsonToInt32(object["port"]);
@@ -96,7 +96,7 @@ bool ParseSerialPortRequest(nlohmann::json object, SSerialPortConfig& record) tr
     record.comName = object["comName"].get<std::string>();
     record.comPort = std::move(comPort);
     record.wordLength = static_cast<std::uint8_t>(wordLength);
-    record.parity = ValueOf(g_parities, object["parity"].get<std::string>());
+    record.parity = ValueOf(kParities, object["parity"].get<std::string>());
     record.stopBits = ReadStopBits(object["stopBits"]);
     record.baudRate = static_cast<std::uint32_t>(JsonToInt32(object["baudRate"]));
     return true;
@@ -109,14 +109,14 @@ nlohmann::json MakeNetPortElement(std::int32_t nodeId, const SNetPortConfig& rec
     json inner = {{"comName", record.netPortName},     {"dstIpAddress", record.dstIpAddress},
                   {"dstPort", record.dstPort},         {"ipAddress", record.ipAddress},
                   {"netPortName", record.netPortName}, {"port", record.port}};
-    if (const std::string_view mode = NameOf(g_netModes, record.netMode); !mode.empty()) {
+    if (const std::string_view mode = NameOf(kNetModes, record.netMode); !mode.empty()) {
         inner["netMode"] = mode;
     }
     return {{"nodeId", nodeId}, {"controlType", "netPortInfo"}, {"netPortInfo", std::move(inner)}};
 }
 
 nlohmann::json MakeSerialPortElement(std::int32_t nodeId, const SSerialPortConfig& record) {
-    const std::string_view parity = NameOf(g_parities, record.parity);
+    const std::string_view parity = NameOf(kParities, record.parity);
     json inner = {{"baudRate", record.baudRate},
                   {"comName", record.comName},
                   {"comPort", record.comPort},

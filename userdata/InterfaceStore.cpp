@@ -17,8 +17,8 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* g_listKey = "configList";
-constexpr const char* g_fileName = "/interFace.json";
+constexpr const char* kListKey = "configList";
+constexpr const char* kFileName = "/interFace.json";
 
 template <typename Map>
 Map CopyMap(CSharedMutex& mutex, const Map& map) {
@@ -80,7 +80,7 @@ bool ReadElement(const json& source, SElement& element) {
 
 /** Tells the operator what the next save of the interfaces will drop, and keeps the file as it is. */
 void TellUnused(const std::string& what, CJsonFileWriter& writer) {
-    const std::string path = DocumentPath(g_fileName);
+    const std::string path = DocumentPath(kFileName);
     writer.KeepBeforeNextSave(path);
     RavLog::WriteSystemLog(RavLog::Error, "UpdateNetSerialMap",
                            path + " holds " + what +
@@ -177,7 +177,7 @@ void CUserData::UpdateNetSerialMap() {
     json list;
     {
         const CSharedLock lock(interfaceMutex);
-        if (const auto member = interfaceConfig.find(g_listKey); member != interfaceConfig.end()) {
+        if (const auto member = interfaceConfig.find(kListKey); member != interfaceConfig.end()) {
             list = *member;
         }
     }
@@ -264,6 +264,6 @@ void CUserData::StoreInterfaceList(nlohmann::json list) {
     if (!interfaceConfig.is_object()) {
         interfaceConfig = json::object();  // what the file held was no interfaces; the start has told it
     }
-    interfaceConfig[g_listKey] = std::move(list);
-    writer.SaveAsync(interfaceConfig, DocumentPath(g_fileName));
+    interfaceConfig[kListKey] = std::move(list);
+    writer.SaveAsync(interfaceConfig, DocumentPath(kFileName));
 }

@@ -15,10 +15,10 @@ using std::chrono::year_month_day;
 
 namespace {
 
-constexpr std::ptrdiff_t g_latest = 12;
-constexpr std::size_t g_latestDays = 12;
-constexpr std::size_t g_latestMonths = 6;
-constexpr std::size_t g_nameLength = 19;  // of "2026-11-22_14-05-33"
+constexpr std::ptrdiff_t kLatest = 12;
+constexpr std::size_t kLatestDays = 12;
+constexpr std::size_t kLatestMonths = 6;
+constexpr std::size_t kNameLength = 19;  // of "2026-11-22_14-05-33"
 
 /** The number in a part of a text; -1 when there are other characters than digits. */
 int NumberAt(const std::string& text, std::size_t place, std::size_t length) {
@@ -57,7 +57,7 @@ std::string GenerationName(local_seconds time) {
 }
 
 std::optional<local_seconds> GenerationTime(const std::string& name) {
-    if (name.size() != g_nameLength) {
+    if (name.size() != kNameLength) {
         return std::nullopt;
     }
     const int year = NumberAt(name, 0, 4);
@@ -83,10 +83,10 @@ std::vector<local_seconds> SuperfluousGenerations(const std::vector<local_second
         const year_month_day date(dayOf(time));
         return date.year() / date.month();
     };
-    const auto count = std::min(g_latest, static_cast<std::ptrdiff_t>(times.size()));
+    const auto count = std::min(kLatest, static_cast<std::ptrdiff_t>(times.size()));
     std::set<local_seconds> kept(times.end() - count, times.end());
-    KeepFirsts(times, g_latestDays, dayOf, kept);
-    KeepFirsts(times, g_latestMonths, monthOf, kept);
+    KeepFirsts(times, kLatestDays, dayOf, kept);
+    KeepFirsts(times, kLatestMonths, monthOf, kept);
     std::vector<local_seconds> superfluous;
     std::copy_if(times.begin(), times.end(), std::back_inserter(superfluous),
                  [&kept](local_seconds time) { return !kept.contains(time); });

@@ -19,9 +19,9 @@ using std::chrono::local_seconds;
 
 namespace {
 
-constexpr std::array<const char*, 4> g_names = {"layout.json", "materials.json", "componentConfig.json",
-                                                "interFace.json"};
-constexpr const char* g_unfinished = ".tmp";  // behind the name of a generation that is made or removed
+constexpr std::array<const char*, 4> kNames = {"layout.json", "materials.json", "componentConfig.json",
+                                               "interFace.json"};
+constexpr const char* kUnfinished = ".tmp";  // behind the name of a generation that is made or removed
 
 using Documents = std::vector<std::pair<const char*, std::string>>;
 
@@ -34,7 +34,7 @@ void Insist(const std::error_code& error, const std::string& what) {
 /** The documents of a folder as they are, or as a start would load them. One that is missing is left out. */
 Documents ReadDocuments(const fs::path& folder) {
     Documents documents;
-    for (const char* name : g_names) {
+    for (const char* name : kNames) {
         const std::string path = NarrowFromPath(folder / name);
         SFileContent content = ReadFileContent(path);
         if (content.state == EnFileState::Missing) {
@@ -60,7 +60,7 @@ std::uintmax_t SizeOf(const Documents& documents) {
 
 std::uintmax_t SizeOf(const fs::path& generation) {
     std::uintmax_t size = 0;
-    for (const char* name : g_names) {
+    for (const char* name : kNames) {
         std::error_code error;
         const std::uintmax_t bytes = fs::file_size(generation / name, error);
         size += error ? 0 : bytes;
@@ -71,9 +71,9 @@ std::uintmax_t SizeOf(const fs::path& generation) {
 /** Removes what is ours in a folder, and the folder when nothing else is in it. */
 void RemoveUnfinished(const fs::path& generation) {
     std::error_code ignored;  // what stays is tried again with the next generation
-    for (const char* name : g_names) {
+    for (const char* name : kNames) {
         fs::remove(generation / name, ignored);
-        fs::remove(generation / (std::string(name) + g_unfinished), ignored);
+        fs::remove(generation / (std::string(name) + kUnfinished), ignored);
     }
     fs::remove(generation, ignored);
 }
@@ -81,7 +81,7 @@ void RemoveUnfinished(const fs::path& generation) {
 /** Its name goes first, so that half a generation never looks like a whole one. */
 void Remove(const fs::path& backups, local_seconds time) {
     const fs::path generation = backups / GenerationName(time);
-    const fs::path unfinished = backups / (GenerationName(time) + g_unfinished);
+    const fs::path unfinished = backups / (GenerationName(time) + kUnfinished);
     std::error_code error;
     fs::rename(generation, unfinished, error);
     if (!error) {
@@ -100,7 +100,7 @@ std::vector<local_seconds> List(const fs::path& backups) {
         }
         if (const auto time = GenerationTime(name)) {
             times.push_back(*time);
-        } else if (path.extension() == g_unfinished && GenerationTime(NarrowFromPath(path.stem()))) {
+        } else if (path.extension() == kUnfinished && GenerationTime(NarrowFromPath(path.stem()))) {
             RemoveUnfinished(path);
         }
     }
@@ -112,7 +112,7 @@ void Write(const fs::path& backups, local_seconds time, const Documents& documen
     if (fs::create_directory(backups)) {
         Insist(FlushFolder(NarrowFromPath(backups.parent_path())), "the folder Backup");
     }
-    const fs::path unfinished = backups / (GenerationName(time) + g_unfinished);
+    const fs::path unfinished = backups / (GenerationName(time) + kUnfinished);
     try {
         fs::create_directory(unfinished);
         for (const auto& [name, text] : documents) {
@@ -156,7 +156,7 @@ void CGenerations::BeforeSave(const std::string& path) noexcept {
     const CLock lock(m_mutex);
     try {
         const fs::path document = PathFromNarrow(path);
-        if (std::find(g_names.begin(), g_names.end(), document.filename()) != g_names.end()) {
+        if (std::find(kNames.begin(), kNames.end(), document.filename()) != kNames.end()) {
             KeepIfDue(document.parent_path());
             m_isTold = false;
         }

@@ -8,10 +8,10 @@ namespace comm {
 
 namespace {
 
-constexpr std::string_view g_separators = " \t\r\n,;:-";
+constexpr std::string_view kSeparators = " \t\r\n,;:-";
 
 /** What ends a token: a separator, or what begins the next token without one. */
-constexpr std::string_view g_tokenEnds = " \t\r\n,;:-\\$";
+constexpr std::string_view kTokenEnds = " \t\r\n,;:-\\$";
 
 int DigitValue(char c) {
     if (c >= '0' && c <= '9') {
@@ -57,9 +57,9 @@ bool AppendToken(std::string_view token, std::string& out) {
 
 bool AppendHexadecimal(std::string_view content, std::string& out) {
     std::size_t at = 0;
-    while ((at = content.find_first_not_of(g_separators, at)) != std::string_view::npos) {
+    while ((at = content.find_first_not_of(kSeparators, at)) != std::string_view::npos) {
         // No search goes beyond the token: the content can be long, and have a token for each two characters.
-        const std::size_t end = std::min(content.find_first_of(g_tokenEnds, at + 1), content.size());
+        const std::size_t end = std::min(content.find_first_of(kTokenEnds, at + 1), content.size());
         if (!AppendToken(content.substr(at, end - at), out)) {
             return false;
         }

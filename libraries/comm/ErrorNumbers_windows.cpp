@@ -11,17 +11,16 @@ namespace comm {
 
 namespace {
 
-constexpr int g_noSuchDevice = 433;  // ERROR_NO_SUCH_DEVICE, which the headers lack
+constexpr int kNoSuchDevice = 433;  // ERROR_NO_SUCH_DEVICE, which the headers lack
 
 /** The numbers that are told as they are; any other becomes ErrorGeneral, as on other systems. */
-constexpr auto g_told = std::to_array<int>(
+constexpr auto kTold = std::to_array<int>(
     {ErrorSocketPermission, ErrorInvalid, ErrorTooManySockets, ErrorTooLong, ErrorNoFamily, ErrorAddressInUse,
      ErrorNoAddress, ErrorNetworkDown, ErrorNoNetwork, ErrorAborted, ErrorReset, ErrorNoBuffers,
      ErrorNotConnected, ErrorTimedOut, ErrorRefused, ErrorNoRoute, ErrorCut, ErrorNoHost});
 
 int Told(int code) {
-    return std::find(g_told.begin(), g_told.end(), code) == g_told.end() ? static_cast<int>(ErrorGeneral)
-                                                                         : code;
+    return std::find(kTold.begin(), kTold.end(), code) == kTold.end() ? static_cast<int>(ErrorGeneral) : code;
 }
 
 }  // namespace
@@ -90,7 +89,7 @@ int SerialError(int systemCode) {
         case ERROR_NOT_READY:
         case ERROR_BAD_COMMAND:
         case ERROR_GEN_FAILURE:
-        case g_noSuchDevice:
+        case kNoSuchDevice:
         case ERROR_DEV_NOT_EXIST:
         case ERROR_DEVICE_REMOVED:
         case ERROR_DEVICE_NOT_CONNECTED:

@@ -6,7 +6,7 @@ namespace comm {
 
 namespace {
 
-constexpr UINT g_gb18030 = 54936;  // number of the code page
+constexpr UINT kGb18030 = 54936;  // number of the code page
 
 }  // namespace
 
@@ -19,14 +19,14 @@ bool AppendGb18030(std::string_view text, std::string& out) {
     }
     std::wstring wide(static_cast<std::size_t>(wideLength), L'\0');
     MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(), wideLength);
-    const int size = WideCharToMultiByte(g_gb18030, WC_ERR_INVALID_CHARS, wide.data(), wideLength, nullptr, 0,
+    const int size = WideCharToMultiByte(kGb18030, WC_ERR_INVALID_CHARS, wide.data(), wideLength, nullptr, 0,
                                          nullptr, nullptr);
     if (size == 0) {
         return false;
     }
     const std::size_t before = out.size();
     out.resize(before + static_cast<std::size_t>(size));
-    WideCharToMultiByte(g_gb18030, WC_ERR_INVALID_CHARS, wide.data(), wideLength, out.data() + before, size,
+    WideCharToMultiByte(kGb18030, WC_ERR_INVALID_CHARS, wide.data(), wideLength, out.data() + before, size,
                         nullptr, nullptr);
     return true;
 }

@@ -4,7 +4,7 @@ namespace comm {
 
 namespace {
 
-constexpr int g_linesAMinute = 10;
+constexpr int kLinesAMinute = 10;
 
 }  // namespace
 
@@ -31,7 +31,7 @@ void CPortLog::Write(RavLog::EnLogLevel level, const std::string& text) {
             m_omitted = 0;
         }
     }
-    if (m_lines == g_linesAMinute) {
+    if (m_lines == kLinesAMinute) {
         ++m_omitted;
         return;
     }

@@ -35,17 +35,17 @@ bool IsMode(EnNetMode mode) {
 }
 
 /** Longest host name: 253 characters (RFC 1035), and a dot at its end. An address literal is shorter. */
-constexpr std::size_t g_longestHost = 254;
+constexpr std::size_t kLongestHost = 254;
 
 /** Tells whether a record is one that a network port can have at all. */
 int CheckRecord(const SNetPortConfig& record) {
     if (!IsMode(record.netMode)) {
         return ErrorBadSetting;
     }
-    if (record.ipAddress.size() > g_longestHost) {
+    if (record.ipAddress.size() > kLongestHost) {
         return ErrorNoAddress;
     }
-    return record.dstIpAddress.size() > g_longestHost ? ErrorNoHost : ErrorNone;
+    return record.dstIpAddress.size() > kLongestHost ? ErrorNoHost : ErrorNone;
 }
 
 /** Notes a send in vain where the thread keeps to a bound for such. @return its error number */

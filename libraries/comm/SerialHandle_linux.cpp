@@ -19,7 +19,7 @@ namespace comm {
 
 namespace {
 
-constexpr int g_readsAtOnce = 16;
+constexpr int kReadsAtOnce = 16;
 
 /** A pseudo terminal has neither parity nor word length: it keeps 8 bits whatever is asked for. */
 bool IsPseudoTerminal(int descriptor) {
@@ -93,7 +93,7 @@ bool CSerialHandle::IsStill(const std::string& device) const {
 
 bool CSerialHandle::Drain() {
     std::array<char, 4096> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
-    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
+    for (int reads = 0; reads < kReadsAtOnce; ++reads) {
         const auto got = read(m_device->Descriptor(), dropped.data(), dropped.size());
         if (got == 0 || (got < 0 && errno != EINTR)) {
             return got < 0 && errno == EAGAIN;

@@ -15,7 +15,7 @@ namespace comm {
 
 namespace {
 
-constexpr DWORD g_longestWrite = 10000;  // milliseconds: no send takes longer (SCommSettings::serialBound)
+constexpr DWORD kLongestWrite = 10000;  // milliseconds: no send takes longer (SCommSettings::serialBound)
 
 /** Number of a failed operation on a device that was there: what refuses it now means that it went away. */
 int DeviceError(DWORD code) {
@@ -103,7 +103,7 @@ int CSerialHandle::Open(const std::string& device) {
         return SerialError(code.value());
     }
     // A read waits for the first byte and takes what is there.
-    COMMTIMEOUTS times{MAXDWORD, MAXDWORD, MAXDWORD - 1, 0, g_longestWrite};
+    COMMTIMEOUTS times{MAXDWORD, MAXDWORD, MAXDWORD - 1, 0, kLongestWrite};
     if (SetCommTimeouts(handle, &times) == FALSE) {
         return ErrorNoSuchPort;
     }

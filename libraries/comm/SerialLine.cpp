@@ -12,7 +12,7 @@ namespace comm {
 namespace {
 
 /** Time for the thread to end a job at its bound by itself. */
-constexpr std::chrono::milliseconds g_grace{200};
+constexpr std::chrono::milliseconds kGrace{200};
 
 }  // namespace
 
@@ -90,7 +90,7 @@ int CSerialLine::Do(Lock& lock, SJob job) {
     }
     m_session->Wake();  // before the thread has the job, since this may fail
     m_job = mine;
-    int error = WaitUntil(lock, mine->bound + g_grace, [&mine] { return mine->isDone; });
+    int error = WaitUntil(lock, mine->bound + kGrace, [&mine] { return mine->isDone; });
     if (error == ErrorTimedOut) {
         m_hangs = true;
         m_changed.notify_all();

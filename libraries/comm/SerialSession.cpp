@@ -14,15 +14,15 @@ namespace comm {
 namespace {
 
 /** Some drivers don't tell when they take bytes again, so a writer looks by itself now and then. */
-constexpr std::chrono::milliseconds g_longestNap{50};
-constexpr std::chrono::milliseconds g_shortestNap{1};
+constexpr std::chrono::milliseconds kLongestNap{50};
+constexpr std::chrono::milliseconds kShortestNap{1};
 
 /** Bytes that a device may hold behind the system's queue: 16 in a PC's port, 4096 in the largest converters.
  */
-constexpr std::size_t g_largestBuffer = 4096;
+constexpr std::size_t kLargestBuffer = 4096;
 
 /** How long a converter takes from getting bytes to sending the first: some frames of USB. */
-constexpr std::chrono::milliseconds g_deviceDelay{5};
+constexpr std::chrono::milliseconds kDeviceDelay{5};
 
 /** How long bytes take on the line at most: a device's speed may be off by 3 % (HasTaken). */
 std::chrono::microseconds LongestTimeOnLine(const SSerialPortConfig& config, std::size_t bytes) {
@@ -173,7 +173,7 @@ int CSerialSession::Write(std::string_view bytes, Clock::time_point deadline, bo
         m_writable = false;
         m_handle->WhenWritable(
             [this, generation = m_generation] { m_writable = m_writable || generation == m_generation; });
-        const auto nap = std::min(deadline, Clock::now() + g_longestNap);
+        const auto nap = std::min(deadline, Clock::now() + kLongestNap);
         if (WaitUntil(nap, [this] { return m_writable || m_gone; }) == ErrorCut) {
             return ErrorCut;
         }
@@ -196,7 +196,7 @@ int CSerialSession::WaitForQueue(Clock::time_point deadline) {
         if (now >= deadline) {
             return ErrorSerialTimedOut;
         }
-        const auto need = std::max<Clock::duration>(TimeOnLine(m_applied, pending), g_shortestNap);
+        const auto need = std::max<Clock::duration>(TimeOnLine(m_applied, pending), kShortestNap);
         if (WaitUntil(std::min(deadline, now + need), [this] { return m_gone; }) == ErrorCut) {
             return ErrorCut;
         }
@@ -216,7 +216,7 @@ int CSerialSession::WaitForDevice(Clock::time_point deadline) {
         if (now >= deadline) {
             return ErrorSerialTimedOut;
         }
-        const auto next = state == CSerialHandle::EnTransmitter::Unknown ? m_silentAt : now + g_shortestNap;
+        const auto next = state == CSerialHandle::EnTransmitter::Unknown ? m_silentAt : now + kShortestNap;
         if (WaitUntil(std::min(deadline, next), [this] { return m_gone; }) == ErrorCut) {
             return ErrorCut;
         }
@@ -224,8 +224,8 @@ int CSerialSession::WaitForDevice(Clock::time_point deadline) {
 }
 
 void CSerialSession::NoteSent(std::size_t bytes, Clock::time_point begun) {
-    const auto begins = std::max(m_silentAt, begun + g_deviceDelay);
-    const auto atLast = Clock::now() + g_deviceDelay + LongestTimeOnLine(m_applied, g_largestBuffer);
+    const auto begins = std::max(m_silentAt, begun + kDeviceDelay);
+    const auto atLast = Clock::now() + kDeviceDelay + LongestTimeOnLine(m_applied, kLargestBuffer);
     m_silentAt = std::min(begins + LongestTimeOnLine(m_applied, bytes), atLast);
 }
 

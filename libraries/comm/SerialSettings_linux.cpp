@@ -8,12 +8,12 @@ namespace comm {
 
 namespace {
 
-constexpr tcflag_t g_form = CSIZE | CSTOPB | PARENB | PARODD | CMSPAR;
+constexpr tcflag_t kForm = CSIZE | CSTOPB | PARENB | PARODD | CMSPAR;
 
-constexpr std::array<tcflag_t, 9> g_size = {0, 0, 0, 0, 0, CS5, CS6, CS7, CS8};
+constexpr std::array<tcflag_t, 9> kSize = {0, 0, 0, 0, 0, CS5, CS6, CS7, CS8};
 
-constexpr std::array<tcflag_t, 5> g_parity = {0, PARENB | PARODD, PARENB, PARENB | PARODD | CMSPAR,
-                                              PARENB | CMSPAR};
+constexpr std::array<tcflag_t, 5> kParity = {0, PARENB | PARODD, PARENB, PARENB | PARODD | CMSPAR,
+                                             PARENB | CMSPAR};
 
 }  // namespace
 
@@ -22,7 +22,7 @@ void BuildSettings(const SSerialPortConfig& config, termios2& settings) {
     settings.c_oflag = 0;
     settings.c_lflag = 0;
     // Modem lines are ignored, and stay as they are when the line is closed: some devices reset on that.
-    settings.c_cflag = CREAD | CLOCAL | g_size.at(config.wordLength) | g_parity.at(config.parity);
+    settings.c_cflag = CREAD | CLOCAL | kSize.at(config.wordLength) | kParity.at(config.parity);
     if (config.stopBits != StopBitsOne) {
         settings.c_cflag |= CSTOPB;
     }
@@ -35,7 +35,7 @@ void BuildSettings(const SSerialPortConfig& config, termios2& settings) {
 }
 
 bool HasTaken(const termios2& asked, const termios2& taken) {
-    if (((asked.c_cflag ^ taken.c_cflag) & g_form) != 0) {
+    if (((asked.c_cflag ^ taken.c_cflag) & kForm) != 0) {
         return false;
     }
     const std::uint64_t want = asked.c_ospeed;

@@ -6,8 +6,8 @@ namespace comm {
 
 namespace {
 
-constexpr std::array<BYTE, 5> g_parity = {NOPARITY, ODDPARITY, EVENPARITY, MARKPARITY, SPACEPARITY};
-constexpr std::array<BYTE, 3> g_stopBits = {ONESTOPBIT, ONE5STOPBITS, TWOSTOPBITS};
+constexpr std::array<BYTE, 5> kParity = {NOPARITY, ODDPARITY, EVENPARITY, MARKPARITY, SPACEPARITY};
+constexpr std::array<BYTE, 3> kStopBits = {ONESTOPBIT, ONE5STOPBITS, TWOSTOPBITS};
 
 }  // namespace
 
@@ -18,8 +18,8 @@ void BuildSettings(const SSerialPortConfig& config, DCB& settings) {
     settings.BaudRate = config.baudRate;
     settings.ByteSize = config.wordLength;
     settings.fParity = config.parity != ParityNone ? TRUE : FALSE;
-    settings.Parity = g_parity.at(config.parity);
-    settings.StopBits = g_stopBits.at(config.stopBits);
+    settings.Parity = kParity.at(config.parity);
+    settings.StopBits = kStopBits.at(config.stopBits);
     // Not used, but a system refuses settings in which the two are the same.
     settings.XonChar = 0x11;
     settings.XoffChar = 0x13;

@@ -14,14 +14,14 @@ using IntegerOption = boost::asio::detail::socket_option::integer<Level, Name>;
 
 using Exclusive = boost::asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
 
-constexpr DWORD g_idle = 10000;       // milliseconds of silence before the first probe
-constexpr DWORD g_interval = 3000;    // milliseconds between probes; their number is the system's
-constexpr int g_unacknowledged = 10;  // seconds
+constexpr DWORD kIdle = 10000;       // milliseconds of silence before the first probe
+constexpr DWORD kInterval = 3000;    // milliseconds between probes; their number is the system's
+constexpr int kUnacknowledged = 10;  // seconds
 
 }  // namespace
 
 void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_code& code) {
-    tcp_keepalive settings{1, g_idle, g_interval};
+    tcp_keepalive settings{1, kIdle, kInterval};
     DWORD size = 0;
     if (WSAIoctl(socket.native_handle(), SIO_KEEPALIVE_VALS, &settings, sizeof settings, nullptr, 0, &size,
                  nullptr, nullptr) != 0) {
@@ -31,7 +31,7 @@ void SetKeepAlive(boost::asio::ip::tcp::socket& socket, boost::system::error_cod
     // Systems that lack these two go on with their own times.
     boost::system::error_code ignored;
     socket.set_option(IntegerOption<IPPROTO_TCP, kTcpKeepCount>(3), ignored);
-    socket.set_option(IntegerOption<IPPROTO_TCP, kTcpMaxRetransmit>(g_unacknowledged), ignored);
+    socket.set_option(IntegerOption<IPPROTO_TCP, kTcpMaxRetransmit>(kUnacknowledged), ignored);
     code = {};
 }
 

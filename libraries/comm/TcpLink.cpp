@@ -11,10 +11,10 @@ namespace comm {
 
 namespace {
 
-constexpr int g_sendBuffer = 64 * 1024;
+constexpr int kSendBuffer = 64 * 1024;
 
 /** Reads in one go, so that a peer that never stops can't keep the thread. */
-constexpr int g_readsAtOnce = 16;
+constexpr int kReadsAtOnce = 16;
 
 bool IsNotNow(const boost::system::error_code& code) {
     return code == boost::asio::error::would_block || code == boost::asio::error::try_again ||
@@ -30,7 +30,7 @@ int CTcpLink::Prepare() {
         m_socket.set_option(boost::asio::ip::tcp::no_delay(true), code);
     }
     if (!code) {
-        m_socket.set_option(boost::asio::socket_base::send_buffer_size(g_sendBuffer), code);
+        m_socket.set_option(boost::asio::socket_base::send_buffer_size(kSendBuffer), code);
     }
     if (!code) {
         SetKeepAlive(m_socket, code);
@@ -41,7 +41,7 @@ int CTcpLink::Prepare() {
 CTcpLink::EnPeer CTcpLink::Drain(int& error) {
     std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     error = ErrorNone;
-    for (int reads = 0; reads < g_readsAtOnce; ++reads) {
+    for (int reads = 0; reads < kReadsAtOnce; ++reads) {
         boost::system::error_code code;
         m_socket.receive(boost::asio::buffer(dropped), 0, code);
         if (IsNotNow(code)) {

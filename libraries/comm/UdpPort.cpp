@@ -13,9 +13,9 @@ namespace comm {
 namespace {
 
 /** What fits into one datagram over IPv4: 65,535 bytes without the two headers (RFC 791, RFC 768). */
-constexpr std::size_t g_longestDatagram = 65507;
+constexpr std::size_t kLongestDatagram = 65507;
 
-constexpr int g_datagramsAtOnce = 64;
+constexpr int kDatagramsAtOnce = 64;
 
 }  // namespace
 
@@ -33,7 +33,7 @@ int CUdpPort::Open(const SNetPortConfig& record) {
 }
 
 int CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
-    if (bytes.size() > g_longestDatagram) {
+    if (bytes.size() > kLongestDatagram) {
         return ErrorTooLong;
     }
     if (!IsPort(record.dstPort, false)) {
@@ -189,7 +189,7 @@ void CUdpPort::Watch(bool v6) {
 void CUdpPort::Drain(Udp::socket& socket) {
     std::array<char, 64>
         dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): the rest of a datagram goes too
-    for (int reads = 0; reads < g_datagramsAtOnce; ++reads) {
+    for (int reads = 0; reads < kDatagramsAtOnce; ++reads) {
         boost::system::error_code code;
         socket.receive(boost::asio::buffer(dropped), 0, code);
         if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {

@@ -45,13 +45,13 @@ struct SThreadTexts {
     }
 };
 
-/** The pieces of the record of an event, in the form of g_recordPattern. */
+/** The pieces of the record of an event, in the form of kRecordPattern. */
 std::array<std::string_view, 14> RecordOf(const CLogEvent& event) {
     thread_local SThreadTexts texts;
     SThreadTexts& own = texts;
     own.SetTime(event.time);
-    const auto name = g_levelNames.find(event.level);
-    const std::string_view level = name == g_levelNames.end() ? std::string_view() : name->second;
+    const auto name = kLevelNames.find(event.level);
+    const std::string_view level = name == kLevelNames.end() ? std::string_view() : name->second;
     return {own.time,    "[",  event.logger->name, "][", level,         "][", own.thread, "][",
             event.first, "][", event.second,       "] ", event.message, "\n"};
 }

@@ -12,7 +12,7 @@ struct SErrorText {
 };
 
 // The texts of the Windows message table, in ascending order of their codes.
-constexpr auto g_errorTexts = std::to_array<SErrorText>({
+constexpr auto kErrorTexts = std::to_array<SErrorText>({
     {1, "Incorrect function."},
     {2, "The system cannot find the file specified."},
     {3, "The system cannot find the path specified."},
@@ -158,7 +158,7 @@ constexpr auto g_errorTexts = std::to_array<SErrorText>({
     {11004, "The requested name is valid, but no data of the requested type was found."},
 });
 
-static_assert(std::is_sorted(g_errorTexts.begin(), g_errorTexts.end(),
+static_assert(std::is_sorted(kErrorTexts.begin(), kErrorTexts.end(),
                              [](const SErrorText& a, const SErrorText& b) { return a.code < b.code; }));
 
 }  // namespace
@@ -168,9 +168,9 @@ std::string GetSystemErrorText(std::uint32_t code) {
         return "No error";
     }
     const auto found =
-        std::lower_bound(g_errorTexts.begin(), g_errorTexts.end(), code,
+        std::lower_bound(kErrorTexts.begin(), kErrorTexts.end(), code,
                          [](const SErrorText& entry, std::uint32_t wanted) { return entry.code < wanted; });
-    if (found == g_errorTexts.end() || found->code != code) {
+    if (found == kErrorTexts.end() || found->code != code) {
         return "Failed to get error description (Code: " + std::to_string(code) + ")";
     }
     return std::string(found->text) + "\r\n";

@@ -9,7 +9,7 @@ PinnedFile::PinnedFile(const std::filesystem::path& path)
     : m_native(::open(path.c_str(), O_PATH | O_CLOEXEC)) {}
 
 PinnedFile::~PinnedFile() {
-    if (m_native != g_none) {
+    if (m_native != kNone) {
         ::close(static_cast<int>(m_native));
     }
 }

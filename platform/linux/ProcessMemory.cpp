@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr std::uint64_t g_unlimited = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t kUnlimited = std::numeric_limits<std::uint64_t>::max();
 
 std::uint64_t PageSize() {
     return static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
@@ -29,7 +29,7 @@ std::uint64_t LimitOfGroup() {
             return limit;  // else it is "max"
         }
     }
-    return g_unlimited;
+    return kUnlimited;
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ std::uint64_t MemoryLeft() {
     std::uint64_t pages = 0;
     if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
         !(std::ifstream("/proc/self/statm") >> pages)) {
-        return g_unlimited;
+        return kUnlimited;
     }
     return limit.rlim_cur - std::min<std::uint64_t>(pages * PageSize(), limit.rlim_cur);
 }

@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr std::string_view g_prefix = "COM";
-constexpr int g_highestNumber = 9999;
-constexpr int g_firstFreeNumber = 5;  // 1 to 4 are for built-in ports, as on Windows
+constexpr std::string_view kPrefix = "COM";
+constexpr int kHighestNumber = 9999;
+constexpr int kFirstFreeNumber = 5;  // 1 to 4 are for built-in ports, as on Windows
 
 std::string NameOf(int number) {
-    return std::string(g_prefix) + std::to_string(number);
+    return std::string(kPrefix) + std::to_string(number);
 }
 
 std::string TextOf(const nlohmann::json& entry, const char* key) {
@@ -28,8 +28,8 @@ void LogSerialName(RavLog::EnLogLevel level, const std::string& text) {
 int SerialNumber(const std::string& name) {
     int number = 0;
     const char* end = name.data() + name.size();
-    if (!name.starts_with(g_prefix) || name.size() == g_prefix.size() || name[g_prefix.size()] < '1' ||
-        std::from_chars(name.data() + g_prefix.size(), end, number).ptr != end || number > g_highestNumber) {
+    if (!name.starts_with(kPrefix) || name.size() == kPrefix.size() || name[kPrefix.size()] < '1' ||
+        std::from_chars(name.data() + kPrefix.size(), end, number).ptr != end || number > kHighestNumber) {
         return 0;
     }
     return number;
@@ -133,13 +133,13 @@ void CSerialNameTable::NameKnown(std::vector<SSerialLine>& lines, bool samePlace
 void CSerialNameTable::NameNew(const SSerialLine& line, NamedLines& named) {
     const auto isFree = [&](int number) { return !m_entries.contains(number) && !named.contains(number); };
     int number = line.builtInNumber;
-    if (number == 0 || number > g_highestNumber || !isFree(number)) {
-        number = g_firstFreeNumber;
-        while (number <= g_highestNumber && !isFree(number)) {
+    if (number == 0 || number > kHighestNumber || !isFree(number)) {
+        number = kFirstFreeNumber;
+        while (number <= kHighestNumber && !isFree(number)) {
             ++number;
         }
     }
-    if (number > g_highestNumber) {
+    if (number > kHighestNumber) {
         LogSerialName(RavLog::Error, "no number is left for " + line.device);
         return;
     }

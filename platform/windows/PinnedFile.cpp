@@ -18,11 +18,11 @@ PinnedFile::PinnedFile(const std::filesystem::path& path)
     : m_native(reinterpret_cast<std::intptr_t>(
           CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                       FILE_FLAG_BACKUP_SEMANTICS, nullptr))) {
-    static_assert(g_none == -1);  // INVALID_HANDLE_VALUE
+    static_assert(kNone == -1);  // INVALID_HANDLE_VALUE
 }
 
 PinnedFile::~PinnedFile() {
-    if (m_native != g_none) {
+    if (m_native != kNone) {
         CloseHandle(Native(m_native));
     }
 }

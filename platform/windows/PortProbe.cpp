@@ -12,8 +12,8 @@
 namespace {
 
 // Another server that is started at the same time may have the port for its own look at it.
-constexpr int g_looks = 2;
-constexpr DWORD g_betweenLooks = 20;  // ms
+constexpr int kLooks = 2;
+constexpr DWORD kBetweenLooks = 20;  // ms
 
 /** The socket library, ready for the life of the object. */
 class CSocketLibrary {
@@ -94,11 +94,11 @@ EnPortState ProbePort(int port) {
         return EnPortState::Taken;
     }
     const CSocketLibrary library;
-    for (int look = 0; look < g_looks; ++look) {
+    for (int look = 0; look < kLooks; ++look) {
         if (CanTake(port)) {
             return EnPortState::Free;
         }
-        Sleep(g_betweenLooks);
+        Sleep(kBetweenLooks);
     }
     // WSAEACCES is no sign of a reserved port: one that another program has exclusively gives it too.
     return EnPortState::Taken;

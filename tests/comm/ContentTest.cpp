@@ -22,7 +22,7 @@ TEST(Content, TurnsIntoTheBytesOfTheVectorFile) {
     const auto vectors = nlohmann::json::parse(file);
     ASSERT_GT(vectors.size(), 30U);
     for (const auto& vector : vectors) {
-        if (vector["asciiEncode"] == 2 && !simulation::Differences::hasGb18030) {
+        if (vector["asciiEncode"] == 2 && !simulation::Differences::kHasGb18030) {
             continue;
         }
         const auto content = vector["content"].get<std::string>();

@@ -17,7 +17,7 @@ namespace {
 using simulation::Socket;
 using simulation::TcpListener;
 
-const std::string g_megabyte(1 << 20, 'x');
+const std::string kMegabyte(1 << 20, 'x');
 
 TEST(TcpClient, ReachesAHostNameAndAFixedLocalPortAgainAndAgain) {
     const TcpListener device;
@@ -68,14 +68,14 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
     CommFixture comm(CommFixture::Settings(std::chrono::milliseconds(2000)));
     Socket listener = Socket::Listen();
     const auto record = CommFixture::Client(listener.LocalPort());
-    EXPECT_EQ(comm.Send(record, g_megabyte), 10060);
+    EXPECT_EQ(comm.Send(record, kMegabyte), 10060);
     Socket torn = listener.Accept();
     EXPECT_EQ(comm.Send(record, "next"), 0);
     Socket next = listener.Accept();
     EXPECT_EQ(ReceiveUpTo(next, 4), "next");
-    EXPECT_LT(ReceiveUpTo(torn, g_megabyte.size()).size(), g_megabyte.size());
+    EXPECT_LT(ReceiveUpTo(torn, kMegabyte.size()).size(), kMegabyte.size());
 
-    auto sender = std::async(std::launch::async, [&] { return comm.Send(record, g_megabyte); });
+    auto sender = std::async(std::launch::async, [&] { return comm.Send(record, kMegabyte); });
     next.Receive();
     next.Reset();
     EXPECT_EQ(sender.get(), 10054);
@@ -83,7 +83,7 @@ TEST(TcpClient, GivesUpADeviceThatStopsReadingAndNeverRepeatsATornCommand) {
 }
 
 TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
-    if (!simulation::Differences::tellsWhatIsUnacknowledged) {
+    if (!simulation::Differences::kTellsWhatIsUnacknowledged) {
         GTEST_SKIP() << "a device that closes looks as if it had taken the command";
     }
     for (const auto mode : {simulation::EnDeviceMode::Hangup, simulation::EnDeviceMode::Reset}) {
@@ -103,7 +103,7 @@ TEST(TcpClient, ConnectsAtMostOnceAPauseToADeviceThatAcceptsAndCloses) {
 }
 
 TEST(TcpClient, EndsASendThatIsCutByADelete) {
-    if (!simulation::Differences::standsManyCuts) {
+    if (!simulation::Differences::kStandsManyCuts) {
         GTEST_SKIP() << "hundreds of connections that are cut end the server process of Wine";
     }
     CommFixture comm(CommFixture::Settings(simulation::kMaxTestWait));
@@ -113,7 +113,7 @@ TEST(TcpClient, EndsASendThatIsCutByADelete) {
     for (int round = 0; round < rounds; ++round) {
         const bool connecting = round % 3 == 0;
         const auto record = CommFixture::Client(connecting ? silent.Port() : full.LocalPort());
-        auto sender = std::async(std::launch::async, [&] { return comm.Send(record, g_megabyte); });
+        auto sender = std::async(std::launch::async, [&] { return comm.Send(record, kMegabyte); });
         const Socket peer = connecting ? Socket() : full.Accept();
         do {  // again and again: the first delete may come before the sender
             round % 2 == 0 ? comm.registry.DeleteTcp(record) : comm.registry.DeleteAll();

@@ -166,11 +166,11 @@ std::vector<SFileStep> StopRecording() {
     return std::move(g_steps);
 }
 
-constexpr std::size_t g_isFolder = static_cast<std::size_t>(-1);
+constexpr std::size_t kIsFolder = static_cast<std::size_t>(-1);
 
 CDiskModel::CDiskModel(const fs::path& folder) {
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-        m_names[entry.path().string()] = entry.is_directory() ? g_isFolder : m_files.size();
+        m_names[entry.path().string()] = entry.is_directory() ? kIsFolder : m_files.size();
         if (!entry.is_directory()) {
             const std::string bytes = simulation::ReadFile(entry.path());
             m_files.push_back({bytes, bytes});
@@ -181,7 +181,7 @@ CDiskModel::CDiskModel(const fs::path& folder) {
 
 void CDiskModel::Do(const SFileStep& step) {
     const auto named = m_names.find(step.path);
-    const bool isFile = named != m_names.end() && named->second != g_isFolder;
+    const bool isFile = named != m_names.end() && named->second != kIsFolder;
     switch (step.kind) {
         case SFileStep::Make:
             if (isFile) {
@@ -202,7 +202,7 @@ void CDiskModel::Do(const SFileStep& step) {
             m_names.erase(step.path);
             break;
         case SFileStep::MakeFolder:
-            m_names[step.path] = g_isFolder;
+            m_names[step.path] = kIsFolder;
             break;
         case SFileStep::Flush:
             if (isFile) {
@@ -226,7 +226,7 @@ void CDiskModel::RestoreTo(const fs::path& folder, EnCut cut) const {
         fs::remove_all(entry.path());
     }
     for (const auto& [path, number] : cut == EnCut::LosesAll ? m_safeNames : m_names) {
-        if (number == g_isFolder) {
+        if (number == kIsFolder) {
             fs::create_directory(path);
         } else if (fs::exists(fs::path(path).parent_path())) {  // else its folder was lost
             const SFile& file = m_files[number];

@@ -69,7 +69,7 @@ TEST_F(JsonFile, LoadsWhatCanBeReadAndTellsTheRest) {
 TEST_F(JsonFile, SavesSortedIndentedUtf8AndTellsFailures) {
     CaptureStdout();
     SaveJsonToFile({{"b", 1}, {"a", "中文"}, {"c", json::array()}}, m_path);
-    const std::string end = simulation::Differences::documentLineEnd;
+    const std::string end = simulation::Differences::kDocumentLineEnd;
     EXPECT_EQ(ReadFile(m_path), "{" + end + R"(    "a": "中文",)" + end + R"(    "b": 1,)" + end +
                                     R"(    "c": [])" + end + "}");
     SaveJsonToFile({{"a", 1}}, (m_folder.Path() / "none" / "a.json").string());
@@ -162,7 +162,7 @@ TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {
         EXPECT_EQ(ReadFile(m_path + ".broken"), content);
         fs::remove(m_path + ".broken");
     }
-    for (int number = 1; number <= g_maxBrokenFiles; ++number) {
+    for (int number = 1; number <= kMaxBrokenFiles; ++number) {
         fs::create_directory(m_path + ".broken" + (number == 1 ? "" : "." + std::to_string(number)));
     }
     WriteFile(m_path, "{");

@@ -14,7 +14,7 @@ namespace {
 
 std::atomic<std::size_t> g_held = 0;
 std::atomic<std::size_t> g_peak = 0;
-constexpr std::size_t g_front = 16;  // of each block; holds its size
+constexpr std::size_t kFront = 16;  // of each block; holds its size
 std::atomic<bool> g_refuses = false;
 
 std::string Repeated(const std::string& part, int count, const std::string& end = "") {
@@ -29,19 +29,19 @@ std::string Repeated(const std::string& part, int count, const std::string& end 
 
 void* operator new(std::size_t size) {
     const std::size_t taken = (size + 8 + 15) / 16 * 16;  // with what the allocator needs beside it
-    auto* made = g_refuses ? nullptr : static_cast<char*>(std::malloc(size + g_front));
+    auto* made = g_refuses ? nullptr : static_cast<char*>(std::malloc(size + kFront));
     if (made == nullptr) {
         throw std::bad_alloc();
     }
     *reinterpret_cast<std::size_t*>(made) = taken;
     g_held += taken;
     g_peak = std::max<std::size_t>(g_peak, g_held);
-    return made + g_front;
+    return made + kFront;
 }
 
 void operator delete(void* block) noexcept {
     if (block != nullptr) {
-        char* made = static_cast<char*>(block) - g_front;
+        char* made = static_cast<char*>(block) - kFront;
         g_held -= *reinterpret_cast<std::size_t*>(made);
         std::free(made);
     }

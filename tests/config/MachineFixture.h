@@ -15,6 +15,7 @@ class Machine : public testing::Test {
 
     const simulation::TemporaryFolder m_folder;
     const std::string m_home = m_folder.Path().string();
-    const std::string m_data = (m_folder.Path() / "Documents" / simulation::Differences::userFolder).string();
+    const std::string m_data =
+        (m_folder.Path() / "Documents" / simulation::Differences::kUserFolder).string();
     const std::string m_file = (fs::path(m_data) / "LocalHost.config").string();
 };

@@ -17,7 +17,7 @@ struct SCase {
     std::size_t growth;  ///< length of a text in the new state
 };
 
-const SCase g_cases[] = {
+const SCase kCases[] = {
     {"a first save", nullptr, nullptr, 10},
     {"a second save", {{"state", "old"}}, nullptr, 10},
     {"a save that grows", {{"state", "old"}}, nullptr, 20000},
@@ -48,7 +48,7 @@ void Prepare(const SCase& row, const std::string& path) {
 // A cut after each step of the save, in each way: the start finds the state before the save or the new one,
 // never an older one or none; and the new one from the first moment on in which a cut leaves it.
 TEST(PowerCut, LeavesTheStateBeforeTheSaveOrTheNewOne) {
-    for (const SCase& row : g_cases) {
+    for (const SCase& row : kCases) {
         SCOPED_TRACE(row.name);
         const simulation::TemporaryFolder folder;
         const fs::path data = folder.Path() / "data";

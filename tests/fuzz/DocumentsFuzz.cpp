@@ -12,10 +12,10 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::string_view g_first = "lmcairs";
-constexpr std::array<const char*, 7> g_names = {"layout.json",  "materials.json", "componentConfig.json",
-                                                "apiList.json", "interFace.json", "infraredCom.json",
-                                                "setting.json"};
+constexpr std::string_view kFirst = "lmcairs";
+constexpr std::array<const char*, 7> kNames = {"layout.json",  "materials.json", "componentConfig.json",
+                                               "apiList.json", "interFace.json", "infraredCom.json",
+                                               "setting.json"};
 
 struct Store : CUserData {};
 
@@ -69,13 +69,13 @@ void CheckInterfaces(const json& list) {
 }  // namespace
 
 FUZZ_TARGET(documents) {
-    const std::size_t which = bytes.empty() ? bytes.npos : g_first.find(bytes[0]);
+    const std::size_t which = bytes.empty() ? bytes.npos : kFirst.find(bytes[0]);
     if (which == bytes.npos) {
         return;
     }
     const std::string text(bytes.substr(1));
     std::filesystem::remove_all(FuzzHome());
-    simulation::WriteFile(FuzzHome() / g_names[which], text);
+    simulation::WriteFile(FuzzHome() / kNames[which], text);
     const json document = IsNestedTooDeep(text) ? json() : json::parse(text, nullptr, false);
     try {
         Store store;

@@ -15,7 +15,7 @@ namespace {
 
 using namespace hv::internal;
 
-constexpr std::string_view g_upgrade =
+constexpr std::string_view kUpgrade =
     "GET / HTTP/1.1\r\nHost: a\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
     "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n";
 
@@ -67,7 +67,7 @@ FUZZ_TARGET(websocket) {
     socket.assign(boost::asio::ip::tcp::v4(), ends[1]);
     serving.loop.Adopt(std::move(socket), {});
     const std::size_t size = bytes[0] == 0 ? bytes.size() : static_cast<unsigned char>(bytes[0]);
-    std::string_view piece = g_upgrade;
+    std::string_view piece = kUpgrade;
     for (bytes.remove_prefix(1); !piece.empty(); bytes.remove_prefix(piece.size())) {
         static_cast<void>(::send(client, piece.data(), piece.size(), MSG_NOSIGNAL));  // it may have closed
         context.poll();

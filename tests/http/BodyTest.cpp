@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t g_megabyte = std::size_t{1} << 20;
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 
 std::string Announcing(const std::string& path, std::size_t bytes, const std::string& headers = "") {
     return "POST " + path + " HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(bytes) + "\r\n" +
@@ -24,7 +24,7 @@ class BodyTest : public HttpTest {
                 return 200;
             });
         }
-        SBodyRule rule{.limit = 8 * g_megabyte, .admits = {}, .refuse = {}, .cost = {}};
+        SBodyRule rule{.limit = 8 * kMegabyte, .admits = {}, .refuse = {}, .cost = {}};
         rule.cost = [](const std::string& body) { return body.front() == 'x' ? body.size() * 55 : 0; };
         SetBodyRule(service, "/large", rule);
         rule.admits = [this](const HttpRequest& request) {
@@ -36,7 +36,7 @@ class BodyTest : public HttpTest {
             return 200;
         };
         SetBodyRule(service, "/known", rule);
-        limits.memoryBudget = 10 * g_megabyte;
+        limits.memoryBudget = 10 * kMegabyte;
         limits.sweep = std::chrono::milliseconds(20);
     }
 
@@ -45,19 +45,19 @@ class BodyTest : public HttpTest {
 
 TEST_F(BodyTest, EachRouteHasItsLimit) {
     Run();
-    EXPECT_EQ("1048576", Connect().Ask(Post("/plain", std::string(g_megabyte, 'b'))).body);
-    EXPECT_EQ(413, Connect().Ask(Announcing("/plain", g_megabyte + 1)).status) << "at once";
-    EXPECT_EQ("3145728", Connect().Ask(Post("/large", std::string(3 * g_megabyte, 'b'))).body);
-    EXPECT_EQ(413, Connect().Ask(Announcing("/large", 8 * g_megabyte + 1)).status);
+    EXPECT_EQ("1048576", Connect().Ask(Post("/plain", std::string(kMegabyte, 'b'))).body);
+    EXPECT_EQ(413, Connect().Ask(Announcing("/plain", kMegabyte + 1)).status) << "at once";
+    EXPECT_EQ("3145728", Connect().Ask(Post("/large", std::string(3 * kMegabyte, 'b'))).body);
+    EXPECT_EQ(413, Connect().Ask(Announcing("/large", 8 * kMegabyte + 1)).status);
     Client chunks = Connect();
     chunks.Send("POST /plain HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n200000\r\n" +
-                std::string(2 * g_megabyte, 'c') + "\r\n");
+                std::string(2 * kMegabyte, 'c') + "\r\n");
     EXPECT_EQ(413, chunks.Read().status);
 }
 
 TEST_F(BodyTest, AsksBeforeItTakesALargeBody) {
     Run();
-    const std::string large(2 * g_megabyte, 'b');
+    const std::string large(2 * kMegabyte, 'b');
     Client client = Connect();
     EXPECT_EQ("5", client.Ask(Post("/known", "small")).body);
     EXPECT_EQ(0, asked) << "the handler may look for itself";
@@ -78,25 +78,24 @@ TEST_F(BodyTest, LargeBodiesShareTheMemory) {
     const auto refused = [](const HttpReply& reply) {
         return reply.status == 503 && reply.Header("Retry-After") == "5";
     };
-    EXPECT_TRUE(refused(Connect().Ask(Post("/large", std::string(g_megabyte, 'x'))))) << "becomes 55 MiB";
-    EXPECT_EQ(200, Connect().Ask(Post("/large", std::string(g_megabyte / 8, 'x'))).status) << "7 MiB";
+    EXPECT_TRUE(refused(Connect().Ask(Post("/large", std::string(kMegabyte, 'x'))))) << "becomes 55 MiB";
+    EXPECT_EQ(200, Connect().Ask(Post("/large", std::string(kMegabyte / 8, 'x'))).status) << "7 MiB";
     {
         Client slow = Connect();
-        slow.Send(Announcing("/large", 8 * g_megabyte));
-        slow.Send(std::string(7 * g_megabyte, 'b'));
+        slow.Send(Announcing("/large", 8 * kMegabyte));
+        slow.Send(std::string(7 * kMegabyte, 'b'));
         EXPECT_TRUE(simulation::WaitUntil(
-            [&] { return refused(Connect().Ask(Announcing("/large", 5 * g_megabyte))); }));
+            [&] { return refused(Connect().Ask(Announcing("/large", 5 * kMegabyte))); }));
         EXPECT_EQ("60000", Connect().Ask(Post("/large", std::string(60'000, 'b'))).body)
             << "small ones go on";
         Client chunks = Connect();
         chunks.Send("POST /large HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n700000\r\n" +
-                    std::string(7 * g_megabyte, 'c') + "\r\n");
+                    std::string(7 * kMegabyte, 'c') + "\r\n");
         EXPECT_TRUE(refused(chunks.Read()));
-        slow.Send(std::string(g_megabyte, 'b'));
-        EXPECT_EQ(std::to_string(8 * g_megabyte), slow.Read().body) << "what was let in is let through";
+        slow.Send(std::string(kMegabyte, 'b'));
+        EXPECT_EQ(std::to_string(8 * kMegabyte), slow.Read().body) << "what was let in is let through";
     }
-    EXPECT_EQ("5242880", Connect().Ask(Post("/large", std::string(5 * g_megabyte, 'b'))).body)
-        << "given back";
+    EXPECT_EQ("5242880", Connect().Ask(Post("/large", std::string(5 * kMegabyte, 'b'))).body) << "given back";
     const auto lines = TakeLog();
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ("Not enough memory for the body of: /large from 127.0.0.1", lines[0]);

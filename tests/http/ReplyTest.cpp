@@ -20,7 +20,7 @@ class ReplyTest : public HttpTest {
         };
     }
 
-    static constexpr std::size_t g_large = std::size_t{32} << 20;
+    static constexpr std::size_t kLarge = std::size_t{32} << 20;
 };
 
 TEST_F(ReplyTest, FindsTheRoute) {
@@ -86,10 +86,10 @@ TEST_F(ReplyTest, SurvivesFailingHandlers) {
 }
 
 TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
-    Write("large.bin", std::string(g_large, 'f'));
+    Write("large.bin", std::string(kLarge, 'f'));
     service.Static("/", folder.Path().string().c_str());
     service.GET("/large", [](HttpRequest*, HttpResponse* response) {
-        response->body.assign(g_large, 'x');
+        response->body.assign(kLarge, 'x');
         return 200;
     });
     service.GET("/small", Says("small"));
@@ -103,14 +103,14 @@ TEST_F(ReplyTest, WritesLargeRepliesAsFastAsTheClientReads) {
         client.Send(Get(path));
         EXPECT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
         EXPECT_EQ(200, Connect().Ask(Get("/small")).status) << "while the large one is held up";
-        EXPECT_EQ(g_large, client.Read().body.size());
+        EXPECT_EQ(kLarge, client.Read().body.size());
         EXPECT_EQ(200, client.Ask(Get("/small")).status);
     }
     EXPECT_TRUE(simulation::WaitUntil([&] { return !deaf.Send("\r"); })) << "who never reads is given up";
 }
 
 TEST_F(ReplyTest, SharesATextWithoutACopy) {
-    const auto text = std::make_shared<const std::string>(g_large, 's');
+    const auto text = std::make_shared<const std::string>(kLarge, 's');
     service.GET("/shared", [text](HttpRequest*, HttpResponse* response) {
         SetReplyText(response, "<", text, ">");
         return 200;
@@ -122,7 +122,7 @@ TEST_F(ReplyTest, SharesATextWithoutACopy) {
     });
     Run();
     Client client = Connect();
-    EXPECT_EQ(std::to_string(g_large + 2),
+    EXPECT_EQ(std::to_string(kLarge + 2),
               client.Ask("HEAD /shared HTTP/1.1\r\nHost: a\r\n\r\n", false).Header("Content-Length"));
     EXPECT_EQ("body", client.Ask(Get("/text")).body);
     EXPECT_EQ(204, client.Ask(Get("/text?none"), false).status);
@@ -138,7 +138,7 @@ TEST_F(ReplyTest, SharesATextWithoutACopy) {
 }
 
 TEST_F(ReplyTest, IsToBeTakenAtALeastRate) {
-    service.GET("/large", Says(std::string(g_large, 'x')));
+    service.GET("/large", Says(std::string(kLarge, 'x')));
     limits.writeStall = std::chrono::hours(1);
     limits.transferWait = limits.sweep = std::chrono::milliseconds(20);
     limits.transferRate = std::uint64_t{1} << 40;
@@ -149,7 +149,7 @@ TEST_F(ReplyTest, IsToBeTakenAtALeastRate) {
 }
 
 TEST_F(ReplyTest, KeepsTheFramingOfFilesThatChangeMeanwhile) {
-    std::string text(g_large, '\0');
+    std::string text(kLarge, '\0');
     for (std::size_t i = 0; i < text.size(); ++i) {
         text[i] = static_cast<char>(i / 1024 % 251);  // no two pieces are alike
     }
@@ -166,20 +166,20 @@ TEST_F(ReplyTest, KeepsTheFramingOfFilesThatChangeMeanwhile) {
     Client client = Connect();
     EXPECT_EQ("text", client.Ask(Get("/replaced")).body);
     const HttpReply head = client.Ask("HEAD /file HTTP/1.1\r\nHost: a\r\n\r\n", false);
-    EXPECT_EQ(std::to_string(g_large), head.Header("Content-Length"));
+    EXPECT_EQ(std::to_string(kLarge), head.Header("Content-Length"));
     EXPECT_TRUE(client.Ask(Get("/file")).body == text);
 
     client.Send(Get("/file"));
     ASSERT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
-    std::filesystem::resize_file(file, g_large + 1000);
+    std::filesystem::resize_file(file, kLarge + 1000);
     EXPECT_TRUE(client.Read().body == text) << "a file that grows";
-    EXPECT_EQ(g_large + 1000, client.Ask(Get("/file")).body.size());
+    EXPECT_EQ(kLarge + 1000, client.Ask(Get("/file")).body.size());
 
     client.Send(Get("/file"));
     ASSERT_TRUE(client.Socket().WaitReadable(simulation::kMaxTestWait));
     std::filesystem::resize_file(file, 1000);
     const std::string rest = client.Rest();
-    EXPECT_LT(rest.size(), g_large) << "a file that is cut ends the connection";
+    EXPECT_LT(rest.size(), kLarge) << "a file that is cut ends the connection";
     EXPECT_EQ("", Connect().Ask(Get("/file")).Header("Connection"));
 }
 

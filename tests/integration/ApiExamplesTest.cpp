@@ -154,7 +154,7 @@ TEST(ApiExamples, AreTrue) {
         HttpReply reply = browser.Http().Exchange(HttpClient::Request(
             example.method, example.path, Translated(example.body, port), example.headers));
         if (example.path == "/api/getServerComList") {
-            if (!simulation::Differences::hasPortList) {
+            if (!simulation::Differences::kHasPortList) {
                 continue;
             }
             reply.body = OnlyRelayPort(reply.body);

@@ -117,7 +117,7 @@ TEST(Interfaces, AreTriedFirstAndStoredInOrder) {
 }
 
 TEST(Interfaces, OnSerialPortsAreMadeFromTheListOfPorts) {
-    if (!simulation::Differences::hasPortList) {
+    if (!simulation::Differences::kHasPortList) {
         GTEST_SKIP() << "the system's list of ports can't be filled";
     }
     HostProcess host;

@@ -69,7 +69,7 @@ TEST(ClientErrors, NeedAFileOnlyWhenThereCanBeOne) {
     {
         Browser browser(host);
         EXPECT_EQ(browser.Http().Post(kReport, R"({"message":"kept"})").body, kDone);
-        if (simulation::Differences::removesOpenFiles) {
+        if (simulation::Differences::kRemovesOpenFiles) {
             std::filesystem::rename(host.UserData(), host.Home() / "moved");  // the logs write on in there
         } else {
             std::filesystem::remove(host.UserData() / "ClientError.log");

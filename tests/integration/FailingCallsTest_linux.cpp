@@ -39,7 +39,7 @@ class FailingAllocations {
         simulation::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
         simulation::WaitUntil([&] { return !symbols.Running(); });
         std::istringstream lines(symbols.Output());
-        std::size_t used = g_firstSpared;
+        std::size_t used = kFirstSpared;
         for (std::string line; std::getline(lines, line) && used + 2 < m_numbers.size();) {
             if (line.find("json_value::destroy(") != std::string::npos) {
                 const std::int64_t begin = std::stoll(line, nullptr, 16);
@@ -47,7 +47,7 @@ class FailingAllocations {
                 m_numbers[used++] = begin + std::stoll(line.substr(17), nullptr, 16);
             }
         }
-        EXPECT_GT(used, g_firstSpared) << "what must be passed over is not found in " SERVER_MODULE;
+        EXPECT_GT(used, kFirstSpared) << "what must be passed over is not found in " SERVER_MODULE;
         Write(0, 0, 0);
     }
 
@@ -70,7 +70,7 @@ class FailingAllocations {
     }
 
   private:
-    static constexpr std::size_t g_firstSpared = 4;
+    static constexpr std::size_t kFirstSpared = 4;
 
     void Write(std::int64_t left, std::int64_t count, std::int64_t leftAtMain) {
         m_numbers[0] = left;
@@ -87,7 +87,7 @@ class FailingAllocations {
     std::int64_t m_count;
     simulation::TemporaryFolder m_folder;
     std::filesystem::path m_file = m_folder.Path() / "allocations";
-    std::array<std::int64_t, g_firstSpared + 64> m_numbers{};
+    std::array<std::int64_t, kFirstSpared + 64> m_numbers{};
 };
 
 /** How many allocations fail in a row: with more than one, what handles the first failure meets another. */

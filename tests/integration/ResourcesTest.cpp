@@ -108,7 +108,7 @@ TEST_F(Resources, NeverComeFromOutside) {
                                                                        {"../sub/deep.txt", "secret"}}) {
         Write(name, text);
     }
-    if (simulation::Differences::namesAsWritten) {
+    if (simulation::Differences::kNamesAsWritten) {
         Write("NUL.txt", "a device elsewhere");
         Write("com1/deep.txt", "below a device elsewhere");
     }
@@ -137,7 +137,7 @@ TEST_F(Resources, NeverComeFromOutside) {
     for (const json& row : json::parse(simulation::ReadFile(fs::path(TEST_TABLES) / "resource_names.json"))) {
         const std::string name = Expanded(row[0], host.Installation());
         if (missing.contains(name.substr(0, name.find('%'))) ||
-            (!simulation::Differences::namesAsWritten && (row[1] != "refused" || IsReadOtherwise(name)))) {
+            (!simulation::Differences::kNamesAsWritten && (row[1] != "refused" || IsReadOtherwise(name)))) {
             continue;
         }
         ExpectReply(name, client.Get(kRoute + name), row[1], row[2]);
@@ -215,7 +215,7 @@ TEST_F(Resources, OfAnySizeNeedLittleMemory) {
     EXPECT_EQ(received, head.find("\r\n\r\n") + 4 + size);
     EXPECT_NE(head.find("\r\nContent-Length: 1073741824\r\n"), std::string::npos);
 #ifndef TEST_SANITIZED  // a sanitizer has a memory of its own
-    if (simulation::Differences::measuresProcess) {
+    if (simulation::Differences::kMeasuresProcess) {
         EXPECT_LT(host.Process().ResidentBytes(), 40000000U) << "with eight clients in the middle of it";
     }
 #endif

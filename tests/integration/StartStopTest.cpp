@@ -72,7 +72,7 @@ TEST(Start, LeavesAFolderAloneThatAnotherServerHas) {
 }
 
 TEST(Start, OneOfTwoThatMeetOnAPortSaysThatItRuns) {
-    if (!simulation::Differences::tellsWhoListens) {
+    if (!simulation::Differences::kTellsWhoListens) {
         GTEST_SKIP() << "the loser can't know whose port it is";
     }
     const simulation::SilentDevice silent;  // keeps both busy between the look at the port and its use
@@ -200,7 +200,7 @@ TEST(Start, DoesNotWaitForEachUnreachableDevice) {
 }
 
 void ExpectResident(HostProcess& host, std::size_t megabytes) {
-    if (simulation::Differences::measuresProcess) {
+    if (simulation::Differences::kMeasuresProcess) {
         EXPECT_LT(host.Process().ResidentBytes(), megabytes * kMegabyte);
     }
 }

@@ -121,7 +121,7 @@ TEST_F(LogFiles, FileThatCantBeRenamedGrowsOn) {
     const std::filesystem::path log = m_folder / "System.log";
     std::ofstream(log) << std::string(10U << 20U, 'x') << "\nwritten before\n";
     const std::ifstream viewer(log);  // forbids to rename the file, where the system has such a thing
-    for (int number = 1; simulation::Differences::removesOpenFiles && number <= 4; ++number) {
+    for (int number = 1; simulation::Differences::kRemovesOpenFiles && number <= 4; ++number) {
         std::filesystem::create_directories(m_folder / ("System." + std::to_string(number) + ".log") / "x");
     }
     ASSERT_EQ(RavLog::StartLogs(m_folder.string(), "info"), "");

@@ -15,6 +15,6 @@ class TemporaryHome : public testing::Environment {
     const simulation::TemporaryFolder m_folder;
 };
 
-const testing::Environment* const g_home = testing::AddGlobalTestEnvironment(new TemporaryHome);
+const testing::Environment* const kHome = testing::AddGlobalTestEnvironment(new TemporaryHome);
 
 }  // namespace

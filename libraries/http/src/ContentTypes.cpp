@@ -16,7 +16,7 @@ struct SuffixRow {
 };
 
 // Sorted by suffix.
-constexpr std::array g_suffixes = {
+constexpr std::array kSuffixes = {
     SuffixRow{"aac", "audio/aac"},
     SuffixRow{"avif", "image/avif"},
     SuffixRow{"bin", "application/octet-stream"},
@@ -63,7 +63,7 @@ constexpr std::array g_suffixes = {
     SuffixRow{"zip", "application/zip"},
 };
 
-constexpr std::array<std::pair<http_content_type, const char*>, 6> g_types = {{
+constexpr std::array<std::pair<http_content_type, const char*>, 6> kTypes = {{
     {TEXT_PLAIN, "text/plain"},
     {TEXT_HTML, "text/html"},
     {TEXT_CSS, "text/css"},
@@ -76,25 +76,25 @@ constexpr std::array<std::pair<http_content_type, const char*>, 6> g_types = {{
 
 const char* http_content_type_str(http_content_type type) {
     const auto* row =
-        std::find_if(g_types.begin(), g_types.end(), [&](const auto& r) { return r.first == type; });
-    return row == g_types.end() ? "" : row->second;
+        std::find_if(kTypes.begin(), kTypes.end(), [&](const auto& r) { return r.first == type; });
+    return row == kTypes.end() ? "" : row->second;
 }
 
 http_content_type http_content_type_enum(const char* text) {
     const std::string_view whole = text == nullptr ? "" : text;
     const std::string_view name = hv::internal::Trimmed(whole.substr(0, whole.find(';')));
-    const auto* row = std::find_if(g_types.begin(), g_types.end(), [&](const auto& r) {
+    const auto* row = std::find_if(kTypes.begin(), kTypes.end(), [&](const auto& r) {
         return hv::internal::EqualsCaseless(name, r.second);
     });
-    return row == g_types.end() ? CONTENT_TYPE_UNDEFINED : row->first;
+    return row == kTypes.end() ? CONTENT_TYPE_UNDEFINED : row->first;
 }
 
 const char* http_content_type_str_by_suffix(const char* suffix) {
     const std::string_view wanted = suffix == nullptr ? "" : suffix;
     const auto* row =
-        std::lower_bound(g_suffixes.begin(), g_suffixes.end(), wanted,
+        std::lower_bound(kSuffixes.begin(), kSuffixes.end(), wanted,
                          [](const SuffixRow& r, std::string_view key) { return r.suffix < key; });
-    return row == g_suffixes.end() || row->suffix != wanted ? "" : row->type;
+    return row == kSuffixes.end() || row->suffix != wanted ? "" : row->type;
 }
 
 namespace hv::internal {

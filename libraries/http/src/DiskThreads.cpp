@@ -7,8 +7,8 @@ namespace hv::internal {
 
 namespace {
 
-constexpr std::size_t g_threads = 4;
-constexpr std::chrono::milliseconds g_endOfThreads{500};
+constexpr std::size_t kThreads = 4;
+constexpr std::chrono::milliseconds kEndOfThreads{500};
 
 }  // namespace
 
@@ -31,7 +31,7 @@ void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask
 
 // Under the lock. False when there are enough, or the system has none.
 bool DiskThreads::AddThread() {
-    if (m_seats.Count() == g_threads || m_over) {
+    if (m_seats.Count() == kThreads || m_over) {
         return false;
     }
     try {
@@ -66,7 +66,7 @@ bool DiskThreads::Join() {
     std::unique_lock lock(m_mutex);
     m_over = true;
     m_wake.notify_all();
-    m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + g_endOfThreads, [] { return 0U; });
+    m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + kEndOfThreads, [] { return 0U; });
     return m_seats.Join(lock);
 }
 

@@ -11,9 +11,9 @@ namespace hv::internal {
 
 namespace {
 
-constexpr EventThreads::Time g_tick{5};
-constexpr int g_quietTicks = 20;
-constexpr EventThreads::Time g_endOfIdleThreads{1000};
+constexpr EventThreads::Time kTick{5};
+constexpr int kQuietTicks = 20;
+constexpr EventThreads::Time kEndOfIdleThreads{1000};
 
 // The task whose end the former leader has to tell: it lost the loop while it was inside.
 thread_local std::shared_ptr<BlockingTask> t_finishedLate;
@@ -73,8 +73,8 @@ bool EventThreads::Watch(std::unique_lock<std::mutex>& lock) {
     std::uint64_t seen = m_turn.load();
     int quiet = 0;
     while (!m_over) {
-        if (quiet < g_quietTicks) {
-            m_watchWake.wait_for(lock, g_tick);
+        if (quiet < kQuietTicks) {
+            m_watchWake.wait_for(lock, kTick);
         } else {
             m_watcherSleeps.store(true);
             m_watchWake.wait(lock, [&] { return m_over || !m_watcherSleeps || m_turn.load() != seen; });
@@ -164,7 +164,7 @@ bool EventThreads::Join(std::chrono::steady_clock::time_point deadline) {
         m_limit.Close();
         Finish();
         lock.lock();
-        m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + g_endOfIdleThreads,
+        m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + kEndOfIdleThreads,
                            [this] { return m_inside.load(); });
     }
     return m_seats.Join(lock);

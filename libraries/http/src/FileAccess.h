@@ -32,17 +32,17 @@ class FileHandle {
     ~FileHandle();
 
     /** A handle for what can't be told without the disk. */
-    static FileHandle Unknown() { return {g_unknown, 0, 0}; }
+    static FileHandle Unknown() { return {kUnknown, 0, 0}; }
 
-    explicit operator bool() const { return m_native != g_none && m_native != g_unknown; }
-    bool IsUnknown() const { return m_native == g_unknown; }
+    explicit operator bool() const { return m_native != kNone && m_native != kUnknown; }
+    bool IsUnknown() const { return m_native == kUnknown; }
 
     std::uint64_t Size() const { return m_size; }         ///< bytes, when it was opened
     std::int64_t Modified() const { return m_modified; }  ///< nanoseconds since 1970
 
-    static constexpr std::ptrdiff_t g_wouldWait = -2;
+    static constexpr std::ptrdiff_t kWouldWait = -2;
 
-    /** Reads at an offset. @return bytes read, 0 at the end, g_wouldWait, or -1 on an error */
+    /** Reads at an offset. @return bytes read, 0 at the end, kWouldWait, or -1 on an error */
     std::ptrdiff_t Read(std::uint64_t offset, char* to, std::size_t size,
                         DiskWait wait = DiskWait::Yes) const;
 
@@ -55,10 +55,10 @@ class FileHandle {
                      boost::system::error_code& error) const;
 
   private:
-    static constexpr std::intptr_t g_none = -1;
-    static constexpr std::intptr_t g_unknown = -2;
+    static constexpr std::intptr_t kNone = -1;
+    static constexpr std::intptr_t kUnknown = -2;
 
-    std::intptr_t m_native = g_none;
+    std::intptr_t m_native = kNone;
     std::uint64_t m_size = 0;
     std::int64_t m_modified = 0;
 };

@@ -22,7 +22,7 @@ namespace hv::internal {
 namespace {
 
 // O_NONBLOCK: a FIFO must not hold the opener.
-constexpr int g_readFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+constexpr int kReadFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 FileHandle Adopt(int descriptor) {
     if (descriptor < 0) {
@@ -44,15 +44,15 @@ int OpenAt(int folder, const char* path, std::uint64_t flags, std::uint64_t reso
     return static_cast<int>(::syscall(SYS_openat2, folder, path, &how, sizeof how));
 }
 
-constexpr std::uint64_t g_folderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-constexpr std::uint64_t g_resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+constexpr std::uint64_t kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+constexpr std::uint64_t kResolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
 
 // Opens what the kernel finds without the disk (since 5.12).
 FileHandle OpenCachedBeneath(const std::string& folder, const std::string& relative) {
-    const int root = OpenAt(AT_FDCWD, folder.c_str(), g_folderFlags, RESOLVE_CACHED);
+    const int root = OpenAt(AT_FDCWD, folder.c_str(), kFolderFlags, RESOLVE_CACHED);
     const int descriptor = root < 0 ? -1
-                                    : OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(g_readFlags),
-                                             g_resolve | RESOLVE_CACHED);
+                                    : OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(kReadFlags),
+                                             kResolve | RESOLVE_CACHED);
     const bool isMissing = descriptor < 0 && (errno == ENOENT || errno == ENOTDIR);
     if (root >= 0) {
         ::close(root);
@@ -77,7 +77,7 @@ FileHandle OpenAfterCheck(const std::string& folder, const std::string& relative
             return {};
         }
     }
-    return Adopt(::open(target.c_str(), g_readFlags | O_NOFOLLOW));
+    return Adopt(::open(target.c_str(), kReadFlags | O_NOFOLLOW));
 }
 
 // sendfile to a connection that the client has closed raises SIGPIPE, and takes no flag against it.
@@ -114,7 +114,7 @@ std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size
     if (wait == DiskWait::No) {
         const iovec room{to, size};
         got = ::preadv2(descriptor, &room, 1, static_cast<off_t>(offset), RWF_NOWAIT);
-        return got < 0 ? g_wouldWait : got;  // also where the file system knows no such reading
+        return got < 0 ? kWouldWait : got;  // also where the file system knows no such reading
     }
     do {
         got = ::pread(descriptor, to, size, static_cast<off_t>(offset));
@@ -143,18 +143,18 @@ std::size_t FileHandle::Send(Socket& socket, std::uint64_t offset, std::size_t s
 }
 
 FileHandle OpenFile(const std::string& path) {
-    return Adopt(::open(path.c_str(), g_readFlags));
+    return Adopt(::open(path.c_str(), kReadFlags));
 }
 
 FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative, DiskWait wait) {
     if (wait == DiskWait::No) {
         return OpenCachedBeneath(folder, relative);
     }
-    const int root = ::open(folder.c_str(), static_cast<int>(g_folderFlags));
+    const int root = ::open(folder.c_str(), static_cast<int>(kFolderFlags));
     if (root < 0) {
         return {};
     }
-    const int descriptor = OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(g_readFlags), g_resolve);
+    const int descriptor = OpenAt(root, relative.c_str(), static_cast<std::uint64_t>(kReadFlags), kResolve);
     const int error = errno;
     ::close(root);
     if (descriptor < 0 && (error == ENOSYS || error == EPERM || error == EAGAIN)) {

@@ -64,7 +64,7 @@ FileHandle::~FileHandle() {
 // What is in memory can't be asked for alone here.
 std::ptrdiff_t FileHandle::Read(std::uint64_t offset, char* to, std::size_t size, DiskWait wait) const {
     if (wait == DiskWait::No) {
-        return g_wouldWait;
+        return kWouldWait;
     }
     constexpr std::size_t most = 1U << 30U;
     OVERLAPPED place{};

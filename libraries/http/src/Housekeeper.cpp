@@ -8,7 +8,7 @@ namespace hv::internal {
 
 namespace {
 
-constexpr std::chrono::milliseconds g_quiet{500};
+constexpr std::chrono::milliseconds kQuiet{500};
 
 }  // namespace
 
@@ -24,7 +24,7 @@ void Housekeeper::Note() {
 }
 
 void Housekeeper::Look() noexcept {
-    if (!m_due || Clock::now().time_since_epoch() - Clock::duration(m_last) < g_quiet ||
+    if (!m_due || Clock::now().time_since_epoch() - Clock::duration(m_last) < kQuiet ||
         m_busy.exchange(true)) {
         return;
     }

@@ -22,9 +22,9 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr std::string_view g_continue = "HTTP/1.1 100 Continue\r\n\r\n";
-constexpr std::size_t g_keptCapacity = 4096;
-constexpr std::uint64_t g_mostEarned = 2'000'000;  // seconds, 23 days: more than the largest body earns
+constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
+constexpr std::size_t kKeptCapacity = 4096;
+constexpr std::uint64_t kMostEarned = 2'000'000;  // seconds, 23 days: more than the largest body earns
 
 }  // namespace
 
@@ -62,7 +62,7 @@ bool HttpConnection::IsExpendable() const {
 // The stall alone would let a client that moves one byte in each of them hold the connection for ever.
 void HttpConnection::ExpectBytes(Limits::Time stall) {
     const Limits& bounds = m_server.Bounds();
-    const auto earned = std::chrono::seconds(std::min(m_exchange->moved / bounds.transferRate, g_mostEarned));
+    const auto earned = std::chrono::seconds(std::min(m_exchange->moved / bounds.transferRate, kMostEarned));
     m_deadline = std::min(Clock::now() + stall, m_exchange->begun + bounds.transferWait + earned);
 }
 
@@ -124,7 +124,7 @@ void HttpConnection::Keep(std::string_view rest) {
     } else {
         m_kept.assign(rest);
     }
-    if (m_kept.empty() && m_kept.capacity() > g_keptCapacity) {
+    if (m_kept.empty() && m_kept.capacity() > kKeptCapacity) {
         std::string().swap(m_kept);
     }
 }
@@ -201,7 +201,7 @@ bool HttpConnection::OnHeader() {
         }
     } else if (reader.ExpectsContinue()) {
         error_code error;
-        if (m_socket.write_some(asio::buffer(g_continue), error) != g_continue.size()) {
+        if (m_socket.write_some(asio::buffer(kContinue), error) != kContinue.size()) {
             Close();
             return false;
         }

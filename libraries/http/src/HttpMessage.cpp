@@ -47,7 +47,7 @@ std::string HttpRequest::GetParam(const char* key, const std::string& defvalue) 
 
 namespace {
 
-constexpr std::uint64_t g_readAtOnce = std::uint64_t{64} * 1024;
+constexpr std::uint64_t kReadAtOnce = std::uint64_t{64} * 1024;
 
 // Whether a file could be read into the text, up to the size that it had when it was opened.
 bool ReadWhole(const hv::internal::FileHandle& file, std::string& text) {
@@ -78,7 +78,7 @@ int HttpResponse::File(const char* filepath) {
     body.clear();
     pieces = {};
     file.reset();
-    if (opened.Size() > g_readAtOnce) {
+    if (opened.Size() > kReadAtOnce) {
         file = std::make_shared<hv::internal::FileHandle>(std::move(opened));
     } else if (!ReadWhole(opened, body)) {
         return HTTP_STATUS_NOT_FOUND;

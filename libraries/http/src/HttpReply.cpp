@@ -15,15 +15,15 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr int g_filePiecesAtOnce = 4;
-constexpr std::uint64_t g_filePartBytes = std::uint64_t{256} * 1024;
-constexpr std::size_t g_headCapacity = 4096;
+constexpr int kFilePiecesAtOnce = 4;
+constexpr std::uint64_t kFilePartBytes = std::uint64_t{256} * 1024;
+constexpr std::size_t kHeadCapacity = 4096;
 
 // Sends on from the file, as much as the socket takes up to a piece. An error when it takes nothing, or when
 // the file was cut since its length was told.
 error_code SendPiece(Socket& socket, FilePart& part, std::uint64_t& moved) {
     error_code error;
-    const std::size_t size = static_cast<std::size_t>(std::min(part.length, g_filePartBytes));
+    const std::size_t size = static_cast<std::size_t>(std::min(part.length, kFilePartBytes));
     const std::size_t sent = part.file.Send(socket, part.offset, size, error);
     part.offset += sent;
     part.length -= sent;
@@ -98,7 +98,7 @@ bool HttpConnection::PrepareReply(DiskWait wait) {
         part.length = 0;
     }
     const std::ptrdiff_t got = part.length > 0 ? ReadFilePart(wait) : 1;
-    if (got == FileHandle::g_wouldWait) {
+    if (got == FileHandle::kWouldWait) {
         return false;
     }
     if (got <= 0) {  // the file was cut since its length was told
@@ -171,7 +171,7 @@ HttpConnection::Written HttpConnection::Write() {
 // Some pieces at a time, since others may want something meanwhile.
 HttpConnection::Written HttpConnection::WritePieces() {
     FilePart& file = m_exchange->file;
-    for (int pieces = 0; file.length > 0 && pieces < g_filePiecesAtOnce; ++pieces) {
+    for (int pieces = 0; file.length > 0 && pieces < kFilePiecesAtOnce; ++pieces) {
         if (m_server.IsStopping()) {
             return Written::Failed;
         }
@@ -218,7 +218,7 @@ void HttpConnection::WaitForOutput() {
 
 void HttpConnection::FinishReply() {
     m_exchange.reset();
-    if (m_head.capacity() > g_headCapacity) {
+    if (m_head.capacity() > kHeadCapacity) {
         std::string().swap(m_head);
     }
     m_lastUse = Clock::now();

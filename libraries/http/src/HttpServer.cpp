@@ -16,7 +16,7 @@ namespace {
 
 using hv::internal::Server;
 
-constexpr int g_cannotListen = -22;
+constexpr int kCannotListen = -22;
 
 CMutex g_mutex;
 
@@ -45,7 +45,7 @@ void hv::internal::AskForRoomEverywhere() {
 
 int http_server_run(http_server_t* record, int wait) {
     if (record == nullptr) {
-        return g_cannotListen;
+        return kCannotListen;
     }
     if (record->port == 0) {
         return 0;
@@ -55,7 +55,7 @@ int http_server_run(http_server_t* record, int wait) {
     try {
         const CLock lock(g_mutex);
         if (Running().contains(IdOf(*record))) {
-            return g_cannotListen;  // it runs already
+            return kCannotListen;  // it runs already
         }
         static std::uintptr_t lastId = 0;
         server = std::make_shared<Server>(*record);
@@ -72,11 +72,11 @@ int http_server_run(http_server_t* record, int wait) {
             reinterpret_cast<void*>(started ? lastId : 0);  // NOLINT(performance-no-int-to-ptr)
     } catch (const std::exception& error) {
         hv::internal::ReportError("The server can't start: ", error.what());
-        return g_cannotListen;
+        return kCannotListen;
     }
     if (!started) {
         server->Stop();  // some of its threads may serve already when the system has no more of them
-        return g_cannotListen;
+        return kCannotListen;
     }
     if (wait != 0) {
         server->WaitUntilStopped();

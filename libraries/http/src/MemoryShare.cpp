@@ -9,8 +9,8 @@ namespace hv::internal {
 
 namespace {
 
-constexpr std::uint64_t g_largestBudget = std::uint64_t{8} << 30;
-constexpr std::uint64_t g_leftToOthers = std::uint64_t{32} << 20;  // of what the system would hand out
+constexpr std::uint64_t kLargestBudget = std::uint64_t{8} << 30;
+constexpr std::uint64_t kLeftToOthers = std::uint64_t{32} << 20;  // of what the system would hand out
 
 std::atomic<std::uint64_t> g_taken = 0;
 
@@ -22,7 +22,7 @@ bool MemoryShare::IsFree(std::uint64_t bytes, std::uint64_t budget) {
         return false;
     }
     const std::uint64_t left = MemoryLeft();
-    return left > g_leftToOthers && bytes <= left - g_leftToOthers;
+    return left > kLeftToOthers && bytes <= left - kLeftToOthers;
 }
 
 bool MemoryShare::Take(std::uint64_t bytes, std::uint64_t budget) {
@@ -44,7 +44,7 @@ void MemoryShare::GiveBack(std::uint64_t bytes) {
 }
 
 std::uint64_t DefaultMemoryBudget() {
-    return std::min(MemoryOfMachine() / 3, g_largestBudget);
+    return std::min(MemoryOfMachine() / 3, kLargestBudget);
 }
 
 }  // namespace hv::internal

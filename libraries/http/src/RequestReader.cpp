@@ -11,7 +11,7 @@ namespace http = boost::beast::http;
 namespace {
 
 // "0", two line ends. The parser must not be asked again with less once it has seen a part of the last chunk.
-constexpr std::size_t g_shortestChunk = 5;
+constexpr std::size_t kShortestChunk = 5;
 
 http_method MethodOf(http::verb method) {
     switch (method) {
@@ -174,7 +174,7 @@ RequestReader::State RequestReader::PutHeader(std::string_view& input) {
 
 RequestReader::State RequestReader::PutBody(std::string_view& input) {
     while (!is_done() && !input.empty()) {
-        if (chunked() && m_chunkLeft == 0 && input.size() < g_shortestChunk) {
+        if (chunked() && m_chunkLeft == 0 && input.size() < kShortestChunk) {
             return State::NeedMore;
         }
         Error error;

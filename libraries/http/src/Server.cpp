@@ -19,9 +19,9 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr int g_acceptsPerEvent = 64;
-constexpr std::size_t g_roomAfterExhaustion = 16;  // some for the files that others open
-constexpr std::chrono::seconds g_exhaustionEpisode{10};
+constexpr int kAcceptsPerEvent = 64;
+constexpr std::size_t kRoomAfterExhaustion = 16;  // some for the files that others open
+constexpr std::chrono::seconds kExhaustionEpisode{10};
 
 bool IsExhaustion(const error_code& error) {
     return error == asio::error::no_descriptors || error == asio::error::no_buffer_space ||
@@ -170,7 +170,7 @@ void Server::AcceptAll(First first) {
 }
 
 bool Server::AcceptWaiting() {
-    for (int i = 0; i < g_acceptsPerEvent; ++i) {
+    for (int i = 0; i < kAcceptsPerEvent; ++i) {
         error_code error;
         ServerLoop& loop = LeastLoaded();
         Socket socket(loop.Context());
@@ -190,7 +190,7 @@ bool Server::Take(ServerLoop& loop, const error_code& error, Socket socket,
                   const asio::ip::tcp::endpoint& peer) {
     if (IsExhaustion(error)) {
         ReportExhaustion(error);
-        if (m_loops.front()->MakeRoom(g_roomAfterExhaustion, m_limits.acceptPause)) {
+        if (m_loops.front()->MakeRoom(kRoomAfterExhaustion, m_limits.acceptPause)) {
             return true;
         }
         AskForRoomEverywhere();
@@ -205,7 +205,7 @@ bool Server::Take(ServerLoop& loop, const error_code& error, Socket socket,
 void Server::AskForRoom() {
     for (auto& loop : m_loops) {
         asio::post(loop->Context(),
-                   [this, &asked = *loop] { asked.MakeRoom(g_roomAfterExhaustion, m_limits.acceptPause); });
+                   [this, &asked = *loop] { asked.MakeRoom(kRoomAfterExhaustion, m_limits.acceptPause); });
     }
 }
 
@@ -222,7 +222,7 @@ void Server::AcceptLater() {
 
 void Server::ReportExhaustion(const error_code& error) {
     const auto now = Clock::now();
-    if (now - std::exchange(m_lastExhaustion, now) > g_exhaustionEpisode) {
+    if (now - std::exchange(m_lastExhaustion, now) > kExhaustionEpisode) {
         ReportError("No room for a new connection: ", error.message());
     }
 }

@@ -160,8 +160,8 @@ void ServerLoop::Enter(ServerConnection& connection) {
 }
 
 void ServerLoop::Forget(ServerConnection& connection) {
-    const std::size_t slot = std::exchange(connection.m_slot, ServerConnection::g_noSlot);
-    if (slot == ServerConnection::g_noSlot) {
+    const std::size_t slot = std::exchange(connection.m_slot, ServerConnection::kNoSlot);
+    if (slot == ServerConnection::kNoSlot) {
         return;
     }
     --m_load;

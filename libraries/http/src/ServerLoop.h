@@ -64,8 +64,8 @@ class ServerConnection {
 
   private:
     friend class ServerLoop;
-    static constexpr std::size_t g_noSlot = ~std::size_t{0};
-    std::size_t m_slot = g_noSlot;
+    static constexpr std::size_t kNoSlot = ~std::size_t{0};
+    std::size_t m_slot = kNoSlot;
 };
 
 /** One event loop of a server, with the connections that live on it. */

@@ -11,7 +11,7 @@ namespace hv::internal {
 
 namespace {
 
-constexpr std::int64_t g_nanoseconds = 1'000'000'000;
+constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
 bool IsPlainName(std::string_view name) {
     const bool odd = std::any_of(name.begin(), name.end(), [](char c) {
@@ -130,7 +130,7 @@ RangeKind ReadRange(std::string_view text, std::uint64_t size, std::uint64_t& of
 
 void Describe(const HttpRequest& request, HttpResponse& response, FilePart& part) {
     const FileHandle& file = part.file;
-    const auto modified = static_cast<std::time_t>(file.Modified() / g_nanoseconds);
+    const auto modified = static_cast<std::time_t>(file.Modified() / kNanoseconds);
     const std::string tag = "\"" + std::to_string(file.Modified()) + "-" + std::to_string(file.Size()) + "\"";
     response.SetHeader("ETag", tag);
     response.SetHeader("Last-Modified", HttpDate(modified));

@@ -12,9 +12,9 @@ namespace hv::internal {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> g_days = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array<std::string_view, 12> g_months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::array<std::string_view, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 }  // namespace
 
@@ -94,8 +94,8 @@ std::string HttpDate(std::time_t time) {
     const std::chrono::hh_mm_ss clock(point - day);
     std::array<char, 40> text{};
     std::snprintf(text.data(), text.size(), "%s, %02u %s %04d %02d:%02d:%02d GMT",
-                  g_days[std::chrono::weekday(day).c_encoding()].data(), static_cast<unsigned>(date.day()),
-                  g_months[static_cast<unsigned>(date.month()) - 1].data(), static_cast<int>(date.year()),
+                  kDays[std::chrono::weekday(day).c_encoding()].data(), static_cast<unsigned>(date.day()),
+                  kMonths[static_cast<unsigned>(date.month()) - 1].data(), static_cast<int>(date.year()),
                   static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
                   static_cast<int>(clock.seconds().count()));
     return text.data();
@@ -117,19 +117,19 @@ std::optional<std::time_t> ParseHttpDate(std::string_view text) {
     if (text.size() != 29 || text.substr(25) != " GMT") {
         return std::nullopt;
     }
-    const auto month = std::find(g_months.begin(), g_months.end(), text.substr(8, 3));
+    const auto month = std::find(kMonths.begin(), kMonths.end(), text.substr(8, 3));
     const auto day = ParseDecimal(text.substr(5, 2));
     const auto year = ParseDecimal(text.substr(12, 4));
     const auto hour = ParseDecimal(text.substr(17, 2));
     const auto minute = ParseDecimal(text.substr(20, 2));
     const auto second = ParseDecimal(text.substr(23, 2));
-    if (month == g_months.end() || !day || !year || !hour || !minute || !second || *hour > 23 ||
+    if (month == kMonths.end() || !day || !year || !hour || !minute || !second || *hour > 23 ||
         *minute > 59 || *second > 60) {
         return std::nullopt;
     }
     const std::chrono::year_month_day date(
         std::chrono::year(static_cast<int>(*year)),
-        std::chrono::month(static_cast<unsigned>(month - g_months.begin()) + 1),
+        std::chrono::month(static_cast<unsigned>(month - kMonths.begin()) + 1),
         std::chrono::day(static_cast<unsigned>(*day)));
     if (!date.ok()) {
         return std::nullopt;

@@ -21,12 +21,12 @@ using boost::system::error_code;
 
 namespace {
 
-constexpr std::size_t g_keptCapacity = 4096;
+constexpr std::size_t kKeptCapacity = 4096;
 
 // Close frames with the codes 1001, going away, and 1002, protocol error (RFC 6455, 7.4.1).
-constexpr std::array<unsigned char, 4> g_goingAway = {0x88, 0x02, 0x03, 0xE9};
-constexpr std::array<unsigned char, 4> g_protocolError = {0x88, 0x02, 0x03, 0xEA};
-constexpr unsigned g_highestCloseCode = 4999;
+constexpr std::array<unsigned char, 4> kGoingAway = {0x88, 0x02, 0x03, 0xE9};
+constexpr std::array<unsigned char, 4> kProtocolError = {0x88, 0x02, 0x03, 0xEA};
+constexpr unsigned kHighestCloseCode = 4999;
 
 http::request<http::empty_body> UpgradeOf(const HttpRequest& request) {
     http::request<http::empty_body> upgrade(http::verb::get, request.path, 11);
@@ -93,9 +93,9 @@ WebSocketConnection::WebSocketConnection(ServerLoop& loop, Socket socket, const 
     m_stream.auto_fragment(false);
     m_stream.control_callback([this](websocket::frame_type kind, boost::beast::string_view) {
         m_lastUse = Clock::now();
-        if (kind == websocket::frame_type::close && m_stream.reason().code > g_highestCloseCode) {
+        if (kind == websocket::frame_type::close && m_stream.reason().code > kHighestCloseCode) {
             // The stream takes such a code and would send it back.
-            SendLast(g_protocolError);
+            SendLast(kProtocolError);
         }
     });
     m_stream.set_option(websocket::stream_base::decorator([this](websocket::response_type& response) {
@@ -144,7 +144,7 @@ bool WebSocketConnection::IsExpendable() const {
 
 void WebSocketConnection::Stop() {
     if (!m_isClosed) {
-        SendLast(g_goingAway);
+        SendLast(kGoingAway);
     }
     Close();
 }
@@ -200,7 +200,7 @@ void WebSocketConnection::Done() {
         return;
     }
     m_buffer.consume(m_buffer.size());
-    if (m_text.capacity() > g_keptCapacity) {
+    if (m_text.capacity() > kKeptCapacity) {
         std::string().swap(m_text);
     }
     Read();
