@@ -20,7 +20,7 @@ export function withoutLostCommands(project: Project, interfaceIds: ReadonlySet<
   return { ...project, interactions: keep };
 }
 
-/** Whether a page, with the commands of its components, is another one in the two projects. */
+/** Whether a page, with the commands of its components, is the same in both projects. */
 function isSamePage(page: Page, mine: Project, other: Project): boolean {
   const counterpart = other.layout.pages.find((one) => one.id === page.id);
   if (!counterpart || !sameJson(page, counterpart)) return false;

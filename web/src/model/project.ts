@@ -65,7 +65,7 @@ export function withCopiedCommands(project: Project, from: Interactions, ids: Re
   return { ...project, interactions };
 }
 
-/** The project with page links moved to other pages, by the table; others stay. */
+/** The page with its links led to other pages, by the table; links that the table lacks stay. */
 export function retarget(page: Page, pages: ReadonlyMap<string, string>): Page {
   const components = page.components.map((one) => {
     const target = pages.get(one.target);
