@@ -2,8 +2,6 @@
 #include "config/VersionInfo.h"
 #include "include/GlobalConfig.h"
 #include "libraries/http/src/OriginRule.h"
-#include "platform/ErrorTexts.h"
-#include "platform/GeneratorId.h"
 #include "tests/config/MachineFixture.h"
 
 #include <iomanip>
@@ -72,23 +70,4 @@ TEST_F(Machine, VersionLinesHaveDefaults) {
         LoadVersionInfo(config);
         EXPECT_EQ(json({config.softwareName, config.version, config.buildVersion, config.buildTime}), row[1]);
     }
-}
-
-TEST(ErrorTexts, AreThoseOfTheSystem) {
-    EXPECT_EQ(GetSocketErrorText(10061), simulation::ErrorText(10061));
-    EXPECT_EQ(GetSystemErrorText(2), simulation::ErrorText(2));
-    EXPECT_EQ(GetSystemErrorText(0), "No error");
-    EXPECT_EQ(GetSystemErrorText(4000000000U), "Failed to get error description (Code: 4000000000)");
-}
-
-TEST(GeneratorId, NeverHandsOutAnIdTwice) {
-    CGeneratorId& pool = *CGeneratorId::getInstance();
-    pool.Initialize({-5, 3, 7});
-    pool.ReleaseId(pool.GetId());
-    pool.Clean();
-    EXPECT_EQ(pool.GetId(), 9);
-    // At the end of the range the lowest gap is taken.
-    pool.Initialize({1, 2, 4, std::numeric_limits<int>::max()});
-    EXPECT_EQ(pool.GetId(), 3);
-    EXPECT_EQ(pool.GetId(), 5);
 }

@@ -1,9 +1,7 @@
 // What Linux tells of its user: language and folders.
 
 #include "platform/Folders.h"
-#include "platform/RavLog.h"
 #include "platform/linux/LocaleText.h"
-#include "simulation/Wait.h"
 #include "tests/config/MachineFixture.h"
 
 using simulation::SetVariable;
@@ -29,15 +27,4 @@ TEST_F(Machine, DocumentsFolderComesFromTheUsersSettings) {
     }
     SetVariable("HOME", nullptr);
     EXPECT_TRUE(GetDocumentsDirectory().starts_with('/')) << "the password database was not asked";
-}
-
-TEST_F(Machine, LogThatWasDeletedIsBegunAnew) {
-    const fs::path log = fs::path(m_home) / "Log" / "System.log";
-    ASSERT_EQ(RavLog::StartLogs(log.parent_path().string(), "info"), "");
-    RavLog::WriteSystemLog(RavLog::Error, "test", "deleted");
-    ASSERT_TRUE(simulation::WaitUntil([&] { return ReadFile(log).find("deleted") != std::string::npos; }));
-    fs::remove_all(log.parent_path());
-    RavLog::WriteSystemLog(RavLog::Error, "test", "kept");
-    RavLog::StopLogs();
-    EXPECT_NE(ReadFile(log).find("kept"), std::string::npos);
 }

@@ -1,6 +1,5 @@
 #include "server/ClientsManager.h"
 #include "server/RouterMgr.h"
-#include "webapi/ContentCoding.h"
 
 #include <memory>
 
@@ -49,34 +48,6 @@ TEST(Envelope, AWriteNeedsAConnectionAndABody) {
     EXPECT_EQ(code(R"({"data":)" + std::string(100000, '[')), 30101);
     CClientsManager::GetInstance()->DeleteClient(channel);
     EXPECT_EQ(code(R"({"data":1})"), 30100);
-}
-
-TEST(ContentCoding, GzipIsTakenByWhoSaysSo) {
-    const std::pair<const char*, bool> rows[] = {
-        {"", false},
-        {"gzip", true},
-        {"GZip , br", true},
-        {"x-gzip", true},
-        {"deflate, br;q=1.0", false},
-        {"gzip;q=0", false},
-        {"gzip;q=0.000, *", false},
-        {"gzip ; q=0.001", true},
-        {"gzip;Q=1.", true},
-        {"*", true},
-        {"*;q=0", false},
-        {"identity, gzip;q=0.5", false},
-        {"identity;q=0.5, gzip", true},
-        {"gzip;q=0.5, identity;q=0.50", true},
-        {"gzip;q=1.001", false},
-        {"gzip;q=", false},
-        {"gzip;q=0.1234", false},
-        {"gzip;level=9", false},
-        {",;,=,q", false},
-        {"gzipped", false},
-    };
-    for (const auto& [accepted, takes] : rows) {
-        EXPECT_EQ(TakesGzip(accepted), takes) << accepted;
-    }
 }
 
 TEST(Envelope, AClientIdHasNoSeparator) {

@@ -1,4 +1,4 @@
-#include "tests/server/RecordingComManager.h"
+#include "tests/device/RecordingComManager.h"
 
 #include "platform/ComManager.h"
 #include "platform/VainWaits.h"

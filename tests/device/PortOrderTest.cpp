@@ -5,7 +5,7 @@
 #include "server/ClientsManager.h"
 #include "server/RouterMgr.h"
 #include "simulation/Machine.h"
-#include "tests/server/RecordingComManager.h"
+#include "tests/device/RecordingComManager.h"
 #include "userdata/UserData.h"
 
 #include <memory>
