@@ -1,4 +1,4 @@
-#include "platform/linux/SerialNameTable.h"
+#include "libraries/serial_names/SerialNameTable_linux.h"
 
 #include <algorithm>
 #include <charconv>

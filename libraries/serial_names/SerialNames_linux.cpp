@@ -1,10 +1,9 @@
-#include "platform/SerialNames.h"
-
+#include "libraries/serial_names/NamedSerialLines_linux.h"
 #include "platform/DurableFile.h"
 #include "platform/FolderNames.h"
 #include "platform/Mutex.h"
 #include "platform/RavLog.h"
-#include "platform/linux/NamedSerialLines.h"
+#include "platform/SerialNames.h"
 
 #include <filesystem>
 #include <fstream>

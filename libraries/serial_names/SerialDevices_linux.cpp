@@ -1,6 +1,5 @@
+#include "libraries/serial_names/NamedSerialLines_linux.h"
 #include "platform/SerialDevices.h"
-
-#include "platform/linux/NamedSerialLines.h"
 
 #include <algorithm>
 #include <bit>

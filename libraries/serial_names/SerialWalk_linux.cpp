@@ -1,4 +1,4 @@
-#include "platform/linux/SerialWalk.h"
+#include "libraries/serial_names/SerialWalk_linux.h"
 
 #include "platform/FolderNames.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "libraries/serial_names/SerialWalk_linux.h"
 #include "platform/RavLog.h"
-#include "platform/linux/SerialWalk.h"
 
 #include <map>
 #include <optional>
@@ -20,7 +20,7 @@ void LogSerialName(RavLog::EnLogLevel level, const std::string& text);
 int SerialNumber(const std::string& name);
 
 /**
- * Which port has which name. Knows no file; SerialNames.cpp keeps it in one. One thread at a time.
+ * Which port has which name. Knows no file; SerialNames_linux.cpp keeps it in one. One thread at a time.
  *
  * A line keeps its number by its identity. Of several with one identity, as cheap converters without a true
  * serial number are, each keeps its number by its place; one alone keeps a number wherever it is.
