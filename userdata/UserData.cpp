@@ -33,10 +33,6 @@ void LogLoadFailure(const char* what, const std::exception& error) {
 
 }  // namespace
 
-std::string DocumentPath(const char* name) {
-    return GetConfigInstance().user_data_path + name;
-}
-
 void EnsureArrayMember(nlohmann::json& document, const std::string& key) {
     if (document.is_null()) {
         document = json::object();
