@@ -16,7 +16,15 @@ const webSocket = process.env["SERVER_WEBSOCKET"] ?? "ws://127.0.0.1:8081";
  * that was starved of the processor gets a second chance. */
 const driven = (name: string): TestProjectConfiguration => ({
   extends: true,
-  test: { name, include: [`tests/${name}/**/*.test.ts`], environment: "node", retry: 1, testTimeout: 120_000, hookTimeout: 60_000, fileParallelism: false },
+  test: {
+    name,
+    include: [`tests/${name}/**/*.test.ts`],
+    environment: "node",
+    retry: 1,
+    testTimeout: 120_000,
+    hookTimeout: 60_000,
+    fileParallelism: false,
+  },
 });
 
 export default defineConfig({

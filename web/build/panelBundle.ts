@@ -25,21 +25,38 @@ export function panelBundle(): Plugin {
       if (id !== `\0${moduleId}`) return undefined;
       if (!isBuild) return `export { start } from "${entry}";`;
       const result = (await build({
-        configFile: false, root, base: "./", logLevel: "warn", publicDir: false, plugins: [svelte()],
+        configFile: false,
+        root,
+        base: "./",
+        logLevel: "warn",
+        publicDir: false,
+        plugins: [svelte()],
         build: {
-          write: false, target, modulePreload: false, assetsInlineLimit: 0,
+          write: false,
+          target,
+          modulePreload: false,
+          assetsInlineLimit: 0,
           rolldownOptions: {
             input: root + entry,
             preserveEntrySignatures: "strict",
-            output: { entryFileNames: "assets/panel-[hash].js", assetFileNames: "assets/panel-[hash][extname]", codeSplitting: false },
+            output: {
+              entryFileNames: "assets/panel-[hash].js",
+              assetFileNames: "assets/panel-[hash][extname]",
+              codeSplitting: false,
+            },
           },
         },
       })) as Rolldown.RolldownOutput;
       const names = result.output.map((file) => {
-        this.emitFile({ type: "asset", fileName: file.fileName, source: file.type === "chunk" ? file.code : file.source });
+        this.emitFile({
+          type: "asset",
+          fileName: file.fileName,
+          source: file.type === "chunk" ? file.code : file.source,
+        });
         return file.fileName;
       });
-      const beside = (ending: string) => JSON.stringify(`./${names.find((name) => name.endsWith(ending))!.replace("assets/", "")}`);
+      const beside = (ending: string) =>
+        JSON.stringify(`./${names.find((name) => name.endsWith(ending))!.replace("assets/", "")}`);
       return `
         const address = (name) => new URL(name, import.meta.url).href;
         const style = Object.assign(document.createElement("link"), { rel: "stylesheet", href: address(${beside(".css")}) });

@@ -21,14 +21,16 @@ export function precompress(): Plugin {
       if (error) return;
       const names = await readdir(folder, { recursive: true });
       await Promise.all(
-        names.filter((name) => compressible.test(name)).map(async (name) => {
-          const path = join(folder, name);
-          const data = await readFile(path);
-          if (data.length < leastBytes) return;
-          const quality = { params: { [constants.BROTLI_PARAM_QUALITY]: constants.BROTLI_MAX_QUALITY } };
-          await writeFile(`${path}.gz`, await promisify(gzip)(data, { level: 9 }));
-          await writeFile(`${path}.br`, await promisify(brotliCompress)(data, quality));
-        }),
+        names
+          .filter((name) => compressible.test(name))
+          .map(async (name) => {
+            const path = join(folder, name);
+            const data = await readFile(path);
+            if (data.length < leastBytes) return;
+            const quality = { params: { [constants.BROTLI_PARAM_QUALITY]: constants.BROTLI_MAX_QUALITY } };
+            await writeFile(`${path}.gz`, await promisify(gzip)(data, { level: 9 }));
+            await writeFile(`${path}.br`, await promisify(brotliCompress)(data, quality));
+          }),
       );
     },
   };

@@ -10,8 +10,14 @@ const entries = {
 type File =
   | { type: "asset"; fileName: string; source: string | Uint8Array }
   | {
-      type: "chunk"; fileName: string; facadeModuleId: string | null; isEntry: boolean; code: string;
-      imports: string[]; dynamicImports: string[]; viteMetadata?: { importedCss: Set<string> };
+      type: "chunk";
+      fileName: string;
+      facadeModuleId: string | null;
+      isEntry: boolean;
+      code: string;
+      imports: string[];
+      dynamicImports: string[];
+      viteMetadata?: { importedCss: Set<string> };
     };
 
 /** Fails the build when an entry, gzipped and with everything that it loads, weighs more than its limit. */

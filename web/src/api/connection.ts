@@ -18,7 +18,10 @@ export class Connection {
   #next: ReturnType<typeof setTimeout> | undefined;
 
   /** @param address  asked before each attempt, since settings can change  @param changed  told each new state */
-  constructor(readonly address: (hasFailed: boolean) => Promise<string>, readonly changed: (state: ConnectionState) => void) {
+  constructor(
+    readonly address: (hasFailed: boolean) => Promise<string>,
+    readonly changed: (state: ConnectionState) => void,
+  ) {
     addEventListener("online", () => this.check());
     addEventListener("offline", () => this.#lose());
     document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && this.check());

@@ -11,7 +11,14 @@ export function reportError(error: unknown, source: string): void {
   reported.add(message);
   console.error(error);
   const stack = error instanceof Error ? error.stack : undefined;
-  const report = { source, message, url: location.href, timestamp: new Date().toISOString(), userAgent: navigator.userAgent, stack };
+  const report = {
+    source,
+    message,
+    url: location.href,
+    timestamp: new Date().toISOString(),
+    userAgent: navigator.userAgent,
+    stack,
+  };
   server.reportError(report).catch(() => reported.delete(message));
 }
 

@@ -2,10 +2,19 @@
 
 /** Codes of the reply; those below 0 are this application's own. */
 export const codes = {
-  done: 20000, noConnection: 30100, badRequest: 30101,
-  serialSend: 30200, tcpSend: 30201, udpSend: 30202, nothingSent: 30203,
-  serialCheck: 30300, udpOpen: 30301, tcpClientOpen: 30302, tcpServerOpen: 30303,
-  nameTaken: 30304, duplicate: 30306,
+  done: 20000,
+  noConnection: 30100,
+  badRequest: 30101,
+  serialSend: 30200,
+  tcpSend: 30201,
+  udpSend: 30202,
+  nothingSent: 30203,
+  serialCheck: 30300,
+  udpOpen: 30301,
+  tcpClientOpen: 30302,
+  tcpServerOpen: 30303,
+  nameTaken: 30304,
+  duplicate: 30306,
   /** The server was not reached, or did not answer in time. */
   unreachable: -1,
   /** The answer was none of this server's. */
@@ -18,7 +27,11 @@ export class ServerError extends Error {
   override name = "ServerError";
 
   /** @param text  what the server says; empty for all but clicks */
-  constructor(readonly code: number, readonly text = "", readonly route = "") {
+  constructor(
+    readonly code: number,
+    readonly text = "",
+    readonly route = "",
+  ) {
     super(`${route} ${code} ${text}`.trim());
   }
 }
@@ -40,12 +53,20 @@ interface Condition {
   readonly still?: string;
 }
 
-async function exchange(method: "GET" | "POST", route: string, body?: unknown, limit = answerLimit, { not, still }: Condition = {}): Promise<Stored> {
+async function exchange(
+  method: "GET" | "POST",
+  route: string,
+  body?: unknown,
+  limit = answerLimit,
+  { not, still }: Condition = {},
+): Promise<Stored> {
   let envelope: { code?: unknown; data?: unknown; message?: unknown };
   let tag: string;
   try {
     const response = await fetch(route, {
-      method, cache: "no-store", signal: AbortSignal.timeout(limit),
+      method,
+      cache: "no-store",
+      signal: AbortSignal.timeout(limit),
       ...(method === "POST" && { body: JSON.stringify(body ?? {}) }),
       headers: {
         ...(method === "POST" && { "Content-Type": "application/json" }),

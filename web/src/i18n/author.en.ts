@@ -28,9 +28,11 @@ export const authorEn = {
   draftRestored: "Your unsaved work of {0} is back.",
   discardDraft: "Discard it",
   newerTitle: "These pages were made with a newer version",
-  newerText: "The stored pages have version {0}, which this application does not know. Update the server to edit them; until then nothing is changed.",
+  newerText:
+    "The stored pages have version {0}, which this application does not know. Update the server to edit them; until then nothing is changed.",
   foreignTitle: "The stored pages come from another program",
-  foreignText: "They can't be shown or edited here. You can start with empty pages; the stored ones stay until you save.",
+  foreignText:
+    "They can't be shown or edited here. You can start with empty pages; the stored ones stay until you save.",
   startAnew: "Start with empty pages",
   conflictTitle: "Somebody else has saved meanwhile",
   conflictText: "Nothing is lost yet. Choose what shall be stored.",
@@ -84,7 +86,8 @@ export const authorEn = {
   importFound: "found here",
   importMissing: "These interfaces are missing here. Without them, their commands are listed as problems.",
   importAddMissing: "Add the missing interfaces",
-  importReplaces: "Taking it over replaces all pages, commands and materials that are shown here. Nothing is stored before you save.",
+  importReplaces:
+    "Taking it over replaces all pages, commands and materials that are shown here. Nothing is stored before you save.",
   importAdds: "The page is added to those that are there. Nothing is stored before you save.",
   importReplace: "Replace everything",
   importAddPage: "Add the page",
@@ -97,7 +100,8 @@ export const authorEn = {
   useCount: "used {0}×",
   deleteAll: "Delete all",
   deleteAllInterfaces: "Delete all interfaces?",
-  deleteAllText: "All {0} interfaces are closed and deleted at once. {1} {1|command loses its|commands lose their} interface and {1|is|are} listed as {1|a problem|problems}.",
+  deleteAllText:
+    "All {0} interfaces are closed and deleted at once. {1} {1|command loses its|commands lose their} interface and {1|is|are} listed as {1|a problem|problems}.",
   deleteInterface: "Delete {0}?",
   deleteInterfaceUsed: "{0} {0|command uses it. It stops|commands use it. They stop} working at once.",
   deleteInterfaceUnused: "No command uses it.",
@@ -144,7 +148,8 @@ export const authorEn = {
   trying: "Trying…",
   interfaceStored: "{0} works and is stored.",
   noMaterials: "No material yet",
-  noMaterialsHint: "Drop images and icons here, or choose them. They are stored with the pages, so that panels need nothing else.",
+  noMaterialsHint:
+    "Drop images and icons here, or choose them. They are stored with the pages, so that panels need nothing else.",
   addMaterial: "Add images",
   materialsHint: "PNG, JPEG, SVG, WebP or GIF, at most 8 MB each. Drop files anywhere on this screen.",
   replace: "Replace",
@@ -324,7 +329,8 @@ export const authorEn = {
   encodingUtf8: "UTF-8",
   encodingOneByte: "One byte a character",
   encodingGb: "GB18030",
-  wideEscapes: "\\x80 to \\xFF become two bytes in UTF-8. For single bytes choose “One byte a character” or hexadecimal.",
+  wideEscapes:
+    "\\x80 to \\xFF become two bytes in UTF-8. For single bytes choose “One byte a character” or hexadecimal.",
   bytes: "Bytes that go out",
   notConverted: "These bytes can't be told in the other format without loss, so nothing was changed.",
   atColumn: "Column {0}:",

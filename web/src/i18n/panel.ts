@@ -14,6 +14,7 @@ export function failureText(code: number, text: string): { sentence: string; det
   const first = known in panelEn ? tp(known as keyof typeof panelEn) : tp("codeOther", code);
   const numbers = [...text.matchAll(/(?:reason:|原因:)(\d+)/g)].map((match) => sameHint[match[1]!] ?? match[1]!);
   const hints = [...new Set(numbers)].flatMap((number) =>
-    `hint${number}` in panelEn ? [tp(`hint${number}` as keyof typeof panelEn)] : []);
+    `hint${number}` in panelEn ? [tp(`hint${number}` as keyof typeof panelEn)] : [],
+  );
   return { sentence: [first, ...hints].join(" "), details: text.trim() };
 }

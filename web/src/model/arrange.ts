@@ -10,12 +10,18 @@ export function aligned<Item extends Box>(items: readonly Item[], alignment: Ali
   if (!around) return [];
   return items.map((item) => {
     switch (alignment) {
-      case "left": return { ...item, x: around.x };
-      case "center": return { ...item, x: Math.round(around.x + (around.width - item.width) / 2) };
-      case "right": return { ...item, x: around.x + around.width - item.width };
-      case "top": return { ...item, y: around.y };
-      case "middle": return { ...item, y: Math.round(around.y + (around.height - item.height) / 2) };
-      case "bottom": return { ...item, y: around.y + around.height - item.height };
+      case "left":
+        return { ...item, x: around.x };
+      case "center":
+        return { ...item, x: Math.round(around.x + (around.width - item.width) / 2) };
+      case "right":
+        return { ...item, x: around.x + around.width - item.width };
+      case "top":
+        return { ...item, y: around.y };
+      case "middle":
+        return { ...item, y: Math.round(around.y + (around.height - item.height) / 2) };
+      case "bottom":
+        return { ...item, y: around.y + around.height - item.height };
     }
   });
 }

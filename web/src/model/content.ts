@@ -98,7 +98,9 @@ export function bytesToText(bytes: Bytes, asciiEncode: number): string | undefin
   const text = decode(bytes, asciiEncode);
   if (text === undefined) return undefined;
   const back = textToBytes(text, asciiEncode);
-  return !isFault(back) && back.length === bytes.length && back.every((byte, at) => byte === bytes[at]) ? text : undefined;
+  return !isFault(back) && back.length === bytes.length && back.every((byte, at) => byte === bytes[at])
+    ? text
+    : undefined;
 }
 
 function decode(bytes: Bytes, asciiEncode: number): string | undefined {

@@ -34,15 +34,17 @@ export function unescapeText(notation: string): string | Fault {
 
 /** The notation of a text; unescapeText gives back the same text. */
 export function escapeText(text: string): string {
-  return [...text].map((character) => {
-    const code = character.codePointAt(0)!;
-    const hidden = code < 0x20 || (code >= 0x7f && code < 0xa0);
-    const unseen = (code >= 0xd800 && code <= 0xdfff) || code === 0xfeff || (code >= 0x200b && code <= 0x200f);
-    const name = names.get(character);
-    if (name) return name;
-    if (hidden) return `\\x${code.toString(16).toUpperCase().padStart(2, "0")}`;
-    return unseen ? `\\u${code.toString(16).toUpperCase().padStart(4, "0")}` : character;
-  }).join("");
+  return [...text]
+    .map((character) => {
+      const code = character.codePointAt(0)!;
+      const hidden = code < 0x20 || (code >= 0x7f && code < 0xa0);
+      const unseen = (code >= 0xd800 && code <= 0xdfff) || code === 0xfeff || (code >= 0x200b && code <= 0x200f);
+      const name = names.get(character);
+      if (name) return name;
+      if (hidden) return `\\x${code.toString(16).toUpperCase().padStart(2, "0")}`;
+      return unseen ? `\\u${code.toString(16).toUpperCase().padStart(4, "0")}` : character;
+    })
+    .join("");
 }
 
 /** What ends a text command, as the editor offers it. */

@@ -1,7 +1,13 @@
 /** Boxes on a page, in px. Pure functions; nothing here knows a screen. */
 
-export interface Point { readonly x: number; readonly y: number }
-export interface Box extends Point { readonly width: number; readonly height: number }
+export interface Point {
+  readonly x: number;
+  readonly y: number;
+}
+export interface Box extends Point {
+  readonly width: number;
+  readonly height: number;
+}
 
 export function contains(box: Box, point: Point): boolean {
   return point.x >= box.x && point.x < box.x + box.width && point.y >= box.y && point.y < box.y + box.height;
@@ -9,16 +15,20 @@ export function contains(box: Box, point: Point): boolean {
 
 export function overlaps(one: Box, other: Box): boolean {
   return (
-    one.x < other.x + other.width && other.x < one.x + one.width &&
-    one.y < other.y + other.height && other.y < one.y + one.height
+    one.x < other.x + other.width &&
+    other.x < one.x + one.width &&
+    one.y < other.y + other.height &&
+    other.y < one.y + one.height
   );
 }
 
 /** The box between two corners, whichever they are. */
 export function boxBetween(one: Point, other: Point): Box {
   return {
-    x: Math.min(one.x, other.x), y: Math.min(one.y, other.y),
-    width: Math.abs(one.x - other.x), height: Math.abs(one.y - other.y),
+    x: Math.min(one.x, other.x),
+    y: Math.min(one.y, other.y),
+    width: Math.abs(one.x - other.x),
+    height: Math.abs(one.y - other.y),
   };
 }
 
@@ -50,7 +60,11 @@ export function atLeast(box: Box, side: number): Box {
  * that hold it once they are grown to `side`. So a small target is as easy to hit as a large one, and never takes
  * a press that lies inside another.
  */
-export function targetAt<Target extends Box>(targets: readonly Target[], point: Point, side: number): Target | undefined {
+export function targetAt<Target extends Box>(
+  targets: readonly Target[],
+  point: Point,
+  side: number,
+): Target | undefined {
   const inside = targets.findLast((target) => contains(target, point));
   if (inside) return inside;
   let nearest: Target | undefined;
@@ -62,7 +76,10 @@ export function targetAt<Target extends Box>(targets: readonly Target[], point: 
 }
 
 /** The greatest scale at which a page fits, and where it then lies. */
-export function fitInto(page: { width: number; height: number }, room: { width: number; height: number }): Point & { scale: number } {
+export function fitInto(
+  page: { width: number; height: number },
+  room: { width: number; height: number },
+): Point & { scale: number } {
   const scale = Math.max(0.01, Math.min(room.width / page.width, room.height / page.height));
   return { scale, x: (room.width - page.width * scale) / 2, y: (room.height - page.height * scale) / 2 };
 }
@@ -90,7 +107,8 @@ export function resized(box: Box, handle: Handle, dx: number, dy: number, least:
   return {
     x: west ? box.x + box.width - width : box.x,
     y: north ? box.y + box.height - height : box.y,
-    width, height,
+    width,
+    height,
   };
 }
 

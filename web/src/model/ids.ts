@@ -6,7 +6,7 @@
 /** Id of a component: a positive whole number of 31 bits, as the server's command map takes it. */
 export function newComponentId(): number {
   const [value = 1] = crypto.getRandomValues(new Uint32Array(1));
-  return (value & 0x7fffffff) || 1;
+  return value & 0x7fffffff || 1;
 }
 
 /** Id of a page, a material or a group: ten characters behind a letter that tells the kind. */

@@ -106,7 +106,9 @@ export function readCommand(value: unknown): Command | undefined {
   const content = asObject(from[controlType])["content"];
   if (typeof content !== "string" || typeof from["portIndex"] !== "number") return undefined;
   return {
-    portIndex: from["portIndex"], controlType, content,
+    portIndex: from["portIndex"],
+    controlType,
+    content,
     interfaceName: asText(from["interfaceName"]) || asText(from["interFaceName"]),
     commandName: asText(from["commandName"]),
     contentFormat: asNumber(from["contentFormat"], 0, 0, 1),
@@ -120,17 +122,19 @@ export function writeCommand({ content, ...command }: Command): object {
 
 /** The document of these components; commands of others, and of triggers that they don't have, are left out. */
 export function writeInteractions(interactions: Interactions, components: readonly Component[]): object {
-  const componentArr = components.filter(({ type }) => isActive(type)).flatMap((component) => {
-    const one = interactions[component.id];
-    if (!one) return [];
-    const { triggers } = component.type === "slider" && one.template ? expandTemplate(component, one.template) : one;
-    const interactionArr = triggersOf(component)
-      .filter((triggerType) => triggers[triggerType]?.length)
-      .map((triggerType) => ({ triggerType, commandArr: triggers[triggerType]!.map(writeCommand) }));
-    if (!interactionArr.length && !one.template?.length) return [];
-    const template = one.template && { template: one.template.map(writeCommand) };
-    return [{ componentId: component.id, interactionArr, ...template }];
-  });
+  const componentArr = components
+    .filter(({ type }) => isActive(type))
+    .flatMap((component) => {
+      const one = interactions[component.id];
+      if (!one) return [];
+      const { triggers } = component.type === "slider" && one.template ? expandTemplate(component, one.template) : one;
+      const interactionArr = triggersOf(component)
+        .filter((triggerType) => triggers[triggerType]?.length)
+        .map((triggerType) => ({ triggerType, commandArr: triggers[triggerType]!.map(writeCommand) }));
+      if (!interactionArr.length && !one.template?.length) return [];
+      const template = one.template && { template: one.template.map(writeCommand) };
+      return [{ componentId: component.id, interactionArr, ...template }];
+    });
   return { componentInteractionInfo: { componentArr } };
 }
 
@@ -141,7 +145,8 @@ export function commandLists(one: ComponentCommands | undefined): (readonly Comm
 
 /** The same with every command replaced by what `change` gives, or dropped where it gives nothing. */
 export function mapCommands(
-  interactions: Interactions, change: (command: Command) => Command | undefined,
+  interactions: Interactions,
+  change: (command: Command) => Command | undefined,
 ): Interactions {
   const mapList = (list: readonly Command[]) => list.flatMap((command) => change(command) ?? []);
   const result: Record<number, ComponentCommands> = {};

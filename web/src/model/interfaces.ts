@@ -29,27 +29,40 @@ export type Interface =
   | { nodeId: number; controlType: "comInfo"; info: SerialInfo };
 
 export const newNetInfo: NetInfo = {
-  netPortName: "", netMode: "TCP_Client", ipAddress: "", port: 0, dstIpAddress: "", dstPort: 4001,
+  netPortName: "",
+  netMode: "TCP_Client",
+  ipAddress: "",
+  port: 0,
+  dstIpAddress: "",
+  dstPort: 4001,
 };
 export const newSerialInfo: SerialInfo = {
-  comName: "", comPort: "", baudRate: 9600, wordLength: 8, parity: "None", stopBits: 1,
+  comName: "",
+  comPort: "",
+  baudRate: 9600,
+  wordLength: 8,
+  parity: "None",
+  stopBits: 1,
 };
 
 const int32 = 0x7fffffff;
 
 /** The interfaces of the server's list, in its order. */
 export function readInterfaces(value: unknown): Interface[] {
-  return asArray(asObject(value)["configList"]).filter(isObject).flatMap((one): Interface[] => {
-    const nodeId = asNumber(one["nodeId"], 0, -int32 - 1, int32);
-    if (one["controlType"] === "comInfo") {
-      return [{ nodeId, controlType: "comInfo", info: { ...newSerialInfo, ...(one["comInfo"] as SerialInfo) } }];
-    }
-    const { netPortName, netMode, ipAddress, port, dstIpAddress, dstPort } = {
-      ...newNetInfo, ...(one["netPortInfo"] as NetInfo),
-    };
-    const info = { netPortName, netMode, ipAddress, port, dstIpAddress, dstPort };
-    return [{ nodeId, controlType: "netPortInfo", info }];
-  });
+  return asArray(asObject(value)["configList"])
+    .filter(isObject)
+    .flatMap((one): Interface[] => {
+      const nodeId = asNumber(one["nodeId"], 0, -int32 - 1, int32);
+      if (one["controlType"] === "comInfo") {
+        return [{ nodeId, controlType: "comInfo", info: { ...newSerialInfo, ...(one["comInfo"] as SerialInfo) } }];
+      }
+      const { netPortName, netMode, ipAddress, port, dstIpAddress, dstPort } = {
+        ...newNetInfo,
+        ...(one["netPortInfo"] as NetInfo),
+      };
+      const info = { netPortName, netMode, ipAddress, port, dstIpAddress, dstPort };
+      return [{ nodeId, controlType: "netPortInfo", info }];
+    });
 }
 
 export function interfaceName(one: Interface): string {

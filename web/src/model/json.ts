@@ -24,9 +24,7 @@ export function asNumber(value: unknown, otherwise: number, least: number, most:
   return Math.min(most, Math.max(least, number));
 }
 
-export function asChoice<Choice extends string>(
-  value: unknown, choices: readonly Choice[], otherwise: Choice,
-): Choice {
+export function asChoice<Choice extends string>(value: unknown, choices: readonly Choice[], otherwise: Choice): Choice {
   return choices.includes(value as Choice) ? (value as Choice) : otherwise;
 }
 
@@ -35,7 +33,9 @@ export function sameJson(one: unknown, other: unknown): boolean {
   if (one === other) return true;
   if (Array.isArray(one) || Array.isArray(other)) {
     return (
-      Array.isArray(one) && Array.isArray(other) && one.length === other.length &&
+      Array.isArray(one) &&
+      Array.isArray(other) &&
+      one.length === other.length &&
       one.every((value, index) => sameJson(value, other[index]))
     );
   }

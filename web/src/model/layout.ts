@@ -111,12 +111,32 @@ const sizes: Record<ComponentType, [number, number]> = {
 export function newComponent(type: ComponentType, x: number, y: number, text = ""): Component {
   const [width, height] = sizes[type];
   return {
-    id: newComponentId(), type, name: "", x, y, width, height, locked: false, group: "",
-    fontSize: type === "clock" ? 32 : 20, radius: 14, align: type === "text" ? "left" : "center",
-    look: { ...emptyLook, text }, activeLook: emptyLook,
-    mode: "click", confirm: "", interval: 300, hold: 800,
-    steps: 11, min: 0, max: 100, vertical: false, live: false,
-    target: "", clock: "time", fit: "contain",
+    id: newComponentId(),
+    type,
+    name: "",
+    x,
+    y,
+    width,
+    height,
+    locked: false,
+    group: "",
+    fontSize: type === "clock" ? 32 : 20,
+    radius: 14,
+    align: type === "text" ? "left" : "center",
+    look: { ...emptyLook, text },
+    activeLook: emptyLook,
+    mode: "click",
+    confirm: "",
+    interval: 300,
+    hold: 800,
+    steps: 11,
+    min: 0,
+    max: 100,
+    vertical: false,
+    live: false,
+    target: "",
+    clock: "time",
+    fit: "contain",
   };
 }
 
@@ -137,9 +157,10 @@ export function copyPage(page: Page, name: string): { page: Page; ids: Map<numbe
 }
 
 /** Copies with new ids and groups, and for each old component id the new one. */
-export function copyComponents(
-  components: readonly Component[],
-): { components: Component[]; ids: Map<number, number> } {
+export function copyComponents(components: readonly Component[]): {
+  components: Component[];
+  ids: Map<number, number>;
+} {
   const ids = new Map<number, number>();
   const groups = new Map<string, string>();
   const copies = components.map((component) => {

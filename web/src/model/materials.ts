@@ -53,7 +53,8 @@ export function readMaterial(value: unknown): Material | undefined {
   const data = asText(value["data"]);
   if (!id || !isImageData(data)) return undefined;
   return {
-    id, data,
+    id,
+    data,
     name: asText(value["name"]) || id,
     width: asNumber(value["width"], 0, 0, 100_000),
     height: asNumber(value["height"], 0, 0, 100_000),

@@ -24,10 +24,11 @@ export function withoutLostCommands(project: Project, interfaceIds: ReadonlySet<
 function isSamePage(page: Page, mine: Project, other: Project): boolean {
   const counterpart = other.layout.pages.find((one) => one.id === page.id);
   if (!counterpart || !sameJson(page, counterpart)) return false;
-  const commandsOf = (project: Project) => page.components.map((one) => {
-    const commands = project.interactions[one.id];
-    return commands ? commands : { triggers: {} };
-  });
+  const commandsOf = (project: Project) =>
+    page.components.map((one) => {
+      const commands = project.interactions[one.id];
+      return commands ? commands : { triggers: {} };
+    });
   return sameJson(commandsOf(mine), commandsOf(other));
 }
 
@@ -53,5 +54,8 @@ export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf
   }
   const known = new Set(theirs.materials.map((one) => one.id));
   const materials = [...theirs.materials, ...mine.materials.filter((one) => !known.has(one.id))];
-  return withPages({ ...result, materials }, [...theirs.layout.pages, ...copies.map((page) => retarget(page, pageIds))]);
+  return withPages({ ...result, materials }, [
+    ...theirs.layout.pages,
+    ...copies.map((page) => retarget(page, pageIds)),
+  ]);
 }

@@ -31,16 +31,23 @@ export function findProblems(project: Project, interfaceIds: ReadonlySet<number>
     const lostBackground = page.material !== "" && !materials.has(page.material);
     const ofPage: Problem[] = lostBackground ? [{ kind: "lostMaterial", pageId: page.id, componentId: 0 }] : [];
     const ofComponents = page.components.flatMap((component) =>
-      problemsOf(component, page, project, interfaceIds, materials, pages)
-        .map((kind) => ({ kind, pageId: page.id, componentId: component.id })),
+      problemsOf(component, page, project, interfaceIds, materials, pages).map((kind) => ({
+        kind,
+        pageId: page.id,
+        componentId: component.id,
+      })),
     );
     return [...ofPage, ...ofComponents];
   });
 }
 
 function problemsOf(
-  component: Component, page: Page, project: Project, interfaceIds: ReadonlySet<number>,
-  materials: ReadonlySet<string>, pages: ReadonlySet<string>,
+  component: Component,
+  page: Page,
+  project: Project,
+  interfaceIds: ReadonlySet<number>,
+  materials: ReadonlySet<string>,
+  pages: ReadonlySet<string>,
 ): ProblemKind[] {
   const kinds: ProblemKind[] = [];
   const commands = project.interactions[component.id];

@@ -1,7 +1,5 @@
 /** Everything that the author edits and saves at once. Never changed in place; every change makes a new one. */
-import {
-  allComponents, type Component, emptyLayout, type Layout, type Page,
-} from "./layout.ts";
+import { allComponents, type Component, emptyLayout, type Layout, type Page } from "./layout.ts";
 import { type Command, type ComponentCommands, type Interactions, writeInteractions } from "./interactions.ts";
 import { type Material, writeMaterials } from "./materials.ts";
 import { sameJson } from "./json.ts";
@@ -28,7 +26,8 @@ export function writeProject(project: Project): { layout: object; interactions: 
 export function sameProject(one: Project, other: Project): boolean {
   if (one === other) return true;
   return (
-    sameMaterials(one.materials, other.materials) && sameJson(one.layout, other.layout) &&
+    sameMaterials(one.materials, other.materials) &&
+    sameJson(one.layout, other.layout) &&
     sameJson(writeProject(one).interactions, writeProject(other).interactions)
   );
 }

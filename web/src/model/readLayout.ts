@@ -1,7 +1,21 @@
 /** Reading and writing of the layout document. */
 import {
-  alignments, clockForms, type Component, componentSides, componentTypes, emptyLayout, imageFits, type Layout,
-  layoutVersion, type Look, newComponent, newPage, type Page, pageSides, pressModes, sliderSteps,
+  alignments,
+  clockForms,
+  type Component,
+  componentSides,
+  componentTypes,
+  emptyLayout,
+  imageFits,
+  type Layout,
+  layoutVersion,
+  type Look,
+  newComponent,
+  newPage,
+  type Page,
+  pageSides,
+  pressModes,
+  sliderSteps,
 } from "./layout.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject } from "./json.ts";
 
@@ -29,12 +43,14 @@ export function readLayout(value: unknown): Layout | Refusal {
   const document = asObject(value);
   const pageIds = new Set<string>();
   const componentIds = new Set<number>();
-  const pages = asArray(document["pages"]).filter(isObject).flatMap((page) => {
-    const read = readPage(page, componentIds);
-    if (pageIds.has(read.id)) return [];
-    pageIds.add(read.id);
-    return [read];
-  });
+  const pages = asArray(document["pages"])
+    .filter(isObject)
+    .flatMap((page) => {
+      const read = readPage(page, componentIds);
+      if (pageIds.has(read.id)) return [];
+      pageIds.add(read.id);
+      return [read];
+    });
   const startPage = asText(document["startPage"]);
   return { startPage: pageIds.has(startPage) ? startPage : "", pages };
 }
@@ -68,8 +84,12 @@ export function readPage(value: unknown, takenIds: Set<number> = new Set()): Pag
 function readLook(value: unknown): Look {
   const look = asObject(value);
   return {
-    text: asText(look["text"]), fill: asColor(look["fill"]), color: asColor(look["color"]),
-    border: asColor(look["border"]), icon: asText(look["icon"]), material: asText(look["material"]),
+    text: asText(look["text"]),
+    fill: asColor(look["fill"]),
+    color: asColor(look["color"]),
+    border: asColor(look["border"]),
+    icon: asText(look["icon"]),
+    material: asText(look["material"]),
   };
 }
 
@@ -94,7 +114,8 @@ export function readComponent(value: unknown): Component | undefined {
   const side = (key: "width" | "height") =>
     Math.round(asNumber(from[key], fresh[key], componentSides.least, componentSides.most));
   return {
-    id, type,
+    id,
+    type,
     name: asText(from["name"]),
     x: Math.round(asNumber(from["x"], 0, -100_000, 100_000)),
     y: Math.round(asNumber(from["y"], 0, -100_000, 100_000)),

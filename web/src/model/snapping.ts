@@ -22,7 +22,11 @@ export interface SnapSettings {
   readonly reach: number;
 }
 
-interface Hit { shift: number; at: number; other: Box }
+interface Hit {
+  shift: number;
+  at: number;
+  other: Box;
+}
 
 const start = (box: Box, axis: "x" | "y") => box[axis];
 const length = (box: Box, axis: "x" | "y") => (axis === "x" ? box.width : box.height);
@@ -34,7 +38,11 @@ function lines(box: Box, axis: "x" | "y"): number[] {
 }
 
 /** How far a dragged box has to be shifted further, and the guides that tell why. */
-export function snapMove(box: Box, targets: SnapTargets, settings: SnapSettings): { dx: number; dy: number; guides: Guide[] } {
+export function snapMove(
+  box: Box,
+  targets: SnapTargets,
+  settings: SnapSettings,
+): { dx: number; dy: number; guides: Guide[] } {
   const x = snapAxis(box, "x", lines(box, "x"), targets, settings);
   const y = snapAxis(box, "y", lines(box, "y"), targets, settings);
   const moved = { ...box, x: box.x + x.shift, y: box.y + y.shift };
@@ -43,16 +51,25 @@ export function snapMove(box: Box, targets: SnapTargets, settings: SnapSettings)
 
 /** How far the moved edges of a box have to be shifted further. `edgeX` and `edgeY`: which of them move. */
 export function snapEdges(
-  box: Box, edgeX: "start" | "end" | "", edgeY: "start" | "end" | "", targets: SnapTargets, settings: SnapSettings,
+  box: Box,
+  edgeX: "start" | "end" | "",
+  edgeY: "start" | "end" | "",
+  targets: SnapTargets,
+  settings: SnapSettings,
 ): { dx: number; dy: number; guides: Guide[] } {
-  const edge = (axis: "x" | "y", which: "start" | "end") => (which === "start" ? lines(box, axis)[0]! : lines(box, axis)[2]!);
+  const edge = (axis: "x" | "y", which: "start" | "end") =>
+    which === "start" ? lines(box, axis)[0]! : lines(box, axis)[2]!;
   const x = edgeX ? snapAxis(box, "x", [edge("x", edgeX)], targets, settings) : { shift: 0 };
   const y = edgeY ? snapAxis(box, "y", [edge("y", edgeY)], targets, settings) : { shift: 0 };
   return { dx: x.shift, dy: y.shift, guides: [...guidesOf(box, "x", x.hit), ...guidesOf(box, "y", y.hit)] };
 }
 
 function snapAxis(
-  box: Box, axis: "x" | "y", own: readonly number[], targets: SnapTargets, settings: SnapSettings,
+  box: Box,
+  axis: "x" | "y",
+  own: readonly number[],
+  targets: SnapTargets,
+  settings: SnapSettings,
 ): { shift: number; hit?: Hit } {
   let best: Hit | undefined;
   const page = { x: 0, y: 0, ...targets.page };
@@ -60,7 +77,8 @@ function snapAxis(
     for (const at of lines(other, axis)) {
       for (const line of own) {
         const shift = at - line;
-        if (Math.abs(shift) <= settings.reach && (!best || Math.abs(shift) < Math.abs(best.shift))) best = { shift, at, other };
+        if (Math.abs(shift) <= settings.reach && (!best || Math.abs(shift) < Math.abs(best.shift)))
+          best = { shift, at, other };
       }
     }
   }
@@ -75,6 +93,11 @@ function snapAxis(
 function guidesOf(box: Box, axis: "x" | "y", hit: Hit | undefined): Guide[] {
   if (!hit) return [];
   const across = axis === "x" ? "y" : "x";
-  const ends = [lines(box, across)[0]!, lines(box, across)[2]!, lines(hit.other, across)[0]!, lines(hit.other, across)[2]!];
+  const ends = [
+    lines(box, across)[0]!,
+    lines(box, across)[2]!,
+    lines(hit.other, across)[0]!,
+    lines(hit.other, across)[2]!,
+  ];
   return [{ axis, at: hit.at, from: Math.min(...ends), to: Math.max(...ends) }];
 }

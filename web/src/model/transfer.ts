@@ -22,13 +22,24 @@ export interface Transfer {
 export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
   const content = page ? onlyPage(project, page) : project;
   const uses = interfaceUses(content.interactions);
-  return JSON.stringify({
-    form, version: transferVersion, scope: page ? "page" : "project",
-    layout: writeLayout(content.layout),
-    interactions: writeInteractions(content.interactions, content.layout.pages.flatMap((one) => one.components)),
-    materials: writeMaterials(content.materials),
-    interfaces: page ? interfaces.filter((one) => uses.has(one.nodeId)).map(writeInterface) : interfaces.map(writeInterface),
-  }, null, 1);
+  return JSON.stringify(
+    {
+      form,
+      version: transferVersion,
+      scope: page ? "page" : "project",
+      layout: writeLayout(content.layout),
+      interactions: writeInteractions(
+        content.interactions,
+        content.layout.pages.flatMap((one) => one.components),
+      ),
+      materials: writeMaterials(content.materials),
+      interfaces: page
+        ? interfaces.filter((one) => uses.has(one.nodeId)).map(writeInterface)
+        : interfaces.map(writeInterface),
+    },
+    null,
+    1,
+  );
 }
 
 function writeInterface(one: Interface): object {
@@ -36,7 +47,10 @@ function writeInterface(one: Interface): object {
 }
 
 function onlyPage(project: Project, page: Page): Project {
-  const used = new Set([page.material, ...page.components.flatMap((one) => [one.look.material, one.activeLook.material])]);
+  const used = new Set([
+    page.material,
+    ...page.components.flatMap((one) => [one.look.material, one.activeLook.material]),
+  ]);
   const layout: Layout = { startPage: "", pages: [page] };
   const interactions: Record<number, Interactions[number]> = {};
   for (const { id, type } of page.components) {
@@ -104,5 +118,8 @@ function withAddedPages(project: Project, content: Project): Project {
   }
   const known = new Set(project.materials.map((one: Material) => one.id));
   const materials = [...project.materials, ...content.materials.filter((one) => !known.has(one.id))];
-  return withPages({ ...result, materials }, [...project.layout.pages, ...added.map((page) => retarget(page, pageIds))]);
+  return withPages({ ...result, materials }, [
+    ...project.layout.pages,
+    ...added.map((page) => retarget(page, pageIds)),
+  ]);
 }

@@ -10,7 +10,11 @@ export const sharedPath = "/ws";
  * through a proxy, which has the WebSocket on the same port; a mere forwarding of ports is the other possibility.
  * @param page  of `location`  @param chosen  port that was set in this browser; 0: none  @param settings  settings.json
  */
-export function webSocketAddresses(page: { protocol: string; hostname: string; port: string }, chosen: number, settings: unknown): string[] {
+export function webSocketAddresses(
+  page: { protocol: string; hostname: string; port: string },
+  chosen: number,
+  settings: unknown,
+): string[] {
   const told = asObject(settings);
   const isSecure = page.protocol === "https:";
   const place = `${isSecure ? "wss" : "ws"}://${page.hostname}`;

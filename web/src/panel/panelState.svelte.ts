@@ -53,7 +53,10 @@ export class PanelState {
       this.connection = state;
     });
     setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(), times.refresh);
-    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.reload(true));
+    document.addEventListener(
+      "visibilitychange",
+      () => document.visibilityState === "visible" && void this.reload(true),
+    );
   }
 
   #isBusy(): boolean {

@@ -54,7 +54,11 @@ export class Presses {
     if (!component || [...this.#presses.values()].some((one) => one.component.id === component.id)) return false;
     if (component.type !== "link" && !this.hooks.isAllowed(component)) return false;
     const press: Press = {
-      component, held: true, sent: Promise.resolve(), longDone: false, before: this.hooks.position(component),
+      component,
+      held: true,
+      sent: Promise.resolve(),
+      longDone: false,
+      before: this.hooks.position(component),
     };
     this.#presses.set(pointer, press);
     this.hooks.setPressed(component.id, true);
@@ -98,7 +102,8 @@ export class Presses {
     // Modes that have begun to send stay pressed until the finger leaves the screen.
     const waits = component.type !== "button" || component.mode === "click" || component.mode === "long";
     if (waits && !press.longDone) this.hooks.setPressed(component.id, this.#inside(component, at));
-    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at)) clearTimeout(press.timer);
+    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at))
+      clearTimeout(press.timer);
   }
 
   up(pointer: number, at: Point): void {

@@ -18,7 +18,9 @@ export function styleOf(component: Component, look: Look): string {
     look.fill && `--fill:${look.fill}`,
     ink && `--ink-part:${ink}`,
     look.border && `--edge:${look.border}`,
-  ].filter(Boolean).join(";");
+  ]
+    .filter(Boolean)
+    .join(";");
 }
 
 /** Black or white, whichever stands out more on a colour. */

@@ -35,23 +35,33 @@ const places: [string, string, ((page: Page) => Promise<void>)?][] = [
   ["a new page", "#/pages", (page) => page.getByRole("button", { name: "New page" }).click()],
   ["the editor", "#/edit/p-hall"],
   ["properties", "#/edit/p-hall", selectButton],
-  ["a command", "#/edit/p-hall", async (page) => {
-    await selectButton(page);
-    await page.locator("ol .what").first().click();
-    await page.locator("#content").fill("\\q");
-  }],
+  [
+    "a command",
+    "#/edit/p-hall",
+    async (page) => {
+      await selectButton(page);
+      await page.locator("ol .what").first().click();
+      await page.locator("#content").fill("\\q");
+    },
+  ],
   ["interfaces", "#/interfaces", (page) => page.getByRole("button", { name: "New interface" }).click()],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
   ["the panel", "#/panel/p-hall"],
-  ["a failed press", "#/panel/p-hall", async (page) => {
-    await page.getByRole("switch").click();
-    await page.getByRole("alert").waitFor();
-  }],
+  [
+    "a failed press",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.getByRole("switch").click();
+      await page.getByRole("alert").waitFor();
+    },
+  ],
 ];
 
 it.each([
-  ["tablet", "light"], ["tablet", "dark"], ["phone", "light"],
+  ["tablet", "light"],
+  ["tablet", "dark"],
+  ["phone", "light"],
 ] as const)("axe finds nothing serious on a %s in %s", async (size, theme) => {
   const { page, context } = await newPage(browser, { ...screens[size], colorScheme: theme, reducedMotion: "reduce" });
   const found: string[] = [];
@@ -63,10 +73,16 @@ it.each([
     await act?.(page);
     await page.addScriptTag({ content: axe });
     const violations = await page.evaluate(async () => {
-      const result = await (window as unknown as { axe: { run: () => Promise<{ violations: { id: string; impact: string; nodes: { html: string }[] }[] }> } }).axe.run();
+      const result = await (
+        window as unknown as {
+          axe: { run: () => Promise<{ violations: { id: string; impact: string; nodes: { html: string }[] }[] }> };
+        }
+      ).axe.run();
       return result.violations.filter((one) => one.impact === "serious" || one.impact === "critical");
     });
-    found.push(...violations.map((one) => `${name}: ${one.id}: ${one.nodes.map((node) => node.html.slice(0, 160)).join(" | ")}`));
+    found.push(
+      ...violations.map((one) => `${name}: ${one.id}: ${one.nodes.map((node) => node.html.slice(0, 160)).join(" | ")}`),
+    );
   }
   await context.close();
   expect(found).toEqual([]);

@@ -41,7 +41,10 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
     await connected(page);
 
     await page.getByRole("listitem").filter({ hasText: "Add an interface" }).getByText("Go").click();
-    await addInterface(page, "TCP client", "Projector", { "Address of the device": "127.0.0.1", Port: String(projector.port) });
+    await addInterface(page, "TCP client", "Projector", {
+      "Address of the device": "127.0.0.1",
+      Port: String(projector.port),
+    });
     await page.getByText("Projector works and is stored.").waitFor();
     await addInterface(page, "UDP", "Lamps", { "Address of the device": "127.0.0.1", Port: String(lamps.port) });
     await page.getByText("Lamps works and is stored.").waitFor();
@@ -73,7 +76,10 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
 
     await page.keyboard.press("Control+S");
     await page.getByText("Saved. Panels show it").waitFor();
-    const [panel] = await Promise.all([context.waitForEvent("page"), page.getByRole("link", { name: "Open panel" }).click()]);
+    const [panel] = await Promise.all([
+      context.waitForEvent("page"),
+      page.getByRole("link", { name: "Open panel" }).click(),
+    ]);
     projector.bytes = "";
     await panel.getByText("Connected").waitFor();
     await panel.getByRole("button", { name: "On" }).click();
@@ -85,8 +91,13 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
 
 /** The editor on a page that holds these components, stored on the host. */
 async function openEditor(host: Host, components: object[]): Promise<{ page: Page; errors: string[] }> {
-  const pages = [{ id: "p1", name: "Hall", width: 1280, height: 800, components }, { id: "p2", name: "Lobby", components: [] }];
-  await host.post("setCentralControlWebLayout", { data: { form: "control pages", version: 1, startPage: "p1", pages } });
+  const pages = [
+    { id: "p1", name: "Hall", width: 1280, height: 800, components },
+    { id: "p2", name: "Lobby", components: [] },
+  ];
+  await host.post("setCentralControlWebLayout", {
+    data: { form: "control pages", version: 1, startPage: "p1", pages },
+  });
   const { page, errors } = await newPage(browser);
   await page.goto(`${host.url}/#/edit/p1`);
   await page.locator("[data-canvas]").waitFor();
@@ -94,16 +105,34 @@ async function openEditor(host: Host, components: object[]): Promise<{ page: Pag
   return { page, errors };
 }
 
-const button = (id: number, x: number, y: number) => ({ id, type: "button", x, y, width: 100, height: 60, look: { text: `B${id}` } });
-const stored = async (host: Host) => (await host.read("getPageLayoutInfo")).pages[0].components as { id: number; x: number; y: number; width: number; group: string }[];
+const button = (id: number, x: number, y: number) => ({
+  id,
+  type: "button",
+  x,
+  y,
+  width: 100,
+  height: 60,
+  look: { text: `B${id}` },
+});
+const stored = async (host: Host) =>
+  (await host.read("getPageLayoutInfo")).pages[0].components as {
+    id: number;
+    x: number;
+    y: number;
+    width: number;
+    group: string;
+  }[];
 
 /** Where a point of the page lies on the screen. */
 async function onScreen(page: Page, x: number, y: number): Promise<[number, number]> {
-  return page.locator(".sheet").evaluate((sheet, at) => {
-    const box = sheet.getBoundingClientRect();
-    const scale = box.width / (sheet as HTMLElement).offsetWidth;
-    return [box.x + at.x * scale, box.y + at.y * scale];
-  }, { x, y });
+  return page.locator(".sheet").evaluate(
+    (sheet, at) => {
+      const box = sheet.getBoundingClientRect();
+      const scale = box.width / (sheet as HTMLElement).offsetWidth;
+      return [box.x + at.x * scale, box.y + at.y * scale];
+    },
+    { x, y },
+  );
 }
 
 async function drag(page: Page, from: [number, number], to: [number, number]): Promise<void> {
@@ -135,7 +164,10 @@ describe("the editor", () => {
     await page.keyboard.press("ArrowDown");
     await save(page);
     const moved = await stored(host);
-    expect(moved.map(({ x, y }) => [x, y])).toEqual([[110, 101], [410, 301]]);
+    expect(moved.map(({ x, y }) => [x, y])).toEqual([
+      [110, 101],
+      [410, 301],
+    ]);
     expect(moved[0]!.group).not.toBe("");
     expect(moved[1]!.group).toBe(moved[0]!.group);
 
@@ -166,36 +198,47 @@ describe("the editor", () => {
     ["Keep mine as a copy", ["Hall", "Lobby", "Hall (mine)"], [400, undefined, 200]],
     ["Keep mine", ["Hall", "Lobby"], [200, undefined]],
     ["Take theirs", ["Hall", "Lobby"], [400, undefined]],
-  ])("keeps unsaved work over a reload, and lets the author choose when two have changed one page: %s", async (choice, names, heights) => {
-    await using host = await Host.start();
-    const { page } = await openEditor(host, [button(1, 100, 100)]);
-    await drag(page, [150, 130], [250, 230]);
-    await waitFor("the draft", () => page.evaluate(() => new Promise<number>((resolve) => {
-      const request = indexedDB.open("control-author");
-      request.onsuccess = () => {
-        const count = request.result.transaction("drafts").objectStore("drafts").count();
-        count.onsuccess = () => { request.result.close(); resolve(count.result); };
-      };
-    })));
-    await page.reload();
-    await page.getByText("Your unsaved work of").waitFor();
-    await connected(page);
+  ])(
+    "keeps unsaved work over a reload, and lets the author choose when two have changed one page: %s",
+    async (choice, names, heights) => {
+      await using host = await Host.start();
+      const { page } = await openEditor(host, [button(1, 100, 100)]);
+      await drag(page, [150, 130], [250, 230]);
+      await waitFor("the draft", () =>
+        page.evaluate(
+          () =>
+            new Promise<number>((resolve) => {
+              const request = indexedDB.open("control-author");
+              request.onsuccess = () => {
+                const count = request.result.transaction("drafts").objectStore("drafts").count();
+                count.onsuccess = () => {
+                  request.result.close();
+                  resolve(count.result);
+                };
+              };
+            }),
+        ),
+      );
+      await page.reload();
+      await page.getByText("Your unsaved work of").waitFor();
+      await connected(page);
 
-    const other = await newPage(browser);
-    await other.page.goto(`${host.url}/#/edit/p1`);
-    await other.page.locator(".sheet .part").waitFor();
-    await connected(other.page);
-    await drag(other.page, [150, 130], [150, 430]);
-    await save(other.page);
+      const other = await newPage(browser);
+      await other.page.goto(`${host.url}/#/edit/p1`);
+      await other.page.locator(".sheet .part").waitFor();
+      await connected(other.page);
+      await drag(other.page, [150, 130], [150, 430]);
+      await save(other.page);
 
-    await page.keyboard.press("Control+S");
-    const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
-    await dialog.getByText(choice, { exact: true }).click();
-    await page.getByRole("button", { name: "Saved" }).waitFor();
-    const pages = (await host.read("getPageLayoutInfo")).pages as { name: string; components: { y: number }[] }[];
-    expect(pages.map((one) => one.name)).toEqual(names);
-    expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
-  });
+      await page.keyboard.press("Control+S");
+      const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
+      await dialog.getByText(choice, { exact: true }).click();
+      await page.getByRole("button", { name: "Saved" }).waitFor();
+      const pages = (await host.read("getPageLayoutInfo")).pages as { name: string; components: { y: number }[] }[];
+      expect(pages.map((one) => one.name)).toEqual(names);
+      expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
+    },
+  );
 
   it("finds out when somebody else saves in the same moment", async () => {
     await using host = await Host.start();
@@ -207,10 +250,14 @@ describe("the editor", () => {
     await drag(page, [150, 130], [250, 230]);
     const commands = await host.read("getComponentInteractionInfo");
     await addCommand(page, "Device", "On", "ON");
-    await page.route("**/setCentralControlWebLayout", async (route) => {
-      await host.post("setCentralControlWebLayout", { data: theirs });
-      await route.continue();
-    }, { times: 1 });
+    await page.route(
+      "**/setCentralControlWebLayout",
+      async (route) => {
+        await host.post("setCentralControlWebLayout", { data: theirs });
+        await route.continue();
+      },
+      { times: 1 },
+    );
     await page.keyboard.press("Control+S");
     const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
     await dialog.getByText("Theirs", { exact: true }).waitFor();
@@ -219,7 +266,11 @@ describe("the editor", () => {
     expect((await host.read("getPageLayoutInfo")).pages[1].name).toBe("Theirs");
     await dialog.getByText("Keep mine as a copy", { exact: true }).click();
     await page.getByRole("button", { name: "Saved" }).waitFor();
-    expect((await host.read("getPageLayoutInfo")).pages.map((one: { name: string }) => one.name)).toEqual(["Hall", "Theirs", "Hall (mine)"]);
+    expect((await host.read("getPageLayoutInfo")).pages.map((one: { name: string }) => one.name)).toEqual([
+      "Hall",
+      "Theirs",
+      "Hall (mine)",
+    ]);
   });
 
   it("gives a slider one list for all positions, and lists its command when the interface is deleted", async () => {
@@ -227,7 +278,10 @@ describe("the editor", () => {
     await using device = await TcpDevice.start();
     await host.addTcp("Device", device.port);
     const { page, errors } = await openEditor(host, [button(2, 100, 100)]);
-    const [from, to] = [(await page.getByRole("button", { name: "Slider" }).boundingBox())!, await onScreen(page, 600, 400)];
+    const [from, to] = [
+      (await page.getByRole("button", { name: "Slider" }).boundingBox())!,
+      await onScreen(page, 600, 400),
+    ];
     await page.mouse.move(from.x + 20, from.y + 20);
     await page.mouse.down();
     await page.mouse.move(to[0] - 30, to[1], { steps: 3 });
@@ -236,8 +290,13 @@ describe("the editor", () => {
     await addCommand(page, "Device", "Volume", "VOL {value:3}");
     await page.getByText("56 4F 4C 20 35 30").waitFor();
     // What is stored for the slider alone does not hide what somebody else has stored for another component.
-    const another = { triggerType: "click", commandArr: [{ portIndex: 1, controlType: "netPortInfo", netPortInfo: { content: "X" } }] };
-    await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr: [{ componentId: 2, interactionArr: [another] }] } } });
+    const another = {
+      triggerType: "click",
+      commandArr: [{ portIndex: 1, controlType: "netPortInfo", netPortInfo: { content: "X" } }],
+    };
+    await host.post("updateComponentInteraction", {
+      data: { componentInteractionInfo: { componentArr: [{ componentId: 2, interactionArr: [another] }] } },
+    });
     await page.getByRole("button", { name: "Send now" }).click();
     await device.has("VOL 050");
     await page.keyboard.press("Control+S");
@@ -247,7 +306,10 @@ describe("the editor", () => {
     expect([slider!.x, slider!.y]).toEqual([440, 360]);
     const [commands] = (await host.read("getComponentInteractionInfo")).componentInteractionInfo.componentArr;
     expect(commands.interactionArr).toHaveLength(11);
-    expect(commands.interactionArr[10]).toMatchObject({ triggerType: "position10", commandArr: [{ netPortInfo: { content: "VOL 100" } }] });
+    expect(commands.interactionArr[10]).toMatchObject({
+      triggerType: "position10",
+      commandArr: [{ netPortInfo: { content: "VOL 100" } }],
+    });
 
     await page.goto(`${host.url}/#/interfaces`);
     await page.getByText("used 1×").waitFor();
@@ -271,10 +333,12 @@ describe("the editor", () => {
     await connected(page);
     const client = await context.newCDPSession(page);
     const touch = async (type: "touchStart" | "touchMove" | "touchEnd", ...points: [number, number][]) => {
-      const touchPoints = await Promise.all(points.map(async ([x, y], id) => {
-        const [sx, sy] = await onScreen(page, x, y);
-        return { x: sx, y: sy, id };
-      }));
+      const touchPoints = await Promise.all(
+        points.map(async ([x, y], id) => {
+          const [sx, sy] = await onScreen(page, x, y);
+          return { x: sx, y: sy, id };
+        }),
+      );
       await client.send("Input.dispatchTouchEvent", { type, touchPoints });
     };
     await touch("touchStart", [150, 130]);

@@ -23,8 +23,19 @@ const components = [
   { ...base, id: 10, type: "button", x: 900, y: 600, mode: "press", look: { text: "Press" } },
 ];
 const triggers: [number, string][] = [
-  [1, "click"], [2, "press"], [2, "release"], [3, "repeat"], [4, "longPress"], [5, "click"], [6, "on"], [6, "off"],
-  [7, "position0"], [7, "position1"], [7, "position2"], [8, "click"], [10, "press"],
+  [1, "click"],
+  [2, "press"],
+  [2, "release"],
+  [3, "repeat"],
+  [4, "longPress"],
+  [5, "click"],
+  [6, "on"],
+  [6, "off"],
+  [7, "position0"],
+  [7, "position1"],
+  [7, "position2"],
+  [8, "click"],
+  [10, "press"],
 ];
 
 let host: Host;
@@ -36,14 +47,28 @@ beforeEach(async () => {
   host = await Host.start();
   device = await TcpDevice.start();
   await host.addTcp("Device", device.port);
-  const pages = [{ id: "p1", name: "Hall", width: 1280, height: 800, components }, { id: "p2", name: "Lobby", components: [] }];
-  await host.post("setCentralControlWebLayout", { data: { form: "control pages", version: 1, startPage: "p1", pages } });
+  const pages = [
+    { id: "p1", name: "Hall", width: 1280, height: 800, components },
+    { id: "p2", name: "Lobby", components: [] },
+  ];
+  await host.post("setCentralControlWebLayout", {
+    data: { form: "control pages", version: 1, startPage: "p1", pages },
+  });
   const componentArr = components.map(({ id }) => ({
     componentId: id,
-    interactionArr: triggers.filter(([one]) => one === id).map(([, triggerType]) => ({
-      triggerType,
-      commandArr: [{ portIndex: 1, controlType: "netPortInfo", commandName: "C", netPortInfo: { content: `<${id}${triggerType}>` } }],
-    })),
+    interactionArr: triggers
+      .filter(([one]) => one === id)
+      .map(([, triggerType]) => ({
+        triggerType,
+        commandArr: [
+          {
+            portIndex: 1,
+            controlType: "netPortInfo",
+            commandName: "C",
+            netPortInfo: { content: `<${id}${triggerType}>` },
+          },
+        ],
+      })),
   }));
   await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
   ({ page, errors } = await newPage(browser));
@@ -125,7 +150,9 @@ describe("a panel", () => {
     await part("Click").press("Enter");
     await device.has("<8click><1click>");
     const sent = device.bytes.replace(/(<3repeat>)+/, "<3repeat>");
-    expect(sent).toBe("<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off><7position2><7position1><8click><1click>");
+    expect(sent).toBe(
+      "<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off><7position2><7position1><8click><1click>",
+    );
 
     await page.getByRole("button", { name: "Full screen" }).click();
     await page.getByRole("button", { name: "Leave full screen" }).waitFor();
@@ -183,7 +210,13 @@ describe("a panel", () => {
     };
     const [hold, press] = [await at("Hold"), await at("Press")];
     await client.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: [{ ...hold, id: 1 }] });
-    await client.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: [{ ...hold, id: 1 }, { ...press, id: 2 }] });
+    await client.send("Input.dispatchTouchEvent", {
+      type: "touchStart",
+      touchPoints: [
+        { ...hold, id: 1 },
+        { ...press, id: 2 },
+      ],
+    });
     await device.has("<10press>");
     expect(device.bytes).not.toContain("<2release>");
     await client.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });

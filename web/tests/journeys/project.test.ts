@@ -40,7 +40,10 @@ function png(width: number, height: number, noise = false): Buffer {
   const rows = Buffer.alloc((width * 3 + 1) * height);
   if (noise) for (let at = 0; at < rows.length; ++at) rows[at] = at % (width * 3 + 1) === 0 ? 0 : next();
   return Buffer.concat([
-    Buffer.from([137, 80, 78, 71, 13, 10, 26, 10]), chunk("IHDR", header), chunk("IDAT", deflateSync(rows, { level: 1 })), chunk("IEND", Buffer.alloc(0)),
+    Buffer.from([137, 80, 78, 71, 13, 10, 26, 10]),
+    chunk("IHDR", header),
+    chunk("IDAT", deflateSync(rows, { level: 1 })),
+    chunk("IEND", Buffer.alloc(0)),
   ]);
 }
 
@@ -60,7 +63,13 @@ describe("materials", () => {
     await connected(page);
     const chosen = page.waitForEvent("filechooser");
     await page.getByRole("button", { name: "Add images" }).click();
-    await (await chosen).setFiles([image("small.png", png(4, 2)), image("wide.png", png(800, 600, true)), image("huge.png", Buffer.alloc(8_000_001))]);
+    await (
+      await chosen
+    ).setFiles([
+      image("small.png", png(4, 2)),
+      image("wide.png", png(800, 600, true)),
+      image("huge.png", Buffer.alloc(8_000_001)),
+    ]);
     await page.getByText("huge.png is larger than 8 MB and was not added.").waitFor();
     const wide = page.locator("main li").nth(1);
     await wide.getByText("Large: panels take long to load it.").waitFor();
@@ -81,7 +90,10 @@ describe("materials", () => {
     await page.getByText("6 × 6").waitFor();
     await save(page);
     const stored = (await host.read("getMaterialList")).materialList;
-    expect(stored.map((one: { name: string; width: number }) => [one.name, one.width])).toEqual([["small", 6], ["wide", 128]]);
+    expect(stored.map((one: { name: string; width: number }) => [one.name, one.width])).toEqual([
+      ["small", 6],
+      ["wide", 128],
+    ]);
     expect(stored[0].id).toBe(id);
 
     await page.getByRole("button", { name: "Delete: wide" }).click();
@@ -107,7 +119,9 @@ describe("a project as a file", () => {
     await connected(page);
     await page.getByRole("button", { name: "Import" }).click();
     const dialog = page.getByRole("dialog");
-    await dialog.locator("input").setInputFiles({ name: "x.json", mimeType: "application/json", buffer: Buffer.from("{}") });
+    await dialog
+      .locator("input")
+      .setInputFiles({ name: "x.json", mimeType: "application/json", buffer: Buffer.from("{}") });
     await dialog.getByRole("alert").filter({ hasText: "This is no exported project or page." }).waitFor();
     await dialog.locator("input").setInputFiles(path);
     await dialog.getByText("Hall, Sources").waitFor();
@@ -116,7 +130,10 @@ describe("a project as a file", () => {
     await dialog.getByRole("button", { name: "Replace everything" }).click();
     await save(page);
 
-    const [saved] = await Promise.all([page.waitForEvent("download"), page.getByRole("button", { name: "Export this page: Hall" }).click()]);
+    const [saved] = await Promise.all([
+      page.waitForEvent("download"),
+      page.getByRole("button", { name: "Export this page: Hall" }).click(),
+    ]);
     const exported = JSON.parse(readFileSync(await saved.path(), "utf8"));
     expect([exported.scope, exported.layout.pages.length, exported.interfaces.length]).toEqual(["page", 1, 1]);
 
@@ -141,9 +158,13 @@ describe("settings", () => {
     await page.getByRole("radio", { name: "深色" }).click();
     // In developer mode the server's console shows what its log gets, and neither before nor afterwards.
     // Records are written a while after what they tell; the mode counts when they are written.
-    const logged = (request: string) => waitFor(`${request} in the log`, () => host.file("Log/Operation.log").includes(`/${request}`));
+    const logged = (request: string) =>
+      waitFor(`${request} in the log`, () => host.file("Log/Operation.log").includes(`/${request}`));
     const setDeveloperMode = (name: string) =>
-      Promise.all([page.waitForResponse(/setDeveloperMode/), page.getByRole("button", { name }).and(page.getByText(name)).click()]);
+      Promise.all([
+        page.waitForResponse(/setDeveloperMode/),
+        page.getByRole("button", { name }).and(page.getByText(name)).click(),
+      ]);
     await logged("setUserLanguage");
     await setDeveloperMode("开启");
     await page.getByText("服务器控制台已开始显示日志。").waitFor();
@@ -163,7 +184,10 @@ describe("settings", () => {
     expect(await page.evaluate(() => document.documentElement.dataset["theme"])).toBe("dark");
 
     // settings.json names the port; without it the one that is set in the browser counts.
-    expect(JSON.parse(readFileSync(`${host.home}/bin/dist/settings.json`, "utf8"))).toEqual({ http_port: host.port, websocket_port: host.webSocketPort });
+    expect(JSON.parse(readFileSync(`${host.home}/bin/dist/settings.json`, "utf8"))).toEqual({
+      http_port: host.port,
+      websocket_port: host.webSocketPort,
+    });
     await page.route("**/settings.json", (route) => route.fulfill({ status: 404 }));
     await page.goto(`${host.url}/#/settings`);
     await page.getByText("正在重新连接…").first().waitFor();
@@ -172,7 +196,10 @@ describe("settings", () => {
     await page.getByText("已连接").waitFor();
   });
 
-  it.each([["a proxy with both on one port", false], ["a forwarded port", true]])("find the WebSocket behind %s, and fetch what is unchanged once", async (_, mere) => {
+  it.each([
+    ["a proxy with both on one port", false],
+    ["a forwarded port", true],
+  ])("find the WebSocket behind %s, and fetch what is unchanged once", async (_, mere) => {
     await using host = await Host.start();
     await using front = await FrontPort.start(host, mere);
     await storeSample(host);
@@ -197,7 +224,11 @@ describe("settings", () => {
     const before = asked();
     await panel.evaluate(() => document.dispatchEvent(new Event("visibilitychange")));
     await waitFor("another reading", () => statuses.get("getMaterialList")!.length >= before + 1);
-    expect([statuses.get("getPageLayoutInfo")![0], statuses.get("getPageLayoutInfo")!.at(-1), statuses.get("getMaterialList")!.at(-1)]).toEqual([200, 304, 304]);
+    expect([
+      statuses.get("getPageLayoutInfo")![0],
+      statuses.get("getPageLayoutInfo")!.at(-1),
+      statuses.get("getMaterialList")!.at(-1),
+    ]).toEqual([200, 304, 304]);
   });
 
   it("tell errors that nothing caught to the server's log, each once", async () => {
@@ -205,7 +236,16 @@ describe("settings", () => {
     const { page } = await newPage(browser);
     await page.goto(host.url);
     await page.getByText("Connected").waitFor();
-    const fail = (text: string) => page.evaluate((text) => void [1, 2].forEach(() => setTimeout(() => { throw new RangeError(text); })), text);
+    const fail = (text: string) =>
+      page.evaluate(
+        (text) =>
+          void [1, 2].forEach(() =>
+            setTimeout(() => {
+              throw new RangeError(text);
+            }),
+          ),
+        text,
+      );
     const log = () => (existsSync(`${host.userData}/ClientError.log`) ? host.file("ClientError.log") : "");
     const told = (text: string) => log().split(`source=uncaught message=RangeError: ${text}`).length - 1;
     await fail("made for the log");
@@ -219,8 +259,16 @@ describe("settings", () => {
 
 describe("stored pages that this application can't edit", () => {
   it.each([
-    [{ form: "control pages", version: 99 }, "These pages were made with a newer version", "These pages were made with a newer version of this application."],
-    [{ pages: [{ title: "Hall" }] }, "The stored pages come from another program", "The stored pages come from another program and can't be shown here."],
+    [
+      { form: "control pages", version: 99 },
+      "These pages were made with a newer version",
+      "These pages were made with a newer version of this application.",
+    ],
+    [
+      { pages: [{ title: "Hall" }] },
+      "The stored pages come from another program",
+      "The stored pages come from another program and can't be shown here.",
+    ],
   ])("%j", async (layout, author, panel) => {
     await using host = await Host.start();
     await host.post("setCentralControlWebLayout", { data: layout });

@@ -13,10 +13,20 @@ interface TraceEvent {
 
 /** What the events of the page's main thread count as; those of other names are the browser's own work. */
 const kinds: Record<string, "scripting" | "layout" | "painting"> = {
-  EventDispatch: "scripting", FunctionCall: "scripting", EvaluateScript: "scripting", RunMicrotasks: "scripting",
-  FireAnimationFrame: "scripting", TimerFire: "scripting", MinorGC: "scripting", MajorGC: "scripting",
-  UpdateLayoutTree: "layout", Layout: "layout",
-  PrePaint: "painting", Paint: "painting", Layerize: "painting", Commit: "painting",
+  EventDispatch: "scripting",
+  FunctionCall: "scripting",
+  EvaluateScript: "scripting",
+  RunMicrotasks: "scripting",
+  FireAnimationFrame: "scripting",
+  TimerFire: "scripting",
+  MinorGC: "scripting",
+  MajorGC: "scripting",
+  UpdateLayoutTree: "layout",
+  Layout: "layout",
+  PrePaint: "painting",
+  Paint: "painting",
+  Layerize: "painting",
+  Commit: "painting",
 };
 
 /** The page's main thread while something was done: lengths in ms. */
@@ -31,14 +41,19 @@ export interface MainThread {
 
 /** Records a trace of the browser while `act` runs, and adds up what the page's main thread did. */
 export async function traced(browser: Browser, page: Page, act: () => Promise<void>): Promise<MainThread> {
-  await browser.startTracing(page, { categories: ["toplevel", "devtools.timeline", "disabled-by-default-devtools.timeline", "blink.user_timing"] });
+  await browser.startTracing(page, {
+    categories: ["toplevel", "devtools.timeline", "disabled-by-default-devtools.timeline", "blink.user_timing"],
+  });
   await page.evaluate(() => performance.mark("begin"));
   await act();
   await page.evaluate(() => performance.mark("end"));
   const { traceEvents } = JSON.parse((await browser.stopTracing()).toString()) as { traceEvents: TraceEvent[] };
   const [begin, end] = ["begin", "end"].map((name) => traceEvents.find((one) => one.name === name && one.ph !== "M")!);
   const own = traceEvents
-    .filter((one) => one.pid === begin!.pid && one.tid === begin!.tid && one.ph === "X" && one.ts >= begin!.ts && one.ts <= end!.ts)
+    .filter(
+      (one) =>
+        one.pid === begin!.pid && one.tid === begin!.tid && one.ph === "X" && one.ts >= begin!.ts && one.ts <= end!.ts,
+    )
     .sort((one, other) => one.ts - other.ts || (other.dur ?? 0) - (one.dur ?? 0));
   const sums = { duration: (end!.ts - begin!.ts) / 1000, longest: 0, busy: 0, scripting: 0, layout: 0, painting: 0 };
   const isTask = (name: string) => /RunTask$/.test(name);

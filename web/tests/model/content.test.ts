@@ -43,7 +43,13 @@ describe("the editor's notation", () => {
     expect(unescapeText(notation)).toBe(text);
   });
 
-  it.each([["a\\q", 1], ["\\x1", 0], ["ab\\u12G4", 2], ["end\\", 3], ["\\x+1", 0]])("refuses %s", (notation, at) => {
+  it.each([
+    ["a\\q", 1],
+    ["\\x1", 0],
+    ["ab\\u12G4", 2],
+    ["end\\", 3],
+    ["\\x+1", 0],
+  ])("refuses %s", (notation, at) => {
     expect(unescapeText(notation)).toEqual({ fault: "escape", at });
   });
 
@@ -57,11 +63,14 @@ describe("the editor's notation", () => {
     expect([0, 1, 2, 3].map((at) => placeInNotation("a\\r\\x41\\u5f00", at))).toEqual([0, 1, 3, 7]);
   });
 
-  it.each([["A\r\n", "A", "\r\n"], ["A\n\r", "A\n", "\r"], ["A", "A", ""], ["\0", "", "\0"]])(
-    "splits the end off %j", (content, body, terminator) => {
-      expect(splitTerminator(content)).toEqual({ body, terminator });
-    },
-  );
+  it.each([
+    ["A\r\n", "A", "\r\n"],
+    ["A\n\r", "A\n", "\r"],
+    ["A", "A", ""],
+    ["\0", "", "\0"],
+  ])("splits the end off %j", (content, body, terminator) => {
+    expect(splitTerminator(content)).toEqual({ body, terminator });
+  });
 });
 
 describe("bytes back to text: without loss or not at all", () => {

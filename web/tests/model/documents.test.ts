@@ -6,7 +6,13 @@ import { panelEn } from "../../src/i18n/panel.en.ts";
 import { panelZh } from "../../src/i18n/panel.zh.ts";
 import { readClip, pasted, writeClip } from "../../src/model/clipboard.ts";
 import { type Command, expandTemplate, readInteractions, writeInteractions } from "../../src/model/interactions.ts";
-import { checkNetInfo, checkSerialInfo, newNetInfo, newSerialInfo, readInterfaces } from "../../src/model/interfaces.ts";
+import {
+  checkNetInfo,
+  checkSerialInfo,
+  newNetInfo,
+  newSerialInfo,
+  readInterfaces,
+} from "../../src/model/interfaces.ts";
 import { type Component, newComponent, newPage, pageToShow } from "../../src/model/layout.ts";
 import { readMaterials } from "../../src/model/materials.ts";
 import { changedPages, isChanged, mineAsCopy } from "../../src/model/merge.ts";
@@ -21,7 +27,10 @@ const here = transfer.interfaces;
 const ids = new Set(here.map((one) => one.nodeId));
 const first = project.layout.pages[0]!;
 const moved = (from: Project, y: number) =>
-  withPage(from, first.id, (page) => ({ ...page, components: page.components.map((one, at) => (at === 0 ? { ...one, y } : one)) }));
+  withPage(from, first.id, (page) => ({
+    ...page,
+    components: page.components.map((one, at) => (at === 0 ? { ...one, y } : one)),
+  }));
 
 describe("the layout document", () => {
   it("comes back from what was written", () => {
@@ -38,9 +47,17 @@ describe("the layout document", () => {
   });
 
   it.each([
-    ["a colour that is more than a colour", { id: 1, type: "text", look: { fill: "red;background:url(http://x/)" } }, { look: { fill: "" } }],
+    [
+      "a colour that is more than a colour",
+      { id: 1, type: "text", look: { fill: "red;background:url(http://x/)" } },
+      { look: { fill: "" } },
+    ],
     ["sizes out of range", { id: 1, type: "button", width: -5, height: 1e9, x: 0.6 }, { width: 8, height: 8000, x: 1 }],
-    ["wrong types", { id: 1, type: "slider", steps: "9", confirm: 5, mode: "never" }, { steps: 11, confirm: "", mode: "click" }],
+    [
+      "wrong types",
+      { id: 1, type: "slider", steps: "9", confirm: 5, mode: "never" },
+      { steps: 11, confirm: "", mode: "click" },
+    ],
     ["an id that the server can't hold", { id: 2 ** 31, type: "button" }, undefined],
     ["an unknown type", { id: 1, type: "video" }, undefined],
   ])("reads %s", (_, value, expected) => {
@@ -59,19 +76,45 @@ describe("the interactions document", () => {
   it("has the form that the server reads", () => {
     const document = writeProject(project).interactions;
     expect(readInteractions(document)).toEqual(project.interactions);
-    expect(document).toMatchObject({ componentInteractionInfo: { componentArr: [{
-      componentId: 102,
-      interactionArr: [{ triggerType: "click", commandArr: [
-        { portIndex: 1, controlType: "netPortInfo", netPortInfo: { content: "%1POWR 1\r" }, commandName: "Power on", contentFormat: 0, asciiEncode: 0 },
-        { portIndex: 3, controlType: "comInfo", comInfo: { content: "A0 01 01 A2" } },
-      ] }],
-    }, {}, {}, {}, {}, {}] } });
+    expect(document).toMatchObject({
+      componentInteractionInfo: {
+        componentArr: [
+          {
+            componentId: 102,
+            interactionArr: [
+              {
+                triggerType: "click",
+                commandArr: [
+                  {
+                    portIndex: 1,
+                    controlType: "netPortInfo",
+                    netPortInfo: { content: "%1POWR 1\r" },
+                    commandName: "Power on",
+                    contentFormat: 0,
+                    asciiEncode: 0,
+                  },
+                  { portIndex: 3, controlType: "comInfo", comInfo: { content: "A0 01 01 A2" } },
+                ],
+              },
+            ],
+          },
+          {},
+          {},
+          {},
+          {},
+          {},
+        ],
+      },
+    });
   });
 
   it("leaves out commands of components and triggers that are gone", () => {
     const button: Component = { ...newComponent("button", 0, 0), id: 5, mode: "press" };
     const command = project.interactions[102]!.triggers["click"]!;
-    const document = writeInteractions({ 5: { triggers: { click: command, press: command } }, 6: { triggers: { click: command } } }, [button]);
+    const document = writeInteractions(
+      { 5: { triggers: { click: command, press: command } }, 6: { triggers: { click: command } } },
+      [button],
+    );
     expect(Object.keys(readInteractions(document))).toEqual(["5"]);
     expect(Object.keys(readInteractions(document)[5]!.triggers)).toEqual(["press"]);
   });
@@ -82,7 +125,15 @@ describe("the interactions document", () => {
     ["A0 {value}", 1, ["A0 00", "A0 32", "A0 64"]],
   ])("expands %j for each position", (content, contentFormat, expected) => {
     const slider = { ...newComponent("slider", 0, 0), steps: 3 };
-    const command: Command = { portIndex: 1, controlType: "netPortInfo", interfaceName: "", commandName: "", content, contentFormat, asciiEncode: 0 };
+    const command: Command = {
+      portIndex: 1,
+      controlType: "netPortInfo",
+      interfaceName: "",
+      commandName: "",
+      content,
+      contentFormat,
+      asciiEncode: 0,
+    };
     const { triggers } = expandTemplate(slider, [command]);
     expect(Object.values(triggers).map((list) => list[0]!.content)).toEqual(expected);
   });
@@ -91,7 +142,9 @@ describe("the interactions document", () => {
 it("reads materials that are pictures, and nothing else", () => {
   const good = { id: "m1", name: "Logo", data: "data:image/png;base64,AAAA" };
   const bad = { id: "m2", name: "Page", data: "data:text/html;base64,AAAA" };
-  expect(readMaterials({ version: 1, materialList: [good, bad, { ...good, name: "again" }] })).toMatchObject([{ id: "m1", name: "Logo", size: 3 }]);
+  expect(readMaterials({ version: 1, materialList: [good, bad, { ...good, name: "again" }] })).toMatchObject([
+    { id: "m1", name: "Logo", size: 3 },
+  ]);
   expect(readMaterials({ version: 2, materialList: [] })).toEqual({ refused: "newer", version: 2 });
   expect(readMaterials({ materialList: [{ id: 1 }] })).toEqual({ refused: "foreign" });
 });
@@ -99,16 +152,23 @@ it("reads materials that are pictures, and nothing else", () => {
 describe("interfaces", () => {
   it.each([
     [{ ...newNetInfo, netPortName: "A", dstIpAddress: "10.0.0.7" }, {}],
-    [{ ...newNetInfo, dstIpAddress: "10.0.0.7/24", dstPort: 0 }, { netPortName: "empty", dstPort: "port", dstIpAddress: "address" }],
+    [
+      { ...newNetInfo, dstIpAddress: "10.0.0.7/24", dstPort: 0 },
+      { netPortName: "empty", dstPort: "port", dstIpAddress: "address" },
+    ],
     [{ ...newNetInfo, netPortName: "A", netMode: "TCP_Server" as const }, { port: "port" }],
     [{ ...newNetInfo, netPortName: "A", netMode: "TCP_Server" as const, port: 5000 }, {}],
   ])("checks %j", (info, faults) => expect(checkNetInfo(info)).toEqual(faults));
 
-  it.each([[8, 1, {}], [8, 1.5, { stopBits: "stopBits" }], [5, 1.5, {}], [5, 2, { stopBits: "stopBits" }], [7, 2, {}]])(
-    "checks %i data and %d stop bits", (wordLength, stopBits, faults) => {
-      expect(checkSerialInfo({ ...newSerialInfo, comName: "A", comPort: "COM1", wordLength, stopBits })).toEqual(faults);
-    },
-  );
+  it.each([
+    [8, 1, {}],
+    [8, 1.5, { stopBits: "stopBits" }],
+    [5, 1.5, {}],
+    [5, 2, { stopBits: "stopBits" }],
+    [7, 2, {}],
+  ])("checks %i data and %d stop bits", (wordLength, stopBits, faults) => {
+    expect(checkSerialInfo({ ...newSerialInfo, comName: "A", comPort: "COM1", wordLength, stopBits })).toEqual(faults);
+  });
 
   it("reads the server's list", () => {
     expect(readInterfaces({ configList: sample.interfaces }).map((one) => one.nodeId)).toEqual([1, 2, 3]);
@@ -123,7 +183,10 @@ describe("two authors", () => {
   ])("%s", (_, stored, mine, expected) => expect(isChanged(project, stored, mine, ids)).toBe(expected));
 
   it("don't take the server's own pruning for a change", () => {
-    const stored = { ...project, interactions: readInteractions(writeProject({ ...project, interactions: {} }).interactions) };
+    const stored = {
+      ...project,
+      interactions: readInteractions(writeProject({ ...project, interactions: {} }).interactions),
+    };
     expect(isChanged(project, stored, project, new Set())).toBe(false);
     expect(isChanged(project, stored, project, ids)).toBe(true);
   });
@@ -132,7 +195,11 @@ describe("two authors", () => {
     const [mine, theirs] = [moved(project, 7), moved(project, 9)];
     expect(changedPages(mine, project).map((page) => page.id)).toEqual([first.id]);
     const merged = mineAsCopy(project, mine, theirs, (page) => `${page.name} (mine)`);
-    expect(merged.layout.pages.map((page) => [page.name, page.components[0]!.y])).toEqual([["Hall", 9], ["Sources", 60], ["Hall (mine)", 7]]);
+    expect(merged.layout.pages.map((page) => [page.name, page.components[0]!.y])).toEqual([
+      ["Hall", 9],
+      ["Sources", 60],
+      ["Hall (mine)", 7],
+    ]);
     const copied = merged.layout.pages[2]!.components.find((one) => one.look.text === "On")!;
     expect(copied.id).not.toBe(102);
     expect(merged.interactions[copied.id]).toEqual(project.interactions[102]);
@@ -143,16 +210,25 @@ describe("problems", () => {
   const kinds = (component: Partial<Component>, interactions: Project["interactions"] = {}) => {
     const part = { ...newComponent("button", 10, 10), id: 1, ...component };
     const page = { ...newPage("P"), components: [part] };
-    return findProblems({ ...emptyProject, layout: { startPage: "", pages: [page] }, interactions }, ids).map((one) => one.kind);
+    return findProblems({ ...emptyProject, layout: { startPage: "", pages: [page] }, interactions }, ids).map(
+      (one) => one.kind,
+    );
   };
-  const click = (command: Partial<Command>) => ({ 1: { triggers: { click: [{ ...project.interactions[102]!.triggers["click"]![0]!, ...command }] } } });
+  const click = (command: Partial<Command>) => ({
+    1: { triggers: { click: [{ ...project.interactions[102]!.triggers["click"]![0]!, ...command }] } },
+  });
   it.each([
     ["no command", {}, {}, ["noCommand"]],
     ["nothing wrong", {}, click({}), []],
     ["a deleted interface", {}, click({ portIndex: 99 }), ["lostInterface"]],
     ["content without bytes", {}, click({ content: "1B0", contentFormat: 1 }), ["badContent"]],
     ["outside and small", { x: 5000, width: 20 }, click({}), ["outside", "small"]],
-    ["a lost picture", { type: "image" as const, look: { ...newComponent("image", 0, 0).look, material: "gone" } }, {}, ["lostMaterial"]],
+    [
+      "a lost picture",
+      { type: "image" as const, look: { ...newComponent("image", 0, 0).look, material: "gone" } },
+      {},
+      ["lostMaterial"],
+    ],
     ["a link to nowhere", { type: "link" as const, target: "gone" }, {}, ["lostPage"]],
   ])("%s", (_, component, interactions, expected) => expect(kinds(component, interactions)).toEqual(expected));
 
@@ -170,7 +246,11 @@ describe("files", () => {
     expect(result.interactions[on.id]!.triggers["click"]!.map((one) => one.portIndex)).toEqual([40, -3]);
   });
 
-  it.each([["{", "foreign"], ["[]", "foreign"], ['{"form":"control project","version":9}', "newer"]])("refuse %s", (text, refused) => {
+  it.each([
+    ["{", "foreign"],
+    ["[]", "foreign"],
+    ['{"form":"control project","version":9}', "newer"],
+  ])("refuse %s", (text, refused) => {
     const read = readTransfer(text);
     expect(isRefused(read) && read.refused).toBe(refused);
   });
@@ -178,14 +258,23 @@ describe("files", () => {
   it("pass components over the clipboard under new ids", () => {
     const clip = readClip(writeClip(first.components.slice(1, 3), project.interactions))!;
     const { components, ids: fresh } = pasted(clip, 20);
-    expect(components.map((one) => [one.x, fresh.get(102) === one.id || fresh.get(103) === one.id])).toEqual([[120, true], [380, true]]);
+    expect(components.map((one) => [one.x, fresh.get(102) === one.id || fresh.get(103) === one.id])).toEqual([
+      [120, true],
+      [380, true],
+    ]);
     expect(clip.interactions[102]).toEqual(project.interactions[102]);
     expect(readClip("some text")).toBeUndefined();
   });
 });
 
-it.each([["panel", panelEn, panelZh], ["author", authorEn, authorZh]])("the dictionaries of the %s are complete", (_, en, zh) => {
+it.each([
+  ["panel", panelEn, panelZh],
+  ["author", authorEn, authorZh],
+])("the dictionaries of the %s are complete", (_, en, zh) => {
   expect(Object.keys(zh).sort()).toEqual(Object.keys(en).sort());
-  const places = (texts: Record<string, string>) => Object.fromEntries(Object.entries(texts).map(([key, text]) => [key, [...text.matchAll(/\{\d\}/g)].map(String).sort()]));
+  const places = (texts: Record<string, string>) =>
+    Object.fromEntries(
+      Object.entries(texts).map(([key, text]) => [key, [...text.matchAll(/\{\d\}/g)].map(String).sort()]),
+    );
   expect(places(zh)).toEqual(places(en));
 });

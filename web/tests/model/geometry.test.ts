@@ -64,7 +64,10 @@ describe("snapping", () => {
   });
 
   it("moves only the edges of the handle", () => {
-    expect(snapEdges(box(100, 100, 197, 197), "end", "", targets, { grid: 0, reach: 6 })).toMatchObject({ dx: 3, dy: 0 });
+    expect(snapEdges(box(100, 100, 197, 197), "end", "", targets, { grid: 0, reach: 6 })).toMatchObject({
+      dx: 3,
+      dy: 0,
+    });
   });
 });
 
@@ -72,11 +75,16 @@ describe("arranging", () => {
   it("aligns and distributes", () => {
     expect(aligned([box(0, 0, 10, 10), box(50, 30, 30, 10)], "right").map(({ x }) => x)).toEqual([70, 50]);
     expect(aligned([box(0, 0, 10, 10), box(50, 30, 30, 20)], "middle").map(({ y }) => y)).toEqual([20, 15]);
-    expect(distributed([box(0, 0, 10, 10), box(90, 0, 10, 10), box(15, 0, 20, 10)], "x").map(({ x }) => x)).toEqual([0, 40, 90]);
+    expect(distributed([box(0, 0, 10, 10), box(90, 0, 10, 10), box(15, 0, 20, 10)], "x").map(({ x }) => x)).toEqual([
+      0, 40, 90,
+    ]);
   });
 
   it.each([
-    ["front", "acebd"], ["back", "bdace"], ["forward", "acbed"], ["backward", "badce"],
+    ["front", "acebd"],
+    ["back", "bdace"],
+    ["forward", "acbed"],
+    ["backward", "badce"],
   ] as const)("stacks b and d to the %s", (order, expected) => {
     const chosen = (letter: string) => letter === "b" || letter === "d";
     expect(reordered([..."abcde"], chosen, order).join("")).toBe(expected);

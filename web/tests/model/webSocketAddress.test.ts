@@ -4,8 +4,20 @@ import { webSocketAddresses } from "../../src/model/webSocketAddress.ts";
 it.each([
   ["the server's own port", "http://hall:8086", 0, { http_port: 8086, websocket_port: 9001 }, ["ws://hall:9001/"]],
   ["its port 80", "http://hall", 0, { http_port: 80, websocket_port: 9001 }, ["ws://hall:9001/"]],
-  ["another port", "http://hall:8080", 0, { http_port: 8086, websocket_port: 9001 }, ["ws://hall:8080/ws", "ws://hall:9001/"]],
-  ["another port, the usual one", "http://[fe80::1]", 0, { http_port: 8086, websocket_port: 9001 }, ["ws://[fe80::1]/ws", "ws://[fe80::1]:9001/"]],
+  [
+    "another port",
+    "http://hall:8080",
+    0,
+    { http_port: 8086, websocket_port: 9001 },
+    ["ws://hall:8080/ws", "ws://hall:9001/"],
+  ],
+  [
+    "another port, the usual one",
+    "http://[fe80::1]",
+    0,
+    { http_port: 8086, websocket_port: 9001 },
+    ["ws://[fe80::1]/ws", "ws://[fe80::1]:9001/"],
+  ],
   ["TLS", "https://hall", 0, { http_port: 443, websocket_port: 9001 }, ["wss://hall/ws"]],
   ["TLS on a port", "https://hall:8443", 0, undefined, ["wss://hall:8443/ws"]],
   ["no settings", "http://hall:9000", 0, undefined, ["ws://hall:8081/"]],

@@ -44,50 +44,78 @@ type Step = [name: string, hash: string, act?: (page: Page) => Promise<void>];
 const steps: Step[] = [
   ["pages", "#/pages"],
   ["editor", "#/edit/p-hall"],
-  ["editor-selected", "#/edit/p-hall", async (page) => {
-    const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
-    await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
-    const open = page.locator(".switches button").last();
-    if (await open.isVisible()) await open.click();
-    await page.locator("aside.right").evaluate((aside) => aside.scrollTo(0, 0));
-  }],
-  ["command", "#/edit/p-hall", async (page) => {
-    const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
-    await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
-    const open = page.locator(".switches button").last();
-    if (await open.isVisible()) await open.click();
-    await page.locator("ol .what").first().click();
-  }],
-  ["problems", "#/edit/p-hall", async (page) => {
-    const open = page.locator(".switches button").first();
-    if (await open.isVisible()) await open.click();
-    await page.locator("#tab-problems").click();
-  }],
+  [
+    "editor-selected",
+    "#/edit/p-hall",
+    async (page) => {
+      const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
+      await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+      const open = page.locator(".switches button").last();
+      if (await open.isVisible()) await open.click();
+      await page.locator("aside.right").evaluate((aside) => aside.scrollTo(0, 0));
+    },
+  ],
+  [
+    "command",
+    "#/edit/p-hall",
+    async (page) => {
+      const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
+      await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+      const open = page.locator(".switches button").last();
+      if (await open.isVisible()) await open.click();
+      await page.locator("ol .what").first().click();
+    },
+  ],
+  [
+    "problems",
+    "#/edit/p-hall",
+    async (page) => {
+      const open = page.locator(".switches button").first();
+      if (await open.isVisible()) await open.click();
+      await page.locator("#tab-problems").click();
+    },
+  ],
   ["keys", "#/edit/p-hall", async (page) => page.keyboard.press("?")],
   ["page-new", "#/pages", async (page) => page.locator(".head .primary").click()],
-  ["import", "#/pages", async (page) => {
-    await page.locator(".head .button").first().click();
-    await page.locator("dialog input").setInputFiles(join(root, "demo/sample_project.json"));
-    await page.locator("dialog dl").waitFor();
-  }],
+  [
+    "import",
+    "#/pages",
+    async (page) => {
+      await page.locator(".head .button").first().click();
+      await page.locator("dialog input").setInputFiles(join(root, "demo/sample_project.json"));
+      await page.locator("dialog dl").waitFor();
+    },
+  ],
   ["interfaces", "#/interfaces"],
   ["interface-new", "#/interfaces", async (page) => page.locator(".head .primary").click()],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
   ["panel", "#/panel/p-hall"],
-  ["panel-failed", "#/panel/p-hall", async (page) => {
-    await page.locator(".part.is-switch").click();
-    await page.locator(".message").waitFor();
-  }],
-  ["panel-confirm", "#/panel/p-hall", async (page) => {
-    await page.locator(".part.is-button").nth(1).click();
-    await page.locator("dialog").waitFor();
-  }],
+  [
+    "panel-failed",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.locator(".part.is-switch").click();
+      await page.locator(".message").waitFor();
+    },
+  ],
+  [
+    "panel-confirm",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.locator(".part.is-button").nth(1).click();
+      await page.locator("dialog").waitFor();
+    },
+  ],
   // The last one: its page gets no connection any more.
-  ["panel-away", "#/panel/p-hall", async (page) => {
-    await page.evaluate(() => dispatchEvent(new Event("offline")));
-    await page.locator(".veil").waitFor();
-  }],
+  [
+    "panel-away",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.evaluate(() => dispatchEvent(new Event("offline")));
+      await page.locator(".veil").waitFor();
+    },
+  ],
 ];
 
 const languages = { en: "English", zh: "中文" };
@@ -107,8 +135,15 @@ for (const [language, word] of Object.entries(languages)) {
           if (hash.startsWith("#/panel")) await page.locator(".part").first().waitFor();
           if (name === "panel-away") await page.routeWebSocket(/./, (socket) => void socket.close());
           await act?.(page);
-          await page.evaluate(() => document.fonts.ready.then(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))));
-          await page.screenshot({ path: join(folder, `${name}-${language}-${size}-${theme}.png`), animations: "disabled" });
+          await page.evaluate(() =>
+            document.fonts.ready.then(
+              () => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))),
+            ),
+          );
+          await page.screenshot({
+            path: join(folder, `${name}-${language}-${size}-${theme}.png`),
+            animations: "disabled",
+          });
         }
         await context.close();
         expect(errors).toEqual([]);

@@ -1,8 +1,13 @@
 import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
 
 const flags = [
-  "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-background-networking",
-  "--disable-component-update", "--disable-sync",
+  "--no-sandbox",
+  "--disable-gpu",
+  "--disable-quic",
+  "--no-first-run",
+  "--disable-background-networking",
+  "--disable-component-update",
+  "--disable-sync",
 ];
 
 /** Debian's Chromium. */
@@ -29,7 +34,10 @@ export async function save(page: Page): Promise<void> {
 }
 
 /** A page in a profile of its own. Errors that nothing caught are collected, for the test to look at. */
-export async function newPage(browser: Browser, options: Parameters<Browser["newContext"]>[0] = screens.tablet): Promise<{ page: Page; context: BrowserContext; errors: string[] }> {
+export async function newPage(
+  browser: Browser,
+  options: Parameters<Browser["newContext"]>[0] = screens.tablet,
+): Promise<{ page: Page; context: BrowserContext; errors: string[] }> {
   const context = await browser.newContext({ locale: "en-GB", ...options });
   const page = await context.newPage();
   page.setDefaultTimeout(20_000);

@@ -12,7 +12,10 @@ class Recorder {
 
   /** Waits until the device has these bytes, at any place. */
   async has(bytes: string): Promise<void> {
-    await waitFor(() => `the bytes ${JSON.stringify(bytes)} in ${JSON.stringify(this.bytes)}`, () => this.bytes.includes(bytes));
+    await waitFor(
+      () => `the bytes ${JSON.stringify(bytes)} in ${JSON.stringify(this.bytes)}`,
+      () => this.bytes.includes(bytes),
+    );
   }
 }
 
@@ -71,7 +74,11 @@ export class SerialDevice {
 
   static async start(): Promise<SerialDevice> {
     const device = new SerialDevice();
-    device.#process = spawn("socat", ["-u", `pty,raw,echo=0,link=${device.path}`, `OPEN:${join(device.folder, "bytes")},creat,append`], { stdio: "ignore" });
+    device.#process = spawn(
+      "socat",
+      ["-u", `pty,raw,echo=0,link=${device.path}`, `OPEN:${join(device.folder, "bytes")},creat,append`],
+      { stdio: "ignore" },
+    );
     await waitFor("the serial line", () => existsSync(device.path));
     // Held open, since the other side of a pseudo terminal ends when nobody has it open any more.
     device.#held = openSync(device.path, constants.O_RDWR | constants.O_NOCTTY);

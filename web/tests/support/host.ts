@@ -65,7 +65,9 @@ export class FrontPort {
 }
 
 function rawHead(reply: IncomingMessage): string {
-  return Object.entries(reply.headers).map(([name, value]) => `${name}: ${String(value)}\r\n`).join("");
+  return Object.entries(reply.headers)
+    .map(([name, value]) => `${name}: ${String(value)}\r\n`)
+    .join("");
 }
 
 /** The built host in folders and on ports of its own: its settings.json must not meet another one's. */
@@ -86,9 +88,14 @@ export class Host {
     mkdirSync(host.userData);
     host.port = await freePort();
     host.webSocketPort = await freePort();
-    writeFileSync(join(config, "LocalHost.config"), JSON.stringify({
-      http_port: host.port, websocket_port: host.webSocketPort, user_data_path: host.userData,
-    }));
+    writeFileSync(
+      join(config, "LocalHost.config"),
+      JSON.stringify({
+        http_port: host.port,
+        websocket_port: host.webSocketPort,
+        user_data_path: host.userData,
+      }),
+    );
     writeFileSync(join(host.userData, "SerialPorts.json"), JSON.stringify(serialPorts));
     writeFileSync(join(host.userData, "setting.json"), JSON.stringify({ IsAutoLanguage: false, Language: 1 }));
     await host.launch();
@@ -102,10 +109,17 @@ export class Host {
   async launch(): Promise<void> {
     const { XDG_CONFIG_HOME: _, XDG_DOCUMENTS_DIR: __, ...environment } = process.env;
     this.#process = spawn(join(this.home, "bin", "ServerHost"), {
-      env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" }, stdio: ["ignore", "pipe", "pipe"],
+      env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" },
+      stdio: ["ignore", "pipe", "pipe"],
     });
-    for (const stream of [this.#process.stdout, this.#process.stderr]) stream!.on("data", (data: Buffer) => (this.output += data.toString()));
-    await waitFor("the host", () => fetch(`${this.url}/api/user/getUserLanguage`).then((reply) => reply.ok, () => false));
+    for (const stream of [this.#process.stdout, this.#process.stderr])
+      stream!.on("data", (data: Buffer) => (this.output += data.toString()));
+    await waitFor("the host", () =>
+      fetch(`${this.url}/api/user/getUserLanguage`).then(
+        (reply) => reply.ok,
+        () => false,
+      ),
+    );
   }
 
   /** Ends the process; its folders stay for another launch. */
@@ -135,7 +149,10 @@ export class Host {
   /** Posts to a route beside a WebSocket of its own, as a page would. */
   async post(route: string, body: object): Promise<number> {
     const socket = await this.#openChannel();
-    const reply = await fetch(`${this.url}/api/centralControl/${route}`, { method: "POST", body: JSON.stringify(body) });
+    const reply = await fetch(`${this.url}/api/centralControl/${route}`, {
+      method: "POST",
+      body: JSON.stringify(body),
+    });
     const { code } = (await reply.json()) as { code: number };
     socket.destroy();
     return code;
@@ -143,9 +160,16 @@ export class Host {
 
   /** A WebSocket that has had its first echo. */
   async #openChannel(): Promise<Duplex> {
-    const headers = { Connection: "Upgrade", Upgrade: "websocket", "Sec-WebSocket-Version": "13", "Sec-WebSocket-Key": "dGhlIHNhbXBsZSBub25jZQ==" };
+    const headers = {
+      Connection: "Upgrade",
+      Upgrade: "websocket",
+      "Sec-WebSocket-Version": "13",
+      "Sec-WebSocket-Key": "dGhlIHNhbXBsZSBub25jZQ==",
+    };
     const socket = await new Promise<Duplex>((resolve, reject) => {
-      get({ port: this.webSocketPort, host: "127.0.0.1", headers }).on("upgrade", (_, upgraded) => resolve(upgraded)).on("error", reject);
+      get({ port: this.webSocketPort, host: "127.0.0.1", headers })
+        .on("upgrade", (_, upgraded) => resolve(upgraded))
+        .on("error", reject);
     });
     socket.write(Buffer.concat([Buffer.from([0x81, 0x80 | 9, 0, 0, 0, 0]), Buffer.from("heartbeat")]));
     await new Promise((resolve) => socket.once("data", resolve));
@@ -153,7 +177,14 @@ export class Host {
   }
 
   addTcp(name: string, port: number): Promise<number> {
-    const info = { netPortName: name, netMode: "TCP_Client", ipAddress: "", port: 0, dstIpAddress: "127.0.0.1", dstPort: port };
+    const info = {
+      netPortName: name,
+      netMode: "TCP_Client",
+      ipAddress: "",
+      port: 0,
+      dstIpAddress: "127.0.0.1",
+      dstPort: port,
+    };
     return this.post("addNetPortInfo", { data: { info } });
   }
 }

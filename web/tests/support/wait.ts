@@ -2,7 +2,10 @@
 export const longest = 20_000;
 
 /** Asks again and again until there is something. @throws when the bound was reached first */
-export async function waitFor<Value>(what: string | (() => string), ask: () => Value | Promise<Value>): Promise<NonNullable<Value>> {
+export async function waitFor<Value>(
+  what: string | (() => string),
+  ask: () => Value | Promise<Value>,
+): Promise<NonNullable<Value>> {
   const end = Date.now() + longest;
   for (;;) {
     const value = await ask();

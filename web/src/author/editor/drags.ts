@@ -2,7 +2,16 @@
  * What a pointer does on the canvas: one object for each kind of drag, made on press, told each move, and ended.
  * Coordinates are px of the page; nothing here knows an element.
  */
-import { boxAround, boxBetween, type Box, type Handle, overlaps, type Point, resized, scaledInto } from "../../model/geometry.ts";
+import {
+  boxAround,
+  boxBetween,
+  type Box,
+  type Handle,
+  overlaps,
+  type Point,
+  resized,
+  scaledInto,
+} from "../../model/geometry.ts";
 import { type Component, componentSides } from "../../model/layout.ts";
 import { snapEdges, snapMove, type SnapTargets } from "../../model/snapping.ts";
 import type { Editor } from "./editor.svelte.ts";
@@ -84,9 +93,21 @@ export function resizeDrag(editor: Editor, handle: Handle, start: Point): Drag {
       const dx = at.x - start.x;
       const dy = at.y - start.y;
       const free = resized(around, handle, dx, dy, componentSides.least, keys.shift);
-      const snapped = keys.shift ? { dx: 0, dy: 0, guides: [] } : snapEdges(free, edgeX, edgeY, targets, settings(editor, keys));
-      const box = keys.shift ? free : resized(around, handle, snappedShift(free, around, edgeX, "x") + snapped.dx, snappedShift(free, around, edgeY, "y") + snapped.dy, componentSides.least);
-      editor.preview = new Map(parts.map((one) => [one.id, parts.length === 1 ? box : scaledInto(one, around, box, componentSides.least)]));
+      const snapped = keys.shift
+        ? { dx: 0, dy: 0, guides: [] }
+        : snapEdges(free, edgeX, edgeY, targets, settings(editor, keys));
+      const box = keys.shift
+        ? free
+        : resized(
+            around,
+            handle,
+            snappedShift(free, around, edgeX, "x") + snapped.dx,
+            snappedShift(free, around, edgeY, "y") + snapped.dy,
+            componentSides.least,
+          );
+      editor.preview = new Map(
+        parts.map((one) => [one.id, parts.length === 1 ? box : scaledInto(one, around, box, componentSides.least)]),
+      );
       editor.guides = snapped.guides;
     },
     end() {

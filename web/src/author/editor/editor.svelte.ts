@@ -4,7 +4,14 @@ import { aligned, type Alignment, distributed, type Order, reordered } from "../
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { boxAround, type Box, fitInto, type Point } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
-import { type Component, type ComponentType, copyComponents, isActive, newComponent, type Page } from "../../model/layout.ts";
+import {
+  type Component,
+  type ComponentType,
+  copyComponents,
+  isActive,
+  newComponent,
+  type Page,
+} from "../../model/layout.ts";
 import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
 import type { Guide } from "../../model/snapping.ts";
 import { store } from "../project/store.svelte.ts";
@@ -70,7 +77,10 @@ export class Editor {
   /** Another zoom; what lies under that point of the canvas stays there. */
   zoomTo(zoom: number, at: Point = { x: this.room.width / 2, y: this.room.height / 2 }): void {
     const next = Math.min(zooms.most, Math.max(zooms.least, zoom));
-    this.pan = { x: at.x - ((at.x - this.pan.x) * next) / this.zoom, y: at.y - ((at.y - this.pan.y) * next) / this.zoom };
+    this.pan = {
+      x: at.x - ((at.x - this.pan.x) * next) / this.zoom,
+      y: at.y - ((at.y - this.pan.y) * next) / this.zoom,
+    };
     this.zoom = next;
   }
 
@@ -90,7 +100,8 @@ export class Editor {
   /** Takes a component and its group out of the selection, or adds them. */
   toggle(component: Component): void {
     if (!this.selection.has(component.id)) return this.select([component.id], true);
-    const isOut = (one: Component) => one.id === component.id || (component.group !== "" && one.group === component.group);
+    const isOut = (one: Component) =>
+      one.id === component.id || (component.group !== "" && one.group === component.group);
     this.selection = new Set(this.selected.filter((one) => !isOut(one)).map((one) => one.id));
   }
 
@@ -121,19 +132,34 @@ export class Editor {
   }
 
   placeBoxes(boxes: ReadonlyMap<number, Box>, tag = ""): void {
-    this.changeParts(boxes.keys(), (one) => {
-      const { x, y, width, height } = boxes.get(one.id) ?? one;
-      return { ...one, x, y, width, height };
-    }, tag);
+    this.changeParts(
+      boxes.keys(),
+      (one) => {
+        const { x, y, width, height } = boxes.get(one.id) ?? one;
+        return { ...one, x, y, width, height };
+      },
+      tag,
+    );
   }
 
   nudge(dx: number, dy: number): void {
-    this.changeParts(this.movable.map((one) => one.id), (one) => ({ ...one, x: one.x + dx, y: one.y + dy }), `nudge ${[...this.selection].join()}`);
+    this.changeParts(
+      this.movable.map((one) => one.id),
+      (one) => ({ ...one, x: one.x + dx, y: one.y + dy }),
+      `nudge ${[...this.selection].join()}`,
+    );
   }
 
   /** Adds a component with its middle at that point of the page, and selects it. */
   add(type: ComponentType, at: Point): void {
-    const words = { button: "newButton", switch: "newSwitch", slider: "newSlider", text: "newText", link: "newLink", group: "newGroup" } as const;
+    const words = {
+      button: "newButton",
+      switch: "newSwitch",
+      slider: "newSlider",
+      text: "newText",
+      link: "newLink",
+      group: "newGroup",
+    } as const;
     const text = type in words ? ta(words[type as keyof typeof words]) : "";
     const fresh = newComponent(type, 0, 0, text);
     const snap = (value: number) => (this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value));
@@ -141,7 +167,8 @@ export class Editor {
     store.endStep();
     // A group box goes beneath what is there, so that it doesn't cover what it shall frame.
     this.changePage((page) => ({
-      ...page, components: type === "group" ? [component, ...page.components] : [...page.components, component],
+      ...page,
+      components: type === "group" ? [component, ...page.components] : [...page.components, component],
     }));
     this.select([component.id]);
   }
@@ -162,12 +189,23 @@ export class Editor {
   duplicate(): void {
     if (this.selected.length === 0) return;
     const { components, ids } = copyComponents(this.selected);
-    this.#insert(components.map((one) => ({ ...one, x: one.x + copyShift, y: one.y + copyShift, locked: false })), ids, store.project.interactions);
+    this.#insert(
+      components.map((one) => ({ ...one, x: one.x + copyShift, y: one.y + copyShift, locked: false })),
+      ids,
+      store.project.interactions,
+    );
   }
 
-  #insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: typeof store.project.interactions): void {
+  #insert(
+    components: readonly Component[],
+    ids: ReadonlyMap<number, number>,
+    from: typeof store.project.interactions,
+  ): void {
     store.endStep();
-    const next = withPage(store.project, this.pageId, (page) => ({ ...page, components: [...page.components, ...components] }));
+    const next = withPage(store.project, this.pageId, (page) => ({
+      ...page,
+      components: [...page.components, ...components],
+    }));
     store.change(withCopiedCommands(next, from, ids));
     this.select(components.map((one) => one.id));
   }
@@ -218,7 +256,10 @@ export class Editor {
   order(order: Order): void {
     store.endStep();
     const { selection } = this;
-    this.changePage((page) => ({ ...page, components: reordered(page.components, (one) => selection.has(one.id), order) }));
+    this.changePage((page) => ({
+      ...page,
+      components: reordered(page.components, (one) => selection.has(one.id), order),
+    }));
   }
 
   toggleLock(): void {

@@ -5,7 +5,12 @@ export const kinds = ["TCP_Client", "UDP", "TCP_Server", "serial"] as const sati
 export type Kind = (typeof kinds)[number];
 
 /** Keys of the kinds' names. */
-export const kindKeys = { TCP_Client: "kindTcpClient", UDP: "kindUdp", TCP_Server: "kindTcpServer", serial: "kindSerial" } as const;
+export const kindKeys = {
+  TCP_Client: "kindTcpClient",
+  UDP: "kindUdp",
+  TCP_Server: "kindTcpServer",
+  serial: "kindSerial",
+} as const;
 
 export function kindKey(one: Interface): (typeof kindKeys)[Kind] {
   return kindKeys[one.controlType === "comInfo" ? "serial" : one.info.netMode];

@@ -15,7 +15,11 @@ export interface Snapshot {
 }
 
 export async function readStored(): Promise<Snapshot> {
-  const [layout, materials, interactions] = await Promise.all([server.layout(), server.materials(), server.interactions()]);
+  const [layout, materials, interactions] = await Promise.all([
+    server.layout(),
+    server.materials(),
+    server.interactions(),
+  ]);
   return { project: readProject(layout.data, materials.data, interactions.data), layout, materials, interactions };
 }
 
@@ -45,7 +49,8 @@ export async function writeStored(project: Project, on: Snapshot): Promise<boole
     { store: server.storeInteractions, data: mine.interactions as unknown, before: on.interactions },
     { store: server.storeLayout, data: { ...mine.layout, saved: Date.now() } as unknown, before: on.layout },
   ];
-  if (!sameJson(mine.materials, theirs.materials)) writes.unshift({ store: server.storeMaterials, data: mine.materials, before: on.materials });
+  if (!sameJson(mine.materials, theirs.materials))
+    writes.unshift({ store: server.storeMaterials, data: mine.materials, before: on.materials });
   const takeBack: (() => Promise<unknown>)[] = [];
   for (const { store, data, before } of writes) {
     try {

@@ -118,7 +118,8 @@ export class ProjectStore {
   change(next: Project, tag = ""): void {
     if (next === this.project) return;
     const now = performance.now();
-    if (tag && tag === this.#lastTag && now - this.#lastTime < times.step) this.history = { ...this.history, present: next, future: [] };
+    if (tag && tag === this.#lastTag && now - this.#lastTime < times.step)
+      this.history = { ...this.history, present: next, future: [] };
     else this.history = step(this.history, next);
     this.#lastTag = tag;
     this.#lastTime = now;
@@ -180,7 +181,10 @@ export class ProjectStore {
       for (let attempt = 1; ; ++attempt) {
         const [stored, interfaces] = await Promise.all([readStored(), server.interfaces()]);
         this.interfaces = readInterfaces(interfaces);
-        if (!isRefused(stored.project) && (attempt > mostAttempts || isChanged(this.base, stored.project, this.project, this.interfaceIds))) {
+        if (
+          !isRefused(stored.project) &&
+          (attempt > mostAttempts || isChanged(this.base, stored.project, this.project, this.interfaceIds))
+        ) {
           this.conflict = stored.project;
           return "conflict";
         }
@@ -200,7 +204,8 @@ export class ProjectStore {
       this.#adopt(theirs);
       return true;
     }
-    if (choice === "copy") this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
+    if (choice === "copy")
+      this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
     // What is edited replaces theirs knowingly from here on, also when the server can't be reached at the moment.
     this.base = theirs;
     this.#keepDraft();
@@ -248,7 +253,10 @@ export class ProjectStore {
     const document = asObject(stored.data);
     const info = asObject(document["componentInteractionInfo"]);
     const components = asArray(info["componentArr"]).filter(isObject);
-    const component = components.find((one) => one["componentId"] === componentId) ?? { componentId, interactionArr: [] };
+    const component = components.find((one) => one["componentId"] === componentId) ?? {
+      componentId,
+      interactionArr: [],
+    };
     const others = asArray(component["interactionArr"]).filter((one) => asObject(one)["triggerType"] !== trigger);
     const interaction = { triggerType: trigger, commandArr: commands.map(writeCommand) };
     const changed = { ...component, interactionArr: [...others, interaction] };
@@ -266,7 +274,10 @@ export class ProjectStore {
   /** What somebody else may have stored beside it is not known here yet, and stays something for the next save to find. */
   #sent(componentId: number, trigger: string, commands: readonly Command[]): void {
     const before = this.base.interactions[componentId] ?? { triggers: {} };
-    const base = withCommands(this.base, componentId, { ...before, triggers: { ...before.triggers, [trigger]: commands } });
+    const base = withCommands(this.base, componentId, {
+      ...before,
+      triggers: { ...before.triggers, [trigger]: commands },
+    });
     this.base = sameProject(base, this.project) ? this.project : base;
     this.#keepDraft();
   }

@@ -39,7 +39,16 @@ class Notices {
 
   ask(title: string, text: string, yes: string, isDangerous = false): Promise<boolean> {
     return new Promise((resolve) => {
-      this.question = { title, text, yes, isDangerous, answer: (value) => { this.question = undefined; resolve(value); } };
+      this.question = {
+        title,
+        text,
+        yes,
+        isDangerous,
+        answer: (value) => {
+          this.question = undefined;
+          resolve(value);
+        },
+      };
     });
   }
 
