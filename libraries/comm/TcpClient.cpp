@@ -1,7 +1,7 @@
 #include "libraries/comm/TcpClient.h"
 
 #include "libraries/comm/EndPoint.h"
-#include "libraries/comm/SocketOptions.h"
+#include "libraries/comm/TcpSocket.h"
 
 namespace comm {
 

@@ -1,7 +1,7 @@
 #include "libraries/comm/TcpLink.h"
 
 #include "libraries/comm/ErrorNumbers.h"
-#include "libraries/comm/SocketOptions.h"
+#include "libraries/comm/TcpSocket.h"
 
 #include <array>
 

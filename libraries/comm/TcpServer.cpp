@@ -1,8 +1,8 @@
 #include "libraries/comm/TcpServer.h"
 
 #include "libraries/comm/EndPoint.h"
-#include "libraries/comm/SocketOptions.h"
 #include "libraries/comm/TcpDelivery.h"
+#include "libraries/comm/TcpSocket.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "libraries/http/src/SocketOptions.h"
+#include "libraries/http/src/ServerSocket.h"
 
 #include <cstddef>
 #include <cstdint>

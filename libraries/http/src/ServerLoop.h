@@ -2,7 +2,7 @@
 
 #include "libraries/http/src/EventThreads.h"
 #include "libraries/http/src/Limits.h"
-#include "libraries/http/src/SocketOptions.h"
+#include "libraries/http/src/ServerSocket.h"
 
 #include <array>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "libraries/comm/SocketOptions.h"
+#include "libraries/comm/TcpSocket.h"
 
 #include <linux/sockios.h>
 #include <netinet/in.h>

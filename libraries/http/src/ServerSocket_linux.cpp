@@ -1,4 +1,4 @@
-#include "libraries/http/src/SocketOptions.h"
+#include "libraries/http/src/ServerSocket.h"
 
 #include <netinet/tcp.h>
 #include <sys/socket.h>

@@ -1,4 +1,4 @@
-#include "libraries/http/src/SocketOptions.h"
+#include "libraries/http/src/ServerSocket.h"
 #include "platform/windows/TcpOptions.h"
 
 #include <winsock2.h>

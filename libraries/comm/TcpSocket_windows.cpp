@@ -1,4 +1,4 @@
-#include "libraries/comm/SocketOptions.h"
+#include "libraries/comm/TcpSocket.h"
 #include "platform/windows/TcpOptions.h"
 
 #include <winsock2.h>
