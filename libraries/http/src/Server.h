@@ -3,8 +3,8 @@
 #include "libraries/http/src/DiskThreads.h"
 #include "libraries/http/src/Housekeeper.h"
 #include "libraries/http/src/Limits.h"
-#include "libraries/http/src/RouteTable.h"
 #include "libraries/http/src/ServerLoop.h"
+#include "libraries/http/src/ServiceRoutes.h"
 #include "libraries/http/src/StaticFiles.h"
 #include "libraries/http/src/Tally.h"
 
@@ -48,7 +48,7 @@ class Server : public std::enable_shared_from_this<Server> {
     void WaitUntilStopped();
 
     const Limits& Bounds() const { return m_limits; }
-    const RouteTable& Routes() const { return m_routes; }
+    const ServiceRoutes& Routes() const { return m_routes; }
     const StaticFiles& Files() const { return m_files; }
 
     /** What waits for the disk in the place of the loops. */
@@ -101,7 +101,7 @@ class Server : public std::enable_shared_from_this<Server> {
     const Limits m_limits;
     const std::string m_host;
     const int m_port;
-    const RouteTable m_routes;
+    const ServiceRoutes m_routes;
     const StaticFiles m_files;
     std::optional<WebSocketService> m_webSockets;
     std::atomic<bool> m_stopping{false};

@@ -1,4 +1,4 @@
-#include "libraries/http/src/RouteTable.h"
+#include "libraries/http/src/ServiceRoutes.h"
 
 #include "libraries/http/src/Text.h"
 
@@ -14,7 +14,7 @@ bool IsName(std::string_view segment) {
 
 }  // namespace
 
-RouteTable::RouteTable(const HttpService& service) {
+ServiceRoutes::ServiceRoutes(const HttpService& service) {
     for (const auto& route : service.routes) {
         const auto rule = service.bodyRules.find(route.path);
         const bool hasRule = route.method == HTTP_POST && rule != service.bodyRules.end();
@@ -32,7 +32,7 @@ RouteTable::RouteTable(const HttpService& service) {
     }
 }
 
-bool RouteTable::Fits(std::string_view pattern, std::string_view path, QueryParams* params) {
+bool ServiceRoutes::Fits(std::string_view pattern, std::string_view path, QueryParams* params) {
     if (std::count(pattern.begin(), pattern.end(), '/') != std::count(path.begin(), path.end(), '/')) {
         return false;
     }
@@ -50,7 +50,7 @@ bool RouteTable::Fits(std::string_view pattern, std::string_view path, QueryPara
     return true;
 }
 
-RouteMatch RouteTable::Choose(const Methods& methods, http_method method) {
+RouteMatch ServiceRoutes::Choose(const Methods& methods, http_method method) {
     const http_method wanted = method == HTTP_HEAD ? HTTP_GET : method;
     RouteMatch match;
     match.known = true;
@@ -65,7 +65,7 @@ RouteMatch RouteTable::Choose(const Methods& methods, http_method method) {
     return match;
 }
 
-RouteMatch RouteTable::Find(http_method method, std::string_view path, QueryParams& params) const {
+RouteMatch ServiceRoutes::Find(http_method method, std::string_view path, QueryParams& params) const {
     if (const auto exact = m_exact.find(path); exact != m_exact.end()) {
         return Choose(exact->second, method);
     }

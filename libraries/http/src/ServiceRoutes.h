@@ -19,9 +19,9 @@ struct RouteMatch {
 };
 
 /** Routes of a service, copied, so that the service may die while a handler runs. Any thread. */
-class RouteTable {
+class ServiceRoutes {
   public:
-    explicit RouteTable(const HttpService& service);
+    explicit ServiceRoutes(const HttpService& service);
 
     /**
      * Looks up a path without its query: exact paths first, then those with "{name}", whose segments are
