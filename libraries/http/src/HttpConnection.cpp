@@ -4,7 +4,7 @@
 #include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/Handshake.h"
 #include "libraries/http/src/OriginRule.h"
-#include "libraries/http/src/Text.h"
+#include "libraries/http/src/UrlText.h"
 #include "libraries/http/src/WebSocketConnection.h"
 #include "platform/WebRequests.h"
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include <hv/HttpService.h>
-#include <hv/WebSocketChannel.h>
 
 namespace hv {
 
@@ -30,10 +29,6 @@ void HttpService::POST(const char* path, http_sync_handler handler) {
 
 void HttpService::Static(const char* prefix, const char* dir) {
     staticFolders.push_back({prefix, dir});
-}
-
-int WebSocketChannel::send(const std::string& /*message*/, ws_opcode /*opcode*/, bool /*fin*/) {
-    return -1;
 }
 
 }  // namespace hv

@@ -1,5 +1,6 @@
 #include "libraries/http/src/ReplyHead.h"
 
+#include "libraries/http/src/HttpDate.h"
 #include "libraries/http/src/Text.h"
 
 #include <algorithm>
@@ -9,6 +10,60 @@
 namespace hv::internal {
 
 namespace {
+
+// Reason phrase of a status; empty when unknown.
+std::string_view ReasonOf(int status) {
+    switch (status) {
+        case 200:
+            return "OK";
+        case 201:
+            return "Created";
+        case 204:
+            return "No Content";
+        case 206:
+            return "Partial Content";
+        case 301:
+            return "Moved Permanently";
+        case 302:
+            return "Found";
+        case 304:
+            return "Not Modified";
+        case 400:
+            return "Bad Request";
+        case 401:
+            return "Unauthorized";
+        case 403:
+            return "Forbidden";
+        case 404:
+            return "Not Found";
+        case 405:
+            return "Method Not Allowed";
+        case 412:
+            return "Precondition Failed";
+        case 413:
+            return "Content Too Large";
+        case 414:
+            return "URI Too Long";
+        case 416:
+            return "Range Not Satisfiable";
+        case 417:
+            return "Expectation Failed";
+        case 422:
+            return "Unprocessable Content";
+        case 426:
+            return "Upgrade Required";
+        case 431:
+            return "Request Header Fields Too Large";
+        case 500:
+            return "Internal Server Error";
+        case 501:
+            return "Not Implemented";
+        case 503:
+            return "Service Unavailable";
+        default:
+            return "";
+    }
+}
 
 bool IsOwnHeader(std::string_view name) {
     constexpr std::array<std::string_view, 4> names = {"Content-Length", "Connection", "Transfer-Encoding",

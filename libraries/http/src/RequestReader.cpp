@@ -1,6 +1,7 @@
 #include "libraries/http/src/RequestReader.h"
 
 #include "libraries/http/src/Text.h"
+#include "libraries/http/src/UrlText.h"
 
 #include <algorithm>
 

@@ -1,7 +1,9 @@
 #include "libraries/http/src/StaticFiles.h"
 
 #include "libraries/http/src/ContentTypes.h"
+#include "libraries/http/src/HttpDate.h"
 #include "libraries/http/src/Text.h"
+#include "libraries/http/src/UrlText.h"
 #include "platform/FileNames.h"
 
 #include <algorithm>

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <hv/HttpMessage.h>
+
+namespace hv::internal {
+
+/** %XX becomes a byte. Nothing when an escape is broken. */
+std::optional<std::string> PercentDecoded(std::string_view text);
+
+/** Reads "a=1&b=2" into the map, decoded; an earlier value of a key stays. */
+void ReadQuery(std::string_view query, QueryParams& params);
+
+}  // namespace hv::internal
