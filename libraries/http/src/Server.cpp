@@ -53,6 +53,11 @@ std::vector<std::unique_ptr<ServerLoop>> MakeLoops(Server& server, TaskLimit& ta
 
 }  // namespace
 
+Limits& LimitsOfNewServers() {
+    static Limits limits;
+    return limits;
+}
+
 Server::Server(const http_server_s& record)
     : m_limits(LimitsOfNewServers()),
       m_host(static_cast<const char*>(record.host)),

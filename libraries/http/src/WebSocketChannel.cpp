@@ -1,4 +1,4 @@
-// The side of a channel that its users see.
+// What the users of a channel see of it.
 #include "libraries/http/src/WebSocketConnection.h"
 
 struct sockaddr* hio_peeraddr(hio_t* io) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "libraries/http/src/IoHandle.h"
 #include "libraries/http/src/Server.h"
 #include "platform/Mutex.h"
 
@@ -16,6 +15,12 @@
 #include <boost/beast/websocket/stream.hpp>
 #include <boost/beast/websocket/teardown.hpp>
 #include <hv/WebSocketServer.h>
+#include <hv/hsocket.h>
+
+/** What a connection's io handle knows. */
+struct hio_t {
+    sockaddr_u peer{};
+};
 
 namespace hv::internal {
 
