@@ -84,7 +84,7 @@ int CPortRegistry::OpenNet(const SNetPortConfig& record) {
         if (const int error = CheckRecord(record); error != ErrorNone) {
             return error;
         }
-        const auto port = NetPort(record);
+        const auto port = NetPortInHand(record);
         const int error = port ? port->Open(record) : ErrorCut;
         if (error != ErrorNone) {
             const CLock lock(m_mutex);
@@ -107,7 +107,7 @@ int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view conten
             error != ErrorNone || bytes.empty()) {
             return error;
         }
-        const auto port = NetPort(record);
+        const auto port = NetPortInHand(record);
         return port ? port->Send(record, bytes) : ErrorCut;
     });
     return NoteSend(result, begin);
@@ -118,7 +118,7 @@ int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
         if (!IsSerialName(config.comPort)) {
             return static_cast<int>(ErrorNoSuchPort);
         }
-        const auto line = SerialLine(config.comPort);
+        const auto line = SerialLineInHand(config.comPort);
         const int error = line ? line->Check(config) : ErrorCut;
         if (error != ErrorNone) {
             const CLock lock(m_mutex);
@@ -145,7 +145,7 @@ int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view 
         if (waits != nullptr && waits->IsUsedUp() && waits->IsStuckLine(config.comPort)) {
             return static_cast<int>(ErrorSerialTimedOut);
         }
-        const auto line = SerialLine(config.comPort);
+        const auto line = SerialLineInHand(config.comPort);
         const int error = line ? line->Send(config, bytes) : ErrorCut;
         if (waits != nullptr && error == ErrorSerialTimedOut) {
             waits->NoteStuckLine(config.comPort);
@@ -231,7 +231,7 @@ void CPortRegistry::ForgetUnused(Ports& ports, const Key& key, const CPortInHand
     }
 }
 
-CPortInHand<CNetPort> CPortRegistry::NetPort(const SNetPortConfig& record) {
+CPortInHand<CNetPort> CPortRegistry::NetPortInHand(const SNetPortConfig& record) {
     const SEndPointView point = EndPointOf(record);
     {
         const CSharedLock lock(m_mutex);
@@ -276,7 +276,7 @@ std::shared_ptr<CNetPort> CPortRegistry::MakeNetPort(const SNetPortConfig& recor
     return std::make_shared<CUdpPort>(context, record);
 }
 
-CPortInHand<CSerialLine> CPortRegistry::SerialLine(const std::string& comPort) {
+CPortInHand<CSerialLine> CPortRegistry::SerialLineInHand(const std::string& comPort) {
     {
         const CSharedLock lock(m_mutex);
         if (const auto found = m_serialLines.find(comPort); found != m_serialLines.end()) {

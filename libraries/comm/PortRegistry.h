@@ -50,7 +50,7 @@ class CPortRegistry {
     using SerialLines = std::unordered_map<std::string, std::shared_ptr<CSerialLine>>;
 
     /** The port of a record, made when there is none; null after Stop. */
-    CPortInHand<CNetPort> NetPort(const SNetPortConfig& record);
+    CPortInHand<CNetPort> NetPortInHand(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
 
     /**
@@ -58,7 +58,7 @@ class CPortRegistry {
      * UDP record is deleted or edited, so their sockets may be left over.
      */
     void ShareLocalPort(const SNetPortConfig& record, CNetPort& made) REQUIRES_LOCK(m_mutex);
-    CPortInHand<CSerialLine> SerialLine(const std::string& comPort);
+    CPortInHand<CSerialLine> SerialLineInHand(const std::string& comPort);
 
     /** Forgets the object of a refused port, when nothing is left of it and no other call has it in hand. */
     template <typename Ports, typename Key, typename Port>
