@@ -62,7 +62,7 @@ bool CSerialNameTable::TakeChanged() {
     return std::exchange(m_changed, false);
 }
 
-NamedLines CSerialNameTable::Name(std::vector<SSerialLine> lines, const std::map<int, std::string>& links) {
+NamedLines CSerialNameTable::Name(std::vector<SFoundLine> lines, const std::map<int, std::string>& links) {
     std::map<int, std::string> fixed = links;
     for (const auto& [number, entry] : m_entries) {
         if (entry.identity.empty()) {
@@ -78,23 +78,23 @@ NamedLines CSerialNameTable::Name(std::vector<SSerialLine> lines, const std::map
     NameKnown(lines, true, fixed, named);
     NameKnown(lines, false, fixed, named);
     std::stable_partition(lines.begin(), lines.end(),
-                          [](const SSerialLine& line) { return line.builtInNumber != 0; });
-    for (const SSerialLine& line : lines) {
+                          [](const SFoundLine& line) { return line.builtInNumber != 0; });
+    for (const SFoundLine& line : lines) {
         NameNew(line, named);
     }
     return named;
 }
 
-void CSerialNameTable::NameFixed(std::vector<SSerialLine>& lines, const std::map<int, std::string>& fixed,
+void CSerialNameTable::NameFixed(std::vector<SFoundLine>& lines, const std::map<int, std::string>& fixed,
                                  NamedLines& named) {
     for (const auto& [number, device] : fixed) {
         const dev_t node = CharacterDevice(device);
         if (node == 0) {
             continue;  // not there at present
         }
-        const auto line = std::find_if(lines.begin(), lines.end(),
-                                       [&](const SSerialLine& one) { return one.node == node; });
-        SSerialLine& port = named[number];
+        const auto line =
+            std::find_if(lines.begin(), lines.end(), [&](const SFoundLine& one) { return one.node == node; });
+        SFoundLine& port = named[number];
         if (line == lines.end()) {
             port.kind = "Communications Port";
             port.description = port.kind;
@@ -104,15 +104,15 @@ void CSerialNameTable::NameFixed(std::vector<SSerialLine>& lines, const std::map
         port.device = device;
         port.node = node;
     }
-    std::erase_if(lines, [&](const SSerialLine& line) {
+    std::erase_if(lines, [&](const SFoundLine& line) {
         return std::any_of(named.begin(), named.end(),
                            [&](const auto& port) { return port.second.node == line.node; });
     });
 }
 
-void CSerialNameTable::NameKnown(std::vector<SSerialLine>& lines, bool samePlace,
+void CSerialNameTable::NameKnown(std::vector<SFoundLine>& lines, bool samePlace,
                                  const std::map<int, std::string>& fixed, NamedLines& named) {
-    std::erase_if(lines, [&](const SSerialLine& line) {
+    std::erase_if(lines, [&](const SFoundLine& line) {
         const auto known = std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& numbered) {
             const auto& [number, entry] = numbered;
             return entry.identity == line.identity && (!samePlace || entry.place == line.place) &&
@@ -130,7 +130,7 @@ void CSerialNameTable::NameKnown(std::vector<SSerialLine>& lines, bool samePlace
     });
 }
 
-void CSerialNameTable::NameNew(const SSerialLine& line, NamedLines& named) {
+void CSerialNameTable::NameNew(const SFoundLine& line, NamedLines& named) {
     const auto isFree = [&](int number) { return !m_entries.contains(number) && !named.contains(number); };
     int number = line.builtInNumber;
     if (number == 0 || number > kHighestNumber || !isFree(number)) {

@@ -11,7 +11,7 @@
 #include <nlohmann/json.hpp>
 
 /** Lines by the numbers of their COM names. */
-using NamedLines = std::map<int, SSerialLine>;
+using NamedLines = std::map<int, SFoundLine>;
 
 /** Writes to the system log what became of the names of serial ports. May throw. Any thread. */
 void LogSerialName(RavLog::EnLogLevel level, const std::string& text);
@@ -46,7 +46,7 @@ class CSerialNameTable {
      * these gets an entry: a built-in port the number of its own, every other the lowest free one from 5 up.
      * @param links  the links in /dev by their numbers
      */
-    NamedLines Name(std::vector<SSerialLine> lines, const std::map<int, std::string>& links);
+    NamedLines Name(std::vector<SFoundLine> lines, const std::map<int, std::string>& links);
 
     const nlohmann::json& Document() const { return m_document; }
 
@@ -54,11 +54,11 @@ class CSerialNameTable {
     bool TakeChanged();
 
   private:
-    void NameFixed(std::vector<SSerialLine>& lines, const std::map<int, std::string>& fixed,
+    void NameFixed(std::vector<SFoundLine>& lines, const std::map<int, std::string>& fixed,
                    NamedLines& named);
-    void NameKnown(std::vector<SSerialLine>& lines, bool samePlace, const std::map<int, std::string>& fixed,
+    void NameKnown(std::vector<SFoundLine>& lines, bool samePlace, const std::map<int, std::string>& fixed,
                    NamedLines& named);
-    void NameNew(const SSerialLine& line, NamedLines& named);
+    void NameNew(const SFoundLine& line, NamedLines& named);
     void Reserve(int number, const std::string& link, const std::string& identity);
     void Store(int number, const SEntry& entry);
 

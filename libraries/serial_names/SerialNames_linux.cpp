@@ -33,7 +33,7 @@ class CNameFile {
         return m_table.Find(number);
     }
 
-    NamedLines Name(std::vector<SSerialLine> lines, const std::map<int, std::string>& links) {
+    NamedLines Name(std::vector<SFoundLine> lines, const std::map<int, std::string>& links) {
         const CLock lock(m_mutex);
         Refresh();
         NamedLines named = m_table.Name(std::move(lines), links);

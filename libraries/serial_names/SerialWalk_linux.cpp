@@ -88,7 +88,7 @@ std::string DatabaseName(udev_device* device) {
     return Text(udev_device_get_property_value(device, "ID_MODEL_FROM_DATABASE"));
 }
 
-void DescribeUsb(udev_device* device, udev_device* usb, SSerialLine& line) {
+void DescribeUsb(udev_device* device, udev_device* usb, SFoundLine& line) {
     udev_device* interface = udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_interface");
     const std::string vendor = Attribute(usb, "idVendor");
     const std::string product = Attribute(usb, "idProduct");
@@ -107,7 +107,7 @@ void DescribeUsb(udev_device* device, udev_device* usb, SSerialLine& line) {
                                interface == nullptr ? "" : Text(udev_device_get_driver(interface)));
 }
 
-void DescribeOther(udev_device* device, udev_device* owner, SSerialLine& line) {
+void DescribeOther(udev_device* device, udev_device* owner, SFoundLine& line) {
     const std::string name = Text(udev_device_get_sysname(device));
     const std::string bus = Text(udev_device_get_subsystem(owner));
     line.place = BelowDevices(owner);
@@ -133,14 +133,14 @@ void DescribeOther(udev_device* device, udev_device* owner, SSerialLine& line) {
     }
 }
 
-std::optional<SSerialLine> Describe(udev_device* device) {
+std::optional<SFoundLine> Describe(udev_device* device) {
     udev_device* owner = udev_device_get_parent(device);
     const char* path = udev_device_get_devnode(device);
     // The type of a UART that is not there is 0 (Linux, PORT_UNKNOWN); other drivers have no such attribute.
     if (owner == nullptr || path == nullptr || Attribute(device, "type") == "0") {
         return std::nullopt;
     }
-    SSerialLine line;
+    SFoundLine line;
     line.device = path;
     line.node = CharacterDevice(line.device);
     if (line.node == 0) {
@@ -193,22 +193,22 @@ std::vector<std::string> TerminalFolders() {
 
 }  // namespace
 
-std::vector<SSerialLine> WalkSerialLines() {
-    std::vector<SSerialLine> lines;
+std::vector<SFoundLine> WalkSerialLines() {
+    std::vector<SFoundLine> lines;
     const Context context = MakeContext();
     if (!context) {
         return lines;
     }
     for (const std::string& folder : TerminalFolders()) {
         const Device device(udev_device_new_from_syspath(context.get(), folder.c_str()));
-        if (std::optional<SSerialLine> line = device ? Describe(device.get()) : std::nullopt) {
+        if (std::optional<SFoundLine> line = device ? Describe(device.get()) : std::nullopt) {
             lines.push_back(std::move(*line));
         }
     }
     return lines;
 }
 
-std::optional<SSerialLine> LookAtSerialLine(const std::string& device) {
+std::optional<SFoundLine> LookAtSerialLine(const std::string& device) {
     const Context context = MakeContext();
     const std::string name = fs::path(device).filename().string();
     if (!context || name.empty()) {

@@ -6,8 +6,8 @@
 
 #include <sys/types.h>
 
-/** A serial line of the machine. Texts are in UTF-8. */
-struct SSerialLine {
+/** A serial line of the machine as WalkSerialLines finds it. Texts are in UTF-8. */
+struct SFoundLine {
     std::string device;       ///< "/dev/ttyUSB0"; may be another one after the next plugging in
     dev_t node = 0;           ///< number of that device
     std::string identity;     ///< the same whenever and wherever it is plugged in; empty: not known to udev
@@ -19,10 +19,10 @@ struct SSerialLine {
 };
 
 /** All lines that have hardware behind them, in the order of their places. Looks anew each time. */
-std::vector<SSerialLine> WalkSerialLines();
+std::vector<SFoundLine> WalkSerialLines();
 
 /** The line of one device, "/dev/ttyUSB0"; nothing when there is none now. */
-std::optional<SSerialLine> LookAtSerialLine(const std::string& device);
+std::optional<SFoundLine> LookAtSerialLine(const std::string& device);
 
 /** Number of a character device; 0 when the path leads to none. */
 dev_t CharacterDevice(const std::string& path);
