@@ -81,7 +81,7 @@ CUserData::~CUserData() {
     writer.WaitAll();
 }
 
-void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text,
+void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument* text,
                             nlohmann::json document, const char* name) {
     const CJsonRelease release(document);
     json saved = document;
@@ -94,15 +94,15 @@ void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument
     writer.SaveAsync(std::move(saved), path);
 }
 
-CDocumentText::State CUserData::ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held,
-                                                CDocumentText& text, nlohmann::json document,
-                                                const char* name, const StateCheck& check) {
+CDocument::State CUserData::ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument& text,
+                                            nlohmann::json document, const char* name,
+                                            const StateCheck& check) {
     const CJsonRelease release(document);
     auto next = std::make_shared<const CDocumentState>(document);
     json saved = document;
     const std::string path = DocumentPath(name);
     for (;;) {
-        const CDocumentText::State present = text.Get(mutex, held);
+        const CDocument::State present = text.Get(mutex, held);
         if (!check(present->Tag())) {
             return nullptr;
         }
@@ -163,16 +163,16 @@ nlohmann::json CUserData::GetInterfaceConfig() const {
     return CopyDocument(interfaceMutex, interfaceConfig);
 }
 
-CDocumentText::State CUserData::ReplaceLayout(nlohmann::json document, const StateCheck& check) {
+CDocument::State CUserData::ReplaceLayout(nlohmann::json document, const StateCheck& check) {
     return ReplaceDocument(layoutMutex, layout, layoutText, std::move(document), "/layout.json", check);
 }
 
-CDocumentText::State CUserData::ReplaceMaterials(nlohmann::json document, const StateCheck& check) {
+CDocument::State CUserData::ReplaceMaterials(nlohmann::json document, const StateCheck& check) {
     return ReplaceDocument(materialsMutex, materials, materialsText, std::move(document), "/materials.json",
                            check);
 }
 
-CDocumentText::State CUserData::ReplaceComponentConfig(nlohmann::json document, const StateCheck& check) {
+CDocument::State CUserData::ReplaceComponentConfig(nlohmann::json document, const StateCheck& check) {
     const CLock changing(componentChangeMutex);
     auto stored = ReplaceDocument(componentMutex, componentConfig, componentText, std::move(document),
                                   "/componentConfig.json", check);
@@ -182,23 +182,23 @@ CDocumentText::State CUserData::ReplaceComponentConfig(nlohmann::json document, 
     return stored;
 }
 
-CDocumentText::State CUserData::GetLayoutState() {
+CDocument::State CUserData::GetLayoutState() {
     return layoutText.Get(layoutMutex, layout);
 }
 
-CDocumentText::State CUserData::GetMaterialsState() {
+CDocument::State CUserData::GetMaterialsState() {
     return materialsText.Get(materialsMutex, materials);
 }
 
-CDocumentText::State CUserData::GetComponentConfigState() {
+CDocument::State CUserData::GetComponentConfigState() {
     return componentText.Get(componentMutex, componentConfig);
 }
 
-CDocumentText::State CUserData::GetInterfaceConfigState() {
+CDocument::State CUserData::GetInterfaceConfigState() {
     return interfaceText.Get(interfaceMutex, interfaceConfig);
 }
 
-CDocumentText::State CUserData::GetApiListState() {
+CDocument::State CUserData::GetApiListState() {
     return apiListText.Get(apiListMutex, apiList);
 }
 

@@ -3,7 +3,7 @@
 #include "config/JsonFileWriter.h"
 #include "platform/Mutex.h"
 #include "userdata/CommandMap.h"
-#include "userdata/DocumentText.h"
+#include "userdata/Document.h"
 #include "userdata/InterfaceModel.h"
 #include "versions/Generations.h"
 
@@ -73,11 +73,11 @@ class CUserData {
     nlohmann::json GetInterfaceConfig() const;
 
     /** The documents as they are sent, with their tags; made once for each change, never copied. */
-    CDocumentText::State GetLayoutState();
-    CDocumentText::State GetMaterialsState();
-    CDocumentText::State GetComponentConfigState();
-    CDocumentText::State GetInterfaceConfigState();
-    CDocumentText::State GetApiListState();
+    CDocument::State GetLayoutState();
+    CDocument::State GetMaterialsState();
+    CDocument::State GetComponentConfigState();
+    CDocument::State GetInterfaceConfigState();
+    CDocument::State GetApiListState();
 
     /** Whether a document may be replaced while its state has this tag. Called without a lock, may be called
      * again. */
@@ -89,9 +89,9 @@ class CUserData {
      * @return the state that is stored now; null when the check said no, and nothing has changed then
      * @throw nlohmann::json::type_error as SetComponentConfig
      */
-    CDocumentText::State ReplaceLayout(nlohmann::json document, const StateCheck& check);
-    CDocumentText::State ReplaceMaterials(nlohmann::json document, const StateCheck& check);
-    CDocumentText::State ReplaceComponentConfig(nlohmann::json document, const StateCheck& check);
+    CDocument::State ReplaceLayout(nlohmann::json document, const StateCheck& check);
+    CDocument::State ReplaceMaterials(nlohmann::json document, const StateCheck& check);
+    CDocument::State ReplaceComponentConfig(nlohmann::json document, const StateCheck& check);
 
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
@@ -159,10 +159,10 @@ class CUserData {
     CUserData();
 
   private:
-    void SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText* text, nlohmann::json document,
+    void SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument* text, nlohmann::json document,
                      const char* name);
-    CDocumentText::State ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocumentText& text,
-                                         nlohmann::json document, const char* name, const StateCheck& check);
+    CDocument::State ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument& text,
+                                     nlohmann::json document, const char* name, const StateCheck& check);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument() REQUIRES_LOCK(interfaceChangeMutex);
@@ -173,17 +173,17 @@ class CUserData {
     CJsonFileWriter writer{SSavePauses(), [this](const std::string& path) { generations.BeforeSave(path); }};
     mutable CSharedMutex layoutMutex;
     nlohmann::json layout GUARDED_BY(layoutMutex);
-    CDocumentText layoutText;
+    CDocument layoutText;
     mutable CSharedMutex materialsMutex;
     nlohmann::json materials GUARDED_BY(materialsMutex);
-    CDocumentText materialsText;
+    CDocument materialsText;
     CMutex componentChangeMutex;  // taken before all others
     mutable CSharedMutex componentMutex;
     nlohmann::json componentConfig GUARDED_BY(componentMutex);
-    CDocumentText componentText;
+    CDocument componentText;
     mutable CSharedMutex apiListMutex;
     nlohmann::json apiList GUARDED_BY(apiListMutex);
-    CDocumentText apiListText;
+    CDocument apiListText;
     mutable CSharedMutex cmdMapMutex;
     CmdMap cmdMap GUARDED_BY(cmdMapMutex);
     CSharedMutex settingMutex;
@@ -192,7 +192,7 @@ class CUserData {
     CMutex interfaceChangeMutex;  // taken before all others
     mutable CSharedMutex interfaceMutex;
     nlohmann::json interfaceConfig GUARDED_BY(interfaceMutex);
-    CDocumentText interfaceText;
+    CDocument interfaceText;
     mutable CSharedMutex netPortMutex;
     NetPortMap netPortMap GUARDED_BY(netPortMutex);
     mutable CSharedMutex serialPortMutex;

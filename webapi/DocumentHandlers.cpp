@@ -16,9 +16,9 @@
 
 namespace {
 
-using Getter = CDocumentText::State (CUserData::*)();
+using Getter = CDocument::State (CUserData::*)();
 using Setter = void (CUserData::*)(nlohmann::json);
-using Replacer = CDocumentText::State (CUserData::*)(nlohmann::json, const CUserData::StateCheck&);
+using Replacer = CDocument::State (CUserData::*)(nlohmann::json, const CUserData::StateCheck&);
 
 constexpr const char* kGzipMark = "-gzip";  // ends the tag of a compressed reply
 
@@ -87,7 +87,7 @@ int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
     }
     SRequestTrace trace{MakeClientId(*request), request->path, {}};
     WriteOperationLog(trace.client, trace.path, std::string());
-    const CDocumentText::State state = (CUserData::GetInstance().*getter)();
+    const CDocument::State state = (CUserData::GetInstance().*getter)();
     response->SetHeader("Cache-Control", "no-cache");  // it may be kept, but not used unasked
     response->SetHeader("Vary", "Accept-Encoding");
     if (const std::string known = KnownTag(*request, *state); !known.empty()) {

@@ -69,7 +69,7 @@ class UserData : public testing::Test {
 
 TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
     constexpr std::tuple<void (CUserData::*)(json), json (CUserData::*)() const,
-                         CDocumentText::State (CUserData::*)()>
+                         CDocument::State (CUserData::*)()>
         operations[] = {{&CUserData::SetLayout, &CUserData::GetLayout, &CUserData::GetLayoutState},
                         {&CUserData::SetMaterials, &CUserData::GetMaterials, &CUserData::GetMaterialsState},
                         {&CUserData::SetComponentConfig, &CUserData::GetComponentConfig,
@@ -107,8 +107,8 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
 }
 
 TEST_F(UserData, OfWritersThatReplaceTheSameStateOneGetsThrough) {
-    constexpr std::tuple<CDocumentText::State (CUserData::*)(json, const CUserData::StateCheck&),
-                         CDocumentText::State (CUserData::*)()>
+    constexpr std::tuple<CDocument::State (CUserData::*)(json, const CUserData::StateCheck&),
+                         CDocument::State (CUserData::*)()>
         operations[] = {{&CUserData::ReplaceLayout, &CUserData::GetLayoutState},
                         {&CUserData::ReplaceMaterials, &CUserData::GetMaterialsState},
                         {&CUserData::ReplaceComponentConfig, &CUserData::GetComponentConfigState}};

@@ -1,4 +1,4 @@
-#include "userdata/DocumentText.h"
+#include "userdata/Document.h"
 
 #include "config/JsonRelease.h"
 
@@ -39,7 +39,7 @@ CDocumentState::Packed CDocumentState::PackedBy(const std::function<Packed()>& m
     return packed;
 }
 
-CDocumentText::State CDocumentText::Get(CSharedMutex& mutex, const nlohmann::json& document) {
+CDocument::State CDocument::Get(CSharedMutex& mutex, const nlohmann::json& document) {
     nlohmann::json copy;
     const CJsonRelease release(copy);
     std::uint64_t version = 0;
@@ -62,11 +62,11 @@ CDocumentText::State CDocumentText::Get(CSharedMutex& mutex, const nlohmann::jso
     return m_state;
 }
 
-void CDocumentText::Forget() {
+void CDocument::Forget() {
     Replace(nullptr);
 }
 
-void CDocumentText::Replace(State state) {
+void CDocument::Replace(State state) {
     m_state = std::move(state);
     ++m_version;
 }

@@ -45,7 +45,7 @@ class CDocumentState {
  * The state of a document, made when it is first asked for and kept until the document changes: documents
  * are read far more often than they change, and making the text takes longer than all the rest of a reply.
  */
-class CDocumentText {
+class CDocument {
   public:
     using State = std::shared_ptr<const CDocumentState>;
 
