@@ -50,3 +50,10 @@ class THREAD_ATTRIBUTE(scoped_lockable) CSharedLock {
   private:
     const std::shared_lock<std::shared_mutex> m_lock;
 };
+
+/** A copy of a value, taken under the lock that guards it. */
+template <typename Value>
+Value CopyUnder(CSharedMutex& mutex, const Value& value) {
+    const CSharedLock lock(mutex);
+    return value;
+}

@@ -1,6 +1,5 @@
 // The operations of CUserData on the command map and the component interactions behind it.
 
-#include "userdata/DocumentPath.h"
 #include "userdata/UserData.h"
 
 #include <utility>
@@ -36,14 +35,16 @@ std::vector<SCommandConfig> CUserData::GetCommands(std::int32_t componentId,
 
 void CUserData::UpdateCmdMap() {
     CmdMap built;
-    {
-        // Read in place: a copy would take ten times as long, under the same lock.
-        const CSharedLock lock(componentMutex);
-        const json* interactions = FindInteractions(componentConfig);
-        if (interactions == nullptr) {
-            return;
+    // Read in place: a copy would take ten times as long, under the same lock.
+    const bool isFound = componentDocument.Read([&built](const json& document) {
+        const json* interactions = FindInteractions(document);
+        if (interactions != nullptr) {
+            BuildCmdMap(*interactions, built);
         }
-        BuildCmdMap(*interactions, built);
+        return interactions != nullptr;
+    });
+    if (!isFound) {
+        return;
     }
     const CLock lock(cmdMapMutex);
     cmdMap.swap(built);
@@ -59,23 +60,14 @@ void CUserData::RemovePortCommands(std::int32_t nodeId) {
 }
 
 void CUserData::SyncComponentConfig() {
-    json interactions;
-    {
-        const CSharedLock lock(componentMutex);
-        const json* found = FindInteractions(componentConfig);
-        if (found == nullptr) {
-            return;
-        }
-        interactions = *found;
+    json interactions = componentDocument.Read([](const json& document) {
+        const json* found = FindInteractions(document);
+        return found == nullptr ? json() : *found;
+    });
+    if (interactions.is_null()) {
+        return;
     }
-    CmdMap commands;
-    {
-        const CSharedLock lock(cmdMapMutex);
-        commands = cmdMap;
-    }
-    PruneCommandArrays(interactions, commands);
-    const CLock lock(componentMutex);
-    componentText.Forget();
-    componentConfig[kInteractionKey].swap(interactions);
-    writer.SaveAsync(componentConfig, DocumentPath("/componentConfig.json"));
+    PruneCommandArrays(interactions, CopyUnder(cmdMapMutex, cmdMap));
+    componentDocument.Update(
+        [&interactions](json& document) { document[kInteractionKey].swap(interactions); });
 }

@@ -1,8 +1,8 @@
 #include "userdata/Document.h"
 
+#include "config/DocumentBackup.h"
+#include "config/JsonFile.h"
 #include "config/JsonRelease.h"
-
-#include <utility>
 
 #include <boost/uuid/name_generator_md5.hpp>
 
@@ -39,20 +39,27 @@ CDocumentState::Packed CDocumentState::PackedBy(const std::function<Packed()>& m
     return packed;
 }
 
-CDocument::State CDocument::Get(CSharedMutex& mutex, const nlohmann::json& document) {
+void CDocument::Load() {
+    nlohmann::json loaded = LoadJsonFromFile(RestoreFromBackup(Path()));
+    const CLock lock(m_mutex);
+    TakeState(nullptr);
+    m_value.swap(loaded);
+}
+
+CDocument::State CDocument::GetState() {
     nlohmann::json copy;
     const CJsonRelease release(copy);
     std::uint64_t version = 0;
     {
-        const CSharedLock lock(mutex);
+        const CSharedLock lock(m_mutex);
         if (m_state) {
             return m_state;
         }
-        copy = document;
+        copy = m_value;
         version = m_version;
     }
     auto state = std::make_shared<const CDocumentState>(copy);
-    const CLock lock(mutex);
+    const CLock lock(m_mutex);
     if (m_version != version) {
         return state;  // what the document was when it was asked for
     }
@@ -62,11 +69,37 @@ CDocument::State CDocument::Get(CSharedMutex& mutex, const nlohmann::json& docum
     return m_state;
 }
 
-void CDocument::Forget() {
-    Replace(nullptr);
+void CDocument::Set(nlohmann::json document) {
+    const CJsonRelease release(document);
+    nlohmann::json saved = document;
+    const std::string path = Path();
+    const CLock lock(m_mutex);
+    TakeState(nullptr);
+    m_value.swap(document);  // what was held is destroyed after the lock
+    m_writer.SaveAsync(std::move(saved), path);
 }
 
-void CDocument::Replace(State state) {
+CDocument::State CDocument::ReplaceIf(nlohmann::json document, const StateCheck& check) {
+    const CJsonRelease release(document);
+    auto next = std::make_shared<const CDocumentState>(document);
+    nlohmann::json saved = document;
+    const std::string path = Path();
+    for (;;) {
+        const State present = GetState();
+        if (!check(present->Tag())) {
+            return nullptr;
+        }
+        const CLock lock(m_mutex);
+        if (m_state == present) {  // else another write was faster, and its state is the one to look at
+            TakeState(next);
+            m_value.swap(document);
+            m_writer.SaveAsync(std::move(saved), path);
+            return next;
+        }
+    }
+}
+
+void CDocument::TakeState(State state) {
     m_state = std::move(state);
     ++m_version;
 }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "config/JsonFileWriter.h"
 #include "platform/Mutex.h"
+#include "userdata/DocumentPath.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -42,33 +45,80 @@ class CDocumentState {
 };
 
 /**
- * The state of a document, made when it is first asked for and kept until the document changes: documents
- * are read far more often than they change, and making the text takes longer than all the rest of a reply.
+ * A document of the user: its value and its lock, which somebody else holds, with what belongs to the two:
+ * the file, and the state in which the document is sent. That one is made when it is first asked for and kept
+ * until the document changes: documents are read far more often than they change, and making the text takes
+ * longer than all the rest of a reply.
+ *
+ * Whoever replaces or changes the document does it here, so that a state never outlives what it was made of,
+ * and so that each change is saved. Any thread; nobody waits for the disk, except in Load.
  */
 class CDocument {
   public:
     using State = std::shared_ptr<const CDocumentState>;
 
+    /** Whether a document may be replaced while its state has this tag. Called without a lock, may be called
+     * again. */
+    using StateCheck = std::function<bool(const std::string& tag)>;
+
     /**
-     * The state, never null. Any thread, without the lock, which is taken for the look at the document and
-     * not while the text is made.
-     * @param mutex  lock of the document
+     * All of these live longer than the document.
+     * @param mutex   lock of the value
+     * @param writer  saves what changes
+     * @param name    of the file, with a "/" before it: see DocumentPath
      */
-    State Get(CSharedMutex& mutex, const nlohmann::json& document);
+    CDocument(CSharedMutex& mutex, nlohmann::json& value, CJsonFileWriter& writer, const char* name)
+        : m_mutex(mutex), m_value(value), m_writer(writer), m_name(name) {}
+    CDocument(const CDocument&) = delete;
+    CDocument& operator=(const CDocument&) = delete;
 
-    // With the document's lock held exclusively:
+    /** Where the document is saved. */
+    std::string Path() const { return DocumentPath(m_name); }
 
-    /** The document changes. */
-    void Forget();
+    /** Takes the value from the file, or from its backup (see RestoreFromBackup). Blocks for the disk. */
+    void Load();
 
-    /** The document changes, and this is its state from now on. */
-    void Replace(State state);
+    /** A copy of the value. */
+    nlohmann::json Copy() const { return CopyUnder(m_mutex, m_value); }
 
-    /** Whether the document is still in this state, which Get has handed out. False also when nobody knows.
+    /** The present state, never null. The text is made without the lock. */
+    State GetState();
+
+    /** Replaces the value and saves it. */
+    void Set(nlohmann::json document);
+
+    /**
+     * As Set, but only when the state that is replaced passes the check. Nothing comes between the two: of
+     * two writers that ask for the same state one gets through.
+     * @return the state that is stored now; null when the check said no, and nothing has changed then
      */
-    bool Is(const State& state) const { return m_state == state; }
+    State ReplaceIf(nlohmann::json document, const StateCheck& check);
+
+    /** Calls look with the value, a const nlohmann::json&, under the shared lock, and returns what it
+     * returns. */
+    template <typename Look>
+    auto Read(Look look) const {
+        const CSharedLock lock(m_mutex);
+        return look(std::as_const(m_value));
+    }
+
+    /** Calls change with the value, an nlohmann::json&, under the exclusive lock, and saves it. */
+    template <typename Change>
+    void Update(Change change) {
+        const CLock lock(m_mutex);
+        TakeState(nullptr);
+        change(m_value);
+        m_writer.SaveAsync(m_value, Path());
+    }
 
   private:
-    State m_state;  // both under the lock of the document
-    std::uint64_t m_version = 0;
+    /** The document changes. @param state  what it will be; null: to be made when it is asked for */
+    void TakeState(State state) REQUIRES_LOCK(m_mutex);
+
+    CSharedMutex& m_mutex;
+    nlohmann::json& m_value GUARDED_BY(m_mutex);
+    CJsonFileWriter& m_writer;
+    const char* const m_name;
+    State m_state GUARDED_BY(m_mutex);  ///< null until it is asked for
+    std::uint64_t m_version GUARDED_BY(m_mutex) = 0;
 };

@@ -4,7 +4,6 @@
 #include "config/JsonNumber.h"
 #include "platform/GeneratorId.h"
 #include "platform/RavLog.h"
-#include "userdata/DocumentPath.h"
 #include "userdata/UserData.h"
 
 #include <algorithm>
@@ -18,13 +17,6 @@ namespace {
 using nlohmann::json;
 
 constexpr const char* kListKey = "configList";
-constexpr const char* kFileName = "/interFace.json";
-
-template <typename Map>
-Map CopyMap(CSharedMutex& mutex, const Map& map) {
-    const CSharedLock lock(mutex);
-    return map;
-}
 
 template <typename Map>
 bool CopyRecord(CSharedMutex& mutex, const Map& map, std::int32_t nodeId, typename Map::mapped_type& record) {
@@ -58,7 +50,7 @@ bool AnyRecord(const Map& map, bool exists, std::int32_t nodeId, Condition condi
     });
 }
 
-/** The kind of an element and its body; an empty kind for an element without a usable node id. */
+/** What an element of the list says it is. */
 struct SElement {
     std::int32_t nodeId = 0;
     std::string kind;
@@ -78,9 +70,8 @@ bool ReadElement(const json& source, SElement& element) {
     return true;
 }
 
-/** Tells the operator what the next save of the interfaces will drop, and keeps the file as it is. */
-void TellUnused(const std::string& what, CJsonFileWriter& writer) {
-    const std::string path = DocumentPath(kFileName);
+/** Logs what the next save of the interfaces will drop, and keeps the file as it is. */
+void TellUnused(const std::string& what, const std::string& path, CJsonFileWriter& writer) {
     writer.KeepBeforeNextSave(path);
     RavLog::WriteSystemLog(RavLog::Error, "UpdateNetSerialMap",
                            path + " holds " + what +
@@ -114,7 +105,7 @@ void CUserData::SetSerialPortConfig(std::int32_t nodeId, const SSerialPortConfig
 }
 
 NetPortMap CUserData::GetNetPortMap() const {
-    return CopyMap(netPortMutex, netPortMap);
+    return CopyUnder(netPortMutex, netPortMap);
 }
 
 void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
@@ -148,9 +139,9 @@ void CUserData::ClearInterfaces() {
 }
 
 bool CUserData::IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const {
-    return AnyRecord(CopyMap(netPortMutex, netPortMap), exists, nodeId,
+    return AnyRecord(CopyUnder(netPortMutex, netPortMap), exists, nodeId,
                      [&name](const SNetPortConfig& record) { return record.netPortName == name; }) ||
-           AnyRecord(CopyMap(serialPortMutex, serialPortMap), exists, nodeId,
+           AnyRecord(CopyUnder(serialPortMutex, serialPortMap), exists, nodeId,
                      [&name](const SSerialPortConfig& record) { return record.comName == name; });
 }
 
@@ -174,15 +165,12 @@ bool CUserData::IsSerialConfigDuplicate(const SSerialPortConfig& record, bool ex
 }
 
 void CUserData::UpdateNetSerialMap() {
-    json list;
-    {
-        const CSharedLock lock(interfaceMutex);
-        if (const auto member = interfaceConfig.find(kListKey); member != interfaceConfig.end()) {
-            list = *member;
-        }
-    }
+    const json list = interfaceDocument.Read([](const json& document) {
+        const auto member = document.find(kListKey);
+        return member == document.end() ? json() : *member;
+    });
     if (!list.is_array()) {
-        TellUnused("no array configList", writer);
+        TellUnused("no array configList", interfaceDocument.Path(), writer);
         return;
     }
     std::set<int> usedIds;
@@ -210,7 +198,7 @@ void CUserData::UpdateNetSerialMap() {
     if (unusable > 0) {
         TellUnused(std::to_string(unusable) + " of " + std::to_string(list.size()) +
                        " elements that are no interfaces",
-                   writer);
+                   interfaceDocument.Path(), writer);
     }
     CGeneratorId::getInstance()->Initialize(usedIds);
 }
@@ -242,9 +230,9 @@ void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
 }
 
 void CUserData::SaveInterfaceDocument() {
-    const std::vector<SInterfaceOrderEntry> order = CopyMap(orderMutex, interfaceOrder);
-    const SerialPortMap serialPorts = CopyMap(serialPortMutex, serialPortMap);
-    const NetPortMap netPorts = CopyMap(netPortMutex, netPortMap);
+    const std::vector<SInterfaceOrderEntry> order = CopyUnder(orderMutex, interfaceOrder);
+    const SerialPortMap serialPorts = CopyUnder(serialPortMutex, serialPortMap);
+    const NetPortMap netPorts = CopyUnder(netPortMutex, netPortMap);
     json list = json::array();
     for (const auto& [nodeId, isNet] : order) {
         if (isNet) {
@@ -259,11 +247,10 @@ void CUserData::SaveInterfaceDocument() {
 }
 
 void CUserData::StoreInterfaceList(nlohmann::json list) {
-    const CLock lock(interfaceMutex);
-    interfaceText.Forget();
-    if (!interfaceConfig.is_object()) {
-        interfaceConfig = json::object();  // what the file held was no interfaces; the start has told it
-    }
-    interfaceConfig[kListKey] = std::move(list);
-    writer.SaveAsync(interfaceConfig, DocumentPath(kFileName));
+    interfaceDocument.Update([&list](json& document) {
+        if (!document.is_object()) {
+            document = json::object();  // what the file held was no interfaces, and the start has logged that
+        }
+        document[kListKey] = std::move(list);
+    });
 }

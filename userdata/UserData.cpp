@@ -2,7 +2,6 @@
 
 #include "config/DocumentBackup.h"
 #include "config/JsonFile.h"
-#include "config/JsonRelease.h"
 #include "config/UnusableFile.h"
 #include "include/GlobalConfig.h"
 #include "platform/ProcessEnd.h"
@@ -18,14 +17,7 @@ namespace {
 
 using nlohmann::json;
 
-json LoadDocument(const char* name) {
-    return LoadJsonFromFile(RestoreFromBackup(DocumentPath(name)));
-}
-
-json CopyDocument(CSharedMutex& mutex, const json& held) {
-    const CSharedLock lock(mutex);
-    return held;
-}
+constexpr const char* kSettingName = "/setting.json";
 
 void LogLoadFailure(const char* what, const std::exception& error) {
     WriteRootLog(RavLog::Error, "CUserData::CUserData", FormatLogText(what, error.what()));
@@ -52,13 +44,13 @@ CUserData& CUserData::GetInstance() {
 
 CUserData::CUserData() {
     apiList = CreateDefaultBoardInfo();
-    layout = LoadDocument("/layout.json");
-    materials = LoadDocument("/materials.json");
-    UseFile(DocumentPath("/materials.json"), [this] { EnsureArrayMember(materials, "materialList"); });
-    componentConfig = LoadDocument("/componentConfig.json");
-    interfaceConfig = LoadDocument("/interFace.json");
-    UseFile(DocumentPath("/interFace.json"), [this] { EnsureArrayMember(interfaceConfig, "configList"); });
-    infraredCom = LoadDocument("/infraredCom.json");
+    layoutDocument.Load();
+    materialsDocument.Load();
+    UseFile(materialsDocument.Path(), [this] { EnsureArrayMember(materials, "materialList"); });
+    componentDocument.Load();
+    interfaceDocument.Load();
+    UseFile(interfaceDocument.Path(), [this] { EnsureArrayMember(interfaceConfig, "configList"); });
+    infraredDocument.Load();
     try {
         UpdateCmdMap();
     } catch (const std::exception& error) {
@@ -69,9 +61,10 @@ CUserData::CUserData() {
     } catch (const std::exception& error) {
         LogLoadFailure("[Load File] Failed UpdateNetSerialMap!", error);
     }
-    UseFile(DocumentPath("/setting.json"), [this] {
-        const SLanguageSetting setting =
-            ParseLanguageSetting(LoadDocument("/setting.json"), GetConfigInstance().system_language, 0);
+    const std::string settingPath = DocumentPath(kSettingName);
+    UseFile(settingPath, [this, &settingPath] {
+        const SLanguageSetting setting = ParseLanguageSetting(
+            LoadJsonFromFile(RestoreFromBackup(settingPath)), GetConfigInstance().system_language, 0);
         isAutoLanguage = setting.isAuto;
         language = setting.language;
     });
@@ -81,101 +74,64 @@ CUserData::~CUserData() {
     writer.WaitAll();
 }
 
-void CUserData::SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument* text,
-                            nlohmann::json document, const char* name) {
-    const CJsonRelease release(document);
-    json saved = document;
-    const std::string path = DocumentPath(name);
-    const CLock lock(mutex);
-    if (text != nullptr) {
-        text->Forget();
-    }
-    held.swap(document);  // what was held is destroyed after the lock
-    writer.SaveAsync(std::move(saved), path);
-}
-
-CDocument::State CUserData::ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument& text,
-                                            nlohmann::json document, const char* name,
-                                            const StateCheck& check) {
-    const CJsonRelease release(document);
-    auto next = std::make_shared<const CDocumentState>(document);
-    json saved = document;
-    const std::string path = DocumentPath(name);
-    for (;;) {
-        const CDocument::State present = text.Get(mutex, held);
-        if (!check(present->Tag())) {
-            return nullptr;
-        }
-        const CLock lock(mutex);
-        if (text.Is(present)) {  // else another write was faster, and its state is the one to look at
-            text.Replace(next);
-            held.swap(document);
-            writer.SaveAsync(std::move(saved), path);
-            return next;
-        }
-    }
-}
-
 nlohmann::json CUserData::GetLayout() const {
-    return CopyDocument(layoutMutex, layout);
+    return layoutDocument.Copy();
 }
 
 void CUserData::SetLayout(nlohmann::json document) {
-    SetDocument(layoutMutex, layout, &layoutText, std::move(document), "/layout.json");
+    layoutDocument.Set(std::move(document));
 }
 
 nlohmann::json CUserData::GetMaterials() const {
-    return CopyDocument(materialsMutex, materials);
+    return materialsDocument.Copy();
 }
 
 void CUserData::SetMaterials(nlohmann::json document) {
-    SetDocument(materialsMutex, materials, &materialsText, std::move(document), "/materials.json");
+    materialsDocument.Set(std::move(document));
 }
 
 nlohmann::json CUserData::GetComponentConfig() const {
-    return CopyDocument(componentMutex, componentConfig);
+    return componentDocument.Copy();
 }
 
 void CUserData::SetComponentConfig(nlohmann::json document) {
     const CLock changing(componentChangeMutex);
-    SetDocument(componentMutex, componentConfig, &componentText, std::move(document),
-                "/componentConfig.json");
+    componentDocument.Set(std::move(document));
     UpdateCmdMap();
 }
 
 nlohmann::json CUserData::GetApiList() const {
-    return CopyDocument(apiListMutex, apiList);
+    return apiListDocument.Copy();
 }
 
 void CUserData::SetApiList(nlohmann::json document) {
-    SetDocument(apiListMutex, apiList, &apiListText, std::move(document), "/apiList.json");
+    apiListDocument.Set(std::move(document));
 }
 
 nlohmann::json CUserData::GetInfraredCom() const {
-    return CopyDocument(infraredMutex, infraredCom);
+    return infraredDocument.Copy();
 }
 
 void CUserData::SetInfraredCom(nlohmann::json document) {
-    SetDocument(infraredMutex, infraredCom, nullptr, std::move(document), "/infraredCom.json");
+    infraredDocument.Set(std::move(document));
 }
 
 nlohmann::json CUserData::GetInterfaceConfig() const {
-    return CopyDocument(interfaceMutex, interfaceConfig);
+    return interfaceDocument.Copy();
 }
 
-CDocument::State CUserData::ReplaceLayout(nlohmann::json document, const StateCheck& check) {
-    return ReplaceDocument(layoutMutex, layout, layoutText, std::move(document), "/layout.json", check);
+CDocument::State CUserData::ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check) {
+    return layoutDocument.ReplaceIf(std::move(document), check);
 }
 
-CDocument::State CUserData::ReplaceMaterials(nlohmann::json document, const StateCheck& check) {
-    return ReplaceDocument(materialsMutex, materials, materialsText, std::move(document), "/materials.json",
-                           check);
+CDocument::State CUserData::ReplaceMaterials(nlohmann::json document, const CDocument::StateCheck& check) {
+    return materialsDocument.ReplaceIf(std::move(document), check);
 }
 
-CDocument::State CUserData::ReplaceComponentConfig(nlohmann::json document, const StateCheck& check) {
+CDocument::State CUserData::ReplaceComponentConfig(nlohmann::json document,
+                                                   const CDocument::StateCheck& check) {
     const CLock changing(componentChangeMutex);
-    auto stored = ReplaceDocument(componentMutex, componentConfig, componentText, std::move(document),
-                                  "/componentConfig.json", check);
+    auto stored = componentDocument.ReplaceIf(std::move(document), check);
     if (stored) {
         UpdateCmdMap();
     }
@@ -183,23 +139,23 @@ CDocument::State CUserData::ReplaceComponentConfig(nlohmann::json document, cons
 }
 
 CDocument::State CUserData::GetLayoutState() {
-    return layoutText.Get(layoutMutex, layout);
+    return layoutDocument.GetState();
 }
 
 CDocument::State CUserData::GetMaterialsState() {
-    return materialsText.Get(materialsMutex, materials);
+    return materialsDocument.GetState();
 }
 
 CDocument::State CUserData::GetComponentConfigState() {
-    return componentText.Get(componentMutex, componentConfig);
+    return componentDocument.GetState();
 }
 
 CDocument::State CUserData::GetInterfaceConfigState() {
-    return interfaceText.Get(interfaceMutex, interfaceConfig);
+    return interfaceDocument.GetState();
 }
 
 CDocument::State CUserData::GetApiListState() {
-    return apiListText.Get(apiListMutex, apiList);
+    return apiListDocument.GetState();
 }
 
 std::int32_t CUserData::GetLanguage() const {
@@ -215,5 +171,5 @@ void CUserData::SetLanguage(std::int32_t newLanguage, bool isAuto) {
     const CLock lock(settingMutex);
     language = newLanguage;
     isAutoLanguage = isAuto;
-    writer.SaveAsync({{"IsAutoLanguage", isAuto}, {"Language", newLanguage}}, DocumentPath("/setting.json"));
+    writer.SaveAsync({{"IsAutoLanguage", isAuto}, {"Language", newLanguage}}, DocumentPath(kSettingName));
 }

@@ -21,7 +21,8 @@
  *
  * The documents are loaded when the object is built, held in memory, handed out as copies, and saved in the
  * background on every change. All operations may be called from any thread at any time; no caller waits for
- * the disk. A save that fails is told on standard output and in the system log, not to the caller.
+ * the disk. A save that fails is printed on standard output and logged in the system log; its caller does not
+ * learn of it.
  *
  * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
  * is taken inside a document's lock, and that two more, taken before all others, let one thread at a time
@@ -79,19 +80,13 @@ class CUserData {
     CDocument::State GetInterfaceConfigState();
     CDocument::State GetApiListState();
 
-    /** Whether a document may be replaced while its state has this tag. Called without a lock, may be called
-     * again. */
-    using StateCheck = std::function<bool(const std::string& tag)>;
-
     /**
-     * As the setters, but only when the state that is replaced passes the check. Nothing comes between the
-     * two: of two writers that ask for the same state one gets through.
-     * @return the state that is stored now; null when the check said no, and nothing has changed then
+     * As the setters, but only when the state that is replaced passes the check: see CDocument::ReplaceIf.
      * @throw nlohmann::json::type_error as SetComponentConfig
      */
-    CDocument::State ReplaceLayout(nlohmann::json document, const StateCheck& check);
-    CDocument::State ReplaceMaterials(nlohmann::json document, const StateCheck& check);
-    CDocument::State ReplaceComponentConfig(nlohmann::json document, const StateCheck& check);
+    CDocument::State ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check);
+    CDocument::State ReplaceMaterials(nlohmann::json document, const CDocument::StateCheck& check);
+    CDocument::State ReplaceComponentConfig(nlohmann::json document, const CDocument::StateCheck& check);
 
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
@@ -159,10 +154,6 @@ class CUserData {
     CUserData();
 
   private:
-    void SetDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument* text, nlohmann::json document,
-                     const char* name);
-    CDocument::State ReplaceDocument(CSharedMutex& mutex, nlohmann::json& held, CDocument& text,
-                                     nlohmann::json document, const char* name, const StateCheck& check);
     void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
     void RemoveInterfaceOrder(std::int32_t nodeId);
     void SaveInterfaceDocument() REQUIRES_LOCK(interfaceChangeMutex);
@@ -173,17 +164,13 @@ class CUserData {
     CJsonFileWriter writer{SSavePauses(), [this](const std::string& path) { generations.BeforeSave(path); }};
     mutable CSharedMutex layoutMutex;
     nlohmann::json layout GUARDED_BY(layoutMutex);
-    CDocument layoutText;
     mutable CSharedMutex materialsMutex;
     nlohmann::json materials GUARDED_BY(materialsMutex);
-    CDocument materialsText;
     CMutex componentChangeMutex;  // taken before all others
     mutable CSharedMutex componentMutex;
     nlohmann::json componentConfig GUARDED_BY(componentMutex);
-    CDocument componentText;
     mutable CSharedMutex apiListMutex;
     nlohmann::json apiList GUARDED_BY(apiListMutex);
-    CDocument apiListText;
     mutable CSharedMutex cmdMapMutex;
     CmdMap cmdMap GUARDED_BY(cmdMapMutex);
     CSharedMutex settingMutex;
@@ -192,7 +179,6 @@ class CUserData {
     CMutex interfaceChangeMutex;  // taken before all others
     mutable CSharedMutex interfaceMutex;
     nlohmann::json interfaceConfig GUARDED_BY(interfaceMutex);
-    CDocument interfaceText;
     mutable CSharedMutex netPortMutex;
     NetPortMap netPortMap GUARDED_BY(netPortMutex);
     mutable CSharedMutex serialPortMutex;
@@ -202,6 +188,14 @@ class CUserData {
     std::unordered_set<std::int32_t> orderedIds GUARDED_BY(orderMutex);  ///< those in interfaceOrder
     mutable CSharedMutex infraredMutex;
     nlohmann::json infraredCom GUARDED_BY(infraredMutex);
+
+    // The way to the documents above, once they are loaded.
+    CDocument layoutDocument{layoutMutex, layout, writer, "/layout.json"};
+    CDocument materialsDocument{materialsMutex, materials, writer, "/materials.json"};
+    CDocument componentDocument{componentMutex, componentConfig, writer, "/componentConfig.json"};
+    CDocument apiListDocument{apiListMutex, apiList, writer, "/apiList.json"};
+    CDocument interfaceDocument{interfaceMutex, interfaceConfig, writer, "/interFace.json"};
+    CDocument infraredDocument{infraredMutex, infraredCom, writer, "/infraredCom.json"};
 };
 
 /**

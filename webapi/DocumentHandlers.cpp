@@ -18,7 +18,7 @@ namespace {
 
 using Getter = CDocument::State (CUserData::*)();
 using Setter = void (CUserData::*)(nlohmann::json);
-using Replacer = CDocument::State (CUserData::*)(nlohmann::json, const CUserData::StateCheck&);
+using Replacer = CDocument::State (CUserData::*)(nlohmann::json, const CDocument::StateCheck&);
 
 constexpr const char* kGzipMark = "-gzip";  // ends the tag of a compressed reply
 

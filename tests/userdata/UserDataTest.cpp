@@ -107,7 +107,7 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
 }
 
 TEST_F(UserData, OfWritersThatReplaceTheSameStateOneGetsThrough) {
-    constexpr std::tuple<CDocument::State (CUserData::*)(json, const CUserData::StateCheck&),
+    constexpr std::tuple<CDocument::State (CUserData::*)(json, const CDocument::StateCheck&),
                          CDocument::State (CUserData::*)()>
         operations[] = {{&CUserData::ReplaceLayout, &CUserData::GetLayoutState},
                         {&CUserData::ReplaceMaterials, &CUserData::GetMaterialsState},
