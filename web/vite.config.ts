@@ -1,7 +1,5 @@
-/// <reference types="vitest/config" />
 import { svelte } from "@sveltejs/vite-plugin-svelte";
-import { defineConfig } from "vite";
-import type { TestProjectConfiguration } from "vitest/config";
+import { defineConfig, type TestProjectConfiguration } from "vitest/config";
 import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";

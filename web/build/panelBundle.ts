@@ -59,7 +59,8 @@ export function panelBundle(): Plugin {
         JSON.stringify(`./${names.find((name) => name.endsWith(ending))!.replace("assets/", "")}`);
       return `
         const address = (name) => new URL(name, import.meta.url).href;
-        const style = Object.assign(document.createElement("link"), { rel: "stylesheet", href: address(${beside(".css")}) });
+        const style = document.createElement("link");
+        Object.assign(style, { rel: "stylesheet", href: address(${beside(".css")}) });
         const shown = new Promise((resolve) => (style.onload = style.onerror = resolve));
         document.head.append(style);
         export const { start } = await import(/* @vite-ignore */ address(${beside(".js")}));

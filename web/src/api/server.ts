@@ -1,4 +1,8 @@
-/** The server's JSON interface. Each call gives the reply's `data` or throws a ServerError; documents come with their state. */
+/**
+ * The server's JSON interface. Each call gives the reply's `data` or throws a ServerError; documents come with their
+ * state.
+ */
+import { asText } from "../model/json.ts";
 
 /** Codes of the reply; those below 0 are this application's own. */
 export const codes = {
@@ -85,7 +89,7 @@ async function exchange(
     throw new ServerError(error instanceof SyntaxError ? codes.strange : codes.unreachable, "", route);
   }
   if (envelope.code !== codes.done) {
-    throw new ServerError(Number(envelope.code) || codes.strange, String(envelope.message ?? ""), route);
+    throw new ServerError(Number(envelope.code) || codes.strange, asText(envelope.message), route);
   }
   return { data: envelope.data, tag };
 }
@@ -107,7 +111,10 @@ async function read(route: string): Promise<Stored> {
   return stored;
 }
 
-/** Replaces a document, while it is `still` in the state of this tag where one is given. @returns the tag of the new state */
+/**
+ * Replaces a document, while it is `still` in the state of this tag where one is given.
+ * @returns the tag of the new state
+ */
 async function replace(route: string, data: unknown, still = ""): Promise<string> {
   return (await exchange("POST", base + route, { data }, answerLimit, { still })).tag;
 }

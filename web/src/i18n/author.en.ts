@@ -29,7 +29,8 @@ export const authorEn = {
   discardDraft: "Discard it",
   newerTitle: "These pages were made with a newer version",
   newerText:
-    "The stored pages have version {0}, which this application does not know. Update the server to edit them; until then nothing is changed.",
+    "The stored pages have version {0}, which this application does not know. " +
+    "Update the server to edit them; until then nothing is changed.",
   foreignTitle: "The stored pages come from another program",
   foreignText:
     "They can't be shown or edited here. You can start with empty pages; the stored ones stay until you save.",
@@ -101,7 +102,8 @@ export const authorEn = {
   deleteAll: "Delete all",
   deleteAllInterfaces: "Delete all interfaces?",
   deleteAllText:
-    "All {0} interfaces are closed and deleted at once. {1} {1|command loses its|commands lose their} interface and {1|is|are} listed as {1|a problem|problems}.",
+    "All {0} interfaces are closed and deleted at once. " +
+    "{1} {1|command loses its|commands lose their} interface and {1|is|are} listed as {1|a problem|problems}.",
   deleteInterface: "Delete {0}?",
   deleteInterfaceUsed: "{0} {0|command uses it. It stops|commands use it. They stop} working at once.",
   deleteInterfaceUnused: "No command uses it.",

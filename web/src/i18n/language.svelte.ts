@@ -31,7 +31,10 @@ class LanguageState {
 
 export const language = new LanguageState();
 
-/** A function from key to sentence in the current language; {0}, {1} … take the values, {0|is|are} one of the words by whether the value is 1. */
+/**
+ * A function from key to sentence in the current language; {0}, {1} … take the values, {0|is|are} one of the words by
+ * whether the value is 1.
+ */
 export function translator<Keys extends string>(dictionaries: Record<Language, Record<Keys, string>>) {
   return (key: Keys, ...values: (string | number)[]): string =>
     dictionaries[language.current][key].replace(

@@ -1,7 +1,7 @@
 /** Reading values of documents that anybody may have written: each takes what is there or the given default. */
 
 export type Json = null | boolean | number | string | Json[] | { [key: string]: Json };
-export type JsonObject = { [key: string]: unknown };
+export type JsonObject = Record<string, unknown>;
 
 export function isObject(value: unknown): value is JsonObject {
   return typeof value === "object" && value !== null && !Array.isArray(value);

@@ -26,7 +26,10 @@ export function isImageData(data: string): boolean {
   return imageData.test(data);
 }
 
-/** The list of a stored document, without those whose id is taken already. The server's own first document holds nothing but an empty list. */
+/**
+ * The list of a stored document, without those whose id is taken already. The server's own first document holds
+ * nothing but an empty list.
+ */
 export function readMaterials(value: unknown): readonly Material[] | Refusal {
   const document = asObject(value);
   const version = asNumber(document["version"], 0, 0, Number.MAX_SAFE_INTEGER);

@@ -25,10 +25,7 @@ function isSamePage(page: Page, mine: Project, other: Project): boolean {
   const counterpart = other.layout.pages.find((one) => one.id === page.id);
   if (!counterpart || !sameJson(page, counterpart)) return false;
   const commandsOf = (project: Project) =>
-    page.components.map((one) => {
-      const commands = project.interactions[one.id];
-      return commands ? commands : { triggers: {} };
-    });
+    page.components.map((one) => project.interactions[one.id] ?? { triggers: {} });
   return sameJson(commandsOf(mine), commandsOf(other));
 }
 

@@ -60,7 +60,7 @@ export function writeLayout(layout: Layout): object {
 }
 
 /** A page as a document or an exported file holds it. Components whose id is taken already are left out. */
-export function readPage(value: unknown, takenIds: Set<number> = new Set()): Page {
+export function readPage(value: unknown, takenIds = new Set<number>()): Page {
   const page = asObject(value);
   const fresh = newPage(asText(page["name"]));
   const { least, most } = pageSides;

@@ -77,8 +77,9 @@ function snapAxis(
     for (const at of lines(other, axis)) {
       for (const line of own) {
         const shift = at - line;
-        if (Math.abs(shift) <= settings.reach && (!best || Math.abs(shift) < Math.abs(best.shift)))
+        if (Math.abs(shift) <= settings.reach && (!best || Math.abs(shift) < Math.abs(best.shift))) {
           best = { shift, at, other };
+        }
       }
     }
   }

@@ -7,7 +7,7 @@ import { failureText } from "../i18n/panel.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { asNumber, asObject, sameJson } from "../model/json.ts";
 import { type Component, emptyLayout, type Layout } from "../model/layout.ts";
-import { type Material, readMaterials } from "../model/materials.ts";
+import { readMaterials } from "../model/materials.ts";
 import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../view/pictures.ts";
 
@@ -80,7 +80,7 @@ export class PanelState {
       }
       if (!sameJson(materials, this.#stored.materials)) {
         const read = readMaterials(materials);
-        this.pictures = this.#pictureStore.update(isRefused(read) ? [] : (read as readonly Material[]));
+        this.pictures = this.#pictureStore.update(isRefused(read) ? [] : read);
       }
       this.#stored = { layout, materials };
       this.loaded = true;

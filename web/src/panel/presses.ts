@@ -102,8 +102,9 @@ export class Presses {
     // Modes that have begun to send stay pressed until the finger leaves the screen.
     const waits = component.type !== "button" || component.mode === "click" || component.mode === "long";
     if (waits && !press.longDone) this.hooks.setPressed(component.id, this.#inside(component, at));
-    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at))
+    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at)) {
       clearTimeout(press.timer);
+    }
   }
 
   up(pointer: number, at: Point): void {

@@ -2,7 +2,7 @@ import { afterAll, beforeAll, describe, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
 import { connected, newPage, save, screens, startBrowser } from "../support/browser.ts";
 import { SerialDevice, TcpDevice, UdpDevice } from "../support/equipment.ts";
-import { Host } from "../support/host.ts";
+import { Host, type StoredComponent } from "../support/host.ts";
 import { longest, waitFor } from "../support/wait.ts";
 
 let browser: Browser;
@@ -114,14 +114,8 @@ const button = (id: number, x: number, y: number) => ({
   height: 60,
   look: { text: `B${id}` },
 });
-const stored = async (host: Host) =>
-  (await host.read("getPageLayoutInfo")).pages[0].components as {
-    id: number;
-    x: number;
-    y: number;
-    width: number;
-    group: string;
-  }[];
+const stored = async (host: Host): Promise<StoredComponent[]> =>
+  (await host.read("getPageLayoutInfo")).pages[0]!.components;
 
 /** Where a point of the page lies on the screen. */
 async function onScreen(page: Page, x: number, y: number): Promise<[number, number]> {
@@ -185,9 +179,9 @@ describe("the editor", () => {
     await page.keyboard.press("Control+V");
     await page.locator(".part").nth(1).waitFor();
     await save(page);
-    const pages = (await host.read("getPageLayoutInfo")).pages;
-    expect(pages[1].components).toHaveLength(2);
-    expect(pages[1].components[0].id).not.toBe(pages[0].components[0].id);
+    const [from, to] = (await host.read("getPageLayoutInfo")).pages;
+    expect(to?.components).toHaveLength(2);
+    expect(to?.components[0]?.id).not.toBe(from?.components[0]?.id);
 
     await page.keyboard.press("?");
     await page.getByRole("dialog", { name: "Keyboard" }).waitFor();
@@ -234,7 +228,7 @@ describe("the editor", () => {
       const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
       await dialog.getByText(choice, { exact: true }).click();
       await page.getByRole("button", { name: "Saved" }).waitFor();
-      const pages = (await host.read("getPageLayoutInfo")).pages as { name: string; components: { y: number }[] }[];
+      const { pages } = await host.read("getPageLayoutInfo");
       expect(pages.map((one) => one.name)).toEqual(names);
       expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
     },
@@ -246,7 +240,7 @@ describe("the editor", () => {
     await host.addTcp("Device", device.port);
     const { page } = await openEditor(host, [button(1, 100, 100)]);
     const theirs = await host.read("getPageLayoutInfo");
-    theirs.pages[1].name = "Theirs";
+    theirs.pages[1]!.name = "Theirs";
     await drag(page, [150, 130], [250, 230]);
     const commands = await host.read("getComponentInteractionInfo");
     await addCommand(page, "Device", "On", "ON");
@@ -263,10 +257,10 @@ describe("the editor", () => {
     await dialog.getByText("Theirs", { exact: true }).waitFor();
     // The write that was refused takes back what was written before it.
     expect(await host.read("getComponentInteractionInfo")).toEqual(commands);
-    expect((await host.read("getPageLayoutInfo")).pages[1].name).toBe("Theirs");
+    expect((await host.read("getPageLayoutInfo")).pages[1]?.name).toBe("Theirs");
     await dialog.getByText("Keep mine as a copy", { exact: true }).click();
     await page.getByRole("button", { name: "Saved" }).waitFor();
-    expect((await host.read("getPageLayoutInfo")).pages.map((one: { name: string }) => one.name)).toEqual([
+    expect((await host.read("getPageLayoutInfo")).pages.map((one) => one.name)).toEqual([
       "Hall",
       "Theirs",
       "Hall (mine)",
@@ -305,8 +299,8 @@ describe("the editor", () => {
     const slider = (await stored(host)).find((one) => one.id !== 2);
     expect([slider!.x, slider!.y]).toEqual([440, 360]);
     const [commands] = (await host.read("getComponentInteractionInfo")).componentInteractionInfo.componentArr;
-    expect(commands.interactionArr).toHaveLength(11);
-    expect(commands.interactionArr[10]).toMatchObject({
+    expect(commands?.interactionArr).toHaveLength(11);
+    expect(commands?.interactionArr[10]).toMatchObject({
       triggerType: "position10",
       commandArr: [{ netPortInfo: { content: "VOL 100" } }],
     });

@@ -151,7 +151,8 @@ describe("a panel", () => {
     await device.has("<8click><1click>");
     const sent = device.bytes.replace(/(<3repeat>)+/, "<3repeat>");
     expect(sent).toBe(
-      "<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off><7position2><7position1><8click><1click>",
+      "<1click><2press><2release><3repeat><4longPress><5click><10press><6on><6off>" +
+        "<7position2><7position1><8click><1click>",
     );
 
     await page.getByRole("button", { name: "Full screen" }).click();

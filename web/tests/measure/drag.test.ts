@@ -1,4 +1,6 @@
-/** Measures how evenly a page of 300 components is dragged. It tells figures and demands none: they are the machine's. */
+/**
+ * Measures how evenly a page of 300 components is dragged. It logs figures and demands none: they are the machine's.
+ */
 import { afterAll, beforeAll, it } from "vitest";
 import type { Browser } from "playwright-core";
 import { newPage, startBrowser } from "../support/browser.ts";
@@ -56,20 +58,24 @@ it.each(["one", "all"])("drags %s of 300 components", async (which) => {
   );
   // The same way again, now with input events of the browser, and what it writes down about them.
   const thread = await traced(browser, page, async () => {
-    for (let step = 0; step < 180; ++step)
+    for (let step = 0; step < 180; ++step) {
       await page.mouse.move(x + 60 * Math.sin(step / 20), y + 40 * Math.cos(step / 17));
+    }
     await page.mouse.up();
   });
   const sorted = (values: number[]) => [...values].sort((one, other) => one - other);
   const at = (values: number[], share: number) => sorted(values)[Math.floor(share * (values.length - 1))]!.toFixed(1);
   const slow = frames.times.filter((time) => time > 20).length / frames.times.length;
   console.log(
-    `${which}: frame ${at(frames.times, 0.5)} ms median, ${at(frames.times, 0.95)} ms at 95 %, ${(slow * 100).toFixed(1)} % over 20 ms; ` +
+    `${which}: frame ${at(frames.times, 0.5)} ms median, ${at(frames.times, 0.95)} ms at 95 %, ` +
+      `${(slow * 100).toFixed(1)} % over 20 ms; ` +
       `script and layout ${at(frames.work, 0.5)} ms median, ${at(frames.work, 0.95)} ms at 95 %`,
   );
   const share = (time: number) => `${((100 * time) / thread.duration).toFixed(1)} %`;
   console.log(
-    `${which}, trace of 180 moves and the drop in ${(thread.duration / 1000).toFixed(1)} s: longest task ${thread.longest.toFixed(1)} ms; main thread ` +
-      `busy ${share(thread.busy)}, scripting ${share(thread.scripting)}, style and layout ${share(thread.layout)}, painting ${share(thread.painting)}`,
+    `${which}, trace of 180 moves and the drop in ${(thread.duration / 1000).toFixed(1)} s: ` +
+      `longest task ${thread.longest.toFixed(1)} ms; main thread busy ${share(thread.busy)}, ` +
+      `scripting ${share(thread.scripting)}, style and layout ${share(thread.layout)}, ` +
+      `painting ${share(thread.painting)}`,
   );
 });

@@ -56,7 +56,7 @@ export async function traced(browser: Browser, page: Page, act: () => Promise<vo
     )
     .sort((one, other) => one.ts - other.ts || (other.dur ?? 0) - (one.dur ?? 0));
   const sums = { duration: (end!.ts - begin!.ts) / 1000, longest: 0, busy: 0, scripting: 0, layout: 0, painting: 0 };
-  const isTask = (name: string) => /RunTask$/.test(name);
+  const isTask = (name: string) => name.endsWith("RunTask");
   // Each event's time without that of the events inside it, so that layout which a script asks for counts as layout.
   const open: { until: number; kind: "scripting" | "layout" | "painting" | undefined }[] = [];
   for (const one of own) {

@@ -1,15 +1,15 @@
 /** Pictures of every screen in both languages and three sizes, for one's own eyes and for the documentation. */
-import { mkdirSync, readFileSync } from "node:fs";
+import { mkdirSync } from "node:fs";
 import { join } from "node:path";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
+import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 
 const root = join(import.meta.dirname, "../../..");
 const folder = process.env["PICTURES"] ?? join(root, "build/pictures");
-const sample = JSON.parse(readFileSync(join(root, "demo/sample_project.json"), "utf8"));
 
 let browser: Browser;
 let host: Host;

@@ -70,6 +70,21 @@ function rawHead(reply: IncomingMessage): string {
     .join("");
 }
 
+/** What the tests look at in the documents that the server hands out, by their routes. */
+interface Documents {
+  getPageLayoutInfo: { pages: { name: string; material: string; components: StoredComponent[] }[] };
+  getMaterialList: { materialList: { id: string; name: string; width: number }[] };
+  getComponentInteractionInfo: { componentInteractionInfo: { componentArr: { interactionArr: object[] }[] } };
+}
+
+export interface StoredComponent {
+  id: number;
+  x: number;
+  y: number;
+  width: number;
+  group: string;
+}
+
 /** The built host in folders and on ports of its own: its settings.json must not meet another one's. */
 export class Host {
   readonly home = mkdtempSync(join(tmpdir(), "host-"));
@@ -112,8 +127,9 @@ export class Host {
       env: { ...environment, HOME: this.home, LANG: "en_US.UTF-8" },
       stdio: ["ignore", "pipe", "pipe"],
     });
-    for (const stream of [this.#process.stdout, this.#process.stderr])
+    for (const stream of [this.#process.stdout, this.#process.stderr]) {
       stream!.on("data", (data: Buffer) => (this.output += data.toString()));
+    }
     await waitFor("the host", () =>
       fetch(`${this.url}/api/user/getUserLanguage`).then(
         (reply) => reply.ok,
@@ -125,7 +141,7 @@ export class Host {
   /** Ends the process; its folders stay for another launch. */
   async stop(): Promise<void> {
     const ended = this.#process;
-    if (!ended || ended.exitCode !== null) return;
+    if (ended?.exitCode !== null) return;
     const gone = new Promise((resolve) => ended.once("exit", resolve));
     ended.kill("SIGTERM");
     await gone;
@@ -141,9 +157,9 @@ export class Host {
   }
 
   /** The `data` of a document as the server hands it out. */
-  async read(route: string): Promise<any> {
-    const reply = (await (await fetch(`${this.url}/api/centralControl/${route}`)).json()) as { data?: unknown };
-    return reply.data;
+  async read<Route extends keyof Documents>(route: Route): Promise<Documents[Route]> {
+    const reply = await fetch(`${this.url}/api/centralControl/${route}`);
+    return ((await reply.json()) as { data: Documents[Route] }).data;
   }
 
   /** Posts to a route beside a WebSocket of its own, as a page would. */

@@ -62,7 +62,10 @@ export function moveDrag(editor: Editor, start: Point): Drag {
       if (!around) return;
       let dx = at.x - start.x;
       let dy = at.y - start.y;
-      if (keys.shift) Math.abs(dx) > Math.abs(dy) ? (dy = 0) : (dx = 0);
+      if (keys.shift) {
+        if (Math.abs(dx) > Math.abs(dy)) dy = 0;
+        else dx = 0;
+      }
       const box = { ...around, x: Math.round(around.x + dx), y: Math.round(around.y + dy) };
       const snapped = snapMove(box, targets, settings(editor, keys));
       const shiftX = keys.shift && dx === 0 ? 0 : box.x + snapped.dx - around.x;

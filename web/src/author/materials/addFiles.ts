@@ -11,8 +11,9 @@ export async function addFiles(files: Iterable<File>, replaced?: Material): Prom
     try {
       const material = await readImage(file);
       added.push(replaced ? { ...material, id: replaced.id, name: replaced.name } : material);
-      if (material.size > materialSizes.warning)
+      if (material.size > materialSizes.warning) {
         notices.tell("plain", ta("largeMaterial", material.name, sizeText(material.size)));
+      }
     } catch (error) {
       const key = error instanceof ImageFault ? error.key : "notReadable";
       notices.tell("bad", ta(key, file.name));

@@ -15,7 +15,7 @@ export async function readImage(file: File): Promise<Material> {
   if (file.size > materialSizes.most) throw new ImageFault("tooLarge");
   const data = await new Promise<string>((resolve, reject) => {
     const reader = new FileReader();
-    reader.onload = () => resolve(String(reader.result));
+    reader.onload = () => resolve(reader.result as string);
     reader.onerror = () => reject(new ImageFault("notReadable"));
     reader.readAsDataURL(file);
   });

@@ -2,7 +2,7 @@
 import { codes, server, ServerError, type Stored } from "../../api/server.ts";
 import { readInteractions } from "../../model/interactions.ts";
 import { sameJson } from "../../model/json.ts";
-import { type Material, readMaterials } from "../../model/materials.ts";
+import { readMaterials } from "../../model/materials.ts";
 import { emptyProject, type Project, writeProject } from "../../model/project.ts";
 import { isRefused, readLayout, type Refusal } from "../../model/readLayout.ts";
 
@@ -28,7 +28,7 @@ function readProject(layoutDocument: unknown, materialsDocument: unknown, intera
   if (isRefused(layout)) return layout;
   const materials = readMaterials(materialsDocument);
   if (isRefused(materials)) return materials;
-  return { layout, materials: materials as readonly Material[], interactions: readInteractions(interactions) };
+  return { layout, materials, interactions: readInteractions(interactions) };
 }
 
 /** Whether a write was refused since somebody else has stored something in between. */
@@ -49,8 +49,9 @@ export async function writeStored(project: Project, on: Snapshot): Promise<boole
     { store: server.storeInteractions, data: mine.interactions as unknown, before: on.interactions },
     { store: server.storeLayout, data: { ...mine.layout, saved: Date.now() } as unknown, before: on.layout },
   ];
-  if (!sameJson(mine.materials, theirs.materials))
+  if (!sameJson(mine.materials, theirs.materials)) {
     writes.unshift({ store: server.storeMaterials, data: mine.materials, before: on.materials });
+  }
   const takeBack: (() => Promise<unknown>)[] = [];
   for (const { store, data, before } of writes) {
     try {

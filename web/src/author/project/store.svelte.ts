@@ -118,9 +118,11 @@ export class ProjectStore {
   change(next: Project, tag = ""): void {
     if (next === this.project) return;
     const now = performance.now();
-    if (tag && tag === this.#lastTag && now - this.#lastTime < times.step)
+    if (tag && tag === this.#lastTag && now - this.#lastTime < times.step) {
       this.history = { ...this.history, present: next, future: [] };
-    else this.history = step(this.history, next);
+    } else {
+      this.history = step(this.history, next);
+    }
     this.#lastTag = tag;
     this.#lastTime = now;
     this.#keepDraft();
@@ -204,8 +206,9 @@ export class ProjectStore {
       this.#adopt(theirs);
       return true;
     }
-    if (choice === "copy")
+    if (choice === "copy") {
       this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
+    }
     // What is edited replaces theirs knowingly from here on, also when the server can't be reached at the moment.
     this.base = theirs;
     this.#keepDraft();
@@ -271,7 +274,10 @@ export class ProjectStore {
     }
   }
 
-  /** What somebody else may have stored beside it is not known here yet, and stays something for the next save to find. */
+  /**
+   * What somebody else may have stored beside it is not known here yet, and stays something for the next save to
+   * find.
+   */
   #sent(componentId: number, trigger: string, commands: readonly Command[]): void {
     const before = this.base.interactions[componentId] ?? { triggers: {} };
     const base = withCommands(this.base, componentId, {
