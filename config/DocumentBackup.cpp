@@ -19,7 +19,7 @@ void Tell(const std::string& line) {
     RavLog::WriteSystemLog(RavLog::Error, "RestoreFromBackup", line);
 }
 
-/** Tells of a document that can't be used as it is, for the log alone; the loading prints its line. */
+/** Reports an unusable document in the log only; the loading prints its line. */
 void LogUnusable(const std::string& path, const std::string& what) {
     RavLog::WriteSystemLog(RavLog::Error, "RestoreFromBackup",
                            path + " " + what + KeepUnusableDocument(path) +

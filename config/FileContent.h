@@ -2,15 +2,15 @@
 
 #include <string>
 
-/** What a look at a file has found. */
+/** What was found at a path. */
 enum class EnFileState {
     Missing,     ///< no file of that name
-    NoFile,      ///< the name belongs to something else, a folder say
-    Unreadable,  ///< it can't be opened, or not be read to its end
+    NoFile,      ///< the name belongs to something else, such as a folder
+    Unreadable,  ///< it can't be opened, or can't be read to its end
     Read,        ///< all bytes are there
 };
 
-/** The bytes of a file as they stand on the disk. */
+/** The bytes of a file as they are on the disk. */
 struct SFileContent {
     EnFileState state = EnFileState::Missing;
     std::string bytes;  ///< empty unless the state is Read
@@ -19,5 +19,5 @@ struct SFileContent {
 /** Reads a whole file. Any thread. @throw std::bad_alloc */
 SFileContent ReadFileContent(const std::string& path);
 
-/** Tells whether a text is one JSON value, to its end, that isn't nested too deep. */
+/** Whether a text is one JSON value, to its end, and not nested too deep. */
 bool IsWholeJson(const std::string& text);

@@ -3,8 +3,8 @@
 #include <string>
 
 /**
- * Makes the missing folders above a path, and an empty file at it; an existing file is emptied.
- * @return false when the file can't be opened; one line on standard output tells it
- * @throw std::filesystem::filesystem_error "create_directories" when a folder can't be made
+ * Creates the missing folders above a path, and an empty file at it. An existing file is emptied.
+ * @return false when the file can't be opened; one line on standard output reports it
+ * @throw std::filesystem::filesystem_error "create_directories" when a folder can't be created
  */
 bool CreateFileWithDirectories(const std::string& path);

@@ -5,8 +5,8 @@
 #include <string_view>
 
 /**
- * Compresses texts, one behind the other, into one piece with gzip (RFC 1952), at a level that takes about as
- * long as making the JSON text did, also where pictures in base64 lie in it.
+ * Compresses texts, one after the other, into one gzip stream (RFC 1952). The level takes about as long as
+ * making the JSON text did, even when the text contains pictures in base64.
  * @param texts  together below 2 GiB
  * @throw std::bad_alloc
  */

@@ -18,13 +18,13 @@ struct SSaveProblem {
 std::string SerialiseDocument(const nlohmann::json& document);
 
 /**
- * Empties a file, or makes it, and writes it in place, in text mode.
- * @param write  writes the text, when the file is open and empty; what it throws is a problem that lasts
+ * Empties or creates a file, and writes it in place, in text mode.
+ * @param write  writes the text when the file is open and empty; an exception from it is a permanent problem
  * @return nothing when the stream has taken all
  * @throw std::bad_alloc
  */
 std::optional<SSaveProblem> WriteInPlace(const std::string& path,
                                          const std::function<void(std::ostream&)>& write);
 
-/** Tells of a save that failed: standard output where it has a line for it, and the system log. */
+/** Reports a failed save: on standard output if the problem has a line for it, and in the system log. */
 void TellSaveProblem(const SSaveProblem& problem, const std::string& path);

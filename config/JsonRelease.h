@@ -3,9 +3,9 @@
 #include <nlohmann/json.hpp>
 
 /**
- * Destroys what a JSON value holds and leaves null, without asking for memory. The JSON library's destructor
- * moves nested values onto a stack that it allocates, and a failure of that allocation ends the process. Goes
- * as deep as the value is nested: kMaxJsonDepth levels at most.
+ * Destroys the content of a JSON value and leaves null, without allocating memory. The JSON library's
+ * destructor moves nested values onto a stack that it allocates, and a failure of that allocation ends the
+ * process. Recurses as deep as the value is nested: at most kMaxJsonDepth levels.
  */
 // NOLINTNEXTLINE(bugprone-exception-escape): what is cleared holds nothing by then
 void ReleaseJson(nlohmann::json& value) noexcept;

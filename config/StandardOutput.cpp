@@ -122,7 +122,7 @@ void COutput::Run() {
     }
 }
 
-/** Tells of the first line that is lost, and of their number when all that waited is out. */
+/** Reports the first lost line, and the number of lost lines when all waiting ones are out. */
 void COutput::Note(bool isWritten, Lock& lock) {
     if (isWritten && (m_lostCount == 0 || !m_lines.empty())) {
         return;

@@ -4,14 +4,15 @@
 #include <string>
 
 /**
- * Tells the operator, on standard error and in the system log, which file keeps the server from starting,
- * why, and what to do about it. Any thread.
+ * Reports to the operator, on standard error and in the system log, which file keeps the server from
+ * starting, why, and what to do about it. Any thread.
  */
 void TellUnusableFile(const std::string& path, const std::exception& error);
 
 /**
- * Runs a step of the start that uses a file, or a part of it that path names as well; an exception is told
- * with that name and passes on.
+ * Runs a step of the start that uses a file. If the step throws, TellUnusableFile reports the exception
+ * together with path, and the exception goes on to the caller.
+ * @param path  the file, or a part of it (the file and a key)
  */
 template <typename Step>
 void UseFile(const std::string& path, Step step) {

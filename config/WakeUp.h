@@ -7,7 +7,7 @@
 /** Lets one thread sleep until another wakes it. Any thread may wake. */
 class CWakeUp {
   public:
-    /** Ends the sleep, or the next one if nobody sleeps. */
+    /** Ends the sleep, or the next one if the thread is awake. */
     void Wake() {
         {
             const std::lock_guard lock(m_mutex);
@@ -16,7 +16,7 @@ class CWakeUp {
         m_condition.notify_one();
     }
 
-    /** Sleeps until it is woken, or for this long. */
+    /** Sleeps until woken, but no longer than this. */
     void SleepFor(std::chrono::milliseconds time) {
         std::unique_lock lock(m_mutex);
         m_condition.wait_for(lock, time, [this] { return m_isWoken; });

@@ -2,5 +2,5 @@
 
 #include <nlohmann/json.hpp>
 
-/** The list of control boards that the browser is told: one board, always the same. */
+/** The list of control boards for the browser: one board, always the same. */
 nlohmann::json CreateDefaultBoardInfo();

@@ -9,13 +9,13 @@
 
 /** One command that a component sends. */
 struct SCommandConfig {
-    std::int32_t portIndex = 0;      ///< node id of the interface that it goes out by
+    std::int32_t portIndex = 0;      ///< node id of the interface that sends it
     std::string interfaceName;       ///< that interface's name, for messages
     std::int32_t controlType = 0;    ///< 0: serial interface; 1: network interface
-    std::string content;             ///< what to send, in the form that contentFormat tells
+    std::string content;             ///< what to send, in the form of contentFormat
     std::string commandName;         ///< the command's name, for messages
     std::int32_t contentFormat = 0;  ///< 0: text; any other: hexadecimal digits
-    std::int32_t asciiEncode = 0;    ///< encoding of text, as CComManager takes it
+    std::int32_t asciiEncode = 0;    ///< encoding of text, as CComManager defines it
 };
 
 /** Commands by component id and kind of trigger, in sending order. */
@@ -23,24 +23,24 @@ using CmdMap = std::unordered_map<std::int32_t, std::unordered_map<std::string, 
 
 /**
  * Reads one command of a component. Keeps no state; any thread.
- * @return false for a command of the wrong shape, which is to be left out without a message
+ * @return false for a command of the wrong shape, which the caller leaves out without a message
  * @throw nlohmann::json::type_error 302 when content, the interface's name, contentFormat or asciiEncode has
  * the wrong type
  */
 bool ParseCommand(const nlohmann::json& command, SCommandConfig& record);
 
 /**
- * Builds the map of all commands from the value of componentInteractionInfo and puts it in the place of
- * cmdMap. A document without an array componentArr gives an empty map.
+ * Builds the map of all commands from the value of componentInteractionInfo and replaces cmdMap by it. A
+ * document without an array componentArr gives an empty map.
  * @throw nlohmann::json::type_error as ParseCommand; cmdMap is unchanged then
  */
 void BuildCmdMap(const nlohmann::json& document, CmdMap& cmdMap);
 
-/** Removes the commands of one interface. Lists that become empty stay under their keys. */
+/** Removes the commands of one interface. Lists that become empty remain under their keys. */
 void RemoveCommandsOfPort(CmdMap& cmdMap, std::int32_t nodeId);
 
 /**
- * Removes from the value of componentInteractionInfo each command whose interface has no command any more in
- * the same component and trigger of the map. What is not of the expected shape, or not in the map, stays.
+ * Removes each command from the value of componentInteractionInfo whose interface has no command left in the
+ * same component and trigger of the map. Anything that has another shape, or is not in the map, stays.
  */
 void PruneCommandArrays(nlohmann::json& document, const CmdMap& cmdMap);

@@ -8,8 +8,10 @@
 
 namespace {
 
-/** The 128 bits of a name-based identifier. It tells states apart and keeps nobody out, so that its speed
- * counts. */
+/**
+ * The 128 bits of a name-based identifier. It distinguishes states and protects nothing, so a fast hash is
+ * enough.
+ */
 std::string TagOf(const std::string& text) {
     constexpr const char* digits = "0123456789abcdef";
     const boost::uuids::uuid id = boost::uuids::name_generator_md5(boost::uuids::ns::oid())(text);

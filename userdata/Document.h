@@ -12,26 +12,31 @@
 
 #include <nlohmann/json.hpp>
 
-/** A document at one moment, as it is sent. Never changes, so any thread may read it. */
+/**
+ * The state of a document at one moment, in the form in which it is sent. Never changes, so any thread may
+ * read it.
+ */
 class CDocumentState {
   public:
-    /** Takes about as long as the JSON library needs for the text, and half of that for the tag. */
+    /** Takes as long as the JSON library needs for the text, and half of that again for the tag. */
     explicit CDocumentState(const nlohmann::json& document);
 
     /** Without blanks, keys in the order of the JSON library; empty for a null document. */
     const std::string& Json() const { return m_json; }
 
     /**
-     * Names the state: 32 hexadecimal digits that are made of the text, so that the same content has the same
-     * tag, also after a restart, and another one has another.
+     * Identifies the state: 32 hexadecimal digits computed from the text. The same content has the same tag,
+     * also after a restart; other content has another.
      */
     const std::string& Tag() const { return m_tag; }
 
     using Packed = std::shared_ptr<const std::string>;
 
     /**
-     * The text in another form, compressed say, made at the first call and kept as long as the state.
-     * @param make  called once for each state, without a lock; what it throws passes, and null stays then
+     * The text in another form, for example compressed. It is made at the first call and kept as long as the
+     * state.
+     * @param make  called once for each state, without a lock. If it throws, the exception goes on to the
+     * caller, and the form stays null.
      * @return null also while another thread is still making it: nobody waits for that
      */
     Packed PackedBy(const std::function<Packed()>& make) const;
@@ -45,27 +50,28 @@ class CDocumentState {
 };
 
 /**
- * A document of the user: its value and its lock, which somebody else holds, with what belongs to the two:
- * the file, and the state in which the document is sent. That one is made when it is first asked for and kept
- * until the document changes: documents are read far more often than they change, and making the text takes
- * longer than all the rest of a reply.
+ * A document of the user: its value, its lock (both owned by somebody else), its file, and the state in which
+ * it is sent. That state is made when it is first asked for and kept until the document changes. Documents
+ * are read far more often than they change, and making the text takes longer than all the rest of a reply.
  *
- * Whoever replaces or changes the document does it here, so that a state never outlives what it was made of,
- * and so that each change is saved. Any thread; nobody waits for the disk, except in Load.
+ * All changes of the document go through this class, so that no state outlives the value from which it was
+ * made, and so that each change is saved. Any thread; only Load waits for the disk.
  */
 class CDocument {
   public:
     using State = std::shared_ptr<const CDocumentState>;
 
-    /** Whether a document may be replaced while its state has this tag. Called without a lock, may be called
-     * again. */
+    /**
+     * Whether a document may be replaced while its state has this tag. Called without a lock, and possibly
+     * more than once.
+     */
     using StateCheck = std::function<bool(const std::string& tag)>;
 
     /**
      * All of these live longer than the document.
      * @param mutex   lock of the value
-     * @param writer  saves what changes
-     * @param name    of the file, with a "/" before it: see DocumentPath
+     * @param writer  saves the changes
+     * @param name    of the file, with a leading "/": see DocumentPath
      */
     CDocument(CSharedMutex& mutex, nlohmann::json& value, CJsonFileWriter& writer, const char* name)
         : m_mutex(mutex), m_value(value), m_writer(writer), m_name(name) {}
@@ -88,9 +94,9 @@ class CDocument {
     void Set(nlohmann::json document);
 
     /**
-     * As Set, but only when the state that is replaced passes the check. Nothing comes between the two: of
-     * two writers that ask for the same state one gets through.
-     * @return the state that is stored now; null when the check said no, and nothing has changed then
+     * As Set, but only when the present state passes the check. No other change comes between check and
+     * replacement: of two writers that name the same state, one succeeds.
+     * @return the state that is stored now; null when the check failed, and nothing has changed then
      */
     State ReplaceIf(nlohmann::json document, const StateCheck& check);
 
@@ -112,13 +118,13 @@ class CDocument {
     }
 
   private:
-    /** The document changes. @param state  what it will be; null: to be made when it is asked for */
+    /** Marks a change of the document. @param state  its new state; null: made when it is asked for */
     void TakeState(State state) REQUIRES_LOCK(m_mutex);
 
     CSharedMutex& m_mutex;
     nlohmann::json& m_value GUARDED_BY(m_mutex);
     CJsonFileWriter& m_writer;
     const char* const m_name;
-    State m_state GUARDED_BY(m_mutex);  ///< null until it is asked for
+    State m_state GUARDED_BY(m_mutex);  ///< null until somebody asks for it
     std::uint64_t m_version GUARDED_BY(m_mutex) = 0;
 };

@@ -9,7 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
-/** Place of one interface in the order that the user sees. */
+/** Position of one interface in the order that the user sees. */
 struct SInterfaceOrderEntry {
     std::int32_t nodeId = 0;  ///< key of the interface
     bool isNet = false;       ///< true: a network interface; false: a serial one
@@ -23,23 +23,24 @@ using SerialPortMap = std::unordered_map<std::int32_t, SSerialPortConfig>;
 
 /**
  * Reads a network interface from its JSON form: netMode, netPortName, ipAddress, dstIpAddress (texts), port,
- * dstPort (numbers), all required. Values are tested for their type only; a netMode that is no known word
- * counts as "TCP_Client".
+ * dstPort (numbers), all required. Only the types of the values are checked. An unknown netMode counts as
+ * "TCP_Client".
  *
- * @return false when a key is missing or has the wrong type. One line on standard output tells why, and the
- * record keeps what had been read up to there. Any thread; throws nothing but for lack of memory.
+ * @return false when a key is missing or has the wrong type. One line on standard output says why, and the
+ * record keeps the values read so far. Any thread; throws only for lack of memory.
  */
 bool ParseNetPortRequest(nlohmann::json object, SNetPortConfig& record);
 
 /**
  * Reads a serial interface from its JSON form: comName, comPort, parity (texts), wordLength, stopBits,
- * baudRate (numbers), all required. comPort ends in upper case; wordLength keeps its low 8 bits; a parity or
- * a number of stop bits that no line has counts as none or one. Failures are as for ParseNetPortRequest.
+ * baudRate (numbers), all required. comPort is converted to upper case, and wordLength keeps its low 8 bits.
+ * An unknown parity counts as none, an unknown number of stop bits as one. Failures are as for
+ * ParseNetPortRequest.
  */
 bool ParseSerialPortRequest(nlohmann::json object, SSerialPortConfig& record);
 
-/** One element of the configList of interFace.json, as it is written for a network interface. */
+/** One element of the configList of interFace.json for a network interface. */
 nlohmann::json MakeNetPortElement(std::int32_t nodeId, const SNetPortConfig& record);
 
-/** One element of the configList of interFace.json, as it is written for a serial interface. */
+/** One element of the configList of interFace.json for a serial interface. */
 nlohmann::json MakeSerialPortElement(std::int32_t nodeId, const SSerialPortConfig& record);

@@ -249,7 +249,7 @@ void CUserData::SaveInterfaceDocument() {
 void CUserData::StoreInterfaceList(nlohmann::json list) {
     interfaceDocument.Update([&list](json& document) {
         if (!document.is_object()) {
-            document = json::object();  // what the file held was no interfaces, and the start has logged that
+            document = json::object();  // the file held no interfaces; the start has logged that
         }
         document[kListKey] = std::move(list);
     });

@@ -17,22 +17,22 @@
 #include <nlohmann/json.hpp>
 
 /**
- * Everything that the user has configured: documents, interfaces, commands, language. One object a process.
+ * Everything that the user has configured: documents, interfaces, commands, language. One object per process.
  *
- * The documents are loaded when the object is built, held in memory, handed out as copies, and saved in the
+ * The constructor loads the documents. They are held in memory, handed out as copies, and saved in the
  * background on every change. All operations may be called from any thread at any time; no caller waits for
- * the disk. A save that fails is printed on standard output and logged in the system log; its caller does not
- * learn of it.
+ * the disk. A failed save is reported on standard output and in the system log, not to the caller.
  *
- * Each document and each map has a lock of its own. No two are held at once, except that the writer's mutex
- * is taken inside a document's lock, and that two more, taken before all others, let one thread at a time
- * change the interfaces together with their document, and one the component interactions together with the
- * command map: of two changes at the same moment the later one's list stays, and no command is lost.
+ * Each document and each map has a lock of its own. No two are held at once, with two exceptions. The
+ * writer's mutex is taken inside a document's lock. And two mutexes are taken before all others: one lets a
+ * single thread at a time change the interfaces together with their document, the other the component
+ * interactions together with the command map. So of two changes at the same moment the later one's list
+ * stays, and no command is lost.
  */
 class CUserData {
   public:
     /**
-     * The one store; the first call loads all documents from user_data_path.
+     * The only store; the first call loads all documents from user_data_path.
      * @throw nlohmann::json::type_error when materials.json or interFace.json is an empty array, or when
      * setting.json is neither empty nor an object with values of the right types; the next call tries again
      */
@@ -44,28 +44,28 @@ class CUserData {
     /** Waits until all saves are on the disk. */
     virtual ~CUserData();
 
-    /** Page layout; null when none was ever stored. The setters replace the document and save it. */
+    /** Page layout; null when none was stored yet. The setters replace the document and save it. */
     nlohmann::json GetLayout() const;
     void SetLayout(nlohmann::json document);
 
-    /** Materials; an object with an empty materialList when none were ever stored. */
+    /** Materials; an object with an empty materialList when none were stored yet. */
     nlohmann::json GetMaterials() const;
     void SetMaterials(nlohmann::json document);
 
-    /** Component interactions; null when none were ever stored. */
+    /** Component interactions; null when none were stored yet. */
     nlohmann::json GetComponentConfig() const;
 
     /**
      * Replaces and saves the component interactions, then rebuilds the command map.
-     * @throw nlohmann::json::type_error as UpdateCmdMap; the document is replaced and saved all the same
+     * @throw nlohmann::json::type_error as UpdateCmdMap; the document is replaced and saved nevertheless
      */
     void SetComponentConfig(nlohmann::json document);
 
-    /** Control boards. What is set reaches apiList.json, which is never read. */
+    /** Control boards. The setter writes apiList.json, which is never read. */
     nlohmann::json GetApiList() const;
     void SetApiList(nlohmann::json document);
 
-    /** Infrared commands; null when none were ever stored. */
+    /** Infrared commands; null when none were stored yet. */
     nlohmann::json GetInfraredCom() const;
     void SetInfraredCom(nlohmann::json document);
 
@@ -73,7 +73,10 @@ class CUserData {
      */
     nlohmann::json GetInterfaceConfig() const;
 
-    /** The documents as they are sent, with their tags; made once for each change, never copied. */
+    /**
+     * The documents in the form in which they are sent, with their tags; made once for each change, never
+     * copied.
+     */
     CDocument::State GetLayoutState();
     CDocument::State GetMaterialsState();
     CDocument::State GetComponentConfigState();
@@ -81,7 +84,7 @@ class CUserData {
     CDocument::State GetApiListState();
 
     /**
-     * As the setters, but only when the state that is replaced passes the check: see CDocument::ReplaceIf.
+     * As the setters, but only when the present state passes the check: see CDocument::ReplaceIf.
      * @throw nlohmann::json::type_error as SetComponentConfig
      */
     CDocument::State ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check);
@@ -94,10 +97,10 @@ class CUserData {
     /** True while the language follows the system. */
     bool GetIsAutoLanguage() const;
 
-    /** Stores and saves the language; with isAuto the caller passes the system's. */
+    /** Stores and saves the language. With isAuto the caller passes the system's. */
     void SetLanguage(std::int32_t newLanguage, bool isAuto);
 
-    /** Copies an interface. False when there is none of this id and kind; the record stays as it was then. */
+    /** Copies an interface. False when there is none of this id and kind; the record is unchanged then. */
     bool GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const;
     bool GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& record) const;
 
@@ -119,20 +122,20 @@ class CUserData {
     void ClearInterfaces();
 
     /**
-     * Tells whether an interface of either kind has this name.
-     * @param exists  true: the interface nodeId is edited, and left out of the comparison
+     * Whether an interface of either kind has this name.
+     * @param exists  true: the interface nodeId is being edited, and is left out of the comparison
      */
     bool IsInterfaceNameUsed(const std::string& name, bool exists, std::int32_t nodeId) const;
 
-    /** Tells whether a network interface has the same end points and mode; exists as above. */
+    /** Whether a network interface has the same end points and mode; exists as above. */
     bool IsNetConfigDuplicate(const SNetPortConfig& record, bool exists, std::int32_t nodeId) const;
 
-    /** Tells whether a serial interface has the same port and line settings; exists as above. */
+    /** Whether a serial interface has the same port and line settings; exists as above. */
     bool IsSerialConfigDuplicate(const SSerialPortConfig& record, bool exists, std::int32_t nodeId) const;
 
     /**
-     * Fills the interfaces from their document and tells CGeneratorId the ids in use. What can't be used is
-     * told in the system log. At start only.
+     * Reads the interfaces from their document and passes the used ids to CGeneratorId. The system log lists
+     * unusable elements. At start only.
      */
     void UpdateNetSerialMap();
 
@@ -141,8 +144,9 @@ class CUserData {
 
     /**
      * Rebuilds the command map from the component interactions; a document without them changes nothing.
-     * At start, and as the end of SetComponentConfig, which keeps other changes out meanwhile.
-     * @throw nlohmann::json::type_error when a command holds a value of the wrong type; the map stays then
+     * Called at start, and at the end of SetComponentConfig, which meanwhile prevents other changes.
+     * @throw nlohmann::json::type_error when a command holds a value of the wrong type; the map is unchanged
+     * then
      */
     void UpdateCmdMap();
 
@@ -150,7 +154,7 @@ class CUserData {
     void RemovePortCommands(std::int32_t nodeId);
 
   protected:
-    /** Loads all documents. Throws as GetInstance tells. */
+    /** Loads all documents. Throws as GetInstance describes. */
     CUserData();
 
   private:
