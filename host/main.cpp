@@ -41,7 +41,7 @@ std::string ConfigFile(const SGlobalConfig& config) {
                           "LocalHost.config");
 }
 
-/** Tells a reason on standard error, and in the system log for those who come later. */
+/** Reports a reason on standard error, and in the system log for later readers. */
 void Tell(RavLog::EnLogLevel level, std::string_view text) {
     std::cerr << "ServerHost: " << text << std::endl;
     RavLog::WriteSystemLog(level, "ServerHost", text);
@@ -113,7 +113,7 @@ void TellTaken(const std::string& owner, const SGlobalConfig& config) {
               << ConfigFile(config) << '.' << std::endl;
 }
 
-/** Starts the logs, and tells of the folder that they lie in. */
+/** Starts the logs, and reports problems with their folder. */
 void StartLogs(const SGlobalConfig& config, bool isNew, const CFolderLock& lock) {
     const std::string logProblem =
         RavLog::StartLogs(NarrowFromPath(PathFromNarrow(config.user_data_path) / "Log"), config.log_level);
@@ -136,7 +136,7 @@ bool IsServing(int port, bool wasFree) {
 
 int Run(CStopSignal& stopSignal) {
     const SGlobalConfig& config = GetConfigInstance();
-    std::error_code unknown;  // told by the making of the log folder below
+    std::error_code unknown;  // reported when the log folder is created below
     const bool isNew = !std::filesystem::exists(PathFromNarrow(config.user_data_path), unknown);
     // Before the documents and the logs are touched: a second instance must leave them alone.
     const CFolderLock& lock = LockDocuments(config);

@@ -10,19 +10,19 @@ class CClientsManager;
 
 /**
  * The server that the module exports: an HTTP server for the browser application and its JSON calls, and a
- * WebSocket server that browsers keep a connection to.
+ * WebSocket server to which browsers keep a connection.
  *
  * @code
- *   CCenterServer server;     // the process-wide client register and configuration
- *   server.InitServer();      // documents are loaded, saved network ports opened, routes bound
- *   server.Running();         // listens; returns at once
- *   ...                       // the host keeps its main thread alive
- *   server.StopServer();
+ *     CCenterServer server;     // the process-wide client register and configuration
+ *     server.InitServer();      // documents are loaded, saved network ports opened, routes bound
+ *     server.Running();         // listens; returns at once
+ *     ...                       // the host keeps its main thread alive
+ *     server.StopServer();
  * @endcode
  *
- * The operations are called from one thread, in this order. Request handlers and WebSocket callbacks run on
- * threads of the HTTP library. A copy duplicates all members: its records and callbacks keep referring to the
- * source, so the source has to outlive it and only one of the two may be run.
+ * Call the operations from one thread, in this order. Request handlers and WebSocket callbacks run on threads
+ * of the HTTP library. A copy duplicates all members, but its records and callbacks keep referring to the
+ * source. So the source has to outlive the copy, and only one of the two may run.
  */
 class SERVER_API CCenterServer {
   public:
@@ -38,18 +38,17 @@ class SERVER_API CCenterServer {
     virtual ~CCenterServer();
 
     /**
-     * Loads the documents, opens the network ports of the saved interfaces (3 s at most, in which a port that
-     * does not answer is passed over) and binds the routes. Starts no listener.
+     * Loads the documents, opens the network ports of the saved interfaces (at most 3 s; a port that does not
+     * answer by then is skipped) and binds the routes. Starts no listener.
      * @throw nlohmann::json::type_error  when a document holds something that can't be used; standard error
      * names it
      */
     void InitServer();
 
-    /** Starts the WebSocket server, then the HTTP server, and returns at once. A failure is told in the log.
-     */
+    /** Starts the WebSocket server, then the HTTP server, and returns at once. A failure is logged. */
     void Running();
 
-    /** Stops the HTTP server, then the WebSocket server; two seconds at most for each. */
+    /** Stops the HTTP server, then the WebSocket server; takes at most two seconds for each. */
     void StopServer();
 
   private:

@@ -14,12 +14,12 @@
 #endif
 
 /**
- * Ports, folders and version data of the server, built once a process and only read afterwards, by any
+ * Ports, folders and version data of the server, built once per process and only read afterwards, by any
  * thread.
  *
- * Built on the first call of GetConfigInstance: the folders are found, the version data and the system
- * language are read, then LocalHost.config is read, or written with the values below when it is missing or
- * empty. A path is a narrow string in the process's code page.
+ * Built on the first call of GetConfigInstance. It finds the folders, and reads the version data and the
+ * system language. Then it reads LocalHost.config, or, if that is missing or empty, writes it with the values
+ * below. A path is a narrow string in the process's code page.
  */
 struct SGlobalConfig {
     std::int32_t http_port = 8086;          ///< port of the HTTP server
@@ -38,16 +38,16 @@ struct SGlobalConfig {
     std::int32_t system_language = 0;       ///< 0: the system's locale is Chinese; 1: any other
 
     /**
-     * Does all the work that is told above.
+     * Does all the work that is described above.
      * @throw std::filesystem::filesystem_error  when the configuration file's status or size can't be read or
-     * its folder can't be made
+     * its folder can't be created
      * @throw nlohmann::json::type_error  when a key of the file holds a value of the wrong type
      */
     SGlobalConfig();
 };
 
 /**
- * The one configuration record; built by the first call. When that throws, the next call tries again.
- * Any thread; concurrent first callers wait for one construction.
+ * The only configuration record; built by the first call. If that throws, the next call tries again. Any
+ * thread; concurrent first callers wait for one construction.
  */
 SERVER_API SGlobalConfig& GetConfigInstance();

@@ -2,6 +2,7 @@
 
 /**
  * Shows or hides the debug console of the host process. Windows: the console window, allocated when there is
- * none. Linux: mirrors the logs on the host's standard error, or ends that. Any thread; never throws.
+ * none. Linux: starts or ends the mirroring of the logs to the host's standard error. Any thread; never
+ * throws.
  */
 void SetDebugConsole(bool show);

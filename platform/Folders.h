@@ -2,12 +2,13 @@
 
 #include <string>
 
-/** Folder of the host's executable, without a separator at its end; empty when it can't be found. Any thread.
+/**
+ * Folder of the host's executable, without a trailing separator; empty when it can't be found. Any thread.
  */
 std::string GetModuleDirectory();
 
 /** The user's Documents folder; empty when it can't be found. It need not exist. Any thread. */
 std::string GetDocumentsDirectory();
 
-/** The folder of the user documents below the Documents folder, with this system's separator. */
+/** Name of the folder of the user documents below the Documents folder, with this system's separator. */
 const char* GetUserDataFolderName();

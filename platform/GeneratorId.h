@@ -5,7 +5,7 @@
 #include <set>
 
 /**
- * The pool of node ids, the keys of interfaces. One object a process; all operations may be called from any
+ * The pool of node ids, the keys of interfaces. One object per process; all operations may be called from any
  * thread.
  *
  * Ids start at 1 and grow: the next id is one above the highest that this process has seen, so that a
@@ -14,28 +14,28 @@
  */
 class CGeneratorId {
   public:
-    /** The one pool; built on first use, never null. */
+    /** The only pool; built on first use, never null. */
     static CGeneratorId* getInstance();
 
     CGeneratorId(const CGeneratorId&) = delete;
     CGeneratorId& operator=(const CGeneratorId&) = delete;
 
-    /** Makes the given ids the taken ones. */
+    /** Marks exactly the given ids as taken. */
     void Initialize(const std::set<int>& ids);
 
     /** Takes a free id, 1 or more. @throw std::length_error when all of them are taken. */
     int GetId();
 
-    /** Gives an id back; one that was never taken is no error. */
+    /** Returns an id to the pool; an id that was never taken is no error. */
     void ReleaseId(int id);
 
-    /** Forgets all taken ids. The ids that GetId hands out afterwards are still above all earlier ones. */
+    /** Forgets all taken ids. GetId still returns ids above all earlier ones afterwards. */
     void Clean();
 
   private:
     CGeneratorId() = default;
 
-    /** Raises the highest id seen. */
+    /** Raises the highest seen id to this one, if it is higher. */
     void See(int id) REQUIRES_LOCK(m_mutex);
 
     CMutex m_mutex;

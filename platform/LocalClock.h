@@ -3,10 +3,10 @@
 #include <chrono>
 #include <ctime>
 
-/** The time that a clock on the wall shows now, to the second. It jumps when it is set. Any thread. */
+/** The local time now, to the second. It jumps when the clock is set. Any thread. */
 std::chrono::local_seconds LocalClockNow();
 
-/** The same of a calendar's fields, as the C library fills them. */
+/** The local time in calendar fields, as the C library fills them. */
 inline std::chrono::local_seconds LocalClockOf(const std::tm& fields) {
     using namespace std::chrono;
     return local_days(year(fields.tm_year + 1900) / month(static_cast<unsigned>(fields.tm_mon + 1)) /

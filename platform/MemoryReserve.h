@@ -1,4 +1,4 @@
 #pragma once
 
-/** Puts the block by that PrepareMemory tells of, unless it is there. Any thread. */
+/** Allocates the memory block that PrepareMemory describes, unless it exists. Any thread. */
 void KeepMemoryReserve() noexcept;

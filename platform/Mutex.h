@@ -3,8 +3,8 @@
 #include <mutex>
 #include <shared_mutex>
 
-// Mutexes that know what they guard. Clang checks at compile time, in scripts/lint, that what stands behind
-// GUARDED_BY is touched only under its lock (https://clang.llvm.org/docs/ThreadSafetyAnalysis.html); other
+// Mutexes that know what they guard. In scripts/lint, Clang checks at compile time that a member marked with
+// GUARDED_BY is touched only under its lock (https://clang.llvm.org/docs/ThreadSafetyAnalysis.html). Other
 // compilers see plain mutexes. A mutex that goes with a condition variable stays a std::mutex: the check does
 // not follow a lock into the condition that is waited for.
 #if defined(__clang__)

@@ -6,5 +6,5 @@
 /** The path that a narrow text names. On Windows the text is in the process's code page. Any thread. */
 std::filesystem::path PathFromNarrow(const std::string& text);
 
-/** The reverse. A character that the code page lacks becomes what the system puts in its place. */
+/** The reverse. The system replaces characters that the code page lacks. */
 std::string NarrowFromPath(const std::filesystem::path& path);

@@ -26,7 +26,7 @@ enum EnStopBits : std::uint8_t {
     StopBitsTwo = 2,
 };
 
-/** One network interface. Nothing here is checked for range: what the values mean is up to CComManager. */
+/** One network interface. The values are not checked for range: CComManager decides what they mean. */
 struct SNetPortConfig {
     std::string netPortName;               ///< name shown to the user
     std::string ipAddress;                 ///< local address; empty: any
@@ -39,7 +39,7 @@ struct SNetPortConfig {
 /** One serial interface with its line settings. */
 struct SSerialPortConfig {
     std::string comName;                ///< name shown to the user
-    std::string comPort;                ///< name of the system's port, upper case, "COM3" say
+    std::string comPort;                ///< name of the system's port, upper case, such as "COM3"
     std::uint32_t baudRate = 9600;      ///< bits a second
     std::uint8_t wordLength = 8;        ///< data bits
     EnParity parity = ParityNone;       ///< parity

@@ -1,8 +1,9 @@
 #pragma once
 
 /**
- * Has a function called at the end of the process's main, or in exit, while all threads still run: the place
- * to wait for threads, which the destructors of a Windows module's objects can't do. The function registered
- * last is called first. The module that it lies in stays loaded to the end of the process. Any thread.
+ * Registers a function that is called at the end of the process's main, or in exit, while all threads still
+ * run. Wait for threads there: the destructors of a Windows module's objects run too late for it. The
+ * function registered last is called first. The module that contains it stays loaded until the process ends.
+ * Any thread.
  */
 void CallAtProcessEnd(void (*function)());

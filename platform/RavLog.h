@@ -26,22 +26,20 @@ enum EnLogLevel : int {
     Info = 2,
     Warn = 3,
     Error = 4,
-    Unknow = 5,  ///< entries that pass every threshold: the operation log
+    Unknow = 5,  ///< passes every threshold: the operation log
 };
 
-/** Names of the levels as they stand in a record. */
+/** Names of the levels in a record. */
 inline const std::map<EnLogLevel, std::string> kLevelNames = {
     {Trace, "Trace"}, {Debug, "Debug"}, {Info, "Info"}, {Warn, "Warn"}, {Error, "Error"}, {Unknow, "Unknow"},
 };
 
-/**
- * Form of a record: time, logger, level, thread, the two strings of the event, message, and a line end.
- */
+/** Format of a record: time, logger, level, thread, the two strings of the event, message, and a line end. */
 inline constexpr const char* kRecordPattern = "%d{%Y-%m-%d %H:%M:%S}[%c][%p][%t][%a][%b] %v%T%n";
 
 class CLogEvent;
 
-/** Where the records of one logger go. Called from any thread. */
+/** The destination of one logger's records. Called from any thread. */
 class CLogSink {
   public:
     virtual ~CLogSink() = default;
@@ -54,23 +52,23 @@ class RAVLOG_API CLogger {
     CLogger(std::string name, EnLogLevel threshold, std::shared_ptr<CLogSink> sink);
 
     const std::string name;
-    EnLogLevel level;  ///< threshold: events below it don't arise. Set once, before the logger is handed out
+    EnLogLevel level;  ///< threshold: no events below it are created. Set once, before the logger is shared
 
-    /** Hands an event to the sink. */
+    /** Passes an event to the sink. */
     void Send(const CLogEvent& event) const;
 
   private:
     std::shared_ptr<CLogSink> m_sink;
 };
 
-/** One log record. It belongs to the thread that made it until its wrapper sends it on. */
+/** One log record. It belongs to the thread that made it until its wrapper sends it. */
 class RAVLOG_API CLogEvent {
   public:
-    /** An event of the server's life; function is the place, "Class::Function". time: seconds since 1970. */
+    /** An event of the server itself; function is the place, "Class::Function". time: seconds since 1970. */
     CLogEvent(std::shared_ptr<CLogger> logger, EnLogLevel level, std::uint64_t time,
               const std::string& function);
 
-    /** An event of a request, told by its client and path. */
+    /** An event of a request, identified by its client and path. */
     CLogEvent(std::shared_ptr<CLogger> logger, EnLogLevel level, std::uint64_t time,
               const std::string& client, const std::string& path);
 
@@ -85,7 +83,7 @@ class RAVLOG_API CLogEvent {
     std::string message;
 };
 
-/** Wraps an event for the length of a statement, and sends it to its logger at the end. */
+/** Wraps an event for the duration of a statement, and then sends it to its logger. */
 class RAVLOG_API CLogEventWrap {
   public:
     explicit CLogEventWrap(std::shared_ptr<CLogEvent> event);
@@ -101,31 +99,31 @@ class RAVLOG_API CLogEventWrap {
 
 /**
  * Starts the logs: Server.log (LogRoot), Operation.log (LogOperation) and System.log (LogSystem) in the
- * folder, which is made when it is missing. Called once by the host, before the module is used.
+ * folder, which is created when it is missing. Called once by the host, before the module is used.
  *
- * @param folder  where the files go
+ * @param folder  folder of the files
  * @param level   threshold of LogRoot and LogSystem: "trace", "debug", "info", "warn" or "error"; any other:
  * "info"
- * @return empty, or the reason why there are no log files; the process can go on without.
+ * @return empty, or the reason why there are no log files; the process can go on without them.
  */
 RAVLOG_API std::string StartLogs(const std::string& folder, const std::string& level);
 
-/** Writes what is pending and closes the files. Later events are dropped. */
+/** Writes pending records and closes the files. Later events are dropped. */
 RAVLOG_API void StopLogs();
 
-/** Copies every record of LogRoot and LogOperation to standard error, or ends that. Any thread. */
+/** Starts or stops copying every record of LogRoot and LogOperation to standard error. Any thread. */
 RAVLOG_API void MirrorToStandardError(bool on);
 
 /**
- * Writes one line to the system log at the given level; place names the part that speaks. Before StartLogs
- * the first 32 lines are kept for it, after StopLogs lines are dropped. Without memory for it the line is
- * lost, which standard error tells: this is called where nothing may be thrown. Any thread.
+ * Writes one line to the system log at the given level; place names the reporting part. Before StartLogs the
+ * first 32 lines are kept for it; after StopLogs lines are dropped. When there is no memory for a line, it is
+ * lost, and standard error reports that: callers rely on this function not to throw. Any thread.
  */
 RAVLOG_API void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept;
 
 }  // namespace RavLog
 
-/** Logger of the server's life; empty before StartLogs and after StopLogs. Any thread. */
+/** Logger of the server's events; empty before StartLogs and after StopLogs. Any thread. */
 RAVLOG_API std::shared_ptr<RavLog::CLogger> LogRoot();
 
 /** Logger of requests and replies; empty before StartLogs and after StopLogs. Any thread. */

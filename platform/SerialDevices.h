@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/** What the system tells of one serial port. A text that it doesn't tell is empty. */
+/** What the system reports about one serial port. A text that it doesn't report is empty. */
 struct SSerialDevice {
     std::wstring portName;      ///< "COM3"; empty when the device has no readable name
     std::wstring friendlyName;  ///< "USB Serial Port (COM3)"
@@ -12,10 +12,10 @@ struct SSerialDevice {
 };
 
 /**
- * The serial ports that are present at this moment, in the system's order: neither sorted nor made unique by
- * the caller. Each call looks anew, so that a port that was plugged in or unplugged shows at once. Empty when
- * there is none, or when the system doesn't give the list; nothing is thrown or logged for that. Any thread;
- * calls don't wait for each other longer than it takes to note a port that is seen for the first time.
+ * The serial ports that are present at this moment, in the system's order: the caller neither sorts them nor
+ * removes duplicates. Each call looks again, so that a port that was plugged in or unplugged shows at once.
+ * Empty when there is none, or when the system doesn't provide the list; that is neither thrown nor logged.
+ * Any thread; calls wait for each other only while a new port is recorded.
  *
  * Windows: the present devices of the interface class GUID_DEVINTERFACE_COMPORT
  * {86E0D1E0-8089-11D0-9CE4-08003E301F73} by the Setup API, one element for each, in its order. The port name
@@ -24,8 +24,8 @@ struct SSerialDevice {
  * SPDRP_FRIENDLYNAME, SPDRP_DEVICEDESC (512 bytes each) and the first string of SPDRP_HARDWAREID (2048
  * bytes), empty when they can't be read.
  *
- * Linux: the lines with hardware behind them that udev knows, and the devices that an administrator gave a
- * COM name; see platform/SerialNames.h for the names. Friendly name, description and hardware id are put
- * together in the form that Windows gives them. In the order of the numbers.
+ * Linux: the lines that udev knows and that have hardware, and the devices that an administrator gave a COM
+ * name; see platform/SerialNames.h for the names. Friendly name, description and hardware id are composed in
+ * the form that Windows uses. In the order of the numbers.
  */
 std::vector<SSerialDevice> ListSerialDevices();

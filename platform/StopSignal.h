@@ -1,16 +1,16 @@
 #pragma once
 
 /**
- * The request to stop that the operating system sends to a process: SIGINT, SIGTERM, or SIGHUP unless it is
- * ignored, on Linux.
+ * The request to stop that the operating system sends to a process: on Linux SIGINT, SIGTERM, or SIGHUP
+ * unless that is ignored.
  *
- * Made on the main thread before any other thread is started, so that no other thread is interrupted by it.
- * Writing to a closed connection is no reason to end the process from then on.
+ * Create it on the main thread before any other thread starts, so that the signal interrupts no other thread.
+ * From then on, writing to a closed connection does not end the process.
  */
 class CStopSignal {
   public:
     CStopSignal();
 
-    /** Returns when the process has been asked to stop, also when that was before the call. */
+    /** Returns when the process has been asked to stop, even before the call. */
     void Wait();
 };

@@ -3,5 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
-/** Bytes, 1 to 4, of the UTF-8 sequence (RFC 3629) that a text begins with; 0 for none. Any thread. */
+/**
+ * Length, 1 to 4 bytes, of the UTF-8 sequence (RFC 3629) at the beginning of a text; 0 when there is none.
+ * Any thread.
+ */
 std::size_t Utf8SequenceLength(std::string_view text);

@@ -6,12 +6,12 @@
 #include <string>
 
 /**
- * Bounds what the sends of one thread may wait in vain together: make one before a run of sends, and
- * CComManager keeps to it for as long as it lives. Sends that fail use the time up; one that succeeds costs
- * nothing. When it is used up, a device that is ready still gets its commands, any other a quarter of a
- * second to get ready, until half the time again has gone for that too; from then on it fails at once, with
- * 10060 or, on a serial line that did not take an earlier command of this run, 121. For the thread that made
- * it.
+ * Limits the time that the sends of one thread may wait in vain, all together. Create one before a run of
+ * sends; CComManager respects it as long as it lives. Failing sends use up the time; a successful one costs
+ * nothing. When the time is used up, a ready device still gets its commands. Any other device has a quarter
+ * of a second to get ready, until another half of the time has been spent on that too. From then on it fails
+ * at once, with 10060 or, on a serial line that did not take an earlier command of this run, with 121. For
+ * the thread that created it.
  */
 class CVainWaits {
   public:
@@ -22,20 +22,20 @@ class CVainWaits {
     CVainWaits(const CVainWaits&) = delete;
     CVainWaits& operator=(const CVainWaits&) = delete;
 
-    /** What the thread that asks has to keep to; null: nothing. */
+    /** The limit of the calling thread; null: none. */
     static CVainWaits* OfThread() { return Current(); }
 
-    /** How long the next send may wait. @param least  what it gets when the bound is almost used up */
+    /** How long the next send may wait. @param least  the minimum when the limit is almost used up */
     Duration Left(Duration least) const {
         return m_spent < m_bound + m_bound / 2 ? std::max(m_bound - m_spent, least) : Duration::zero();
     }
 
     bool IsUsedUp() const { return m_spent >= m_bound; }
 
-    /** A send failed after that time. */
+    /** Records that a send failed after this time. */
     void Add(Duration time) { m_spent += time; }
 
-    /** A serial line did not take a command. */
+    /** Records that a serial line did not take a command. */
     void NoteStuckLine(const std::string& port) { m_stuckLines.insert(port); }
     bool IsStuckLine(const std::string& port) const { return m_stuckLines.contains(port); }
 

@@ -12,43 +12,46 @@ namespace hv {
 struct HttpService;
 }
 
-// What the server asks of the HTTP library beyond the interface of libhv. The bundled library does all that
-// is told here; for an installed libhv there is a plain stand-in (libraries/libhv), and each function tells
-// what that one does instead.
+// What the server needs from the HTTP library beyond the interface of libhv. The bundled library does
+// everything that is described here. For an installed libhv there is a simple stand-in (libraries/libhv), and
+// each function says what the stand-in does instead.
 
 /**
- * Makes head, text and tail, one behind the other, the body of a reply. The text is not copied: all replies
- * that are on their way share it, however slowly their clients read. A body that is set afterwards takes its
- * place. With libhv the reply gets a copy.
+ * Sets the body of a reply to head, text and tail, one after the other. The text is not copied: all replies
+ * under way share it, however slowly their clients read. A body that is set afterwards replaces it. With
+ * libhv the reply gets a copy.
  * @param text  null: an empty one
  */
 void SetReplyText(HttpResponse* response, std::string head, std::shared_ptr<const std::string> text,
                   std::string tail);
 
 /**
- * What the body of a request has to keep to, before the handler sees it. A body is large above 64 KiB, or
- * when its length is not told beforehand. All functions may be null, and are called by any thread of the
- * server.
+ * Limits for the body of a request, before the handler sees it. A body is large when it exceeds 64 KiB, or
+ * when its length is not known in advance. All functions may be null; any thread of the server may call them.
  */
 struct SBodyRule {
-    /** Most bytes: 413 beyond. */
+    /** Maximum number of bytes; more is answered 413. */
     std::uint64_t limit = std::uint64_t{1} << 20;
 
-    /** Asked about a large body when the header is in, and answers at once. If not, the body is thrown away
-     * as it comes, and refuse answers in place of the handler. */
+    /**
+     * Called for a large body when the header is complete; answers at once. If it returns false, the body is
+     * discarded as it arrives, and refuse answers instead of the handler.
+     */
     std::function<bool(const HttpRequest&)> admits;
     std::function<int(HttpRequest*, HttpResponse*)> refuse;
 
-    /** Bytes of memory that the handler makes of a large body, beside the body itself. May take long. */
+    /**
+     * Bytes of memory that the handler needs for a large body, in addition to the body itself. May take long.
+     */
     std::function<std::uint64_t(const std::string& body)> cost;
 };
 
 /**
- * Gives the POST requests of a path a rule, before the server runs. Large bodies of all requests share one
- * budget, together with their costs: a third of the machine's memory, or what the system still hands out when
- * that is less. Beyond it a request is answered 503 with "Retry-After", told in the system log, and small
- * requests go on. A path without a rule has the limit alone.
+ * Sets a rule for the POST requests of a path, before the server runs. Large bodies of all requests share one
+ * budget, together with their costs: a third of the machine's memory, or what the system still allocates if
+ * that is less. A request beyond it is answered 503 with "Retry-After" and reported in the system log; small
+ * requests go on. A path without a rule has only the limit.
  *
- * With libhv this does nothing: its own limits hold.
+ * With libhv this does nothing: libhv's own limits apply.
  */
 void SetBodyRule(hv::HttpService& service, const char* path, SBodyRule rule);

@@ -22,28 +22,28 @@ namespace RavLog {
 class CLogWriter;
 
 /**
- * One log file: records are collected in memory by the threads that log, and written by the writer's thread.
- * A full disk loses records, never a request; their number is told when writing works again.
+ * One log file. The logging threads collect records in memory, and the writer's thread writes them. A full
+ * disk loses records, never a request; the number of lost records is logged when writing works again.
  */
 class CLogFile final : public CLogSink {
   public:
-    /** @param isMirrored  whether its records go to standard error too while the mirror is on */
+    /** @param isMirrored  whether its records also go to standard error while the mirror is on */
     CLogFile(CLogWriter& writer, bool isMirrored);
     ~CLogFile() override;
 
-    /** The file to write from now on; empty: records are dropped. */
+    /** Sets the file to write from now on; empty: records are dropped. */
     void SetPath(const std::string& path);
 
     void Write(const CLogEvent& event) override;
 
-    /** Writes what was collected. Called by one thread at a time. */
+    /** Writes the collected records. Called by one thread at a time. */
     void Flush(bool mirror);
 
   private:
     void WriteToDisk(std::string_view records);
     void OpenSink();
 
-    /** Begins the file anew before it grows past its limit by this many bytes. */
+    /** Begins a new file if this many more bytes would exceed the limit. */
     void RotateWhenFull(std::size_t size);
 
     CLogWriter& m_writer;
@@ -66,10 +66,10 @@ class CLogWriter {
 
     void Add(CLogFile* file) { m_files.push_back(file); }
     void Start();
-    /** Writes what is pending and ends the thread. */
+    /** Writes pending records and ends the thread. */
     void Stop();
 
-    /** Tells the thread that a file has records. urgent: they are written at once. */
+    /** Notifies the thread that a file has records. urgent: it writes them at once. */
     void Notify(bool urgent);
 
     void Mirror(bool on);

@@ -5,8 +5,8 @@
 namespace RavLog {
 
 /**
- * The text with each byte that is no part of UTF-8 (RFC 3629) written as "\xFF", so that no request can turn
- * a log into what tools take for a binary file. Any thread.
+ * The text with each byte of invalid UTF-8 (RFC 3629) written as "\xFF", so that no request can turn a log
+ * into what tools take for a binary file. Any thread.
  */
 std::string WithBadBytesShown(std::string text);
 

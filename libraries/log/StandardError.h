@@ -5,8 +5,8 @@
 namespace RavLog {
 
 /**
- * Writes on standard error. When nobody takes it for a tenth of a second the rest is thrown away: a terminal
- * that is held must not hold up the logs.
+ * Writes to standard error. When nobody takes the text for a tenth of a second, the rest is discarded: a
+ * paused terminal must not block the logs.
  */
 void WriteToStandardError(std::string_view text);
 

@@ -2,5 +2,5 @@
 
 #include "libraries/serial_names/SerialNameTable_linux.h"
 
-/** Looks at all lines of the machine, names them, and notes new names in the table. Any thread. */
+/** Finds and names all lines of the machine, and records new names in the table. Any thread. */
 NamedLines NameSerialLines();

@@ -13,37 +13,37 @@
 /** Lines by the numbers of their COM names. */
 using NamedLines = std::map<int, SFoundLine>;
 
-/** Writes to the system log what became of the names of serial ports. May throw. Any thread. */
+/** Logs a change of the names of serial ports in the system log. May throw. Any thread. */
 void LogSerialName(RavLog::EnLogLevel level, const std::string& text);
 
 /** The number in a port name, "COM" and 1 to 9999 without leading zeros; 0 for any other text. */
 int SerialNumber(const std::string& name);
 
 /**
- * Which port has which name. Knows no file; SerialNames_linux.cpp keeps it in one. One thread at a time.
+ * The names of the ports. Knows no file; SerialNames_linux.cpp keeps the table in one. One thread at a time.
  *
- * A line keeps its number by its identity. Of several with one identity, as cheap converters without a true
- * serial number are, each keeps its number by its place; one alone keeps a number wherever it is.
+ * A line keeps its number by its identity. When several lines share an identity, as cheap converters without
+ * a real serial number do, each keeps its number by its place. A single line keeps its number wherever it is.
  */
 class CSerialNameTable {
   public:
     struct SEntry {
-        std::string identity;  ///< empty: an administrator's entry, which means the device whatever it is
+        std::string identity;  ///< empty: an administrator's entry, which means whatever is at the device
         std::string place;
         std::string device;
     };
 
     CSerialNameTable() = default;
 
-    /** The table of a JSON object; what is no entry is kept, and told in the system log. */
+    /** Reads the table from a JSON object. Invalid entries are kept, and reported in the system log. */
     explicit CSerialNameTable(nlohmann::json document);
 
     std::optional<SEntry> Find(int number) const;
 
     /**
-     * Names the lines that are present. A name means, in this order, the link that the administrator made in
-     * /dev, the device of an entry of his, the line of an entry with its identity. A line without any of
-     * these gets an entry: a built-in port the number of its own, every other the lowest free one from 5 up.
+     * Names the lines that are present. A name means, in this order: the link that the administrator made in
+     * /dev, the device of an administrator's entry, the line of an entry with its identity. A line without
+     * any of these gets an entry: a built-in port its own number, any other the lowest free number from 5 up.
      * @param links  the links in /dev by their numbers
      */
     NamedLines Name(std::vector<SFoundLine> lines, const std::map<int, std::string>& links);

@@ -41,7 +41,7 @@ std::string Upper(std::string text) {
     return text;
 }
 
-/** A text that a device tells of itself, made fit for a file and a log. */
+/** A text from a device, sanitised for a file and a log. */
 std::string Printable(const std::string& text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string result;
@@ -70,7 +70,7 @@ std::string UsbPlace(udev_device* usb) {
     return path.substr(0, path.rfind("/usb")) + " port " + name.substr(name.find('-') + 1);
 }
 
-/** Adds the converter chip to a hardware id, when the driver's name tells it. */
+/** Adds the converter chip to a hardware id, if the driver's name reveals it. */
 std::string WithChip(const std::string& hardwareId, const std::string& driver) {
     constexpr std::array chips = {"ftdi", "pl2303", "cp210", "ch340", "ch341"};
     const auto chip = std::find_if(chips.begin(), chips.end(),

@@ -1,7 +1,7 @@
 #pragma once
 
 /**
- * Has a click into the console of the process select no text until the process ends: a selection holds up
- * whoever prints. Nothing to do without a console. One thread at a time.
+ * Keeps a click into the console of the process from selecting text until the process ends: a selection
+ * blocks whoever prints. Does nothing without a console. One thread at a time.
  */
 void ForbidSelectionByClick();

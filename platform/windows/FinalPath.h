@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
-/** Where an open file or folder really lies, links followed, without the prefix "\\?\"; empty when the system
- * doesn't tell. */
+/**
+ * The real path of an open file or folder, with links resolved, without the prefix "\\?\"; empty when the
+ * system doesn't report it.
+ */
 std::filesystem::path FinalPath(HANDLE handle);

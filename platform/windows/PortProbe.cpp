@@ -32,7 +32,10 @@ class CSocketLibrary {
     bool m_isReady;
 };
 
-/** The system's listeners of one address family, in the words of its table; empty when it doesn't tell. */
+/**
+ * The system's listeners of one address family, as 32-bit words of its table; empty when the system doesn't
+ * report them.
+ */
 std::vector<std::uint32_t> ReadListeners(ULONG family) {
     std::vector<std::uint32_t> room(1024);
     for (int attempt = 0; attempt < 5; ++attempt) {  // the table may grow between two calls

@@ -54,7 +54,7 @@ int Fail(const char* what) {
     return 1;
 }
 
-/** Tells the service manager the state; after "stopped" nothing more. */
+/** Reports the state to the service manager; after "stopped" nothing more. */
 void Report(DWORD state) {
     const std::lock_guard lock(g_mutex);
     if (g_isStopped) {

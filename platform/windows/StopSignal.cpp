@@ -75,7 +75,7 @@ CStopSignal::CStopSignal() {
     if (g_isService) {
         return;
     }
-    // A process that was started detached or in a group of its own ignores Ctrl+C until it is told not to.
+    // A process that was started detached or in a group of its own ignores Ctrl+C until this call.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
     if (const HANDLE thread = CreateThread(nullptr, 0, &WatchSession, nullptr, 0, nullptr)) {
