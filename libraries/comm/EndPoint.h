@@ -11,8 +11,8 @@
 namespace comm {
 
 /**
- * What tells one port of the library from another. Records of one TCP server or of one UDP socket differ in
- * their remote pair only, and share the port; a TCP client is told by both pairs.
+ * The identity of a port of the library. Records of one TCP server, or of one UDP socket, differ only in
+ * their remote pair, and share the port. A TCP client is identified by both pairs.
  */
 struct SEndPointView {
     EnNetMode mode;
@@ -39,7 +39,7 @@ struct SEndPoint {
     std::int32_t remotePort;
 };
 
-/** Hash and equality for a map that is asked with a view, so that a look-up builds no text. */
+/** Hash and equality for a map with look-ups by view, so that a look-up creates no text. */
 struct SEndPointHash {
     using is_transparent = void;
     std::size_t operator()(const SEndPointView& view) const;
@@ -55,16 +55,16 @@ struct SEndPointEqual {
     }
 };
 
-/** True for a local address that means all of them: empty, 0.0.0.0 or ::. */
+/** True for a local address that means all addresses: empty, 0.0.0.0 or ::. */
 bool IsAnyAddress(std::string_view address);
 
-/** True for a port that a socket can have; 0 counts only where it means "any". */
+/** True for a number that can be the port of a socket; 0 is valid only where it means "any". */
 bool IsPort(std::int32_t port, bool orAny);
 
-/** An address of a peer in the form that it has in records: IPv4 where it is IPv4 inside IPv6. */
+/** An address of a peer in the form that records use: IPv4 when it is IPv4 inside IPv6. */
 boost::asio::ip::address Unmapped(const boost::asio::ip::address& address);
 
-/** Name for the log, "TCP client 192.168.1.5:23" say. */
+/** Name for the log, for example "TCP client 192.168.1.5:23". */
 std::string Describe(const SNetPortConfig& record);
 
 }  // namespace comm

@@ -4,7 +4,10 @@
 
 namespace comm {
 
-/** Windows error numbers that the library returns, on every platform. */
+/**
+ * Windows error numbers that the library returns on every platform
+ * (docs/decisions/0009-windows-error-numbers.md).
+ */
 enum EnError : int {
     ErrorNone = 0,
     ErrorNoSuchPort = 2,            ///< ERROR_FILE_NOT_FOUND

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kNoSuchDevice = 433;  // ERROR_NO_SUCH_DEVICE, which the headers lack
 
-/** The numbers that are told as they are; any other becomes ErrorGeneral, as on other systems. */
+/** The numbers that are returned unchanged; any other becomes ErrorGeneral, as on other systems. */
 constexpr auto kTold = std::to_array<int>(
     {ErrorSocketPermission, ErrorInvalid, ErrorTooManySockets, ErrorTooLong, ErrorNoFamily, ErrorAddressInUse,
      ErrorNoAddress, ErrorNetworkDown, ErrorNoNetwork, ErrorAborted, ErrorReset, ErrorNoBuffers,

@@ -135,7 +135,7 @@ void CNameResolver::Work(const std::shared_ptr<SState>& state, const std::string
     try {
         result = state->ask(host);
     } catch (const std::exception&) {
-        result = {ErrorNoBuffers, {}};  // no memory or no descriptor: told to all who wait
+        result = {ErrorNoBuffers, {}};  // no memory or no descriptor: the result for all who wait
     }
     std::vector<Handler> waiting;
     {

@@ -12,37 +12,38 @@
 
 namespace comm {
 
-/** What a host name means: addresses, or an error number. */
+/** The result of a look-up: addresses, or an error number. */
 struct SResolved {
     int error = 0;
     std::vector<boost::asio::ip::address> addresses;
 };
 
-/** Asks the system for the addresses of a host name; blocks, half a minute perhaps. Any thread. */
+/** Asks the system for the addresses of a host name; can block for half a minute. Any thread. */
 SResolved AskSystem(const std::string& host);
 
 /**
- * Resolves host names on threads of its own, one for each name at a time, which nobody has to wait for: the
- * system's resolver can block for half a minute and can't be stopped. Good results are reused for a while,
- * and beyond it when the name server answers no longer; a failed look-up rests before it is repeated. The
- * names that are remembered are bounded in number: the one that was looked up first gives way. Any thread.
+ * Resolves host names on threads of its own, one thread for each name at a time. Nobody has to wait for these
+ * threads: the system's resolver can block for half a minute and can't be stopped. Good results are reused
+ * for a while, and longer when the name server no longer answers. A failed look-up is not repeated for a
+ * while. The number of remembered names is limited; the name that was looked up first is dropped first. Any
+ * thread.
  */
 class CNameResolver {
   public:
     using Handler = std::function<void(const SResolved&)>;
     using Ask = std::function<SResolved(const std::string&)>;
 
-    /** What can be said at once. */
+    /** The part of the answer that is known at once. */
     struct SAnswer {
-        std::optional<SResolved> known;  ///< the result; when it is missing, the handler gets one later
-        std::vector<boost::asio::ip::address> lastGood;  ///< what the name meant before, perhaps nothing
-        Clock::time_point askedAt;                       ///< when the look-up began that is under way
-        bool isShared = false;                           ///< an earlier call began it
+        std::optional<SResolved> known;  ///< the result; if missing, the handler gets one later
+        std::vector<boost::asio::ip::address> lastGood;  ///< the previous addresses of the name, if any
+        Clock::time_point askedAt;                       ///< when the present look-up began
+        bool isShared = false;                           ///< an earlier call began that look-up
     };
 
     explicit CNameResolver(const SCommSettings& settings, Ask ask = AskSystem);
 
-    /** Looks a host name up. Where there is no result yet, calls done with it later, from another thread. */
+    /** Looks a host name up. If there is no result yet, calls done with it later, from another thread. */
     SAnswer Resolve(const std::string& host, Handler done);
 
   private:

@@ -9,18 +9,18 @@
 namespace comm {
 
 /**
- * What one port has to say to the system log: connected, lost, failed. Ten lines a minute at most, and a
- * failure that repeats itself is told once, so that clicks on a dead device can't fill the log. Not
- * thread-safe: a port uses it under its lock.
+ * Logs the events of one port in the system log: connected, lost, failed. At most ten lines a minute, and a
+ * repeated failure is logged once, so that clicks on a dead device can't fill the log. Not thread-safe: a
+ * port uses it under its lock.
  */
 class CPortLog {
   public:
     explicit CPortLog(std::string name) : m_name(std::move(name)) {}
 
-    /** Tells of an event, and makes the next failure worth telling again. */
+    /** Logs an event. The next failure is logged again, even if it repeats the last one. */
     void Note(std::string_view text);
 
-    /** Tells of a failure with an error number. */
+    /** Logs a failure with an error number, unless it repeats the last one. */
     void Failed(std::string_view text, int error);
 
   private:

@@ -37,7 +37,7 @@ bool IsMode(EnNetMode mode) {
 /** Longest host name: 253 characters (RFC 1035), and a dot at its end. An address literal is shorter. */
 constexpr std::size_t kLongestHost = 254;
 
-/** Tells whether a record is one that a network port can have at all. */
+/** Whether a network port can have this record at all. */
 int CheckRecord(const SNetPortConfig& record) {
     if (!IsMode(record.netMode)) {
         return ErrorBadSetting;

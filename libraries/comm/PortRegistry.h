@@ -21,12 +21,12 @@
 namespace comm {
 
 /**
- * All ports of the process, and the thread that their sockets and lines are watched on. What CComManager
+ * All ports of the process, and the thread that watches their sockets and lines. Implements what CComManager
  * offers, with error numbers throughout. Any thread may call; nothing throws.
  */
 class CPortRegistry {
   public:
-    /** @param ask  what resolves host names, for tests */
+    /** @param ask  resolves host names; replaced by tests */
     explicit CPortRegistry(const SCommSettings& settings, CNameResolver::Ask ask = AskSystem);
     ~CPortRegistry();
     CPortRegistry(const CPortRegistry&) = delete;
@@ -39,28 +39,28 @@ class CPortRegistry {
     void DeleteTcp(const SNetPortConfig& record);
     void DeleteAll();
 
-    /** Ends the library: closes everything, and has calls under way and later ones end with ErrorCut. */
+    /** Ends the library: closes everything. Calls under way and later ones end with ErrorCut. */
     void Stop();
 
-    /** Ports and lines that it has objects for. */
+    /** Number of ports and lines that have an object. */
     std::size_t PortCount();
 
   private:
     using NetPorts = std::unordered_map<SEndPoint, std::shared_ptr<CNetPort>, SEndPointHash, SEndPointEqual>;
     using SerialLines = std::unordered_map<std::string, std::shared_ptr<CSerialLine>>;
 
-    /** The port of a record, made when there is none; null after Stop. */
+    /** The port of a record, created when there is none; null after Stop. */
     CPortInHand<CNetPort> NetPortInHand(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
 
     /**
-     * Lets a new UDP port have a local port that others of another local address hold: nobody tells when a
-     * UDP record is deleted or edited, so their sockets may be left over.
+     * Allows a new UDP port to have a local port that other ports with another local address hold. Nothing
+     * reports when a UDP record is deleted or edited, so their sockets may be left over.
      */
     void ShareLocalPort(const SNetPortConfig& record, CNetPort& made) REQUIRES_LOCK(m_mutex);
     CPortInHand<CSerialLine> SerialLineInHand(const std::string& comPort);
 
-    /** Forgets the object of a refused port, when nothing is left of it and no other call has it in hand. */
+    /** Removes the object of a refused port, if nothing is left of it and no other call uses it. */
     template <typename Ports, typename Key, typename Port>
     void ForgetUnused(Ports& ports, const Key& key, const CPortInHand<Port>& port) REQUIRES_LOCK(m_mutex);
     void Run();

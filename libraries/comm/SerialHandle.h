@@ -18,9 +18,9 @@ namespace comm {
  */
 class CSerialHandle {
   public:
-    /** What is known of the bytes that the device itself holds, behind the system's queue. */
+    /** State of the bytes that the device itself holds, after the system's queue. */
     enum class EnTransmitter {
-        Unknown,  ///< the driver doesn't tell
+        Unknown,  ///< the driver doesn't report it
         Busy,
         Empty,  ///< the last bit is on the line
     };
@@ -33,19 +33,19 @@ class CSerialHandle {
     /** Opens the device for this process alone. */
     int Open(const std::string& device);
 
-    /** Applies line settings that CheckSettings finds good, and looks whether the device took them. */
+    /** Applies line settings that CheckSettings accepts, and checks whether the device took them. */
     int Apply(const SSerialPortConfig& config);
 
-    /** True while the path still leads to the device that is open here. */
+    /** True while the path still leads to the open device. */
     bool IsStill(const std::string& device) const;
 
-    /** Reads and drops what came in. @return false when the device went away */
+    /** Reads and discards received bytes. @return false when the device went away */
     bool Drain();
 
-    /** Writes what the device takes at once, and takes it off rest. */
+    /** Writes what the device takes at once, and removes it from rest. */
     int Write(std::string_view& rest);
 
-    /** Number of bytes that have been written and that the device has not taken yet. */
+    /** Number of written bytes that the device has not taken yet. */
     int Pending(std::size_t& bytes) const;
 
     EnTransmitter Transmitter() const;
@@ -53,7 +53,7 @@ class CSerialHandle {
     /** Calls handler() when there is something to read or the device went away. */
     void WhenReadable(std::function<void()> handler);
 
-    /** The same for when the device may take bytes again. */
+    /** Calls handler() when the device may take bytes again. */
     void WhenWritable(std::function<void()> handler);
 
   private:

@@ -160,7 +160,7 @@ int CSerialHandle::Pending(std::size_t& bytes) const {
     return ErrorNone;
 }
 
-// The system tells when the queue is empty (EV_TXEMPTY), which the queue's length tells as well.
+// The system reports when the queue is empty (EV_TXEMPTY), and so does the queue's length.
 CSerialHandle::EnTransmitter CSerialHandle::Transmitter() const {
     return EnTransmitter::Unknown;
 }

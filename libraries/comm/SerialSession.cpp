@@ -13,7 +13,7 @@ namespace comm {
 
 namespace {
 
-/** Some drivers don't tell when they take bytes again, so a writer looks by itself now and then. */
+/** Some drivers don't report when they take bytes again, so a writer checks now and then. */
 constexpr std::chrono::milliseconds kLongestNap{50};
 constexpr std::chrono::milliseconds kShortestNap{1};
 

@@ -17,12 +17,12 @@
 namespace comm {
 
 /**
- * What is done with the device of one serial line. Every operation may take as long as a driver likes, so all
- * of them run on the line's own thread; only the ones that are marked may be called from others.
+ * The operations on the device of one serial line. Each may take as long as a driver likes, so all of them
+ * run on the line's own thread. Other threads may call only the marked ones.
  */
 class CSerialSession {
   public:
-    /** Takes what is worth a line in the system log. */
+    /** Receives texts for the system log. */
     using Note = std::function<void(const std::string& text)>;
 
     CSerialSession(const SCommSettings& settings, std::string comPort, Note note);
@@ -30,17 +30,19 @@ class CSerialSession {
     CSerialSession(const CSerialSession&) = delete;
     CSerialSession& operator=(const CSerialSession&) = delete;
 
-    /** Tells whether the line can be used with the settings of a record, and leaves it open only if it was.
-     * @return 0 or an error number */
+    /**
+     * Checks whether the line can be used with the settings of a record, and leaves it open only if it was.
+     * @return 0 or an error number
+     */
     int Check(const SSerialPortConfig& config);
 
-    /** Sends bytes, and waits until the system has none of them left: 0 or an error number. */
+    /** Sends bytes, and waits until the system has passed all of them on: 0 or an error number. */
     int Send(const SSerialPortConfig& config, std::string_view bytes, Clock::time_point bound);
 
     /** Closes the device. */
     void Drop();
 
-    /** Sleeps until the device has something to say, or Wake is called. */
+    /** Sleeps until the device has news, or Wake is called. */
     void WaitForNews();
 
     /** True while the device is open. Any thread. */
@@ -49,16 +51,15 @@ class CSerialSession {
     /** Ends WaitForNews. Any thread. */
     void Wake();
 
-    /** Ends what is under way with ErrorCut, unless it hangs in a driver. Any thread. */
+    /** Ends the operation under way with ErrorCut, unless it hangs in a driver. Any thread. */
     void Cut();
 
   private:
-    /** Opens the device where that is needed, and applies the settings. */
+    /** Opens the device if needed, and applies the settings. */
     int MakeReady(const SSerialPortConfig& config, Clock::time_point deadline);
     int Apply(const SSerialPortConfig& config);
 
-    /** Closes a handle whose device went away or is no longer meant by the name. @return true when there was
-     * one */
+    /** Closes a handle whose device went away or no longer has the name. @return true when there was one */
     bool DropStale(const std::string& device);
 
     int Write(std::string_view bytes, Clock::time_point deadline, bool& taken);
@@ -66,10 +67,10 @@ class CSerialSession {
     /** Waits until the system has handed all bytes to the device. */
     int WaitForQueue(Clock::time_point deadline);
 
-    /** Waits until the device has put its last byte on the line as well. */
+    /** Waits until the device has put its last byte on the line, too. */
     int WaitForDevice(Clock::time_point deadline);
 
-    /** Notes that bytes which were written at some moment have been handed to the device by now. */
+    /** Records that bytes written at this time have been handed to the device by now. */
     void NoteSent(std::size_t bytes, Clock::time_point begun);
     void Watch();
 
@@ -83,11 +84,11 @@ class CSerialSession {
     boost::asio::io_context m_io;
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> m_work;
     std::unique_ptr<CSerialHandle> m_handle;  ///< null while the line is closed
-    std::uint64_t m_generation = 0;           ///< tells handlers of an earlier handle from those of this one
-    bool m_gone = false;                      ///< the device of the handle went away
+    std::uint64_t m_generation = 0;  ///< distinguishes handlers of an earlier handle from those of this one
+    bool m_gone = false;             ///< the handle's device went away
     bool m_writable = false;
     SSerialPortConfig m_applied;   ///< settings of the open handle
-    Clock::time_point m_silentAt;  ///< when all that was sent has left the device, by calculation
+    Clock::time_point m_silentAt;  ///< when all sent bytes have left the device, by calculation
     std::atomic<bool> m_isOpen = false;
     std::atomic<bool> m_cut = false;
 };

@@ -6,10 +6,10 @@
 
 namespace comm {
 
-/** Sets raw mode, without flow control, and the settings of a record, which are good ones. */
+/** Sets raw mode, without flow control, and the settings of a record, which are valid. */
 void BuildSettings(const SSerialPortConfig& config, DCB& settings);
 
-/** True when a device has taken the speed, within 3 %; it refuses other settings that it can't do. */
+/** True when a device has taken the speed, within 3 %; it refuses other settings that it lacks. */
 bool HasTaken(const DCB& asked, const DCB& taken);
 
 }  // namespace comm

@@ -7,29 +7,31 @@
 
 namespace comm {
 
-/** One end of a TCP connection. Knows no waiting: its owner does that, and guards it with its lock. */
+/** One end of a TCP connection. It never waits: its owner does that, and guards it with its lock. */
 class CTcpLink {
   public:
     using Socket = boost::asio::ip::tcp::socket;
 
-    /** What reading showed of the peer. */
+    /** State of the peer, as reading shows it. */
     enum class EnPeer {
         Alive,
-        Unknown,  ///< what came in goes to the handler of WhenReadable first
+        Unknown,  ///< received bytes go to the handler of WhenReadable first
         Ended,    ///< it closed the connection
-        Broken,   ///< a reset, or the system gave the connection up
+        Broken,   ///< a reset, or the system gave up the connection
     };
 
     explicit CTcpLink(Socket socket) : m_socket(std::move(socket)) {}
 
-    /** Sets what every connection has: no delay, a send buffer of 64 KiB, keep-alive, calls that don't block.
+    /**
+     * Sets the options of every connection: no delay, a send buffer of 64 KiB, keep-alive, calls that don't
+     * block.
      */
     int Prepare();
 
-    /** Reads and drops what the peer sent. @param error why it is broken, 0 otherwise */
+    /** Reads and discards what the peer sent. @param error why it is broken, 0 otherwise */
     EnPeer Drain(int& error);
 
-    /** Sends what the system takes at once, and takes it off rest. @return 0 or an error number */
+    /** Sends what the system takes at once, and removes it from rest. @return 0 or an error number */
     int Write(std::string_view& rest);
 
     /** Calls handler(), on the thread of the socket, when there is something to read. */
@@ -38,7 +40,7 @@ class CTcpLink {
         When(Socket::wait_read, std::move(handler));
     }
 
-    /** The same for when the system takes bytes again. */
+    /** Calls handler(), on the thread of the socket, when the system takes bytes again. */
     template <typename Handler>
     void WhenWritable(Handler handler) {
         When(Socket::wait_write, std::move(handler));

@@ -44,7 +44,7 @@ bool HasUnacknowledged(boost::asio::ip::tcp::socket& socket) {
            info.BytesInFlight > 0;
 }
 
-// Wine's select tells an end, but not data that it is about to give to the wait under way.
+// Wine's select reports an end, but not data that it is about to give to the wait under way.
 bool IsReadOnItsWay(boost::asio::ip::tcp::socket& socket) {
     u_long waiting = 0;
     if (ioctlsocket(socket.native_handle(), FIONREAD, &waiting) == 0 && waiting > 0) {
