@@ -93,7 +93,7 @@ void CUdpPort::Share() {
     m_shared = true;
     for (const auto& socket : m_sockets) {
         if (socket) {
-            boost::system::error_code ignored;  // the other port can't bind then, and tells it
+            boost::system::error_code ignored;  // the other port then can't bind, and reports that
             socket->set_option(boost::asio::socket_base::reuse_address(true), ignored);
         }
     }

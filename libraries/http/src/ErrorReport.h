@@ -5,10 +5,10 @@
 
 namespace hv::internal {
 
-/** Sends one line to the system log; without the reason when there is no memory to join them. Any thread. */
+/** Logs one line in the system log; without the reason when there is no memory to join them. Any thread. */
 void ReportError(std::string_view text, std::string_view reason = {}) noexcept;
 
-/** A client's text as a log may show it: its beginning, without control characters. */
+/** A client's text in a form that is safe for a log: its beginning, without control characters. */
 std::string Shown(std::string_view text);
 
 }  // namespace hv::internal

@@ -15,7 +15,7 @@ constexpr EventThreads::Time kTick{5};
 constexpr int kQuietTicks = 20;
 constexpr EventThreads::Time kEndOfIdleThreads{1000};
 
-// The task whose end the former leader has to tell: it lost the loop while it was inside.
+// The task whose end the former leader has to report: it lost the loop while it was inside.
 thread_local std::shared_ptr<BlockingTask> t_finishedLate;
 
 }  // namespace
@@ -130,8 +130,8 @@ void EventThreads::RunOnLoop(std::shared_ptr<BlockingTask> task) {
     task->Done();
 }
 
-// A thread without the loop: tells the end of its task and takes those that wait, of any loop. Its own event
-// is left behind here, so that the loops are woken by what it posts.
+// A thread without the loop: reports the end of its task and runs waiting tasks of any loop. Its own event
+// remains here, so that the loops are woken by what it posts.
 void EventThreads::RunOffLoop(std::shared_ptr<BlockingTask> finished) {
     PostDone(finished);
     finished.reset();

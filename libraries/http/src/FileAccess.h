@@ -11,10 +11,12 @@
 
 namespace hv::internal {
 
-/** Whether a call may wait for the disk. An event loop must not: it asks for what is in memory already. */
+/**
+ * Whether a call may wait for the disk. An event loop must not: it only asks for what is already in memory.
+ */
 enum class DiskWait { No, Yes };
 
-/** An open regular file; closed at the end of its life. One thread at a time. */
+/** An open regular file; the destructor closes it. One thread at a time. */
 class FileHandle {
   public:
     FileHandle() = default;
@@ -31,7 +33,7 @@ class FileHandle {
     FileHandle& operator=(const FileHandle&) = delete;
     ~FileHandle();
 
-    /** A handle for what can't be told without the disk. */
+    /** A handle for a file about which nothing is known without the disk. */
     static FileHandle Unknown() { return {kUnknown, 0, 0}; }
 
     explicit operator bool() const { return m_native != kNone && m_native != kUnknown; }
@@ -47,7 +49,7 @@ class FileHandle {
                         DiskWait wait = DiskWait::Yes) const;
 
     /**
-     * Sends from an offset over a non-blocking socket, as much as it takes now. May wait for the disk.
+     * Sends bytes from an offset over a non-blocking socket, as many as it takes now. May wait for the disk.
      * @return bytes sent; 0 with an error: would_block when the socket takes none at present, eof when the
      * file ends here
      */
@@ -63,13 +65,16 @@ class FileHandle {
     std::int64_t m_modified = 0;
 };
 
-/** Opens a file for reading. An empty handle when there is none, it is no regular file or can't be read. */
+/**
+ * Opens a file for reading. An empty handle when there is none, or it is not a regular file, or can't be
+ * read.
+ */
 FileHandle OpenFile(const std::string& path);
 
 /**
- * Opens a file below a folder and never one outside of it, wherever links lead.
+ * Opens a file below a folder, and never one outside of it, wherever links lead.
  * @param relative  plain names separated by "/"; no "..", no leading "/"
- * @param wait      No: FileHandle::Unknown() when what is in memory doesn't tell
+ * @param wait      No: FileHandle::Unknown() when the content of memory gives no answer
  */
 FileHandle OpenFileBeneath(const std::string& folder, const std::string& relative, DiskWait wait);
 

@@ -7,8 +7,8 @@
 namespace hv::internal {
 
 /**
- * Has memory given back to the system after a load: a while after the last large request or reply has ended,
- * once, on a thread of its own, so that no request waits for it.
+ * Returns memory to the system after a load: once, a while after the last large request or reply has ended,
+ * on a thread of its own, so that no request waits for it.
  */
 class Housekeeper {
   public:
@@ -17,13 +17,13 @@ class Housekeeper {
     Housekeeper(const Housekeeper&) = delete;
     Housekeeper& operator=(const Housekeeper&) = delete;
 
-    /** Something large has ended. Any thread. */
+    /** Records that a large request or reply has ended. Any thread. */
     void Note();
 
-    /** Whether there is something to be done later. Any thread. */
+    /** Whether there is something to do later. Any thread. */
     bool IsDue() const { return m_due; }
 
-    /** Does it when it is time. To be called now and then; any thread. */
+    /** Returns the memory if it is time. Call it now and then; any thread. */
     void Look() noexcept;
 
   private:

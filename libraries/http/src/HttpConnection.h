@@ -15,9 +15,9 @@
 namespace hv::internal {
 
 /**
- * A connection that speaks HTTP: reads requests, has them answered, writes the replies, in order. On a
- * WebSocket server it reads the upgrade request and hands the socket on. It holds no buffers while it waits
- * for a request.
+ * An HTTP connection: reads requests, has them answered, and writes the replies, in order. On a WebSocket
+ * server it reads the upgrade request and passes on the socket. It holds no buffers while it waits for a
+ * request.
  */
 class HttpConnection final : public ServerConnection,
                              public BlockingTask,
@@ -41,10 +41,12 @@ class HttpConnection final : public ServerConnection,
     enum class Phase { Idle, Header, Body, Handling, Writing, Draining, Closed };
     enum class Written { All, Blocked, Failed };
 
-    /** What a thread other than the loop's does: a handler, or what may have to wait for the disk. */
+    /**
+     * Work for another thread than the loop's: a handler, or something that may have to wait for the disk.
+     */
     enum class Work { Handler, Reply, FilePieces };
 
-    /** All about one request and its reply; there is none between requests. */
+    /** One request and its reply; there is none between requests. */
     struct Exchange {
         explicit Exchange(Server& server) : owner(server), reader(*request, server.Bounds()) {}
         ~Exchange() {
@@ -64,15 +66,15 @@ class HttpConnection final : public ServerConnection,
         std::uint64_t moved = 0;  // bytes of it so far
         bool isLarge = false;     // the request or the reply
         bool decided = false;
-        bool refused = false;  // by its rule, whose answer takes the handler's place
+        bool refused = false;  // by its rule, which answers instead of the handler
         const http_sync_handler* handler = nullptr;
         const SBodyRule* rule = nullptr;
         MemoryShare share;                                     // of the body, and of what is made of it
         Clock::time_point staleAt = Clock::time_point::max();  // when a write has waited too long
-        bool asksForFile = false;                              // and it is not known yet whether there is one
+        bool asksForFile = false;                              // and it is still unknown whether there is one
         FilePart file;
         Work work = Work::Handler;
-        Written written = Written::Blocked;  // what became of the reply so far
+        Written written = Written::Blocked;  // state of the reply so far
     };
 
     void ExpectBytes(Limits::Time stall);

@@ -19,8 +19,8 @@ constexpr int kFilePiecesAtOnce = 4;
 constexpr std::uint64_t kFilePartBytes = std::uint64_t{256} * 1024;
 constexpr std::size_t kHeadCapacity = 4096;
 
-// Sends on from the file, as much as the socket takes up to a piece. An error when it takes nothing, or when
-// the file was cut since its length was told.
+// Sends more of the file, as much as the socket takes, up to one piece. An error when it takes nothing, or
+// when the file was truncated since its length was sent.
 error_code SendPiece(Socket& socket, FilePart& part, std::uint64_t& moved) {
     error_code error;
     const std::size_t size = static_cast<std::size_t>(std::min(part.length, kFilePartBytes));
@@ -101,7 +101,7 @@ bool HttpConnection::PrepareReply(DiskWait wait) {
     if (got == FileHandle::kWouldWait) {
         return false;
     }
-    if (got <= 0) {  // the file was cut since its length was told
+    if (got <= 0) {  // the file was truncated since its length was sent
         response = HttpResponse();
         response.status_code = HTTP_STATUS_INTERNAL_SERVER_ERROR;
         part = FilePart();

@@ -13,7 +13,7 @@ std::string HttpDate(std::time_t time);
 /** The present second as an HTTP date, built once a second and thread. */
 const std::string& HttpDateNow();
 
-/** Reads an HTTP date in its preferred form; nothing for other forms. */
+/** Parses an HTTP date in its preferred form; nothing for other forms. */
 std::optional<std::time_t> ParseHttpDate(std::string_view text);
 
 }  // namespace hv::internal

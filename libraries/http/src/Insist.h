@@ -6,7 +6,10 @@
 
 namespace hv::internal {
 
-/** Starts an operation that the server can't go on without: while the memory for it is missing, again. */
+/**
+ * Starts an operation that the server can't do without. Tries again, with pauses, as long as there is no
+ * memory for it.
+ */
 template <typename Start>
 void Insist(Start start) {
     constexpr std::chrono::milliseconds pause{10};

@@ -5,8 +5,9 @@
 namespace hv::internal {
 
 /**
- * What one request has of the memory that all large requests of the process may take together, for its body
- * and for what is made of it. Given back at the end. One thread at a time; others may have theirs meanwhile.
+ * The share of one request in the memory that all large requests of the process may use together, for its
+ * body and for what is made from it. Returned at the end. One thread at a time; others may use theirs
+ * meanwhile.
  */
 class MemoryShare {
   public:
@@ -15,13 +16,13 @@ class MemoryShare {
     MemoryShare(const MemoryShare&) = delete;
     MemoryShare& operator=(const MemoryShare&) = delete;
 
-    /** Whether so many bytes more are free at present, within the budget and in the system. */
+    /** Whether this many more bytes are free at present, within the budget and in the system. */
     static bool IsFree(std::uint64_t bytes, std::uint64_t budget);
 
-    /** Takes so many bytes more. @return false when they are not free; the share is as it was then */
+    /** Takes this many more bytes. @return false when they are not free; the share is unchanged then */
     bool Take(std::uint64_t bytes, std::uint64_t budget);
 
-    /** Gives so many bytes back. */
+    /** Returns this many bytes. */
     void GiveBack(std::uint64_t bytes);
 
     void Release() { GiveBack(m_bytes); }
@@ -32,7 +33,7 @@ class MemoryShare {
     std::uint64_t m_bytes = 0;
 };
 
-/** The budget where none is set: a third of the machine's memory, and 8 GiB at most. */
+/** The default budget: a third of the machine's memory, but at most 8 GiB. */
 std::uint64_t DefaultMemoryBudget();
 
 }  // namespace hv::internal

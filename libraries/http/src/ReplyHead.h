@@ -7,7 +7,7 @@
 
 namespace hv::internal {
 
-/** What the connection knows of a reply, beyond what the handler filled in. */
+/** What the connection knows about a reply, beyond what the handler filled in. */
 struct ReplyFrame {
     std::uint64_t contentLength = 0;
     bool http10 = false;
@@ -15,8 +15,8 @@ struct ReplyFrame {
 };
 
 /**
- * Writes the head of a reply behind the text. Headers that frame the message (Content-Length, Connection,
- * Transfer-Encoding, Date) are the library's own: a handler's are left out, as are headers that hold line
+ * Appends the head of a reply to the text. Headers that frame the message (Content-Length, Connection,
+ * Transfer-Encoding, Date) come from the library: those of a handler are left out, as are headers with line
  * breaks.
  */
 void AppendReplyHead(std::string& text, const HttpResponse& response, const ReplyFrame& frame);

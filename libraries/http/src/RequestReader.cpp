@@ -287,8 +287,8 @@ void RequestReader::on_body_init_impl(boost::optional<std::uint64_t> const& leng
     }
 }
 
-// Room for a large body is paid for before it is made: all at once when the length was told, else as it
-// grows, with the old one beside it while the text moves.
+// Memory for a large body is taken from the share before it is allocated: all at once when the length is
+// known, otherwise as the body grows, with the old buffer beside the new one while the text moves.
 bool RequestReader::MakeRoom(std::size_t bytes) {
     std::string& body = m_request.body;
     const std::size_t needed = body.size() + bytes;

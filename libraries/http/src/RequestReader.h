@@ -13,36 +13,36 @@
 namespace hv::internal {
 
 /**
- * Reads one request, piece by piece as it comes from the socket, into an HttpRequest. Refuses what two
- * programs could understand differently (RFC 9112, 11.2) and what goes beyond the limits.
+ * Parses one request, piece by piece as it comes from the socket, into an HttpRequest. Refuses requests that
+ * two programs could understand differently (RFC 9112, 11.2), and those that exceed the limits.
  */
 class RequestReader final : public boost::beast::http::basic_parser<true> {
   public:
     enum class State {
-        NeedMore,  ///< the rest of the input has to be offered again, with more behind it
-        Header,    ///< header complete, body outstanding; told once
+        NeedMore,  ///< pass the rest of the input again, followed by more
+        Header,    ///< header complete, body missing; returned once
         Done,
         Failed,
     };
 
     RequestReader(HttpRequest& request, const Limits& limits);
 
-    /** Takes what it can off the front of the input. */
+    /** Parses as much as possible, and removes it from the front of the input. */
     State Put(std::string_view& input);
 
     int FailStatus() const { return m_failStatus; }  ///< 400, 413, 414, 417, 431, 501 or 503, after Failed
     bool IsHttp10() const { return m_version == 10; }
     bool ExpectsContinue() const { return m_expectsContinue; }
 
-    std::uint64_t BodyBytes() const { return m_bodyBytes; }  ///< of the body that came so far
+    std::uint64_t BodyBytes() const { return m_bodyBytes; }  ///< of the body, received so far
 
-    /** The body that is to come is read and thrown away. */
+    /** Has the body read and discarded. */
     void DiscardBody() { m_discard = true; }
 
-    /** Whether the body is larger than so many bytes, or may be. After the header. */
+    /** Whether the body is larger than this many bytes, or may be. After the header. */
     bool MayExceed(std::uint64_t bytes) const { return chunked() || content_length().value_or(0) > bytes; }
 
-    /** The body may have so many bytes; a large one takes its memory from the share. After the header. */
+    /** Sets the maximum of bytes; a large body takes its memory from the share. After the header. */
     void LimitBody(std::uint64_t bytes, MemoryShare& share);
 
   private:

@@ -85,8 +85,8 @@ bool Server::Start() {
     m_acceptor.open(endpoint.protocol(), error);
     if (!error) {
         SetListenerOptions(m_acceptor);
-        // Told, so that the connections behind the one that is gone are not left waiting for the next to
-        // come.
+        // Aborted connections are reported as well; otherwise the connections behind one would wait for the
+        // next to come.
         m_acceptor.set_option(asio::socket_base::enable_connection_aborted(true), error);
     }
     if (!error) {
@@ -140,7 +140,7 @@ void Server::WaitUntilStopped() {
     m_gone.wait(false);
 }
 
-// The loops are told from here, and so after the last connection that was sent to them.
+// The loops are notified here, and so after the last connection that was sent to them.
 void Server::StopOnFirstLoop() {
     m_stopping = true;
     error_code ignored;

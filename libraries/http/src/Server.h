@@ -21,11 +21,11 @@ namespace hv::internal {
 
 /**
  * One listening server: its routes, and its event loops, which share the connections evenly. The first loop
- * also accepts them.
+ * also accepts connections.
  */
 class Server : public std::enable_shared_from_this<Server> {
   public:
-    /** Takes copies of what the record points to. */
+    /** Copies everything to which the record points. */
     explicit Server(const http_server_s& record);
     ~Server();
     Server(const Server&) = delete;
@@ -33,12 +33,12 @@ class Server : public std::enable_shared_from_this<Server> {
 
     /**
      * Listens and starts the threads.
-     * @return false when the address is none
+     * @return false when the address is not valid
      * @throw std::system_error when the system refuses the port or a thread
      */
     bool Start();
 
-    /** Ends everything; handlers that run get the time of grace. Any thread but the server's own; once. */
+    /** Ends everything; running handlers get the grace period. Any thread but the server's own; once. */
     void Stop();
 
     /** Closes some idle connections, since descriptors have run out. Any thread. */
@@ -51,46 +51,51 @@ class Server : public std::enable_shared_from_this<Server> {
     const ServiceRoutes& Routes() const { return m_routes; }
     const StaticFiles& Files() const { return m_files; }
 
-    /** What waits for the disk in the place of the loops. */
+    /** The threads that wait for the disk instead of the loops. */
     DiskThreads& Disk() { return m_disk; }
 
     /** Callbacks of a WebSocket server; null for an HTTP server. */
     const WebSocketService* WebSockets() const { return m_webSockets ? &*m_webSockets : nullptr; }
 
-    /** Writes that were dropped since they waited too long, or since their clients had gone. Any thread. */
+    /**
+     * Writes that were dropped because they waited too long or their clients had disconnected. Any thread.
+     */
     Tally& StaleWrites() { return m_staleWrites; }
     Tally& ShortPlaces() { return m_shortPlaces; }
 
-    /** To be told when a large request or reply has ended. Any thread. */
+    /** Notified when a large request or reply has ended. Any thread. */
     Housekeeper& Memory() { return m_memory; }
 
-    /** Requests that were refused since their bodies would have taken too much memory. Any thread. */
+    /** Requests that were refused because their bodies would have taken too much memory. Any thread. */
     Tally& RefusedBodies() { return m_refusedBodies; }
 
-    /** Requests of pages that may not make them: of other hosts, and of unknown names of this one. Any
-     * thread.
+    /**
+     * Requests of pages that may not send them: of other hosts, and of unknown names of this one. Any thread.
      */
     Tally& OtherPages() { return m_otherPages; }
     Tally& UnknownHosts() { return m_unknownHosts; }
 
-    /** Writes the lines that are owed of all these. @param isIdle  nobody is connected. Any thread. */
+    /** Writes the pending lines of all these. @param isIdle  nobody is connected. Any thread. */
     void TellCounts(bool isIdle);
 
     /** Whether a stop has begun. Any thread. */
     bool IsStopping() const { return m_stopping; }
 
-    /** Whether a stop is over: what still runs has been left to itself. Any thread. */
+    /** Whether a stop is over: threads that still run were abandoned. Any thread. */
     bool IsGone() const { return m_gone; }
 
   private:
     void Accept();
 
-    /** Runs first, takes all that wait, and goes on accepting; later, when one of them gives false. */
+    /**
+     * Calls first, accepts all waiting connections, and continues to accept; after a pause, if one of these
+     * returns false.
+     */
     template <typename First>
     void AcceptAll(First first);
     bool AcceptWaiting();
 
-    /** Hands a new connection to a loop. @return false when the system has no room for any at present */
+    /** Passes a new connection to a loop. @return false when the system has no room for any at present */
     bool Take(ServerLoop& loop, const boost::system::error_code& error, Socket socket,
               const boost::asio::ip::tcp::endpoint& peer);
     void AcceptLater();
@@ -121,7 +126,7 @@ class Server : public std::enable_shared_from_this<Server> {
     boost::asio::steady_timer m_acceptTimer;
 };
 
-/** Has every server of the process close some idle connections. Any thread. */
+/** Makes every server of the process close some idle connections. Any thread. */
 void AskForRoomEverywhere();
 
 }  // namespace hv::internal

@@ -22,8 +22,8 @@ class ServerLoop;
 using Clock = std::chrono::steady_clock;
 
 /**
- * One accepted connection, whatever it speaks. Belongs to one event loop of its server: its functions are
- * called there, except where they say otherwise.
+ * One accepted connection, of any protocol. Belongs to one event loop of its server: call its functions
+ * there, except where they say otherwise.
  */
 class ServerConnection {
   public:
@@ -32,13 +32,13 @@ class ServerConnection {
     ServerConnection(const ServerConnection&) = delete;
     ServerConnection& operator=(const ServerConnection&) = delete;
 
-    /** Ends the connection at once; nothing when it has ended. */
+    /** Ends the connection at once; does nothing when it has ended. */
     virtual void Close() = 0;
 
-    /** The deadline has passed. */
+    /** Called when the deadline has passed. */
     virtual void Expire() { Close(); }
 
-    /** The server stops: ends what no task is working on. */
+    /** Called when the server stops: ends the connection unless a task is working on it. */
     virtual void Stop() = 0;
 
     /** Whether it may be closed to make room for another. */
@@ -47,14 +47,14 @@ class ServerConnection {
     /** When it expires; Clock::time_point::max() for never. */
     Clock::time_point Deadline() const { return m_deadline; }
 
-    /** The address that it takes a lasting place for; null while it does not. */
+    /** The address for which it takes a permanent place; null while it takes none. */
     virtual const boost::asio::ip::address* Holder() const { return nullptr; }
 
     /** When it last did something. */
     Clock::time_point LastUse() const { return m_lastUse; }
 
   protected:
-    /** To be called when the connection has ended. May be called twice. */
+    /** Call it when the connection has ended; a second call is allowed. */
     void Leave();
 
     ServerLoop& m_loop;
@@ -71,35 +71,39 @@ class ServerConnection {
 /** One event loop of a server, with the connections that live on it. */
 class ServerLoop {
   public:
-    /** @param capacity  connections at once at most */
+    /** @param capacity  maximum number of connections */
     ServerLoop(Server& server, TaskLimit& limit, std::size_t capacity);
 
     Server& Owner() const { return m_server; }
     EventThreads& Threads() { return m_threads; }
     boost::asio::io_context& Context() { return m_threads.Context(); }
 
-    /** Connections that are here or on their way. Any thread. */
+    /** Number of connections that are here or on their way. Any thread. */
     std::size_t Load() const { return m_load; }
 
-    /** Takes over an accepted socket, which was made for this loop. When the loop is full, an idle connection
-     * has to go, or else the new one. Any thread. */
+    /**
+     * Takes over an accepted socket, which was made for this loop. When the loop is full, it closes an idle
+     * connection, or else the new one. Any thread.
+     */
     void Adopt(Socket socket, const boost::asio::ip::tcp::endpoint& peer);
 
-    /** Closes the connections that have been idle longest, but none that was used later than the age ago. On
-     * the loop. @return whether any was closed */
+    /**
+     * Closes the connections that have been idle longest, but none that was used within this time. On the
+     * loop. @return whether any was closed
+     */
     bool MakeRoom(std::size_t count, Limits::Time age);
 
     /**
-     * Whether the address may have one more connection that lasts. From its share on, its oldest silent one
-     * is closed for the new one; all that are in use stay, and may become half of what the loop takes. On the
-     * loop.
+     * Whether the address may have one more permanent connection. When it has its share already, its oldest
+     * silent connection is closed for the new one. Connections in use stay, and may take up to half of the
+     * loop's capacity. On the loop.
      */
     bool MakeRoomFor(const boost::asio::ip::address& holder);
 
     /** Closes the connections, and ends the loop with the last of them. On the loop. */
     void Stop();
 
-    /** Room to receive into; on the loop, and only until the end of the event. */
+    /** Buffer to receive into; on the loop, and only until the end of the event. */
     std::array<char, std::size_t{64} * 1024>& Scratch() { return m_scratch; }
 
   private:

@@ -9,13 +9,19 @@ using Socket = boost::asio::basic_stream_socket<boost::asio::ip::tcp, boost::asi
 using Acceptor =
     boost::asio::basic_socket_acceptor<boost::asio::ip::tcp, boost::asio::io_context::executor_type>;
 
-/** Options of a listener before it is bound: what the system needs so that a restart finds the port free. */
+/** Sets the options of a listener before it is bound, so that a restart finds the port free. */
 void SetListenerOptions(Acceptor& listener);
 
-/** Non-blocking, small segments at once, and a client without power is noticed within two minutes. */
+/**
+ * Sets a connection to non-blocking, sends small segments at once, and notices a client without power within
+ * two minutes.
+ */
 void SetConnectionOptions(Socket& socket);
 
-/** Closes, and ends what is outstanding: its handlers come at once, whether the client reads or not. */
+/**
+ * Closes the socket and ends outstanding operations: their handlers are called at once, whether or not the
+ * client reads.
+ */
 void CloseNow(Socket& socket);
 
 }  // namespace hv::internal

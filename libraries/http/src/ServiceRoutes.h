@@ -10,22 +10,22 @@
 
 namespace hv::internal {
 
-/** What a path leads to. */
+/** The result of a look-up. */
 struct RouteMatch {
     const http_sync_handler* handler = nullptr;  ///< null: none for this method
     const SBodyRule* rule = nullptr;             ///< of its body; null: the server's limit alone
-    bool known = false;                          ///< some method leads somewhere
-    std::string allow;                           ///< methods that do, when this one does not
+    bool known = false;                          ///< the path has a handler for some method
+    std::string allow;                           ///< methods that have one, if this one has none
 };
 
-/** Routes of a service, copied, so that the service may die while a handler runs. Any thread. */
+/** Copies of a service's routes, so that the service may be destroyed while a handler runs. Any thread. */
 class ServiceRoutes {
   public:
     explicit ServiceRoutes(const HttpService& service);
 
     /**
      * Looks up a path without its query: exact paths first, then those with "{name}", whose segments are
-     * stored in the parameters. HEAD goes where GET goes.
+     * stored in the parameters. HEAD uses the handler of GET.
      */
     RouteMatch Find(http_method method, std::string_view path, QueryParams& params) const;
 

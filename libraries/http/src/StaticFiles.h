@@ -26,7 +26,7 @@ struct FilePart {
  */
 std::optional<std::string> StaticFileName(std::string_view path);
 
-/** Whether there is a file for a request; Unknown: that can't be told without the disk. */
+/** Whether there is a file for a request; Unknown: only the disk can answer that. */
 enum class FileFound { No, Yes, Unknown };
 
 /** The static folders of a service. Any thread. */
@@ -35,8 +35,8 @@ class StaticFiles {
     explicit StaticFiles(std::vector<HttpStaticFolder> folders) : m_folders(std::move(folders)) {}
 
     /**
-     * Answers a request by a file: status and headers go into the response, 304, 405, 412 and 416 included.
-     * The response is changed only where there is such a file.
+     * Answers a request with a file: status and headers go into the response, including 304, 405, 412 and
+     * 416. The response is changed only if there is such a file.
      */
     FileFound Answer(const HttpRequest& request, std::string_view path, HttpResponse& response,
                      FilePart& part, DiskWait wait) const;

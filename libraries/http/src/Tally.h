@@ -10,22 +10,22 @@
 namespace hv::internal {
 
 /**
- * Reports something that clients can bring about as often as they like: one line in the system log for each
- * distance at most, with the number of those that got no line of their own. Any thread.
+ * Reports an event that clients can cause as often as they like: at most one line in the system log per
+ * distance, with the number of events that got no line of their own. Any thread.
  */
 class Tally {
   public:
-    /** @param what  what happened, the beginning of each line that has no text of its own */
+    /** @param what  the event: the beginning of each line that has no text of its own */
     explicit Tally(std::string_view what, std::chrono::milliseconds distance = std::chrono::seconds(1))
         : m_what(what), m_distance(distance) {}
 
-    /** It has happened. @param example  this time's details */
+    /** Counts one event. @param example  details of this one */
     void Count(std::string_view example) noexcept;
 
-    /** The same. @param line  the whole line for this time */
+    /** Counts one event. @param line  the whole line for this one */
     void CountLine(std::string_view line) noexcept;
 
-    /** Writes the line that is owed, if any, and when it is time; or at once. */
+    /** Writes the pending line, if there is one and it is time; or at once. */
     void Tell(bool atOnce) noexcept;
 
   private:

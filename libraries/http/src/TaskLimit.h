@@ -11,24 +11,25 @@ namespace hv::internal {
 
 class EventThreads;
 
-/** A piece of work that may block: a call of somebody else's code. */
+/** Work that may block: a call of somebody else's code. */
 class BlockingTask {
   public:
     virtual ~BlockingTask() = default;
 
-    /** It has to wait for a place. On the event loop, before any other thread can see it. */
+    /** Called when it has to wait for a place. On the event loop, before any other thread can see it. */
     virtual void Waits() {}
 
     /** The part that may block. Any of the threads; nothing else touches the task meanwhile. */
     virtual void Run() noexcept = 0;
 
-    /** What follows, on the event loop. */
+    /** The rest of the work, on the event loop. */
     virtual void Done() = 0;
 };
 
 /**
- * How many tasks may run at once on all event loops of a server, and the line of those that wait for a place,
- * in the order of their arrival. While one waits no place is free: it goes from hand to hand. Any thread.
+ * The limit of tasks that run at once on all event loops of a server, and the queue of those that wait for a
+ * place, in the order of their arrival. While a task waits, no place is free: a place is passed on directly.
+ * Any thread.
  */
 class TaskLimit {
   public:
@@ -38,24 +39,24 @@ class TaskLimit {
         std::shared_ptr<BlockingTask> task;
     };
 
-    /** @param places  tasks that run at once at most; at least 1 */
+    /** @param places  maximum of tasks that run at once; at least 1 */
     explicit TaskLimit(std::size_t places);
 
     std::size_t Places() const { return m_places; }
 
-    /** Takes a place, or puts the task into the line. @return whether the task has got a place */
+    /** Takes a place, or queues the task. @return whether the task has got a place */
     bool Enter(EventThreads& home, const std::shared_ptr<BlockingTask>& task);
 
-    /** Gives a place back. @return the task that has it now, which the caller sees to */
+    /** Returns a place. @return the task that gets it, which the caller has to run */
     std::optional<Entry> Leave();
 
-    /** Takes a task out of the line. @return the task; null when it is not there (any more) */
+    /** Removes a task from the queue. @return the task; null when it is not there (any more) */
     std::shared_ptr<BlockingTask> Withdraw(const BlockingTask* task);
 
-    /** From now on no waiting task gets a place. */
+    /** From now on, gives no place to a waiting task. */
     void Close();
 
-    /** Forgets the tasks that wait; when no loop is running any more. */
+    /** Removes the waiting tasks; call it when no loop is running any more. */
     void Drop();
 
   private:

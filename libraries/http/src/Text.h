@@ -14,13 +14,16 @@ std::string LowerCase(std::string_view text);
 /** Whether it is one of A to Z, a to z, 0 to 9. */
 bool IsLetterOrDigit(char c);
 
-/** Equality without regard to ASCII case. */
+/** Equality, ignoring ASCII case. */
 bool EqualsCaseless(std::string_view left, std::string_view right);
 
 /** The text without blanks and tabs at its ends. */
 std::string_view Trimmed(std::string_view text);
 
-/** Takes the part before the separator off the front of the text, and the separator. */
+/**
+ * Removes the part before the separator, and the separator, from the front of the text, and returns that
+ * part.
+ */
 std::string_view TakeUntil(std::string_view& text, char separator);
 
 /** Decimal digits only, no sign; nothing when empty, malformed or too large. */

@@ -12,8 +12,9 @@
 namespace hv::internal {
 
 /**
- * Threads that are left to themselves at the end when they are stuck. The last member of the object they run
- * in, which they hold on to; all but the end is called under that object's mutex.
+ * Threads that are abandoned at the end if they are stuck. This is the last member of the object in which
+ * they run and which they keep alive. All functions except the destructor are called under that object's
+ * mutex.
  */
 class ThreadSeats {
   public:
@@ -24,14 +25,14 @@ class ThreadSeats {
 
     ThreadSeats() = default;
 
-    /** Lets the threads go that nobody has waited for. */
+    /** Detaches the threads that nobody has waited for. */
     ~ThreadSeats();
     ThreadSeats(const ThreadSeats&) = delete;
     ThreadSeats& operator=(const ThreadSeats&) = delete;
 
     /**
      * Starts a thread.
-     * @param main  is given the thread's seat, and tells its end
+     * @param main  gets the thread's seat, and reports its end
      * @throw std::system_error when the system has no thread
      */
     template <typename Main>
@@ -47,21 +48,23 @@ class ThreadSeats {
         ++m_alive;
     }
 
-    /** The thread of the seat is about to end. */
+    /** Reports that the thread of the seat is about to end. */
     void TellEnd(Seat& seat);
 
-    /** How many were started. */
+    /** Number of started threads. */
     std::size_t Count() const { return m_seats.size(); }
 
-    /** Waits until no more threads run than that. @return false when the time was over before */
+    /** Waits until at most this many threads run. @return false when the deadline passed before */
     template <typename Most>
     bool WaitForEnd(std::unique_lock<std::mutex>& lock, std::chrono::steady_clock::time_point deadline,
                     Most most) {
         return m_endedWake.wait_until(lock, deadline, [&] { return m_alive <= most(); });
     }
 
-    /** Waits for the threads that told their end and leaves the others to themselves; none is started any
-     * more. @return whether all had told it */
+    /**
+     * Waits for the threads that have reported their end, and abandons the others; no thread can be started
+     * afterwards. @return whether all had reported it
+     */
     bool Join(std::unique_lock<std::mutex>& lock);
 
   private:

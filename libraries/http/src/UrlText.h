@@ -8,10 +8,10 @@
 
 namespace hv::internal {
 
-/** %XX becomes a byte. Nothing when an escape is broken. */
+/** %XX becomes a byte. Nothing when an escape is invalid. */
 std::optional<std::string> PercentDecoded(std::string_view text);
 
-/** Reads "a=1&b=2" into the map, decoded; an earlier value of a key stays. */
+/** Parses "a=1&b=2" into the map, decoded; an earlier value of a key stays. */
 void ReadQuery(std::string_view query, QueryParams& params);
 
 }  // namespace hv::internal

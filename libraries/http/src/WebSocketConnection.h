@@ -17,7 +17,7 @@
 #include <hv/WebSocketServer.h>
 #include <hv/hsocket.h>
 
-/** What a connection's io handle knows. */
+/** The data of a connection's io handle. */
 struct hio_t {
     sockaddr_u peer{};
 };
@@ -25,8 +25,8 @@ struct hio_t {
 namespace hv::internal {
 
 /**
- * The socket below a WebSocket stream: bounds how long the stream waits for a client that takes nothing, also
- * where the stream writes by itself, a pong say, and how long for the client's end.
+ * The socket below a WebSocket stream: limits how long the stream waits for a client that takes nothing, even
+ * where the stream writes by itself (a pong, for example), and how long it waits for the client's end.
  */
 class WebSocketLayer final : public Socket {
   public:
@@ -63,14 +63,14 @@ void async_teardown(boost::beast::role_type role, WebSocketLayer& layer, Handler
 
 class WebSocketConnection;
 
-/** What user code holds of a WebSocket connection. It outlives the connection and the server. */
+/** The part of a WebSocket connection that user code holds. It outlives the connection and the server. */
 class Channel final : public WebSocketChannel {
   public:
     Channel(WebSocketConnection& connection, const boost::asio::ip::tcp::endpoint& peer);
 
     int send(const std::string& message, ws_opcode opcode, bool fin) override;
 
-    /** From now on nothing is taken for sending. */
+    /** From now on, accepts nothing for sending. */
     void Detach();
 
   private:
@@ -99,8 +99,9 @@ class WebSocketConnection final : public ServerConnection,
     ~WebSocketConnection() override;
 
     /**
-     * Runs the callback of an opened connection, then accepts the upgrade and begins to serve: whoever reads
-     * the reply is known already. What the callback sends follows the reply. The request must be a valid one.
+     * Runs the callback of an opened connection, then accepts the upgrade and begins to serve. So a client
+     * that has read the reply is known already. Messages that the callback sends follow the reply. The
+     * request must be valid.
      */
     void Start();
 

@@ -14,7 +14,7 @@ class FileHandle;
 
 namespace hv {
 
-/** Orders header names without regard to case (RFC 9110, 5.1). */
+/** Orders header names, ignoring case (RFC 9110, 5.1). */
 struct StringCaseLess {
     using is_transparent = void;
     bool operator()(std::string_view left, std::string_view right) const;
@@ -28,7 +28,7 @@ struct NetAddr {
 
 using QueryParams = std::map<std::string, std::string>;
 
-/** A body of three pieces, the middle one shared with other replies. */
+/** A body of three pieces; the middle one is shared with other replies. */
 struct ReplyPieces {
     std::string head;
     std::shared_ptr<const std::string> text;  ///< null: an empty one
@@ -42,7 +42,7 @@ struct ReplyPieces {
 using http_headers = std::map<std::string, std::string, hv::StringCaseLess>;
 using http_body = std::string;
 
-/** What requests and replies have in common. A message belongs to one connection and one thread at a time. */
+/** The common part of requests and replies. A message belongs to one connection and one thread at a time. */
 class HttpMessage {
   public:
     virtual ~HttpMessage() = default;
@@ -83,18 +83,21 @@ class HttpResponse : public HttpMessage {
     http_status status_code = HTTP_STATUS_OK;
 
     /**
-     * Makes a file the body. One of up to 64 KiB is read at once. A larger one stays open instead and is read
-     * while it is sent, so that its size costs no memory: as many bytes as it has now, and a connection that
-     * is closed when it has lost some of them by then. The content type follows the suffix unless one was set
+     * Makes a file the body. A file of up to 64 KiB is read at once. A larger one stays open and is read
+     * while it is sent, so that its size costs no memory. As many bytes are sent as the file has now; if it
+     * has lost some by then, the connection is closed. The content type follows the suffix unless one was set
      * before.
      * @return 200, or 404 when the file can't be opened or read
      */
     int File(const char* filepath);
 
-    /** The larger file that File has opened; a body that is set afterwards takes its place. */
+    /** The larger file that File has opened; a body that is set afterwards replaces it. */
     std::shared_ptr<hv::internal::FileHandle> file;
 
-    /** The body in pieces, as SetReplyText (platform/WebRequests.h) has set it; a body takes its place. */
+    /**
+     * The body in pieces, as set by SetReplyText (platform/WebRequests.h); a body that is set afterwards
+     * replaces it.
+     */
     hv::ReplyPieces pieces;
 };
 

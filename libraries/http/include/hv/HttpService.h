@@ -31,15 +31,15 @@ struct HttpService {
     std::map<std::string, std::shared_ptr<const SBodyRule>> bodyRules;  ///< by the path of a POST route
 
     /**
-     * Binds a handler to a path; a later one for the same method and path replaces the earlier. HEAD goes to
-     * the handler of GET, and its reply goes out without the body.
+     * Binds a handler to a path; a later one for the same method and path replaces an earlier one. HEAD goes
+     * to the handler of GET, and its reply is sent without the body.
      */
     void GET(const char* path, http_sync_handler handler);
     void POST(const char* path, http_sync_handler handler);
 
     /**
-     * Maps a URL prefix to a folder; "/" inside it is its index.html. Routes go first. Never serves a file
-     * outside the folder, also where a link in it leads there.
+     * Maps a URL prefix to a folder; "/" inside it is its index.html. Routes take precedence. Never serves a
+     * file outside the folder, even if a link in the folder leads there.
      */
     void Static(const char* prefix, const char* dir);
 };

@@ -20,7 +20,7 @@ namespace hv {
 /** One WebSocket connection. Any thread may send. */
 class WebSocketChannel {
   public:
-    /** A channel on an io handle; null makes one that goes nowhere. */
+    /** A channel on an io handle; with null, a channel without a connection. */
     explicit WebSocketChannel(hio_t* io = nullptr) : m_io(io) {}
     virtual ~WebSocketChannel() = default;
 
@@ -28,7 +28,7 @@ class WebSocketChannel {
     WebSocketChannel& operator=(const WebSocketChannel&) = delete;
 
     /**
-     * Queues a message. A reader whose queue grows beyond the limit is disconnected.
+     * Queues a message. A client that does not read is disconnected when its queue exceeds the limit.
      * @return number of bytes queued, or a negative value when the connection is closed
      */
     virtual int send(const std::string& message, enum ws_opcode opcode = WS_OPCODE_TEXT, bool fin = true);

@@ -12,7 +12,7 @@ enum http_method {
     HTTP_CUSTOM_METHOD = 255,
 };
 
-/** HTTP status codes by the names that the code uses; any other number may be cast to it (RFC 9110, 15). */
+/** HTTP status codes that the code uses by name; any other number may be cast to it (RFC 9110, 15). */
 enum http_status {
     HTTP_STATUS_OK = 200,
     HTTP_STATUS_NOT_MODIFIED = 304,
@@ -34,7 +34,7 @@ enum http_content_type {
     APPLICATION_OCTET_STREAM,
 };
 
-/** Text of a content type, "application/json" say; empty for CONTENT_TYPE_NONE and unknown values. */
+/** Text of a content type, such as "application/json"; empty for CONTENT_TYPE_NONE and unknown values. */
 const char* http_content_type_str(enum http_content_type type);
 
 /** Content type of a text such as "text/html; charset=utf-8"; CONTENT_TYPE_UNDEFINED when there is none. */
