@@ -51,7 +51,7 @@ void CloseIfUnused(SNetPortConfig& old) {
 
 /**
  * A node id for a new interface. An edit of an unknown id stores an interface under the client's id, which
- * the pool is not told of: such an id is passed over.
+ * the pool doesn't know: such an id is skipped.
  */
 int TakeNodeId() {
     const CUserData& userData = CUserData::GetInstance();

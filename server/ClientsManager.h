@@ -10,13 +10,13 @@
 #include <hv/WebSocketChannel.h>
 
 /**
- * The register of open WebSocket connections, counted by the address of the machine that they come from.
+ * The register of open WebSocket connections, counted by the address of the client machine.
  *
- * A write request is accepted only from a machine that holds at least one. Any thread may call.
+ * A write request is accepted only from a machine that has at least one. Any thread may call.
  */
 class CClientsManager {
   public:
-    /** The one register of the process, never null. */
+    /** The only register of the process, never null. */
     static CClientsManager* GetInstance();
 
     CClientsManager() = default;
@@ -24,10 +24,10 @@ class CClientsManager {
     /** Counts a connection that has opened. */
     void AddClient(const std::shared_ptr<hv::WebSocketChannel>& channel);
 
-    /** Takes back the count of a connection that has closed; one that was never added is no error. */
+    /** Removes a connection that has closed from the count; one that was never added is no error. */
     void DeleteClient(const std::shared_ptr<hv::WebSocketChannel>& channel);
 
-    /** True when the machine with this IP text holds an open connection. "localhost" is never a key. */
+    /** True when the machine with this IP text has an open connection. "localhost" is never a key. */
     bool IsClientConnected(std::string host) const;
 
   private:

@@ -7,7 +7,7 @@
 #include <type_traits>
 
 /**
- * Text of a log message: each argument, a text or an int, in square brackets with a blank behind it:
+ * Text of a log message: each argument, a text or an int, in square brackets followed by a blank:
  * FormatLogText("Client connected", "10.0.0.5:51234") gives "[Client connected] [10.0.0.5:51234] ".
  */
 template <typename... Args>
@@ -27,11 +27,13 @@ std::string FormatLogText(const Args&... args) {
 }
 
 /**
- * Writes one event of the server's life to the application log; function is the place, "Class::Function".
- * Nothing happens while there is no logger, or below its threshold. Any thread.
+ * Writes one event of the server to the application log; function is the place, "Class::Function". Does
+ * nothing when there is no logger, or below its threshold. Any thread.
  */
 void WriteRootLog(RavLog::EnLogLevel level, const std::string& function, const std::string& text);
 
-/** Writes one entry to the operation log: the arrival of a request (empty text) or its outcome. Otherwise as
- * above. */
+/**
+ * Writes one entry to the operation log: the arrival of a request (empty text) or its outcome. Otherwise like
+ * WriteRootLog.
+ */
 void WriteOperationLog(const std::string& client, const std::string& path, const std::string& text);

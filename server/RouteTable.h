@@ -6,7 +6,7 @@
 
 #include <hv/HttpMessage.h>
 
-/** Numbers of the routes: stable within the module, never on the wire. */
+/** Numbers of the routes: stable within the module, never sent. */
 enum EnRouteKey : int {
     RouteFallbackFile = -1,
     RouteIndex = 0,
@@ -41,10 +41,10 @@ enum EnRouteKey : int {
 
 // The tables are filled when the module is loaded and only read afterwards.
 
-/** Route key to path, of the routes with the method GET. */
+/** Route key to path, for the routes with the method GET. */
 extern const std::map<int, std::string> g_getRoutes;
 
-/** Route key to path, of the routes with the method POST. */
+/** Route key to path, for the routes with the method POST. */
 extern const std::map<int, std::string> g_postRoutes;
 
 /** Route key to handler, which returns the HTTP status of the reply. */

@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
-/** Adds " key=value" of a report: a text as it is, anything else as JSON; nothing when it is absent or null.
+/**
+ * Appends " key=value" of a report: a text as it is, any other value as JSON; nothing when it is absent or
+ * null.
  */
 void AppendClientField(std::ostream& line, const char* key, const nlohmann::json& report);
 
@@ -14,7 +16,7 @@ std::string SanitizeLogLine(const std::string& text);
 
 /**
  * Appends a record to ClientError.log in the user data folder: local time, the sanitised line, CR LF. The
- * file is open for that long only. Without a folder or a line there is no record; a failure is not told to
- * anybody. Any thread; records never mix.
+ * file is open only for that long. Without a folder or a line there is no record; a failure is not reported.
+ * Any thread; records never mix.
  */
 void AppendClientErrorLog(const std::string& line);

@@ -6,10 +6,10 @@
 #include <vector>
 
 /**
- * A path in the grammar of Windows, on every system. Only the text counts, the disk is never asked.
+ * A path in the grammar of Windows, on every system. Only the text counts; the disk is never accessed.
  *
- * Slashes and backslashes separate. A drive (C:) or two separators and a server name are a root name; a
- * separator behind it, or at the beginning, is the root directory. What follows are elements; an empty last
+ * Slashes and backslashes are separators. A drive (C:), or two separators and a server name, are a root name.
+ * A separator after that, or at the beginning, is the root directory. The rest are elements; an empty last
  * one stands for a separator at the end.
  */
 class ResourcePath {
@@ -17,12 +17,14 @@ class ResourcePath {
     explicit ResourcePath(std::u8string_view text);
 
     /**
-     * The same path in its shortest form: without "." and without empty elements, each ".." and the element
-     * before it left out, ".." directly below the root directory left out; "." when nothing is left.
+     * The path in its shortest form: "." and empty elements are removed, and so is each ".." with the element
+     * before it. ".." directly below the root directory is removed too. "." when nothing is left.
      */
     ResourcePath LexicallyNormal() const;
 
-    /** Whether it names one place whatever it is appended to: it has a root name and a root directory. */
+    /**
+     * Whether it means the same place whatever it is appended to: it has a root name and a root directory.
+     */
     bool IsAbsolute() const { return !m_rootName.empty() && m_hasRootDirectory; }
 
     const std::u8string& RootName() const { return m_rootName; }
@@ -39,11 +41,14 @@ class ResourcePath {
 };
 
 /**
- * The text of a path below a folder, as the append operator of Windows paths makes it: a path with a root
- * directory goes to the root of the folder's drive.
+ * Appends a path to a folder, as the append operator of Windows paths does: a path with a root directory goes
+ * to the root of the folder's drive.
  * @param path  with no root name, or with the folder's own
  */
 std::filesystem::path AppendResourcePath(const std::filesystem::path& folder, const ResourcePath& path);
 
-/** Whether a path begins with all elements of the root; the root itself does. Compared exactly, as texts. */
+/**
+ * Whether a path begins with all elements of the root, which is true for the root itself. Compared exactly,
+ * as texts.
+ */
 bool IsPathWithinRoot(const std::filesystem::path& root, const std::filesystem::path& candidate);

@@ -9,9 +9,9 @@ set(CPACK_NSIS_INSTALL_ROOT "$PROGRAMFILES64")
 set(CPACK_NSIS_DEFINES "Target amd64-unicode")
 set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
 set(CPACK_NSIS_MANIFEST_DPI_AWARE ON)
-# The uninstaller removes what was installed; the documents lie in the user's folder and stay. The firewall lets in what
-# comes for any port of the program: that of a browser as configured, and those of TCP servers for devices. The one file
-# that the service (S-1-5-19, LocalService) may write here tells browsers the WebSocket port.
+# The uninstaller removes the installed files; the documents are in the user's folder and stay. The firewall admits
+# connections to any port of the program: to the configured ports for browsers, and to those of TCP servers for devices.
+# The only file here that the service (S-1-5-19, LocalService) may write contains the WebSocket port for browsers.
 set(CPACK_NSIS_EXTRA_INSTALL_COMMANDS [[
   FileOpen $0 '$INSTDIR\\dist\\settings.json' a
   FileClose $0

@@ -39,8 +39,10 @@ LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM first, LPARAM secon
     }
 }
 
-/** A window that is never shown: a program with windows is told of log-off and shutdown by them alone, and
- * the system's libraries count this one as such. */
+/**
+ * A window that is never shown. The system reports log-off and shutdown to a program with windows only
+ * through these, and the system's libraries make this program count as such.
+ */
 DWORD WINAPI WatchSession(void* /*unused*/) {
     WNDCLASSEXW shape{};
     shape.cbSize = sizeof shape;
