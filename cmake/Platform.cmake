@@ -1,4 +1,4 @@
-# Source files of a platform operation lie in platform/<folder>; the build picks the folder.
+# Source files of a platform operation are in platform/<folder>; the build selects the folder.
 if(WIN32)
     set(SERVER_PLATFORM windows)
     set(CMAKE_SHARED_LIBRARY_PREFIX "")  # Server.dll

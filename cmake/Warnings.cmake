@@ -2,15 +2,15 @@
 add_library(server_warnings INTERFACE)
 target_compile_options(server_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast)
-# Several files in one translation unit: what is a file's own is none of the compiler's business then.
+# Several files in one translation unit: the compiler can't see then which names are local to a file.
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(server_warnings INTERFACE -Wno-subobject-linkage)
 endif()
-# The compiler of the fuzz targets warns of other things, and nobody reads them there.
+# The compiler of the fuzz targets has other warnings, and nobody reads them there.
 target_compile_options(server_warnings INTERFACE $<IF:$<BOOL:${SERVER_FUZZ}>,-w,-Werror>)
 target_include_directories(server_warnings INTERFACE "${PROJECT_SOURCE_DIR}")
 
-# The parts of the module link server_module as well: what they declare as exported is defined beside them.
+# The parts of the module also link server_module: what they declare as exported is defined in the same module.
 add_library(server_module INTERFACE)
 target_compile_definitions(server_module INTERFACE SERVER_BUILD)
 target_link_libraries(server_module INTERFACE server_warnings)

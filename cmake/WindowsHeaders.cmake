@@ -1,5 +1,5 @@
-# The header-only libraries of this machine for a cross build: links to them alone, since the rest of their folder
-# is the headers of another system.
+# The header-only libraries of this machine for a cross build: links to these libraries alone, since the rest of their
+# folder contains headers of another system.
 set(SERVER_HEADER_FOLDER "/usr/include" CACHE PATH "Folder of Boost, nlohmann/json, spdlog and fmt")
 set(server_headers "${CMAKE_BINARY_DIR}/headers")
 file(MAKE_DIRECTORY "${server_headers}")
