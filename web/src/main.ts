@@ -1,17 +1,19 @@
 /** The start of the application: the operator's panel or the author's part, by the address. */
-import { reportUncaughtErrors } from "./api/errors.ts";
-import { applyTheme } from "./view/theme.ts";
+import { errorReports, reportUncaughtErrors } from "./api/errors.ts";
+import { createServer } from "./api/server.ts";
+import { followTheme } from "./view/theme.ts";
 import "./view/theme.css";
 
 const wantsPanel = () => /^#\/panel(\/|$)/.test(location.hash);
 const isPanel = wantsPanel();
 
-reportUncaughtErrors();
-applyTheme();
+const reportError = errorReports(createServer());
+reportUncaughtErrors(reportError);
+followTheme();
 addEventListener("hashchange", () => {
   if (wantsPanel() !== isPanel) location.reload();
 });
 
 const place = document.getElementById("app")!;
 const { start } = isPanel ? await import("virtual:panel") : await import("./author/start.ts");
-await start(place);
+await start(place, reportError);

@@ -1,4 +1,4 @@
 /** The panel, bundled by itself; see build/panelBundle.ts. */
 declare module "virtual:panel" {
-  export function start(place: HTMLElement): void;
+  export const start: typeof import("./panel/start.ts").start;
 }

@@ -3,28 +3,68 @@
  * It counts as open from the first echo on, and as lost when an echo stays out: a cut cable closes nothing.
  */
 
+import type { Clock, Timer } from "./clock.ts";
+import type { PageEvents } from "./pageEvents.ts";
+
 export type ConnectionState = "connecting" | "open" | "lost";
 
 /** Pause between two heartbeats, longest wait for an echo, and pauses before further attempts, in ms. */
 const times = { beat: 4000, echo: 3000, retry: [250, 500, 1000, 2000] };
 
+/** What is used of a WebSocket. */
+export interface Socket {
+  /** As the standard numbers it, see socketStates. */
+  readonly readyState: number;
+  send(text: string): void;
+  close(): void;
+}
+
+export const socketStates = { connecting: 0, open: 1 } as const;
+
+/** What a socket says of itself. */
+export interface SocketEvents {
+  opened(): void;
+  heard(): void;
+  closed(): void;
+}
+
+/** Begins to open a socket. @throws when the address is none */
+export type OpenSocket = (address: string, events: SocketEvents) => Socket;
+
+export const openWebSocket: OpenSocket = (address, events) => {
+  const socket = new WebSocket(address);
+  socket.onopen = () => events.opened();
+  socket.onmessage = () => events.heard();
+  socket.onclose = () => events.closed();
+  return socket;
+};
+
+export interface ConnectionNeeds {
+  /** Asked before each attempt, since settings can change. @param hasFailed  the last attempt ended without an echo */
+  address(hasFailed: boolean): Promise<string>;
+  readonly openSocket: OpenSocket;
+  readonly clock: Clock;
+  readonly events: PageEvents;
+}
+
 export class Connection {
-  #socket: WebSocket | undefined;
+  #socket: Socket | undefined;
   /** Whether the last attempt ended without an echo. */
   #hasFailed = false;
   #state: ConnectionState = "connecting";
   #attempts = 0;
-  #echo: ReturnType<typeof setTimeout> | undefined;
-  #next: ReturnType<typeof setTimeout> | undefined;
+  #echo: Timer | undefined;
+  #next: Timer | undefined;
+  #changed: ((state: ConnectionState) => void) | undefined;
 
-  /** @param address  asked before each attempt, since settings can change  @param changed  told each new state */
-  constructor(
-    readonly address: (hasFailed: boolean) => Promise<string>,
-    readonly changed: (state: ConnectionState) => void,
-  ) {
-    addEventListener("online", () => this.check());
-    addEventListener("offline", () => this.#lose());
-    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && this.check());
+  constructor(readonly needs: ConnectionNeeds) {}
+
+  /** Connects, and connects again whenever it is lost. Call once. @param changed  told each new state */
+  start(changed: (state: ConnectionState) => void): void {
+    this.#changed = changed;
+    this.needs.events.on("online", () => this.check());
+    this.needs.events.on("offline", () => this.#lose());
+    this.needs.events.on("shown", () => this.check());
     void this.#connect();
   }
 
@@ -34,54 +74,56 @@ export class Connection {
 
   /** Asks at once whether the server is still there; connects when it isn't. */
   check(): void {
-    if (this.#socket?.readyState === WebSocket.OPEN) this.#beat();
-    else if (this.#socket?.readyState !== WebSocket.CONNECTING) void this.#connect();
+    if (this.#socket?.readyState === socketStates.open) this.#beat();
+    else if (this.#socket?.readyState !== socketStates.connecting) void this.#connect();
   }
 
   async #connect(): Promise<void> {
-    clearTimeout(this.#next);
-    const address = await this.address(this.#hasFailed);
+    this.#next?.cancel();
+    const address = await this.needs.address(this.#hasFailed);
     this.#drop();
     this.#hasFailed = true;
-    let socket: WebSocket;
     try {
-      socket = new WebSocket(address);
+      const socket = this.needs.openSocket(address, {
+        opened: () => this.#beat(),
+        heard: () => this.#hear(),
+        closed: () => this.#socket === socket && this.#lose(),
+      });
+      this.#socket = socket;
     } catch {
       this.#lose();
       return;
     }
-    this.#socket = socket;
-    this.#echo = setTimeout(() => this.#lose(), times.echo);
-    socket.onopen = () => this.#beat();
-    socket.onclose = () => this.#socket === socket && this.#lose();
-    socket.onmessage = () => {
-      clearTimeout(this.#echo);
-      clearTimeout(this.#next);
-      this.#attempts = 0;
-      this.#hasFailed = false;
-      this.#set("open");
-      this.#next = setTimeout(() => this.#beat(), times.beat);
-    };
+    this.#echo = this.needs.clock.after(times.echo, () => this.#lose());
+  }
+
+  #hear(): void {
+    this.#echo?.cancel();
+    this.#next?.cancel();
+    this.#attempts = 0;
+    this.#hasFailed = false;
+    this.#set("open");
+    this.#next = this.needs.clock.after(times.beat, () => this.#beat());
   }
 
   #beat(): void {
-    clearTimeout(this.#next);
-    clearTimeout(this.#echo);
-    if (this.#socket?.readyState !== WebSocket.OPEN) return this.#lose();
+    this.#next?.cancel();
+    this.#echo?.cancel();
+    if (this.#socket?.readyState !== socketStates.open) return this.#lose();
     this.#socket.send("heartbeat");
-    this.#echo = setTimeout(() => this.#lose(), times.echo);
+    this.#echo = this.needs.clock.after(times.echo, () => this.#lose());
   }
 
   #lose(): void {
     this.#drop();
     this.#set("lost");
-    const pause = times.retry[Math.min(this.#attempts++, times.retry.length - 1)];
-    clearTimeout(this.#next);
-    this.#next = setTimeout(() => void this.#connect(), pause);
+    const pause = times.retry[Math.min(this.#attempts++, times.retry.length - 1)]!;
+    this.#next?.cancel();
+    this.#next = this.needs.clock.after(pause, () => void this.#connect());
   }
 
   #drop(): void {
-    clearTimeout(this.#echo);
+    this.#echo?.cancel();
     const socket = this.#socket;
     this.#socket = undefined;
     socket?.close();
@@ -90,6 +132,6 @@ export class Connection {
   #set(state: ConnectionState): void {
     if (state === this.#state) return;
     this.#state = state;
-    this.changed(state);
+    this.#changed?.(state);
   }
 }

@@ -102,15 +102,6 @@ const base = "/api/centralControl/";
 const get = (route: string) => call("GET", base + route);
 const post = (route: string, body?: unknown) => call("POST", base + route, body);
 
-/** The documents that were read last: the server sends one again only when it has changed. Never written to. */
-const kept = new Map<string, Stored>();
-
-async function read(route: string): Promise<Stored> {
-  const stored = await exchange("GET", base + route, undefined, answerLimit, { not: kept.get(route) });
-  if (stored.tag) kept.set(route, stored);
-  return stored;
-}
-
 /**
  * Replaces a document, while it is `still` in the state of this tag where one is given.
  * @returns the tag of the new state
@@ -119,32 +110,46 @@ async function replace(route: string, data: unknown, still = ""): Promise<string
   return (await exchange("POST", base + route, { data }, answerLimit, { still })).tag;
 }
 
-export const server = {
-  layout: () => read("getPageLayoutInfo"),
-  materials: () => read("getMaterialList"),
-  interactions: () => read("getComponentInteractionInfo"),
-  interfaces: async () => (await read("getConfigList")).data,
+/** The server that this page came from. */
+export function createServer() {
+  /** The documents that were read last: the server sends one again only when it has changed. Never written to. */
+  const kept = new Map<string, Stored>();
 
-  storeLayout: (data: unknown, still?: string) => replace("setCentralControlWebLayout", data, still),
-  storeMaterials: (data: unknown, still?: string) => replace("setMaterialList", data, still),
-  storeInteractions: (data: unknown, still?: string) => replace("updateComponentInteraction", data, still),
+  async function read(route: string): Promise<Stored> {
+    const stored = await exchange("GET", base + route, undefined, answerLimit, { not: kept.get(route) });
+    if (stored.tag) kept.set(route, stored);
+    return stored;
+  }
 
-  addInterface: (controlType: string, info: object) =>
-    post(controlType === "comInfo" ? "addComInfo" : "addNetPortInfo", { data: { info } }),
-  editInterface: (nodeId: number, controlType: string, info: object) =>
-    post(controlType === "comInfo" ? "editComInfo" : "editNetPortInfo", { data: { nodeId, info } }),
-  deleteInterface: (nodeId: number) => post("deleteInterfaceConfig", { nodeId }),
-  deleteAllInterfaces: () => post("deleteAllInterfaceConfig"),
-  serialPorts: () => get("getServerComList"),
+  return {
+    layout: () => read("getPageLayoutInfo"),
+    materials: () => read("getMaterialList"),
+    interactions: () => read("getComponentInteractionInfo"),
+    interfaces: async () => (await read("getConfigList")).data,
 
-  click: (componentId: number, triggerType: string) =>
-    call("POST", `${base}useComponent`, { data: { componentId, interactionArr: [{ triggerType }] } }, clickLimit),
+    storeLayout: (data: unknown, still?: string) => replace("setCentralControlWebLayout", data, still),
+    storeMaterials: (data: unknown, still?: string) => replace("setMaterialList", data, still),
+    storeInteractions: (data: unknown, still?: string) => replace("updateComponentInteraction", data, still),
 
-  version: () => call("GET", "/api/getServerVersion"),
-  language: () => call("GET", "/api/user/getUserLanguage"),
-  setLanguage: (language: string, isAuto: boolean) =>
-    call("POST", "/api/user/setUserLanguage", { data: { language, isAuto } }),
-  setDeveloperMode: (isDeveloperMode: boolean) =>
-    call("POST", "/api/device/setDeveloperMode", { data: { isDeveloperMode } }),
-  reportError: (data: object) => call("POST", "/api/log/reportClientError", { data }),
-};
+    addInterface: (controlType: string, info: object) =>
+      post(controlType === "comInfo" ? "addComInfo" : "addNetPortInfo", { data: { info } }),
+    editInterface: (nodeId: number, controlType: string, info: object) =>
+      post(controlType === "comInfo" ? "editComInfo" : "editNetPortInfo", { data: { nodeId, info } }),
+    deleteInterface: (nodeId: number) => post("deleteInterfaceConfig", { nodeId }),
+    deleteAllInterfaces: () => post("deleteAllInterfaceConfig"),
+    serialPorts: () => get("getServerComList"),
+
+    click: (componentId: number, triggerType: string) =>
+      call("POST", `${base}useComponent`, { data: { componentId, interactionArr: [{ triggerType }] } }, clickLimit),
+
+    version: () => call("GET", "/api/getServerVersion"),
+    language: () => call("GET", "/api/user/getUserLanguage"),
+    setLanguage: (language: string, isAuto: boolean) =>
+      call("POST", "/api/user/setUserLanguage", { data: { language, isAuto } }),
+    setDeveloperMode: (isDeveloperMode: boolean) =>
+      call("POST", "/api/device/setDeveloperMode", { data: { isDeveloperMode } }),
+    reportError: (data: object) => call("POST", "/api/log/reportClientError", { data }),
+  };
+}
+
+export type Server = ReturnType<typeof createServer>;

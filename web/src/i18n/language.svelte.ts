@@ -1,18 +1,21 @@
 /** The language of the user, as the server keeps it, and the way from a key to its sentence. */
-import { server } from "../api/server.ts";
+import type { Server } from "../api/server.ts";
 import { asObject } from "../model/json.ts";
 
 export type Language = "zhCN" | "en";
 export type Dictionary = Record<string, string>;
 
-const ofBrowser: Language = navigator.language.toLowerCase().startsWith("zh") ? "zhCN" : "en";
-
 class LanguageState {
-  current = $state<Language>(ofBrowser);
+  current = $state<Language>("en");
   isAuto = $state(true);
 
-  /** Takes the language from the server; the browser's own stays when the server doesn't tell one. */
-  async load(): Promise<void> {
+  /** Takes the browser's language, for as long as the server has told no other. @param tag  as "zh-CN" */
+  startWith(tag: string): void {
+    this.current = tag.toLowerCase().startsWith("zh") ? "zhCN" : "en";
+  }
+
+  /** Takes the language from the server; the one that was there stays when the server doesn't tell one. */
+  async load(server: Pick<Server, "language">): Promise<void> {
     try {
       const data = asObject(await server.language());
       if (data["language"] === "zhCN" || data["language"] === "en") this.current = data["language"];
@@ -23,9 +26,9 @@ class LanguageState {
     document.documentElement.lang = this.current === "zhCN" ? "zh-CN" : "en";
   }
 
-  async choose(choice: Language | "auto"): Promise<void> {
+  async choose(choice: Language | "auto", server: Pick<Server, "language" | "setLanguage">): Promise<void> {
     await server.setLanguage(choice === "auto" ? this.current : choice, choice === "auto");
-    await this.load();
+    await this.load(server);
   }
 }
 

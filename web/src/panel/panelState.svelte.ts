@@ -1,8 +1,9 @@
 /** What the panel knows: the pages, the connection, and what each component shows. */
-import { Connection, type ConnectionState } from "../api/connection.ts";
-import { reportError } from "../api/errors.ts";
-import { webSocketAddress } from "../api/port.ts";
-import { codes, server, ServerError } from "../api/server.ts";
+import type { Clock } from "../api/clock.ts";
+import type { Connection, ConnectionState } from "../api/connection.ts";
+import type { ReportError } from "../api/errors.ts";
+import type { PageEvents } from "../api/pageEvents.ts";
+import { codes, type Server, ServerError } from "../api/server.ts";
 import { failureText } from "../i18n/panel.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { asNumber, asObject, sameJson } from "../model/json.ts";
@@ -26,6 +27,17 @@ export interface Feedback {
 const times = { done: 1200, failed: 12_000, refresh: 30_000 };
 const valuesKey = "panelValues";
 
+/** All that the panel knows of the world around it. */
+export interface PanelNeeds {
+  readonly server: Pick<Server, "layout" | "materials" | "language" | "click">;
+  readonly connection: Pick<Connection, "start" | "check">;
+  readonly clock: Clock;
+  readonly events: PageEvents;
+  /** Keeps texts in this browser. */
+  readonly storage: Pick<Storage, "getItem" | "setItem">;
+  readonly reportError: ReportError;
+}
+
 export class PanelState {
   layout = $state.raw<Layout>(emptyLayout);
   refused = $state.raw<Refusal | undefined>();
@@ -33,10 +45,9 @@ export class PanelState {
   connection = $state<ConnectionState>("connecting");
   pictures = $state.raw<Pictures>(new Map());
   /** Switches that are on (1), and positions of sliders: what was sent last from this browser. */
-  values = $state<Record<number, number>>(readValues());
+  values = $state<Record<number, number>>({});
   pressed = $state<Record<number, boolean>>({});
   feedback = $state<Record<number, Feedback>>({});
-  readonly channel: Connection;
 
   #stored: { layout: unknown; materials: unknown } = { layout: undefined, materials: undefined };
   #pictureStore = new PictureStore();
@@ -45,18 +56,19 @@ export class PanelState {
   #isDue = true;
 
   /** @param lost  called when the connection is gone, so that presses under way can end */
-  constructor(lost: () => void) {
-    this.channel = new Connection(webSocketAddress, (state) => {
+  constructor(
+    readonly needs: PanelNeeds,
+    lost: () => void,
+  ) {
+    this.values = readValues(needs.storage.getItem(valuesKey));
+    needs.connection.start((state) => {
       const isBack = state === "open" && this.connection === "lost";
       if (state === "lost") lost();
       if (isBack || (state === "open" && !this.loaded)) void this.reload(true);
       this.connection = state;
     });
-    setInterval(() => this.connection === "open" && !this.#isBusy() && void this.reload(), times.refresh);
-    document.addEventListener(
-      "visibilitychange",
-      () => document.visibilityState === "visible" && void this.reload(true),
-    );
+    needs.clock.every(times.refresh, () => this.connection === "open" && !this.#isBusy() && void this.reload());
+    needs.events.on("shown", () => void this.reload(true));
   }
 
   #isBusy(): boolean {
@@ -69,8 +81,9 @@ export class PanelState {
    */
   async reload(everything = false): Promise<void> {
     this.#isDue ||= everything;
+    const { server } = this.needs;
     try {
-      const [{ data: layout }] = await Promise.all([server.layout(), language.load()]);
+      const [{ data: layout }] = await Promise.all([server.layout(), language.load(server)]);
       if (!this.#isDue && sameJson(layout, this.#stored.layout)) return;
       const { data: materials } = await server.materials();
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
@@ -86,12 +99,13 @@ export class PanelState {
       this.loaded = true;
       this.#isDue = false;
     } catch (error) {
-      if (!(error instanceof ServerError)) reportError(error, "panel");
+      if (!(error instanceof ServerError)) this.needs.reportError(error, "panel");
     }
   }
 
   /** Sends the commands of a trigger and shows what became of it. Never queues: without a connection it fails. */
   async fire(component: Component, trigger: string): Promise<boolean> {
+    const { server, clock } = this.needs;
     const serial = ++this.#serial;
     const show = (phase: Feedback["phase"], sentence = "", details = "", unsure = false) => {
       this.feedback[component.id] = { phase, sentence, details, unsure, serial };
@@ -101,14 +115,14 @@ export class PanelState {
     try {
       await server.click(component.id, trigger);
       if (this.feedback[component.id]?.serial === serial) show("done");
-      setTimeout(() => this.dismiss(component.id, serial), times.done);
+      clock.after(times.done, () => this.dismiss(component.id, serial));
       return true;
     } catch (error) {
       const { code, text } = error instanceof ServerError ? error : { code: codes.strange, text: String(error) };
       const { sentence, details } = failureText(code, text);
       show("failed", sentence, details, code === codes.unreachable);
-      setTimeout(() => this.dismiss(component.id, serial), times.failed);
-      if (code === codes.unreachable || code === codes.noConnection) this.channel.check();
+      clock.after(times.failed, () => this.dismiss(component.id, serial));
+      if (code === codes.unreachable || code === codes.noConnection) this.needs.connection.check();
       return false;
     }
   }
@@ -119,13 +133,13 @@ export class PanelState {
 
   setValue(id: number, value: number): void {
     this.values[id] = value;
-    localStorage.setItem(valuesKey, JSON.stringify(this.values));
+    this.needs.storage.setItem(valuesKey, JSON.stringify(this.values));
   }
 }
 
-function readValues(): Record<number, number> {
+function readValues(text: string | null): Record<number, number> {
   try {
-    const stored = asObject(JSON.parse(localStorage.getItem(valuesKey) ?? "{}"));
+    const stored = asObject(JSON.parse(text ?? "{}"));
     return Object.fromEntries(Object.entries(stored).map(([id, value]) => [id, asNumber(value, 0, 0, 1000)]));
   } catch {
     return {};

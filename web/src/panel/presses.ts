@@ -2,6 +2,7 @@
  * What fingers do to components: from pointer events to triggers. Knows no element and no server, so that each
  * way of pressing is told in one place. Several fingers at once are independent of each other.
  */
+import type { Clock, Timer } from "../api/clock.ts";
 import { type Component } from "../model/layout.ts";
 import { type Point, targetAt } from "../model/geometry.ts";
 import { sliderTrigger } from "../model/interactions.ts";
@@ -34,7 +35,7 @@ interface Press {
   component: Component;
   /** Ends when the finger is lifted or the press was taken away. */
   held: boolean;
-  timer?: ReturnType<typeof setTimeout>;
+  timer?: Timer;
   /** What was sent last for this press; releases wait for it, so that order is kept. */
   sent: Promise<unknown>;
   longDone: boolean;
@@ -47,7 +48,10 @@ interface Press {
 export class Presses {
   #presses = new Map<number, Press>();
 
-  constructor(readonly hooks: PressHooks) {}
+  constructor(
+    readonly hooks: PressHooks,
+    readonly clock: Clock,
+  ) {}
 
   down(pointer: number, at: Point): boolean {
     const component = targetAt(this.hooks.targets(), at, this.hooks.side());
@@ -80,11 +84,11 @@ export class Presses {
         void this.#repeat(press);
         break;
       case "long":
-        press.timer = setTimeout(() => {
+        press.timer = this.clock.after(component.hold, () => {
           press.longDone = true;
           this.hooks.setPressed(component.id, false);
           void this.#ask(component, "longPress");
-        }, component.hold);
+        });
         break;
       case "click":
     }
@@ -103,7 +107,7 @@ export class Presses {
     const waits = component.type !== "button" || component.mode === "click" || component.mode === "long";
     if (waits && !press.longDone) this.hooks.setPressed(component.id, this.#inside(component, at));
     if (component.mode === "long" && component.type === "button" && !this.#inside(component, at)) {
-      clearTimeout(press.timer);
+      press.timer?.cancel();
     }
   }
 
@@ -165,7 +169,7 @@ export class Presses {
     if (!press) return undefined;
     this.#presses.delete(pointer);
     press.held = false;
-    clearTimeout(press.timer);
+    press.timer?.cancel();
     this.hooks.setPressed(press.component.id, false);
     return press;
   }
@@ -180,7 +184,7 @@ export class Presses {
 
   async #repeat(press: Press): Promise<void> {
     while (press.held && (await this.hooks.fire(press.component, "repeat"))) {
-      await new Promise((done) => (press.timer = setTimeout(done, press.component.interval)));
+      await new Promise<void>((done) => (press.timer = this.clock.after(press.component.interval, done)));
     }
   }
 

@@ -1,6 +1,16 @@
 import { mount } from "svelte";
+import { browserClock as clock } from "../api/clock.ts";
+import { Connection, openWebSocket } from "../api/connection.ts";
+import type { ReportError } from "../api/errors.ts";
+import { browserEvents as events } from "../api/pageEvents.ts";
+import { webSocketAddress } from "../api/port.ts";
+import { createServer } from "../api/server.ts";
+import { language } from "../i18n/language.svelte.ts";
 import Panel from "./Panel.svelte";
 
-export function start(place: HTMLElement): void {
-  mount(Panel, { target: place });
+export function start(place: HTMLElement, reportError: ReportError): void {
+  language.startWith(navigator.language);
+  const connection = new Connection({ address: webSocketAddress, openSocket: openWebSocket, clock, events });
+  const needs = { server: createServer(), connection, clock, events, storage: localStorage, reportError };
+  mount(Panel, { target: place, props: { needs } });
 }

@@ -14,11 +14,16 @@ export function chooseTheme(theme: Theme): void {
   applyTheme();
 }
 
-const systemDark = matchMedia("(prefers-color-scheme: dark)");
-systemDark.addEventListener("change", applyTheme);
+const systemDark = () => matchMedia("(prefers-color-scheme: dark)");
 
-export function applyTheme(): void {
+/** Shows the page in the chosen theme, and goes with the system where that is chosen. Call once. */
+export function followTheme(): void {
+  systemDark().addEventListener("change", applyTheme);
+  applyTheme();
+}
+
+function applyTheme(): void {
   const theme = chosenTheme();
-  const isDark = theme === "dark" || (theme === "auto" && systemDark.matches);
+  const isDark = theme === "dark" || (theme === "auto" && systemDark().matches);
   document.documentElement.dataset["theme"] = isDark ? "dark" : "light";
 }

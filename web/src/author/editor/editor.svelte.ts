@@ -4,6 +4,7 @@ import { aligned, type Alignment, distributed, type Order, reordered } from "../
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { boxAround, type Box, fitInto, type Point } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
+import type { Interactions } from "../../model/interactions.ts";
 import {
   type Component,
   type ComponentType,
@@ -14,12 +15,15 @@ import {
 } from "../../model/layout.ts";
 import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
 import type { Guide } from "../../model/snapping.ts";
-import { store } from "../project/store.svelte.ts";
+import type { ProjectStore } from "../project/store.svelte.ts";
 
 /** Shift of a copy against its original, in px of the page. */
 const copyShift = 20;
 const zooms = { least: 0.1, most: 4 };
 const clipKey = "clipboard";
+
+/** What the editor does with the project; its changes are steps that the store can undo. */
+export type EditedProject = Pick<ProjectStore, "project" | "change" | "endStep">;
 
 export class Editor {
   selection = $state.raw<ReadonlySet<number>>(new Set());
@@ -41,14 +45,21 @@ export class Editor {
   /** Left upper corner of the canvas on the screen. */
   origin: () => Point = () => ({ x: 0, y: 0 });
 
-  readonly page: Page | undefined = $derived(store.project.layout.pages.find((one) => one.id === this.pageId));
+  readonly page: Page | undefined = $derived.by(() =>
+    this.store.project.layout.pages.find((one) => one.id === this.pageId),
+  );
   readonly components: readonly Component[] = $derived(this.page?.components ?? []);
   readonly selected: readonly Component[] = $derived(this.components.filter((one) => this.selection.has(one.id)));
   readonly movable: readonly Component[] = $derived(this.selected.filter((one) => !one.locked));
   #pastes = 0;
   #lastClip = "";
 
-  constructor(readonly pageId: string) {}
+  /** @param storage  where this browser keeps what was copied last */
+  constructor(
+    readonly pageId: string,
+    readonly store: EditedProject,
+    readonly storage: Pick<Storage, "getItem" | "setItem">,
+  ) {}
 
   /** A point of the screen as one of the page. */
   toPage(at: Point): Point {
@@ -94,7 +105,7 @@ export class Editor {
     const groups = new Set(this.components.filter((one) => wanted.has(one.id) && one.group).map((one) => one.group));
     for (const one of this.components) if (groups.has(one.group)) wanted.add(one.id);
     this.selection = more ? new Set([...this.selection, ...wanted]) : wanted;
-    store.endStep();
+    this.store.endStep();
   }
 
   /** Takes a component and its group out of the selection, or adds them. */
@@ -118,7 +129,7 @@ export class Editor {
 
   /** Changes the page, in one step; with the same tag in a row, all in one. */
   changePage(change: (page: Page) => Page, tag = ""): void {
-    store.change(withPage(store.project, this.pageId, change), tag);
+    this.store.change(withPage(this.store.project, this.pageId, change), tag);
   }
 
   /** Changes components by their ids. */
@@ -164,7 +175,7 @@ export class Editor {
     const fresh = newComponent(type, 0, 0, text);
     const snap = (value: number) => (this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value));
     const component = { ...fresh, x: snap(at.x - fresh.width / 2), y: snap(at.y - fresh.height / 2) };
-    store.endStep();
+    this.store.endStep();
     // A group box goes beneath what is there, so that it doesn't cover what it shall frame.
     this.changePage((page) => ({
       ...page,
@@ -181,7 +192,7 @@ export class Editor {
   remove(): void {
     const gone = new Set(this.movable.map((one) => one.id));
     if (gone.size === 0) return;
-    store.endStep();
+    this.store.endStep();
     this.changePage((page) => ({ ...page, components: page.components.filter((one) => !gone.has(one.id)) }));
     this.selection = new Set();
   }
@@ -192,30 +203,26 @@ export class Editor {
     this.#insert(
       components.map((one) => ({ ...one, x: one.x + copyShift, y: one.y + copyShift, locked: false })),
       ids,
-      store.project.interactions,
+      this.store.project.interactions,
     );
   }
 
-  #insert(
-    components: readonly Component[],
-    ids: ReadonlyMap<number, number>,
-    from: typeof store.project.interactions,
-  ): void {
-    store.endStep();
-    const next = withPage(store.project, this.pageId, (page) => ({
+  #insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: Interactions): void {
+    this.store.endStep();
+    const next = withPage(this.store.project, this.pageId, (page) => ({
       ...page,
       components: [...page.components, ...components],
     }));
-    store.change(withCopiedCommands(next, from, ids));
+    this.store.change(withCopiedCommands(next, from, ids));
     this.select(components.map((one) => one.id));
   }
 
   /** The selection as a text for the clipboard; empty when nothing is selected. */
   copy(): string {
     if (this.selected.length === 0) return "";
-    const text = writeClip(this.selected, store.project.interactions);
+    const text = writeClip(this.selected, this.store.project.interactions);
     // The clipboard of the system is only reached by key; the menu's copy and other tabs use this.
-    localStorage.setItem(clipKey, text);
+    this.storage.setItem(clipKey, text);
     this.#pastes = 0;
     this.#lastClip = text;
     return text;
@@ -229,7 +236,7 @@ export class Editor {
 
   /** Pastes what the text holds, or else what was copied last in this browser. False when there is nothing. */
   paste(text = ""): boolean {
-    const source = readClip(text) ? text : (localStorage.getItem(clipKey) ?? "");
+    const source = readClip(text) ? text : (this.storage.getItem(clipKey) ?? "");
     const clip = readClip(source);
     if (!clip) return false;
     this.#pastes = source === this.#lastClip ? this.#pastes + 1 : 0;
@@ -240,12 +247,12 @@ export class Editor {
   }
 
   align(alignment: Alignment): void {
-    store.endStep();
+    this.store.endStep();
     this.#place(aligned(this.movable, alignment));
   }
 
   distribute(axis: "x" | "y"): void {
-    store.endStep();
+    this.store.endStep();
     this.#place(distributed(this.movable, axis));
   }
 
@@ -254,7 +261,7 @@ export class Editor {
   }
 
   order(order: Order): void {
-    store.endStep();
+    this.store.endStep();
     const { selection } = this;
     this.changePage((page) => ({
       ...page,
@@ -264,19 +271,19 @@ export class Editor {
 
   toggleLock(): void {
     const locked = !this.selected.every((one) => one.locked);
-    store.endStep();
+    this.store.endStep();
     this.changeSelected((one) => ({ ...one, locked }));
   }
 
   group(): void {
     if (this.selected.length < 2) return;
     const group = newId("g");
-    store.endStep();
+    this.store.endStep();
     this.changeSelected((one) => ({ ...one, group }));
   }
 
   ungroup(): void {
-    store.endStep();
+    this.store.endStep();
     this.changeSelected((one) => ({ ...one, group: "" }));
   }
 

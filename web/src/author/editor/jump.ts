@@ -1,24 +1,21 @@
 import type { Problem } from "../../model/problems.ts";
-import { route } from "../shell/route.svelte.ts";
+import type { Route } from "../shell/route.svelte.ts";
 import type { Editor } from "./editor.svelte.ts";
 
-/** A component that the next editor selects when it opens. */
-let awaited = 0;
-
 /** Leads to what a problem is about: on this page at once, on another after that one was opened. */
-export function jumpTo(editor: Editor, problem: Problem): void {
+export function jumpTo(editor: Editor, problem: Problem, route: Route): void {
   if (problem.pageId !== editor.pageId) {
-    awaited = problem.componentId;
     route.go("edit", problem.pageId);
+    route.awaited = problem.componentId;
     return;
   }
   show(editor, problem.componentId);
 }
 
 /** Selects what a jump from another page was about. */
-export function arrive(editor: Editor): void {
-  if (awaited) show(editor, awaited);
-  awaited = 0;
+export function arrive(editor: Editor, route: Route): void {
+  if (route.awaited) show(editor, route.awaited);
+  route.awaited = 0;
 }
 
 function show(editor: Editor, componentId: number): void {

@@ -1,11 +1,14 @@
 import { ta } from "../../i18n/author.ts";
 import { type Material, materialSizes } from "../../model/materials.ts";
-import { store } from "../project/store.svelte.ts";
-import { notices } from "../shell/notices.svelte.ts";
+import type { Application } from "../application.ts";
 import { ImageFault, readImage, sizeText } from "./images.ts";
 
 /** Adds files to the materials, or replaces one by the first of them. What can't be used is told. */
-export async function addFiles(files: Iterable<File>, replaced?: Material): Promise<Material[]> {
+export async function addFiles(
+  { store, notices }: Application,
+  files: Iterable<File>,
+  replaced?: Material,
+): Promise<Material[]> {
   const added: Material[] = [];
   for (const file of files) {
     try {

@@ -1,10 +1,16 @@
 /** The three documents of a project: read as one, written as one. */
-import { codes, server, ServerError, type Stored } from "../../api/server.ts";
+import { codes, type Server, ServerError, type Stored } from "../../api/server.ts";
 import { readInteractions } from "../../model/interactions.ts";
 import { sameJson } from "../../model/json.ts";
 import { readMaterials } from "../../model/materials.ts";
 import { emptyProject, type Project, writeProject } from "../../model/project.ts";
 import { isRefused, readLayout, type Refusal } from "../../model/readLayout.ts";
+
+/** The calls that read and write the documents. */
+export type DocumentServer = Pick<
+  Server,
+  "layout" | "materials" | "interactions" | "storeLayout" | "storeMaterials" | "storeInteractions"
+>;
 
 /** What is stored at one moment. */
 export interface Snapshot {
@@ -14,7 +20,7 @@ export interface Snapshot {
   readonly interactions: Stored;
 }
 
-export async function readStored(): Promise<Snapshot> {
+export async function readStored(server: DocumentServer): Promise<Snapshot> {
   const [layout, materials, interactions] = await Promise.all([
     server.layout(),
     server.materials(),
@@ -40,14 +46,20 @@ export function isOvertaken(error: unknown): boolean {
  * Stores what differs from the snapshot, as long as nobody else has stored anything since it was made. The layout
  * comes last: a panel that reads in between never meets a page whose pictures or commands are not there yet. Its time
  * of saving tells panels that any of the three is another one, and lets one of two authors through who save at once.
+ * @param time  of saving, in ms since 1970
  * @returns false when somebody else was faster; what was written until then is taken back
  */
-export async function writeStored(project: Project, on: Snapshot): Promise<boolean> {
+export async function writeStored(
+  server: DocumentServer,
+  project: Project,
+  on: Snapshot,
+  time: number,
+): Promise<boolean> {
   const mine = writeProject(project);
   const theirs = writeProject(isRefused(on.project) ? emptyProject : on.project);
   const writes = [
     { store: server.storeInteractions, data: mine.interactions as unknown, before: on.interactions },
-    { store: server.storeLayout, data: { ...mine.layout, saved: Date.now() } as unknown, before: on.layout },
+    { store: server.storeLayout, data: { ...mine.layout, saved: time } as unknown, before: on.layout },
   ];
   if (!sameJson(mine.materials, theirs.materials)) {
     writes.unshift({ store: server.storeMaterials, data: mine.materials, before: on.materials });

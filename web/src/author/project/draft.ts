@@ -2,6 +2,7 @@
  * Unsaved work, kept in this browser so that it survives a reload. One draft for each tab; the draft of a tab that
  * was closed goes to the next one that starts.
  */
+import type { Clock } from "../../api/clock.ts";
 import type { Project } from "../../model/project.ts";
 import { newId } from "../../model/ids.ts";
 
@@ -48,6 +49,8 @@ export class Drafts {
   #tab = sessionStorage.getItem(tabKey) ?? newId("t");
   readonly #channel = new BroadcastChannel("control-author");
 
+  constructor(readonly clock: Clock) {}
+
   /** The draft that this tab goes on with, if there is one. Call once, before anything else. */
   async adopt(): Promise<Draft | undefined> {
     const others = await this.#otherTabs();
@@ -63,7 +66,9 @@ export class Drafts {
   }
 
   async keep(base: Project, project: Project): Promise<void> {
-    await use("readwrite", (store) => store.put({ tab: this.#tab, time: Date.now(), base, project } satisfies Draft));
+    await use("readwrite", (store) =>
+      store.put({ tab: this.#tab, time: this.clock.date(), base, project } satisfies Draft),
+    );
   }
 
   async clear(): Promise<void> {
@@ -78,6 +83,6 @@ export class Drafts {
     const others = new Set<string>();
     this.#channel.onmessage = ({ data }) => typeof data === "string" && data !== "who" && others.add(data);
     this.#channel.postMessage("who");
-    return new Promise((resolve) => setTimeout(() => resolve(others), answerTime));
+    return new Promise((resolve) => this.clock.after(answerTime, () => resolve(others)));
   }
 }

@@ -1,8 +1,9 @@
 /** The author's project: what is edited, what is stored, and the way between the two. */
-import { Connection, type ConnectionState } from "../../api/connection.ts";
-import { webSocketAddress } from "../../api/port.ts";
-import { codes, server, ServerError } from "../../api/server.ts";
-import { reportError } from "../../api/errors.ts";
+import type { Clock, Timer } from "../../api/clock.ts";
+import type { Connection, ConnectionState } from "../../api/connection.ts";
+import type { ReportError } from "../../api/errors.ts";
+import type { PageEvents } from "../../api/pageEvents.ts";
+import { codes, type Server, ServerError } from "../../api/server.ts";
 import { type History, redo, startHistory, step, undo } from "../../model/history.ts";
 import { type Command, mapCommands, writeCommand } from "../../model/interactions.ts";
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
@@ -12,13 +13,23 @@ import { emptyProject, type Project, sameProject, withCommands } from "../../mod
 import { isRefused, type Refusal } from "../../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../../view/pictures.ts";
 import { ta } from "../../i18n/author.ts";
-import { Drafts } from "./draft.ts";
-import { isOvertaken, readStored, type Snapshot, writeStored } from "./documents.ts";
+import type { Drafts } from "./draft.ts";
+import { type DocumentServer, isOvertaken, readStored, type Snapshot, writeStored } from "./documents.ts";
 
 /** Least pause between two writings of the draft, and longest one between two changes of one step, in ms. */
 const times = { draft: 300, step: 3000 };
 /** How often something is stored again when others were faster. */
 const mostAttempts = 5;
+
+/** All that the store knows of the world around it. */
+export interface StoreNeeds {
+  readonly server: DocumentServer & Pick<Server, "interfaces" | "click">;
+  readonly drafts: Pick<Drafts, "adopt" | "keep" | "clear">;
+  readonly connection: Pick<Connection, "start">;
+  readonly clock: Clock;
+  readonly events: PageEvents;
+  readonly reportError: ReportError;
+}
 
 export class ProjectStore {
   /** Null until everything was read. */
@@ -41,24 +52,25 @@ export class ProjectStore {
   readonly pictures: Pictures = $derived.by(() => this.#pictureStore.update(this.project.materials));
 
   #pictureStore = new PictureStore();
-  #drafts = new Drafts();
-  #draftTimer: ReturnType<typeof setTimeout> | undefined;
+  #draftTimer: Timer | undefined;
   #draftTime = 0;
   #lastTag = "";
   #lastTime = 0;
 
-  constructor() {
-    new Connection(webSocketAddress, (state) => {
+  constructor(readonly needs: StoreNeeds) {
+    needs.connection.start((state) => {
       this.connection = state;
       if (state === "open") void this.refresh();
     });
-    document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && void this.refresh());
-    addEventListener("beforeunload", (event) => this.isDirty && this.saving && event.preventDefault());
+    needs.events.on("shown", () => void this.refresh());
   }
 
   async load(): Promise<void> {
     try {
-      const [{ project: stored }, interfaces] = await Promise.all([readStored(), server.interfaces()]);
+      const [{ project: stored }, interfaces] = await Promise.all([
+        readStored(this.needs.server),
+        this.needs.server.interfaces(),
+      ]);
       this.interfaces = readInterfaces(interfaces);
       if (isRefused(stored)) {
         this.refused = stored;
@@ -76,17 +88,17 @@ export class ProjectStore {
 
   async #takeDraft(): Promise<void> {
     try {
-      const draft = await this.#drafts.adopt();
+      const draft = await this.needs.drafts.adopt();
       if (!draft) return;
-      if (sameProject(draft.project, this.base)) return void (await this.#drafts.clear());
+      if (sameProject(draft.project, this.base)) return void (await this.needs.drafts.clear());
       // Undo leads back to what is stored, also when the notice with its offer to discard is gone.
       if (!sameProject(draft.base, this.base)) this.base = draft.base;
       this.history = step(this.history, draft.project);
       this.restored = draft.time;
-      await this.#drafts.keep(draft.base, draft.project);
+      await this.needs.drafts.keep(draft.base, draft.project);
     } catch (error) {
       // Without the browser's database there are no drafts; everything else works.
-      reportError(error, "draft");
+      this.needs.reportError(error, "draft");
     }
   }
 
@@ -103,9 +115,9 @@ export class ProjectStore {
     if (this.status === "unreachable") return this.load();
     if (this.status !== "ready") return;
     try {
-      this.interfaces = readInterfaces(await server.interfaces());
+      this.interfaces = readInterfaces(await this.needs.server.interfaces());
       if (this.isDirty || this.saving) return;
-      const { project: stored } = await readStored();
+      const { project: stored } = await readStored(this.needs.server);
       if (this.isDirty || this.saving || isRefused(stored) || sameProject(stored, this.base)) return;
       this.base = stored;
       this.history = startHistory(stored);
@@ -117,7 +129,7 @@ export class ProjectStore {
   /** One step of the history. Steps with the same tag in a row become one, as the letters of a text do. */
   change(next: Project, tag = ""): void {
     if (next === this.project) return;
-    const now = performance.now();
+    const now = this.needs.clock.now();
     if (tag && tag === this.#lastTag && now - this.#lastTime < times.step) {
       this.history = { ...this.history, present: next, future: [] };
     } else {
@@ -146,20 +158,20 @@ export class ProjectStore {
   }
 
   #keepDraft(): void {
-    clearTimeout(this.#draftTimer);
-    const pause = this.#draftTime + times.draft - performance.now();
-    this.#draftTimer = setTimeout(() => this.#writeDraft(), Math.max(0, pause));
+    this.#draftTimer?.cancel();
+    const pause = this.#draftTime + times.draft - this.needs.clock.now();
+    this.#draftTimer = this.needs.clock.after(Math.max(0, pause), () => this.#writeDraft());
   }
 
   #writeDraft(): void {
-    this.#draftTime = performance.now();
-    const kept = this.isDirty ? this.#drafts.keep(this.base, this.project) : this.#drafts.clear();
-    kept.catch((error: unknown) => reportError(error, "draft"));
+    this.#draftTime = this.needs.clock.now();
+    const kept = this.isDirty ? this.needs.drafts.keep(this.base, this.project) : this.needs.drafts.clear();
+    kept.catch((error: unknown) => this.needs.reportError(error, "draft"));
   }
 
   /** Goes back to what is stored. The step can be undone. */
   async discard(): Promise<void> {
-    const { project: stored } = await readStored();
+    const { project: stored } = await readStored(this.needs.server);
     if (isRefused(stored)) return;
     this.#adopt(stored);
     this.restored = 0;
@@ -181,7 +193,7 @@ export class ProjectStore {
     this.saving = true;
     try {
       for (let attempt = 1; ; ++attempt) {
-        const [stored, interfaces] = await Promise.all([readStored(), server.interfaces()]);
+        const [stored, interfaces] = await Promise.all([readStored(this.needs.server), this.needs.server.interfaces()]);
         this.interfaces = readInterfaces(interfaces);
         if (
           !isRefused(stored.project) &&
@@ -218,7 +230,7 @@ export class ProjectStore {
   /** @returns false when something else has been stored meanwhile */
   async #write(stored: Snapshot): Promise<boolean> {
     const project = this.#withoutStrayIds(this.project);
-    if (!(await writeStored(project, stored))) return false;
+    if (!(await writeStored(this.needs.server, project, stored, this.needs.clock.date()))) return false;
     this.history = { ...this.history, present: project };
     this.base = project;
     this.restored = 0;
@@ -247,12 +259,12 @@ export class ProjectStore {
       if (attempt === mostAttempts) throw new ServerError(codes.changed);
     }
     this.#sent(componentId, trigger, commands);
-    await server.click(componentId, trigger);
+    await this.needs.server.click(componentId, trigger);
   }
 
   /** @returns false when somebody else has stored commands at the same time */
   async #storeCommands(componentId: number, trigger: string, commands: readonly Command[]): Promise<boolean> {
-    const stored = await server.interactions();
+    const stored = await this.needs.server.interactions();
     const document = asObject(stored.data);
     const info = asObject(document["componentInteractionInfo"]);
     const components = asArray(info["componentArr"]).filter(isObject);
@@ -266,7 +278,7 @@ export class ProjectStore {
     const componentArr = [...components.filter((one) => one["componentId"] !== componentId), changed];
     const next = { ...document, componentInteractionInfo: { ...info, componentArr } };
     try {
-      await server.storeInteractions(next, stored.tag);
+      await this.needs.server.storeInteractions(next, stored.tag);
       return true;
     } catch (error) {
       if (!isOvertaken(error)) throw error;
@@ -289,8 +301,6 @@ export class ProjectStore {
   }
 
   async reloadInterfaces(): Promise<void> {
-    this.interfaces = readInterfaces(await server.interfaces());
+    this.interfaces = readInterfaces(await this.needs.server.interfaces());
   }
 }
-
-export const store = new ProjectStore();

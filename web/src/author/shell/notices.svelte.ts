@@ -1,6 +1,7 @@
 /** Short notices at the lower edge, and questions that need an answer. */
 import { codes, ServerError } from "../../api/server.ts";
-import { reportError } from "../../api/errors.ts";
+import type { Clock } from "../../api/clock.ts";
+import type { ReportError } from "../../api/errors.ts";
 import { ta } from "../../i18n/author.ts";
 import { failureText } from "../../i18n/panel.ts";
 
@@ -22,15 +23,20 @@ export interface Question {
 /** How long a notice stays, in ms: bad ones longer, those with an action longest. */
 const times = { good: 2500, plain: 5000, bad: 9000, action: 15_000 };
 
-class Notices {
+export class Notices {
   list = $state.raw<readonly Notice[]>([]);
   question = $state.raw<Question | undefined>();
   #next = 1;
 
+  constructor(
+    readonly clock: Clock,
+    readonly reportError: ReportError,
+  ) {}
+
   tell(kind: Notice["kind"], text: string, action?: Notice["action"]): void {
     const notice: Notice = { id: this.#next++, kind, text, ...(action && { action }) };
     this.list = [...this.list.filter((one) => one.text !== text), notice].slice(-3);
-    setTimeout(() => this.drop(notice.id), action ? times.action : times[kind]);
+    this.clock.after(action ? times.action : times[kind], () => this.drop(notice.id));
   }
 
   drop(id: number): void {
@@ -58,22 +64,20 @@ class Notices {
       await act();
       return true;
     } catch (error) {
-      this.tell("bad", sentenceOf(error));
+      this.tell("bad", this.sentenceOf(error));
       return false;
     }
   }
-}
 
-/** An error as a sentence that says what to do. */
-export function sentenceOf(error: unknown): string {
-  if (!(error instanceof ServerError)) {
-    reportError(error, "author");
-    return ta("unexpected", String(error));
+  /** An error as a sentence that says what to do. One that none of the server's replies explains is reported. */
+  sentenceOf(error: unknown): string {
+    if (!(error instanceof ServerError)) {
+      this.reportError(error, "author");
+      return ta("unexpected", String(error));
+    }
+    if (error.code === codes.noConnection) return ta("noChannel");
+    if (error.code === codes.unreachable) return ta("unreachable");
+    const { sentence, details } = failureText(error.code, error.text);
+    return [sentence, details].filter(Boolean).join("\n");
   }
-  if (error.code === codes.noConnection) return ta("noChannel");
-  if (error.code === codes.unreachable) return ta("unreachable");
-  const { sentence, details } = failureText(error.code, error.text);
-  return [sentence, details].filter(Boolean).join("\n");
 }
-
-export const notices = new Notices();

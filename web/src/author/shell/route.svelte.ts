@@ -4,7 +4,9 @@ import { hashParts } from "../../model/address.ts";
 export const screens = ["pages", "interfaces", "materials", "settings", "edit"] as const;
 export type Screen = (typeof screens)[number];
 
-class Route {
+export class Route {
+  /** A component that the editor selects when it opens; 0: none. */
+  awaited = 0;
   #parts = $state.raw(parse());
 
   constructor() {
@@ -28,5 +30,3 @@ class Route {
 function parse(): string[] {
   return hashParts(location.hash);
 }
-
-export const route = new Route();

@@ -1,9 +1,8 @@
 import { ta } from "../../i18n/author.ts";
-import { store } from "../project/store.svelte.ts";
-import { notices } from "./notices.svelte.ts";
+import type { Application } from "../application.ts";
 
 /** Stores the project and says so; a conflict shows its own dialog. True when it is stored. */
-export async function saveProject(): Promise<boolean> {
+export async function saveProject({ store, notices }: Application): Promise<boolean> {
   if (store.status !== "ready" || store.saving) return false;
   if (!store.isDirty) return true;
   let saved = false;
