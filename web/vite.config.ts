@@ -39,6 +39,10 @@ export default defineConfig({
   test: {
     projects: [
       { extends: true, test: { name: "model", include: ["tests/model/**/*.test.ts"], environment: "node" } },
+      {
+        extends: true,
+        test: { name: "state", include: ["tests/state/**/*.test.ts"], environment: "./tests/support/runes.ts" },
+      },
       driven("journeys"),
       driven("pictures"),
       driven("measure"),

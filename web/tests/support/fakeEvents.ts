@@ -1,0 +1,16 @@
+import type { PageEvent, PageEvents } from "../../src/api/pageEvents.ts";
+import { settled } from "./settled.ts";
+
+/** What befalls a page, as a test has it happen. */
+export class FakeEvents implements PageEvents {
+  readonly #acts: { event: PageEvent; act: () => void }[] = [];
+
+  on(event: PageEvent, act: () => void): void {
+    this.#acts.push({ event, act });
+  }
+
+  async happen(event: PageEvent): Promise<void> {
+    for (const one of this.#acts) if (one.event === event) one.act();
+    await settled();
+  }
+}
