@@ -9,7 +9,7 @@
 
 namespace bench {
 
-/** What one run of the load generator saw. */
+/** Results of one run of the load generator. */
 struct LoadResult {
     std::uint64_t replies = 0;
     double seconds = 0;
@@ -20,8 +20,8 @@ struct LoadResult {
 double Quantile(std::vector<double> values, double share);
 
 /**
- * Sends requests over keep-alive connections and takes what the equipment receives, all on the calling thread
- * with one epoll. Each connection has one request under way at a time.
+ * Sends requests over keep-alive connections and receives what reaches the equipment, all on the calling
+ * thread with one epoll. Each connection has one request under way at a time.
  */
 class LoadGenerator {
   public:
@@ -30,27 +30,27 @@ class LoadGenerator {
     LoadGenerator(const LoadGenerator&) = delete;
     LoadGenerator& operator=(const LoadGenerator&) = delete;
 
-    /** Port of the equipment: accepts any number of connections and drains them while a run is going on. */
+    /** Port of the equipment, which accepts any number of connections and drains them during a run. */
     int EquipmentPort() const { return m_listener.LocalPort(); }
 
-    /** Bytes that the equipment has received since the generator was made. */
+    /** Bytes that the equipment has received since the generator was created. */
     std::uint64_t EquipmentBytes() const { return m_equipmentBytes; }
 
     /**
-     * Runs for the given time: each connection sends the requests in turn, each from a starting point of its
-     * own. @throw std::runtime_error for a reply that is no success.
+     * Runs for the given time: each connection sends the requests in turn, beginning at a different one.
+     * @throw std::runtime_error for a reply that is not a success.
      */
     LoadResult Run(int port, const std::vector<std::string>& requests, int connections,
                    std::chrono::milliseconds time);
 
     /**
-     * Clicks one at a time for the given time and measures from the request's write to its first byte at the
-     * equipment. Polls without sleeping, so that the waking of the measuring thread is no part of it.
+     * Clicks, one at a time, for the given time. Measures from the write of a request to its first byte at
+     * the equipment. Polls without sleeping, so that the time to wake the measuring thread is not included.
      */
     LoadResult Click(int port, const std::vector<std::string>& requests, std::size_t payloadSize,
                      std::chrono::milliseconds time);
 
-    /** Takes what is on its way to the equipment until it has so many bytes. @return whether it came */
+    /** Receives bytes at the equipment until it has this many. @return whether they came */
     bool DrainEquipment(std::uint64_t bytes);
 
   private:

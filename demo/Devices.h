@@ -9,17 +9,17 @@
 
 namespace demo {
 
-/** What a device answers to one whole message of its protocol. */
+/** The answer of a device to one whole message of its protocol. */
 using Answer = std::function<std::string(const std::string& message)>;
 
-/** A text protocol of lines that end with a carriage return; the answers of a projector and of a matrix. */
+/** A text protocol of lines that end with a carriage return: the answers of a projector and of a matrix. */
 std::string ProjectorAnswer(const std::string& line);
 std::string MatrixAnswer(const std::string& line);
 
 /** A protocol of four bytes: A0, channel, state, sum. A relay repeats what it has done. */
 std::string RelayAnswer(const std::string& frame);
 
-/** A device on a TCP port that prints each line that it gets and answers it. Runs on a thread of its own. */
+/** A device on a TCP port that prints and answers each line that it receives. Runs on a thread of its own. */
 class TcpDevice {
   public:
     TcpDevice(std::string name, Answer answer);
@@ -32,7 +32,7 @@ class TcpDevice {
   private:
     struct Connection {
         simulation::Socket socket;
-        std::string pending;  ///< the beginning of a line whose end has not come yet
+        std::string pending;  ///< the beginning of an incomplete line
     };
 
     void Run(const std::stop_token& stop);
@@ -46,7 +46,7 @@ class TcpDevice {
     std::jthread m_thread;
 };
 
-/** A device on a serial line that prints each frame of four bytes that it gets and answers it. */
+/** A device on a serial line that prints and answers each frame of four bytes that it receives. */
 class SerialDevice {
   public:
     SerialDevice(std::string name, Answer answer, const std::filesystem::path& link);

@@ -23,10 +23,10 @@ class Browser {
   public:
     explicit Browser(const HostProcess& host);
 
-    /** Posts to a route under "/api/centralControl/" and hands back the reply's envelope. */
+    /** Posts to a route under "/api/centralControl/" and returns the reply's envelope. */
     nlohmann::json Post(const std::string& route, const nlohmann::json& body);
 
-    /** Gets a route under "/api/centralControl/" and hands back the reply's `data`. */
+    /** Gets a route under "/api/centralControl/" and returns the reply's `data`. */
     nlohmann::json Get(const std::string& route);
 
     /** Adds a network interface. @return the reply's code */

@@ -11,15 +11,15 @@
 
 namespace simulation {
 
-/** What a child process is started with. */
+/** How to start a child process. */
 struct ProcessOptions {
-    std::vector<std::string> command;            ///< program and arguments
-    std::vector<std::string> environment;        ///< "NAME=value" or "-uNAME" (removed), beside our own
-    std::filesystem::path outputFolder;          ///< takes the files stdout.txt and stderr.txt
-    std::optional<std::size_t> descriptorLimit;  ///< most descriptors that it may have open
+    std::vector<std::string> command;      ///< program and arguments
+    std::vector<std::string> environment;  ///< "NAME=value" or "-uNAME" (removed), in addition to our own
+    std::filesystem::path outputFolder;    ///< takes the files stdout.txt and stderr.txt
+    std::optional<std::size_t> descriptorLimit;  ///< maximum of open descriptors
 };
 
-/** HangUp: the terminal was closed; on Windows the user logs off. */
+/** HangUp: the terminal is closed; on Windows the user logs off. */
 enum class EnSignal { Terminate, HangUp, Kill };
 
 /** A process that runs beside the test and never outlives it. Started, used and ended by one thread. */
@@ -38,14 +38,14 @@ class ChildProcess {
 
     bool Running() { return !WaitExit(milliseconds(0)); }
 
-    /** What it has written so far. */
+    /** Its output so far. */
     std::string Output() const;
     std::string ErrorOutput() const;
 
     /** Memory in use, in bytes. */
     std::size_t ResidentBytes() const;
 
-    /** Descriptors that are open. */
+    /** Number of open descriptors. */
     std::size_t Descriptors() const;
 
     /** Processor time so far, of this process and of its children, in seconds. */
@@ -55,7 +55,7 @@ class ChildProcess {
     std::filesystem::path m_outputFolder;
     int m_id = -1;
     struct SSystem;
-    std::shared_ptr<SSystem> m_system;  ///< what else the system needs; null on Linux
+    std::shared_ptr<SSystem> m_system;  ///< other data that the system needs; null on Linux
     std::optional<int> m_status;
 };
 

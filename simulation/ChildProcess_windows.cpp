@@ -14,7 +14,7 @@ namespace simulation {
 
 namespace {
 
-constexpr UINT kKilled = 137;  // the exit status by which a shell tells of a kill elsewhere
+constexpr UINT kKilled = 137;  // the exit status with which a shell reports a kill on other systems
 
 [[noreturn]] void Fail(const char* what) {
     throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
@@ -148,7 +148,7 @@ HWND SessionWindow(DWORD process) {
     return window;
 }
 
-/** A log-off, as one process is told of it. */
+/** A log-off, as the system reports it to one process. */
 void EndSession(DWORD process) {
     const HWND window = SessionWindow(process);
     if (window == nullptr ||

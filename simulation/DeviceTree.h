@@ -19,9 +19,9 @@ struct UsbPort {
 };
 
 /**
- * The devices that this process sees in /sys and /dev, while the object lives: none at first but those that
- * are plugged in here. The program has to be linked with umockdev's preload library. The devices can be
- * found, but not opened. One thread.
+ * The devices that this process sees in /sys and /dev while the object exists: only those that are plugged in
+ * here. The program has to be linked with umockdev's preload library. The devices can be found, but not
+ * opened. One thread.
  */
 class DeviceTree {
   public:
@@ -35,10 +35,10 @@ class DeviceTree {
     /** A port of the machine itself. type: of the UART; 0: there is none. */
     void BuildIn(int index, int type);
 
-    /** Takes away the device that a line belongs to, with all its lines. */
+    /** Removes the device to which a line belongs, with all its lines. */
     void Unplug(const std::string& tty);
 
-    /** What a udev rule does with SYMLINK: /dev/<name> leads to the device. */
+    /** Does what a udev rule does with SYMLINK: /dev/<name> leads to the device. */
     void Link(const std::string& name, const std::string& tty);
     void Unlink(const std::string& name);
 

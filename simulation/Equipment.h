@@ -9,7 +9,7 @@
 
 namespace simulation {
 
-/** What a TCP device does with the connections that it gets. */
+/** What a TCP device does with its connections. */
 enum class EnDeviceMode {
     Record,  ///< reads and keeps the bytes
     Deaf,    ///< never reads
@@ -23,7 +23,7 @@ class Recorder {
     void Add(std::string_view bytes);
     std::string Bytes() const;
 
-    /** Waits until the device has at least so many bytes. @return all that it has then */
+    /** Waits until the device has at least this many bytes. @return all that it has then */
     std::string WaitBytes(std::size_t count) const;
 
   private:
@@ -42,7 +42,7 @@ class TcpListener {
     int Port() const { return m_port; }
     const Recorder& Received() const { return m_received; }
 
-    /** Connections that it has taken so far. */
+    /** Number of connections that it has accepted so far. */
     int Accepted() const { return m_accepted; }
 
     /** Closes or resets the connections that are open now. */
@@ -77,7 +77,7 @@ class UdpListener {
     std::jthread m_thread;
 };
 
-/** A device of which nothing answers: a connection attempt to its port hangs until its bound. */
+/** A device that does not answer: a connection attempt to its port hangs until its time limit. */
 class SilentDevice {
   public:
     SilentDevice();
@@ -86,7 +86,7 @@ class SilentDevice {
     /** Lets it answer from now on. */
     void Wake();
 
-    /** Tells whether a connection comes within that time, once it answers. */
+    /** Whether a connection comes within this time, once it answers. */
     bool IsTried(milliseconds limit) const { return m_listener.WaitReadable(limit); }
     Socket Accept() { return m_listener.Accept(); }
 

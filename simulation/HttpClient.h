@@ -10,11 +10,11 @@ struct HttpReply {
     std::string head;  ///< status line and headers as received, each with its line end
     std::string body;
 
-    /** Value of a header, its name compared without case; empty when it is absent. */
+    /** Value of a header, ignoring the case of its name; empty when it is absent. */
     std::string Header(std::string_view name) const;
 };
 
-/** One keep-alive connection, opened anew when the server has closed it. One thread. */
+/** One keep-alive connection, opened again when the server has closed it. One thread. */
 class HttpClient {
   public:
     explicit HttpClient(int port, const char* from = "127.0.0.1") : m_port(port), m_from(from) {}

@@ -8,11 +8,11 @@ namespace simulation {
 
 /**
  * A serial line: the device that the server opens, and its other side, which records what arrives. The line
- * starts with a terminal's usual settings, so that a program that forgets to make it raw is found out.
+ * starts with a terminal's usual settings, so that the tests notice when a program does not make it raw.
  */
 class PtyPair {
   public:
-    /** Makes the pair, and a link to its device at the given place. */
+    /** Creates the pair, and a link to its device at the given place. */
     explicit PtyPair(const std::filesystem::path& link);
     ~PtyPair();
     PtyPair(const PtyPair&) = delete;
@@ -21,7 +21,9 @@ class PtyPair {
     const std::filesystem::path& Device() const { return m_link; }
     const Recorder& Received() const { return m_received; }
 
-    /** What the equipment answers. Any thread. @throw std::system_error when the line takes it not at all */
+    /**
+     * Sends an answer of the equipment. Any thread. @throw std::system_error when the line does not take it
+     */
     void Send(std::string_view bytes) const;
 
   private:

@@ -8,8 +8,8 @@
 namespace simulation {
 
 /**
- * One socket on the loopback interface. Calls wait for kMaxTestWait at most and throw TimedOut then;
- * std::system_error when the system refuses. One thread.
+ * One socket on the loopback interface. Calls wait at most for kMaxTestWait and then throw TimedOut; they
+ * throw std::system_error when the system refuses. One thread.
  */
 class Socket {
   public:
@@ -18,7 +18,7 @@ class Socket {
     Socket& operator=(Socket&& other) noexcept;
     ~Socket() { Close(); }
 
-    /** A TCP connection to 127.0.0.1, made from the given local address; begin: does not wait for it. */
+    /** A TCP connection to 127.0.0.1 from the given local address; begin: does not wait for it. */
     static Socket Connect(int port, const char* from = "127.0.0.1", bool begin = false);
 
     /** A listener on 127.0.0.1 or another address of this machine; port 0 takes any. */
@@ -30,13 +30,13 @@ class Socket {
     Socket Accept();
     void Send(std::string_view bytes);
 
-    /** The next bytes, 64 KiB at most; empty at the end of the stream. A reset counts as an end. */
+    /** The next bytes, at most 64 KiB; empty at the end of the stream. A reset counts as an end. */
     std::string Receive();
 
-    /** Waits until there is something to receive or to accept. @return false at the bound */
+    /** Waits until there is something to receive or to accept. @return false at the time limit */
     bool WaitReadable(milliseconds limit) const;
 
-    /** Waits until a connection that was begun is there. @return false at the bound */
+    /** Waits until a connection that was begun is established. @return false at the time limit */
     bool WaitConnected(milliseconds limit) const;
 
     /** Ends the sending half, so that the other side reads the end. */
@@ -49,7 +49,7 @@ class Socket {
     bool IsOpen() const { return m_handle >= 0; }
     int LocalPort() const;
 
-    /** The system's descriptor of the socket, for an event loop of one's own. */
+    /** The system's descriptor of the socket, for an event loop. */
     int Handle() const { return m_handle; }
 
   private:

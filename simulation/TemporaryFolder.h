@@ -6,7 +6,9 @@
 
 namespace simulation {
 
-/** A new empty folder under the system's folder for temporary files, removed with all its content at the end.
+/**
+ * A new empty folder in the system's folder for temporary files. The destructor removes it with all its
+ * content.
  */
 class TemporaryFolder {
   public:
@@ -24,10 +26,10 @@ class TemporaryFolder {
 /** The content of a file; empty when it can't be read. */
 std::string ReadFile(const std::filesystem::path& path);
 
-/** The same of a text file, with "\n" at the ends of its lines on every system. */
+/** The content of a text file, with "\n" at the ends of its lines on every system. */
 std::string ReadTextFile(const std::filesystem::path& path);
 
-/** Replaces a file's content; its folder is made when it is missing. @throw std::runtime_error */
+/** Replaces a file's content; creates its folder when that is missing. @throw std::runtime_error */
 void WriteFile(const std::filesystem::path& path, std::string_view content);
 
 }  // namespace simulation

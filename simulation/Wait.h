@@ -10,18 +10,18 @@ namespace simulation {
 using std::chrono::milliseconds;
 
 /**
- * Upper bound of every wait for something that must happen. It guards against a hang and measures nothing:
- * large enough for a loaded machine and a build with sanitizers.
+ * Limit of every wait for something that must happen. It guards against a hang and measures nothing: it is
+ * long enough for a loaded machine and a build with sanitizers.
  */
 inline constexpr milliseconds kMaxTestWait{20000};
 
-/** Something that had to happen did not happen within its bound. */
+/** Something that must happen did not happen within the limit. */
 class TimedOut : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/** Asks the condition again and again until it holds. @return false when the bound was reached first. */
+/** Evaluates the condition again and again until it holds. @return false when the limit was reached first. */
 template <class Condition>
 bool WaitUntil(Condition condition, milliseconds limit = kMaxTestWait) {
     const auto end = std::chrono::steady_clock::now() + limit;

@@ -4,7 +4,7 @@
 
 namespace simulation {
 
-/** An open WebSocket connection, as a browser page keeps one. One thread. */
+/** An open WebSocket connection, like that of a browser page. One thread. */
 class WebSocketClient {
   public:
     /** Opens the connection. @throw std::runtime_error when the server refuses. */

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-/** A library with a short bound, and what the tests of its network ports share. */
+/** A port library with a short time limit, and the common parts of the tests of its network ports. */
 struct CommFixture {
     static comm::SCommSettings Settings(std::chrono::milliseconds bound = std::chrono::milliseconds(300)) {
         comm::SCommSettings settings;
@@ -47,7 +47,7 @@ struct CommFixture {
     comm::CPortRegistry registry;
 };
 
-/** All that comes from a connection up to a number of bytes, or to its end. */
+/** Everything that comes from a connection, up to a number of bytes or to its end. */
 inline std::string ReceiveUpTo(simulation::Socket& socket, std::size_t count) {
     std::string all;
     for (std::string bytes; all.size() < count && !(bytes = socket.Receive()).empty();) {

@@ -5,20 +5,20 @@
 #include <string>
 #include <vector>
 
-/** One thing that this process has done to a file or folder. */
+/** One operation of this process on a file or folder. */
 struct SFileStep {
     enum EnKind { Make, Write, Flush, Rename, Remove, MakeFolder } kind;
     std::string path;
     std::string text;  ///< Write: the bytes; Rename: the new name
 };
 
-/** From now on steps below the folder are recorded. One thread at a time. */
+/** Begins to record the steps below the folder. One thread at a time. */
 void StartRecording(const std::filesystem::path& folder);
 
 /** Ends the recording. @return the steps, in order */
 std::vector<SFileStep> StopRecording();
 
-/** What a power cut leaves of the steps whose effect was not flushed to the disk. */
+/** What remains, after a power cut, of the steps whose effect was not flushed to the disk. */
 enum class EnCut {
     LosesAll,    ///< nothing of them
     LosesBytes,  ///< names and lengths: files that were emptied, made or renamed, without their bytes
@@ -26,17 +26,17 @@ enum class EnCut {
 };
 
 /**
- * Files below a folder, as they are and as they would be after a power cut. What a file holds is safe once
- * the file was flushed, its name once its folder was.
+ * Files below a folder, as they are and as they would be after a power cut. The content of a file is safe
+ * once the file was flushed, its name once its folder was.
  */
 class CDiskModel {
   public:
-    /** Takes what is there as safe. */
+    /** Regards the existing files as safe. */
     explicit CDiskModel(const std::filesystem::path& folder);
 
     void Do(const SFileStep& step);
 
-    /** Makes the folder what a power cut leaves. */
+    /** Puts the folder into the state that a power cut leaves. */
     void RestoreTo(const std::filesystem::path& folder, EnCut cut) const;
 
   private:
