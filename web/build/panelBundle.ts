@@ -6,8 +6,9 @@ const moduleId = "virtual:panel";
 const entry = "/src/panel/start.ts";
 
 /**
- * Bundles the panel by itself. Bundled together with the author's part it would load every piece of the framework
- * that only the author's part needs: chunks are divided by module, and what two entries share is kept whole.
+ * Bundles the panel by itself (docs/decisions/0008-two-bundles-without-a-router.md). In a common bundle the panel would
+ * load every piece of the framework that only the author's part needs: a bundler divides code by module, and keeps a
+ * module that two entries share whole.
  */
 export function panelBundle(): Plugin {
   let isBuild = false;

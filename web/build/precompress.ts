@@ -7,7 +7,7 @@ import type { Plugin } from "vite";
 const compressible = /\.(js|css|html|svg|json)$/;
 const leastBytes = 1024;
 
-/** Puts a .gz and a .br beside each file that is worth it; the server picks what the browser accepts. */
+/** Writes a .gz and a .br beside each file that is worth it; the server selects what the browser accepts. */
 export function precompress(): Plugin {
   let folder = "";
   return {

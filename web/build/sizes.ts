@@ -1,7 +1,7 @@
 import { gzipSync } from "node:zlib";
 import type { Plugin } from "vite";
 
-/** How each entry is told from the other files: the panel's bundle by its name, the author's by its first module. */
+/** How to recognise each entry among the files: the panel's bundle by its name, the author's by its first module. */
 const entries = {
   panel: { asset: /^assets\/panel-/, module: "virtual:panel" },
   author: { asset: undefined, module: "/src/author/start.ts" },
@@ -33,7 +33,7 @@ export function checkSizes(limits: Record<keyof typeof entries, number>): Plugin
         list.find((file) => file.type === "chunk" && file.facadeModuleId?.endsWith(module))?.fileName;
       const starts = new Set(Object.values(entries).map((entry) => startsWith(entry.module)));
 
-      /** The file and all that it imports, also later; other entries are left out. */
+      /** The file and everything that it imports, also dynamically; other entries are left out. */
       const closure = (name: string, found: Set<string>) => {
         const file = files[name];
         if (!file || found.has(name)) return;

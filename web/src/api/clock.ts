@@ -1,18 +1,18 @@
-/** The time, as the application sees it. Whatever waits or dates something is given a clock; a test gives its own. */
+/** The time, as the application sees it. Everything that waits or needs a date gets a clock; a test passes its own. */
 
 export interface Timer {
-  /** What was to come does not come. Of no effect afterwards. */
+  /** Cancels the call or calls. No effect afterwards. */
   cancel(): void;
 }
 
 export interface Clock {
   /** The date, in ms since the beginning of 1970 (UTC). It can be set. */
   date(): number;
-  /** For spans between two moments, in ms; it never goes back. */
+  /** For measuring time spans, in ms; it never goes back. */
   now(): number;
-  /** Calls once, in so many ms at the earliest. */
+  /** Calls once, after this many ms at the earliest. */
   after(ms: number, act: () => void): Timer;
-  /** Calls every so many ms, until it is cancelled. */
+  /** Calls every this many ms, until it is cancelled. */
   every(ms: number, act: () => void): Timer;
 }
 

@@ -1,6 +1,6 @@
 /**
- * The WebSocket connection. While it is open the server takes what this machine writes; it says nothing else.
- * It counts as open from the first echo on, and as lost when an echo stays out: a cut cable closes nothing.
+ * The WebSocket connection. While it is open, the server accepts writes from this machine; the connection has no other
+ * use. It counts as open from the first echo on, and as lost when an echo does not come: a cut cable closes nothing.
  */
 
 import type { Clock, Timer } from "./clock.ts";
@@ -11,9 +11,9 @@ export type ConnectionState = "connecting" | "open" | "lost";
 /** Pause between two heartbeats, longest wait for an echo, and pauses before further attempts, in ms. */
 const times = { beat: 4000, echo: 3000, retry: [250, 500, 1000, 2000] };
 
-/** What is used of a WebSocket. */
+/** The part of a WebSocket that is used here. */
 export interface Socket {
-  /** As the standard numbers it, see socketStates. */
+  /** The number of the standard, see socketStates. */
   readonly readyState: number;
   send(text: string): void;
   close(): void;
@@ -21,14 +21,14 @@ export interface Socket {
 
 export const socketStates = { connecting: 0, open: 1 } as const;
 
-/** What a socket says of itself. */
+/** Events of a socket. */
 export interface SocketEvents {
   opened(): void;
   heard(): void;
   closed(): void;
 }
 
-/** Begins to open a socket. @throws when the address is none */
+/** Begins to open a socket. @throws when the address is invalid */
 export type OpenSocket = (address: string, events: SocketEvents) => Socket;
 
 export const openWebSocket: OpenSocket = (address, events) => {
@@ -59,7 +59,9 @@ export class Connection {
 
   constructor(readonly needs: ConnectionNeeds) {}
 
-  /** Connects, and connects again whenever it is lost. Call once. @param changed  told each new state */
+  /**
+   * Connects, and connects again whenever the connection is lost. Call once. @param changed  called with each new state
+   */
   start(changed: (state: ConnectionState) => void): void {
     this.#changed = changed;
     this.needs.events.on("online", () => this.check());
@@ -72,7 +74,7 @@ export class Connection {
     return this.#state;
   }
 
-  /** Asks at once whether the server is still there; connects when it isn't. */
+  /** Checks at once whether the server is still there; connects when it isn't. */
   check(): void {
     if (this.#socket?.readyState === socketStates.open) this.#beat();
     else if (this.#socket?.readyState !== socketStates.connecting) void this.#connect();

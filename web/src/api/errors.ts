@@ -1,9 +1,9 @@
-/** Uncaught errors go to the server's client error log: each once, and not more than a few. */
+/** Reports uncaught errors to the server's client error log: each once, and not more than a few. */
 import type { Server } from "./server.ts";
 
 const mostReports = 20;
 
-/** Hands an error to the server's log. Never throws: there is nowhere else to report it. */
+/** Reports an error to the server's log. Never throws: there is nowhere else to report it. */
 export type ReportError = (error: unknown, source: string) => void;
 
 export function errorReports(server: Pick<Server, "reportError">): ReportError {

@@ -1,10 +1,10 @@
-/** What befalls the page from outside. */
+/** Events from outside the page. */
 
-/** The page is looked at again after it was hidden; the machine has a network again; it has none any more. */
+/** The page becomes visible again; the machine has a network again; it has none any more. */
 export type PageEvent = "shown" | "online" | "offline";
 
 export interface PageEvents {
-  /** Calls each time, as long as the page lives. */
+  /** Calls each time, as long as the page exists. */
   on(event: PageEvent, act: () => void): void;
 }
 

@@ -1,4 +1,4 @@
-/** The address of the WebSocket: what this browser was told, else what the server left beside the application. */
+/** The address of the WebSocket: the one that was set in this browser, otherwise the one in settings.json. */
 import { asNumber } from "../model/json.ts";
 import { sharedPath, webSocketAddresses } from "../model/webSocketAddress.ts";
 
@@ -16,13 +16,13 @@ export function choosePort(port: number): void {
   else localStorage.removeItem(key);
 }
 
-/** @param hasFailed  nothing was heard at the address that was given before */
+/** @param hasFailed  there was no answer at the previous address */
 export async function webSocketAddress(hasFailed: boolean): Promise<string> {
   const [first, other] = webSocketAddresses(location, chosenPort(), await readSettings());
   return other && hasFailed && (await isMissing(sharedPath)) ? other : first!;
 }
 
-/** The server writes settings.json at its start where it may; without it the defaults count. */
+/** The server writes settings.json at its start if it has the right; without that file the defaults count. */
 async function readSettings(): Promise<unknown> {
   try {
     const response = await fetch("settings.json", { cache: "no-store", signal: AbortSignal.timeout(answerLimit) });
@@ -32,7 +32,7 @@ async function readSettings(): Promise<unknown> {
   }
 }
 
-/** Whether the server itself says that there is nothing. A proxy whose server is away says something else. */
+/** Whether the server itself answers that there is nothing. A proxy whose server is away answers something else. */
 async function isMissing(path: string): Promise<boolean> {
   try {
     return (await fetch(path, { cache: "no-store", signal: AbortSignal.timeout(answerLimit) })).status === 404;

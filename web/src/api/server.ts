@@ -19,11 +19,11 @@ export const codes = {
   tcpServerOpen: 30303,
   nameTaken: 30304,
   duplicate: 30306,
-  /** The server was not reached, or did not answer in time. */
+  /** The server could not be reached, or did not answer in time. */
   unreachable: -1,
-  /** The answer was none of this server's. */
+  /** The answer did not come from this server. */
   strange: -2,
-  /** Another state of the document is stored than the one that was to be replaced; nothing was written. */
+  /** The stored document has another state than the one that was to be replaced; nothing was written. */
   changed: -3,
 } as const;
 
@@ -47,11 +47,11 @@ const clickLimit = 60_000;
 /** A document as it is stored. */
 export interface Stored {
   readonly data: unknown;
-  /** The name of this state; empty when the server gives none. */
+  /** Tag of this state; empty when the server gives none. */
   readonly tag: string;
 }
 
-/** What is asked of a document's state: only if it is another one than `not`, only if it is `still` this one. */
+/** Conditions for a document's state: only if it differs from `not`, only if it is `still` this one. */
 interface Condition {
   readonly not?: Stored | undefined;
   readonly still?: string;
@@ -80,7 +80,7 @@ async function exchange(
     });
     if (not && response.status === 304) return not;
     if (still && response.status === 412) throw new ServerError(codes.changed, "", route);
-    // A proxy that packs a reply makes its tag a weak one, which no write may name. The state is the same.
+    // A proxy that compresses a reply makes its tag a weak one, which no write may name. The state is the same.
     tag = response.headers.get("ETag")?.replace(/^W\//, "") ?? "";
     if (!response.ok) throw new ServerError(codes.strange, `HTTP ${response.status}`, route);
     envelope = (await response.json()) as typeof envelope;
@@ -103,16 +103,16 @@ const get = (route: string) => call("GET", base + route);
 const post = (route: string, body?: unknown) => call("POST", base + route, body);
 
 /**
- * Replaces a document, while it is `still` in the state of this tag where one is given.
+ * Replaces a document; with `still`, only if it is in the state of this tag.
  * @returns the tag of the new state
  */
 async function replace(route: string, data: unknown, still = ""): Promise<string> {
   return (await exchange("POST", base + route, { data }, answerLimit, { still })).tag;
 }
 
-/** The server that this page came from. */
+/** The server from which this page was loaded. */
 export function createServer() {
-  /** The documents that were read last: the server sends one again only when it has changed. Never written to. */
+  /** The documents that were read last: the server sends one again only when it has changed. Never modified. */
   const kept = new Map<string, Stored>();
 
   async function read(route: string): Promise<Stored> {

@@ -1,4 +1,7 @@
-/** The author's part: what its screens share. Made once, in start.ts; each component reaches it by the context. */
+/**
+ * The author's part: the objects that its screens share. Created once, in start.ts; each component gets it from the
+ * context.
+ */
 import { createContext } from "svelte";
 import type { Server } from "../api/server.ts";
 import type { ProjectStore } from "./project/store.svelte.ts";

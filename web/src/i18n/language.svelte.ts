@@ -1,4 +1,4 @@
-/** The language of the user, as the server keeps it, and the way from a key to its sentence. */
+/** The language of the user, as stored by the server, and the sentence of each key. */
 import type { Server } from "../api/server.ts";
 import { asObject } from "../model/json.ts";
 
@@ -9,12 +9,12 @@ class LanguageState {
   current = $state<Language>("en");
   isAuto = $state(true);
 
-  /** Takes the browser's language, for as long as the server has told no other. @param tag  as "zh-CN" */
+  /** Takes the browser's language, until the server has reported another. @param tag  as "zh-CN" */
   startWith(tag: string): void {
     this.current = tag.toLowerCase().startsWith("zh") ? "zhCN" : "en";
   }
 
-  /** Takes the language from the server; the one that was there stays when the server doesn't tell one. */
+  /** Takes the language from the server; the previous one stays when the server reports none. */
   async load(server: Pick<Server, "language">): Promise<void> {
     try {
       const data = asObject(await server.language());
@@ -35,8 +35,8 @@ class LanguageState {
 export const language = new LanguageState();
 
 /**
- * A function from key to sentence in the current language; {0}, {1} … take the values, {0|is|are} one of the words by
- * whether the value is 1.
+ * A function from key to sentence in the current language. {0}, {1} … are replaced by the values, {0|is|are} by one of
+ * the words, depending on whether the value is 1.
  */
 export function translator<Keys extends string>(dictionaries: Record<Language, Record<Keys, string>>) {
   return (key: Keys, ...values: (string | number)[]): string =>

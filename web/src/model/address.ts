@@ -1,4 +1,4 @@
-/** The parts of an address behind its hash: "#/edit/p%201" gives "edit" and "p 1". What can't be decoded stays. */
+/** The parts of an address after its hash: "#/edit/p%201" gives "edit" and "p 1". Parts that can't be decoded stay. */
 export function hashParts(hash: string): string[] {
   return hash.replace(/^#\/?/, "").split("/").map(decoded);
 }

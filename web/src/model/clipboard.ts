@@ -16,7 +16,7 @@ export function writeClip(components: readonly Component[], interactions: Intera
   return JSON.stringify({ form, version, components, interactions: writeInteractions(interactions, components) });
 }
 
-/** What a text of the clipboard holds, or nothing when it is some other text. */
+/** The components in a text of the clipboard, or nothing when it is some other text. */
 export function readClip(text: string): Clip | undefined {
   try {
     const value: unknown = JSON.parse(text);
@@ -29,7 +29,7 @@ export function readClip(text: string): Clip | undefined {
   }
 }
 
-/** The clip with new ids, shifted by so much, and the new id of each old one. */
+/** The clip with new ids, shifted by this much, and the new id of each old one. */
 export function pasted(clip: Clip, shift: number): { components: Component[]; ids: Map<number, number> } {
   const copied = copyComponents(clip.components);
   const components = copied.components.map((one) => ({ ...one, x: one.x + shift, y: one.y + shift, locked: false }));

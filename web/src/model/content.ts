@@ -1,6 +1,6 @@
 /**
- * A command's content and the bytes that the server makes of it: the same rules as the server's own, held
- * together by one file of vectors. Nothing is ever cut or padded: content that has no bytes is a fault.
+ * A command's content and the bytes that the server makes from it. The rules are those of the server; one file of
+ * vectors checks both. Nothing is ever truncated or padded: content that has no bytes is a fault.
  */
 import { decodeGb18030, encodeGb18030 } from "./gb18030.ts";
 
@@ -93,7 +93,7 @@ export function bytesToVisible(bytes: Bytes): string {
   return [...bytes].map((byte) => (byte >= 0x20 && byte < 0x7f ? String.fromCharCode(byte) : "·")).join("");
 }
 
-/** The text of which exactly these bytes are made, or nothing when there is none. */
+/** The text that gives exactly these bytes, or nothing when there is none. */
 export function bytesToText(bytes: Bytes, asciiEncode: number): string | undefined {
   const text = decode(bytes, asciiEncode);
   if (text === undefined) return undefined;

@@ -7,7 +7,7 @@ import type { Fault } from "./content.ts";
 const letters: Record<string, string> = { r: "\r", n: "\n", t: "\t", "0": "\0", "\\": "\\" };
 const names = new Map(Object.entries(letters).map(([letter, character]) => [character, `\\${letter}`]));
 
-/** The characters that the notation means, or the place of an escape that doesn't exist. */
+/** The characters of the notation, or the place of an invalid escape. */
 export function unescapeText(notation: string): string | Fault {
   let text = "";
   for (let at = 0; at < notation.length; ++at) {
@@ -47,7 +47,7 @@ export function escapeText(text: string): string {
     .join("");
 }
 
-/** What ends a text command, as the editor offers it. */
+/** The terminators of a text command that the editor offers. */
 export const terminators = ["", "\r", "\n", "\r\n", "\0"] as const;
 
 /** Content without its terminator, and the terminator. */
@@ -57,8 +57,8 @@ export function splitTerminator(content: string): { body: string; terminator: st
 }
 
 /**
- * The place in the notation of a character of the text: faults of an encoding are found in the text, and shown
- * in what the author typed.
+ * The place in the notation of a character of the text: faults of an encoding are found in the text, and shown in what
+ * the author typed.
  */
 export function placeInNotation(notation: string, at: number): number {
   let units = 0;

@@ -1,7 +1,6 @@
 /**
- * GB18030. The browser only knows how to read it, so the way back is a table made by reading every two-byte
- * form once; the four-byte forms of the basic plane fill the gaps in order, and those of the other planes are
- * computed.
+ * GB18030. The browser can only decode it. So encoding uses a table, made by decoding every two-byte form once. The
+ * four-byte forms of the basic plane fill the gaps in order, and those of the other planes are computed.
  */
 
 let table: Map<number, readonly number[]> | undefined;
@@ -16,7 +15,7 @@ export function encodeGb18030(code: number): readonly number[] | undefined {
   return table.get(code);
 }
 
-/** The text of the bytes, or nothing when they are no GB18030. */
+/** The text of the bytes, or nothing when they are invalid GB18030. */
 export function decodeGb18030(bytes: Uint8Array<ArrayBuffer>): string | undefined {
   try {
     return decoder().decode(bytes);

@@ -22,7 +22,7 @@ export function overlaps(one: Box, other: Box): boolean {
   );
 }
 
-/** The box between two corners, whichever they are. */
+/** The box between two opposite corners. */
 export function boxBetween(one: Point, other: Point): Box {
   return {
     x: Math.min(one.x, other.x),
@@ -48,7 +48,7 @@ export function distanceTo(box: Box, point: Point): number {
   return Math.hypot(dx, dy);
 }
 
-/** The box grown on all sides alike to be at least so wide and high. */
+/** The box, grown equally on all sides to at least this width and height. */
 export function atLeast(box: Box, side: number): Box {
   const dx = Math.max(0, (side - box.width) / 2);
   const dy = Math.max(0, (side - box.height) / 2);
@@ -56,9 +56,9 @@ export function atLeast(box: Box, side: number): Box {
 }
 
 /**
- * The box that a press at that point means: the topmost (last) one that holds it, otherwise the nearest of those
- * that hold it once they are grown to `side`. So a small target is as easy to hit as a large one, and never takes
- * a press that lies inside another.
+ * The box that a press at this point means: the topmost (last) one that contains it, otherwise the nearest of those
+ * that contain it once they are grown to `side`. So a small target is as easy to hit as a large one, and never takes a
+ * press that lies inside another.
  */
 export function targetAt<Target extends Box>(
   targets: readonly Target[],
@@ -75,7 +75,7 @@ export function targetAt<Target extends Box>(
   return nearest;
 }
 
-/** The greatest scale at which a page fits, and where it then lies. */
+/** The greatest scale at which a page fits, and its position then. */
 export function fitInto(
   page: { width: number; height: number },
   room: { width: number; height: number },
@@ -112,7 +112,7 @@ export function resized(box: Box, handle: Handle, dx: number, dy: number, least:
   };
 }
 
-/** Boxes of a selection after the box around it took another size: all keep their share. */
+/** Boxes of a selection after the box around it was resized: all keep their share. */
 export function scaledInto(box: Box, from: Box, to: Box, least: number): Box {
   const scaleX = to.width / Math.max(1, from.width);
   const scaleY = to.height / Math.max(1, from.height);

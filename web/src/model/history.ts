@@ -1,6 +1,6 @@
 /** Undo and redo over states that are never changed in place. */
 
-/** How many steps can be taken back. */
+/** How many steps can be undone. */
 export const historySteps = 100;
 
 export interface History<State> {
@@ -13,7 +13,7 @@ export function startHistory<State>(present: State): History<State> {
   return { past: [], present, future: [] };
 }
 
-/** A new step. The same state as before is none. */
+/** Adds a step. An unchanged state is not a step. */
 export function step<State>(history: History<State>, next: State): History<State> {
   if (next === history.present) return history;
   return { past: [...history.past, history.present].slice(-historySteps), present: next, future: [] };

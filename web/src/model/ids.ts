@@ -1,6 +1,6 @@
 /**
- * Random ids. They have to be unlikely to meet, since two authors can add to one document at the same time.
- * `crypto.randomUUID` is no choice: browsers withhold it on pages that came over plain HTTP by host name.
+ * Random ids. Two of them have to differ almost certainly, since two authors can add to one document at the same time.
+ * `crypto.randomUUID` can't be used: browsers withhold it on pages that came over plain HTTP by host name.
  */
 
 /** Id of a component: a positive whole number of 31 bits, as the server's command map takes it. */
@@ -9,7 +9,7 @@ export function newComponentId(): number {
   return value & 0x7fffffff || 1;
 }
 
-/** Id of a page, a material or a group: ten characters behind a letter that tells the kind. */
+/** Id of a page, a material or a group: a letter for the kind, then ten characters. */
 export function newId(kind: "p" | "m" | "g" | "t"): string {
   const values = crypto.getRandomValues(new Uint8Array(10));
   return kind + [...values].map((value) => (value % 36).toString(36)).join("");

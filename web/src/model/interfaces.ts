@@ -1,4 +1,4 @@
-/** Interfaces: the ways to the equipment, as the server lists and takes them. */
+/** Interfaces: the ways to the equipment, as the server lists and accepts them. */
 import { asArray, asNumber, asObject, asText, isObject } from "./json.ts";
 
 export const netModes = ["TCP_Client", "TCP_Server", "UDP"] as const;
@@ -84,7 +84,7 @@ function bracketed(address: string): string {
   return address.includes(":") ? `[${address}]` : address;
 }
 
-/** A field that can't be right, by its key, before the server is asked. */
+/** The key of a field that can't be valid, before the server is asked. */
 export type FieldFault = "empty" | "port" | "address" | "stopBits";
 
 export function checkNetInfo(info: NetInfo): Partial<Record<keyof NetInfo, FieldFault>> {
@@ -111,7 +111,7 @@ export function checkSerialInfo(info: SerialInfo): Partial<Record<keyof SerialIn
   return faults;
 }
 
-/** What a record of an exported file says, or nothing when it is no interface. */
+/** The interface in a record of an exported file, or nothing when it is none. */
 export function readInterface(value: unknown): Interface | undefined {
   const one = readInterfaces({ configList: [value] })[0];
   return one && interfaceName(one) && asText(interfaceName(one)) ? one : undefined;

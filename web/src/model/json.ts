@@ -1,4 +1,4 @@
-/** Reading values of documents that anybody may have written: each takes what is there or the given default. */
+/** Reading values of documents that anybody may have written: each function returns the value or the given default. */
 
 export type Json = null | boolean | number | string | Json[] | { [key: string]: Json };
 export type JsonObject = Record<string, unknown>;

@@ -1,13 +1,13 @@
-/** What happens when two authors have changed the same documents: who changed what, and mine kept as a copy. */
+/** For two authors who have changed the same documents: who changed what, and my changes kept as a copy. */
 import { copyPage, type Page } from "./layout.ts";
 import { mapCommands } from "./interactions.ts";
 import { sameJson } from "./json.ts";
 import { type Project, retarget, withCopiedCommands, withPages, writeProject } from "./project.ts";
 
 /**
- * Whether somebody else has stored something since `base` was read. What equals `mine` is no such change: an earlier
- * save of mine may have been cut short. Commands of interfaces that are gone don't count either: the server itself
- * takes them out when an interface is deleted.
+ * Whether somebody else has stored something since `base` was read. A state that equals `mine` is not such a change: an
+ * earlier save of mine may have been cut short. Nor are missing commands of deleted interfaces: the server itself
+ * removes them when an interface is deleted.
  */
 export function isChanged(base: Project, stored: Project, mine: Project, interfaceIds: ReadonlySet<number>): boolean {
   const [from, now, own] = [base, stored, mine].map((one) => writeProject(withoutLostCommands(one, interfaceIds)));
@@ -35,8 +35,8 @@ export function changedPages(project: Project, from: Project): Page[] {
 }
 
 /**
- * Their project, with those pages added as copies that I have changed since `base`. Links between these copies
- * lead to the copies; materials that only I have are added.
+ * Their project, with copies of the pages that I have changed since `base`. Links between these copies lead to the
+ * copies; materials that only I have are added.
  * @param nameOf  the copy's name
  */
 export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf: (page: Page) => string): Project {

@@ -18,7 +18,7 @@ export interface SnapTargets {
 export interface SnapSettings {
   /** Distance of the grid's lines; 0: no grid. */
   readonly grid: number;
-  /** How near an edge has to come, in px of the page; 0: no snapping to components. */
+  /** Distance within which an edge snaps, in px of the page; 0: no snapping to components. */
   readonly reach: number;
 }
 
@@ -37,7 +37,7 @@ function lines(box: Box, axis: "x" | "y"): number[] {
   return [from, from + size / 2, from + size];
 }
 
-/** How far a dragged box has to be shifted further, and the guides that tell why. */
+/** How far a dragged box has to be shifted further, and the guides that show why. */
 export function snapMove(
   box: Box,
   targets: SnapTargets,

@@ -1,4 +1,4 @@
-/** Where the WebSocket is, as far as the page's own address and the server's settings tell. */
+/** Where the WebSocket is, derived from the page's own address and the server's settings. */
 import { asNumber, asObject } from "./json.ts";
 
 export const defaultPort = 8081;
@@ -6,8 +6,8 @@ export const defaultPort = 8081;
 export const sharedPath = "/ws";
 
 /**
- * The addresses, the likeliest first. A page that came over TLS, or from another port than the server's own, came
- * through a proxy, which has the WebSocket on the same port; a mere forwarding of ports is the other possibility.
+ * The possible addresses, the likeliest first. A page that came over TLS, or from another port than the server's own,
+ * came through a proxy, which has the WebSocket on the same port; or the ports are merely forwarded.
  * @param page  of `location`  @param chosen  port that was set in this browser; 0: none  @param settings  settings.json
  */
 export function webSocketAddresses(

@@ -1,4 +1,4 @@
-/** What the panel knows: the pages, the connection, and what each component shows. */
+/** The state of the panel: the pages, the connection, and what each component shows. */
 import type { Clock } from "../api/clock.ts";
 import type { Connection, ConnectionState } from "../api/connection.ts";
 import type { ReportError } from "../api/errors.ts";
@@ -12,14 +12,14 @@ import { readMaterials } from "../model/materials.ts";
 import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../view/pictures.ts";
 
-/** What became of the last press: sent and not answered yet, all arrived, or not. */
+/** The result of the last press: not answered yet, all sent, or failed. */
 export interface Feedback {
   phase: "sent" | "done" | "failed";
   sentence: string;
   details: string;
   /** Of a failure: whether all of it may have been sent nevertheless. */
   unsure: boolean;
-  /** Tells one press from the next on the same component. */
+  /** Distinguishes one press from the next on the same component. */
   serial: number;
 }
 
@@ -27,7 +27,7 @@ export interface Feedback {
 const times = { done: 1200, failed: 12_000, refresh: 30_000 };
 const valuesKey = "panelValues";
 
-/** All that the panel knows of the world around it. */
+/** Everything that the panel uses from outside. */
 export interface PanelNeeds {
   readonly server: Pick<Server, "layout" | "materials" | "language" | "click">;
   readonly connection: Pick<Connection, "start" | "check">;
@@ -52,7 +52,7 @@ export class PanelState {
   #stored: { layout: unknown; materials: unknown } = { layout: undefined, materials: undefined };
   #pictureStore = new PictureStore();
   #serial = 0;
-  /** A reading of everything was asked for and has not succeeded since. */
+  /** A reading of everything was requested and has not succeeded since. */
   #isDue = true;
 
   /** @param lost  called when the connection is gone, so that presses under way can end */
@@ -76,8 +76,9 @@ export class PanelState {
   }
 
   /**
-   * Reads everything again, or first the layout, and the rest only when that is another one: each save marks it.
-   * What is unchanged stays as it is; a failure leaves what is shown, and what it owed to the next reading.
+   * Reads everything again; or reads the layout first, and the rest only when the layout has changed, since each save
+   * marks it. Unchanged documents stay as they are. A failure leaves what is shown, and the next reading makes up for
+   * it.
    */
   async reload(everything = false): Promise<void> {
     this.#isDue ||= everything;
@@ -103,7 +104,7 @@ export class PanelState {
     }
   }
 
-  /** Sends the commands of a trigger and shows what became of it. Never queues: without a connection it fails. */
+  /** Sends the commands of a trigger and shows the result. Never queues: without a connection it fails. */
   async fire(component: Component, trigger: string): Promise<boolean> {
     const { server, clock } = this.needs;
     const serial = ++this.#serial;

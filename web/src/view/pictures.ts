@@ -3,7 +3,7 @@ import type { Material } from "../model/materials.ts";
 
 export type Pictures = ReadonlyMap<string, string>;
 
-/** The addresses by material id. Those of materials that are unchanged stay, the others are given back. */
+/** The addresses by material id. Those of unchanged materials stay, the others are released. */
 export class PictureStore {
   #known = new Map<string, { data: string; url: string }>();
 

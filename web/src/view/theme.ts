@@ -1,4 +1,4 @@
-/** Light, dark, or as the system has it; kept in this browser. */
+/** Light, dark, or the theme of the system; kept in this browser. */
 
 export const themes = ["auto", "light", "dark"] as const;
 export type Theme = (typeof themes)[number];
@@ -16,7 +16,7 @@ export function chooseTheme(theme: Theme): void {
 
 const systemDark = () => matchMedia("(prefers-color-scheme: dark)");
 
-/** Shows the page in the chosen theme, and goes with the system where that is chosen. Call once. */
+/** Shows the page in the chosen theme, and follows the system if that is chosen. Call once. */
 export function followTheme(): void {
   systemDark().addEventListener("change", applyTheme);
   applyTheme();

@@ -1,4 +1,4 @@
-/** The command editor's fields, and what they mean: a stored command, or the place of what is wrong. */
+/** The command editor's fields, and their meaning: a stored command, or the place of a fault. */
 import { bytesToHex, bytesToText, type Bytes, contentToBytes, type Fault, isFault } from "../../model/content.ts";
 import { escapeText, placeInNotation, splitTerminator, unescapeText } from "../../model/escapes.ts";
 import { type Command, placeholder } from "../../model/interactions.ts";
@@ -7,7 +7,7 @@ export interface CommandFields {
   isText: boolean;
   /** Escapes in text, digits in hexadecimal. */
   notation: string;
-  /** Of text: the characters behind it. */
+  /** Of text: the terminating characters. */
   terminator: string;
   asciiEncode: number;
 }
@@ -26,8 +26,8 @@ export interface Meaning {
 }
 
 /**
- * What the fields mean. A fault's place is one of the notation.
- * @param sample  stands in for the placeholders of a slider's template; nothing where there are none
+ * The meaning of the fields. The place of a fault is a place in the notation.
+ * @param sample  replaces the placeholders of a slider's template; nothing where there are none
  */
 export function meaningOf(fields: CommandFields, sample?: { text: string; hex: string }): Meaning | Fault {
   if (!fields.isText) {
@@ -46,7 +46,7 @@ function sampled(text: string, value: string | undefined): string {
   return value === undefined ? text : text.replace(placeholder, value);
 }
 
-/** The same bytes in the other notation, or nothing when they can't be told there without loss. */
+/** The same bytes in the other notation, or nothing when it can't express them without loss. */
 export function converted(fields: CommandFields): CommandFields | undefined {
   const meaning = meaningOf(fields);
   if (isFault(meaning)) return undefined;
@@ -56,7 +56,7 @@ export function converted(fields: CommandFields): CommandFields | undefined {
   return fieldsOf({ content: text, contentFormat: 0, asciiEncode: fields.asciiEncode });
 }
 
-/** Whether a text holds characters above U+007F that were typed as \x: in UTF-8 they become two bytes. */
+/** Whether a text has characters above U+007F that were typed as \x: in UTF-8 they become two bytes. */
 export function hasWideEscapes(fields: CommandFields): boolean {
   return fields.isText && fields.asciiEncode === 0 && /(?<!\\)(?:\\\\)*\\x[89a-fA-F][0-9a-fA-F]/.test(fields.notation);
 }

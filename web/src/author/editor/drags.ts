@@ -1,5 +1,5 @@
 /**
- * What a pointer does on the canvas: one object for each kind of drag, made on press, told each move, and ended.
+ * The pointer on the canvas: one object for each kind of drag, created on press, notified of each move, and ended.
  * Coordinates are px of the page; nothing here knows an element.
  */
 import {
@@ -29,7 +29,7 @@ export interface Drag {
   cancel(): void;
 }
 
-/** How near an edge has to come to snap, in px of the screen. */
+/** Distance within which an edge snaps, in px of the screen. */
 const reach = 6;
 
 function targetsFor(editor: Editor): SnapTargets {
@@ -122,14 +122,14 @@ export function resizeDrag(editor: Editor, handle: Handle, start: Point): Drag {
   };
 }
 
-/** How far the moved edge went from where it was. */
+/** How far the moved edge is from its original place. */
 function snappedShift(now: Box, before: Box, edge: "start" | "end" | "", axis: "x" | "y"): number {
   const size = axis === "x" ? "width" : "height";
   if (edge === "start") return now[axis] - before[axis];
   return edge === "end" ? now[axis] + now[size] - before[axis] - before[size] : 0;
 }
 
-/** Selects what a rectangle touches. */
+/** Selects everything that a rectangle touches. */
 export function marqueeDrag(editor: Editor, start: Point, more: boolean): Drag {
   const before = more ? editor.selection : new Set<number>();
   const hit = (box: Box): Component[] => editor.components.filter((one) => !one.locked && overlaps(one, box));

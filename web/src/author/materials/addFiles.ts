@@ -3,7 +3,7 @@ import { type Material, materialSizes } from "../../model/materials.ts";
 import type { Application } from "../application.ts";
 import { ImageFault, readImage, sizeText } from "./images.ts";
 
-/** Adds files to the materials, or replaces one by the first of them. What can't be used is told. */
+/** Adds files to the materials, or replaces one by the first of them. Reports unusable files. */
 export async function addFiles(
   { store, notices }: Application,
   files: Iterable<File>,

@@ -1,4 +1,4 @@
-/** From files to materials: reading, measuring and scaling down of pictures. */
+/** Converts files to materials: reads, measures and scales down pictures. */
 import { newId } from "../../model/ids.ts";
 import { dataSize, isImageData, type Material, materialSizes } from "../../model/materials.ts";
 
@@ -38,8 +38,8 @@ function load(data: string): Promise<HTMLImageElement> {
 export const scaledSides = [128, 256, 512, 1024, 1920];
 
 /**
- * The picture with its longer side at most so long. Transparency is kept. When the result is no smaller than what
- * was there, that stays.
+ * The picture, scaled down so that its longer side is at most this long. Transparency is kept. If the result is not
+ * smaller in bytes than the original, the original stays.
  */
 export async function scaledDown(material: Material, side: number): Promise<Material> {
   const image = await load(material.data);

@@ -37,17 +37,18 @@ function readProject(layoutDocument: unknown, materialsDocument: unknown, intera
   return { layout, materials, interactions: readInteractions(interactions) };
 }
 
-/** Whether a write was refused since somebody else has stored something in between. */
+/** Whether a write was refused because somebody else has stored something in between. */
 export function isOvertaken(error: unknown): boolean {
   return error instanceof ServerError && error.code === codes.changed;
 }
 
 /**
- * Stores what differs from the snapshot, as long as nobody else has stored anything since it was made. The layout
- * comes last: a panel that reads in between never meets a page whose pictures or commands are not there yet. Its time
- * of saving tells panels that any of the three is another one, and lets one of two authors through who save at once.
+ * Stores what differs from the snapshot, as long as nobody else has stored anything since the snapshot was made. The
+ * layout comes last: a panel that reads in between never meets a page whose pictures or commands are missing. The
+ * layout's time of saving shows panels that any of the three documents has changed, and lets only one of two authors
+ * through who save at the same time.
  * @param time  of saving, in ms since 1970
- * @returns false when somebody else was faster; what was written until then is taken back
+ * @returns false when somebody else was faster; everything written until then is taken back
  */
 export async function writeStored(
   server: DocumentServer,

@@ -1,4 +1,4 @@
-/** The author's project: what is edited, what is stored, and the way between the two. */
+/** The author's project: what is edited, what is stored, and the transfer between the two. */
 import type { Clock, Timer } from "../../api/clock.ts";
 import type { Connection, ConnectionState } from "../../api/connection.ts";
 import type { ReportError } from "../../api/errors.ts";
@@ -16,12 +16,12 @@ import { ta } from "../../i18n/author.ts";
 import type { Drafts } from "./draft.ts";
 import { type DocumentServer, isOvertaken, readStored, type Snapshot, writeStored } from "./documents.ts";
 
-/** Least pause between two writings of the draft, and longest one between two changes of one step, in ms. */
+/** Shortest pause between two writes of the draft, and longest pause between two changes of one step, in ms. */
 const times = { draft: 300, step: 3000 };
-/** How often something is stored again when others were faster. */
+/** How often a save is tried again when others were faster. */
 const mostAttempts = 5;
 
-/** All that the store knows of the world around it. */
+/** Everything that the store uses from outside. */
 export interface StoreNeeds {
   readonly server: DocumentServer & Pick<Server, "interfaces" | "click">;
   readonly drafts: Pick<Drafts, "adopt" | "keep" | "clear">;
@@ -41,7 +41,7 @@ export class ProjectStore {
   saving = $state(false);
   /** What somebody else has stored meanwhile; the author has to choose. */
   conflict = $state.raw<Project | undefined>();
-  /** When the draft was kept that this session goes on with; 0: none. */
+  /** The time of the draft with which this session continues; 0: none. */
   restored = $state(0);
   /** What is stored, as far as this session knows. */
   base = $state.raw<Project>(emptyProject);
@@ -91,7 +91,7 @@ export class ProjectStore {
       const draft = await this.needs.drafts.adopt();
       if (!draft) return;
       if (sameProject(draft.project, this.base)) return void (await this.needs.drafts.clear());
-      // Undo leads back to what is stored, also when the notice with its offer to discard is gone.
+      // Undo leads back to the stored project, even when the notice that offers to discard the draft is gone.
       if (!sameProject(draft.base, this.base)) this.base = draft.base;
       this.history = step(this.history, draft.project);
       this.restored = draft.time;
@@ -102,7 +102,7 @@ export class ProjectStore {
     }
   }
 
-  /** Starts anew where the stored pages can't be read: nothing is replaced before the next save. */
+  /** Starts with an empty project when the stored pages can't be read: nothing is replaced before the next save. */
   startAnew(): void {
     this.refused = undefined;
     this.base = emptyProject;
@@ -122,7 +122,7 @@ export class ProjectStore {
       this.base = stored;
       this.history = startHistory(stored);
     } catch {
-      // The connection's state tells it already; the next refresh tries again.
+      // The connection's state shows it already; the next refresh tries again.
     }
   }
 
@@ -185,8 +185,8 @@ export class ProjectStore {
   }
 
   /**
-   * Stores the project, unless somebody else has stored another one since it was read: then `conflict` is set. What
-   * is stored while the writes are on their way counts as well: they name the states that they replace.
+   * Stores the project, unless somebody else has stored another one since it was read: then `conflict` is set. That
+   * includes anything stored while the writes are under way: they name the states that they replace.
    * @throws ServerError when the server can't be reached or refuses
    */
   async save(): Promise<"saved" | "conflict"> {
@@ -209,7 +209,7 @@ export class ProjectStore {
     }
   }
 
-  /** @returns whether the conflict is over; else yet another one was found, and the author has to choose again */
+  /** @returns whether the conflict is over; otherwise yet another one was found, and the author has to choose again */
   async resolve(choice: "theirs" | "mine" | "copy"): Promise<boolean> {
     const theirs = this.conflict;
     this.conflict = undefined;
@@ -221,7 +221,8 @@ export class ProjectStore {
     if (choice === "copy") {
       this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
     }
-    // What is edited replaces theirs knowingly from here on, also when the server can't be reached at the moment.
+    // From here on the author knows that this project replaces theirs, even if the server can't be reached at the
+    // moment.
     this.base = theirs;
     this.#keepDraft();
     return (await this.save()) === "saved";
@@ -240,8 +241,8 @@ export class ProjectStore {
   }
 
   /**
-   * Commands of deleted interfaces are kept for the author, but under ids that no interface ever gets: the server may
-   * give the old ones to other equipment after its next start.
+   * Keeps commands of deleted interfaces for the author, but under ids that no interface ever gets: the server may give
+   * the old ids to other equipment after its next start.
    */
   #withoutStrayIds(project: Project): Project {
     const isStray = (one: Command) => one.portIndex > 0 && !this.interfaceIds.has(one.portIndex);
@@ -253,7 +254,7 @@ export class ProjectStore {
     return found ? { ...project, interactions } : project;
   }
 
-  /** Stores the commands of one trigger, nothing else, and fires them. @throws ServerError */
+  /** Stores only the commands of one trigger, and fires them. @throws ServerError */
   async sendNow(componentId: number, trigger: string, commands: readonly Command[]): Promise<void> {
     for (let attempt = 1; !(await this.#storeCommands(componentId, trigger, commands)); ++attempt) {
       if (attempt === mostAttempts) throw new ServerError(codes.changed);

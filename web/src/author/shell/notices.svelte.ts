@@ -58,7 +58,7 @@ export class Notices {
     });
   }
 
-  /** Does something with the server; a failure becomes a notice. True when it was done. */
+  /** Runs an action on the server; a failure becomes a notice. True when it succeeded. */
   async attempt(act: () => Promise<unknown>): Promise<boolean> {
     try {
       await act();
@@ -69,7 +69,7 @@ export class Notices {
     }
   }
 
-  /** An error as a sentence that says what to do. One that none of the server's replies explains is reported. */
+  /** An error as a sentence that says what to do. An error that is not one of the server's replies is reported. */
   sentenceOf(error: unknown): string {
     if (!(error instanceof ServerError)) {
       this.reportError(error, "author");

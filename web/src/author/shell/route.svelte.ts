@@ -1,6 +1,6 @@
 import { hashParts } from "../../model/address.ts";
 
-/** Which screen is shown: the address behind the hash. */
+/** The shown screen, from the address after the hash (docs/decisions/0008-two-bundles-without-a-router.md). */
 export const screens = ["pages", "interfaces", "materials", "settings", "edit"] as const;
 export type Screen = (typeof screens)[number];
 
@@ -17,7 +17,7 @@ export class Route {
     return screens.find((screen) => screen === this.#parts[0]) ?? "pages";
   }
 
-  /** What stands behind the screen's name: the id of the edited page. */
+  /** The part after the screen's name: the id of the edited page. */
   get id(): string {
     return this.#parts[1] ?? "";
   }
