@@ -20,7 +20,7 @@ bool Holds(const std::string& path, const std::string& bytes) {
            ReadFileContent(path).bytes == bytes;
 }
 
-/** Gives the file another name. The document may be a link to where the user keeps it: the link stays. */
+/** Renames the file. The document may be a link to the place where the user keeps it: the link stays. */
 std::error_code Move(const std::string& path, const std::string& target) {
     std::error_code error;
     const fs::path file = fs::canonical(PathFromNarrow(path), error);

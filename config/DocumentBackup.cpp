@@ -35,7 +35,9 @@ std::optional<std::string> ReadWholeBackup(const std::string& path) {
     return std::move(backup.bytes);
 }
 
-/** Puts a text in the place of a document. The document may be a link to where the user keeps it: it stays.
+/**
+ * Replaces a document by a text. The document may be a link to the place where the user keeps it: the link
+ * stays.
  */
 std::error_code Replace(const std::string& path, const SFileContent& document, const std::string& text) {
     if (document.state == EnFileState::Missing) {
@@ -46,7 +48,7 @@ std::error_code Replace(const std::string& path, const SFileContent& document, c
     return error ? error : ReplaceFileDurably(NarrowFromPath(target), text);
 }
 
-/** The backup is newer than a document that is whole, or was never written. */
+/** Called when the backup is newer than a whole document, or than none. */
 std::string TakeNewerBackup(const std::string& path, const SFileContent& document, const std::string& text) {
     if (const std::error_code error = Replace(path, document, text)) {
         Tell("JSON Load Error: " + path +
@@ -59,7 +61,7 @@ std::string TakeNewerBackup(const std::string& path, const SFileContent& documen
     return path;
 }
 
-/** The document is broken or can't be read, and the backup is whole. */
+/** Called when the document is broken or can't be read, and the backup is whole. */
 std::string TakeWholeBackup(const std::string& path, const SFileContent& document, const std::string& text) {
     if (document.state == EnFileState::Unreadable) {
         Tell("JSON Load Error: " + path + " can't be read to its end, its backup is used");

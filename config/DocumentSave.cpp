@@ -15,8 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** Puts what was written to a document on the disk, and its name: it may be the first document of its path.
- */
+/** Flushes the written document and its name to the disk: it may be the first document of its path. */
 std::error_code FlushDocument(const std::string& path) {
     if (const std::error_code error = FlushFile(path)) {
         return error;
@@ -37,7 +36,7 @@ std::optional<SSaveProblem> CDocumentSave::Try() {
         try {
             m_text = SerialiseDocument(m_document);
         } catch (const nlohmann::json::exception&) {
-            // As required of such a document: the file is there, and empty.
+            // Such a document leaves an existing, empty file (see SaveJsonToFile).
             return WriteInPlace(m_path,
                                 [this](std::ostream& file) { file << SerialiseDocument(m_document); });
         }

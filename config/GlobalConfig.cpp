@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** True when the file is there and holds something. */
+/** True when the file exists and is not empty. */
 bool HasContent(const std::string& name) {
     const fs::path path = PathFromNarrow(name);
     std::error_code error;
@@ -44,7 +44,7 @@ bool HasContent(const std::string& name) {
     return size > 0;
 }
 
-/** Why the text is not one whole JSON document, with the place; empty when it is one. */
+/** Why the text is not one whole JSON document, with the place; empty when it is. */
 std::string SyntaxProblem(const std::string& path) {
     std::ifstream file = OpenTextForReading(path);
     const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
@@ -59,7 +59,7 @@ std::string SyntaxProblem(const std::string& path) {
     }
 }
 
-/** For the operator: what stands before an error counts, a number that it has cut short too. */
+/** For the operator: the settings before an error count, even a number that the error has cut short. */
 void TellSyntaxProblem(const std::string& path, const SGlobalConfig& config) {
     const std::string problem = SyntaxProblem(path);
     if (!problem.empty()) {

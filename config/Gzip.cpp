@@ -7,22 +7,22 @@
 
 namespace {
 
-// On layouts, 4 gains as much as the default, 6, in a fraction of the time.
+// On layouts, 4 compresses as well as the default, 6, in a fraction of the time.
 constexpr int kLevel = 4;
 constexpr int kGzipHeader = 16;  // added to the bits of the window
 constexpr int kMemoryLevel = 8;  // zlib's default
 
-// Letters and digits in a row that no word has: a picture. It is made shorter by the choice of its bits
-// alone; a search for what comes twice takes four times as long and finds nothing.
+// A longer run of letters and digits than any word has: a picture. Only the choice of its bits makes it
+// shorter; a search for repetitions takes four times as long and finds nothing.
 constexpr std::size_t kPicture = 4096;
-constexpr std::size_t kForEachStretch = 64;  // bytes that a text may grow by where it is cut
+constexpr std::size_t kForEachStretch = 64;  // bytes by which a text may grow at each cut
 
 bool IsBase64(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
            c == '/' || c == '=';
 }
 
-/** The first picture in a text; an empty piece at the end where there is none. */
+/** The first picture in a text; an empty piece at the end when there is none. */
 std::string_view FindPicture(std::string_view text) {
     std::size_t begin = 0;
     for (std::size_t end = 0; end <= text.size(); ++end) {
@@ -62,7 +62,7 @@ std::string Gzip(std::initializer_list<std::string_view> texts) {
         size += text.size();
         stretches += 2 * (text.size() / kPicture + 1);
     }
-    // The bound holds for texts that are given at once; of some that are not, a few bytes more come of each.
+    // The bound holds for texts that are passed at once; for texts in pieces, each piece adds a few bytes.
     std::string packed(deflateBound(&stream, static_cast<uLong>(size)) + kForEachStretch * stretches, '\0');
     stream.next_out = reinterpret_cast<Bytef*>(packed.data());
     stream.avail_out = static_cast<uInt>(packed.size());

@@ -5,7 +5,7 @@ bool IsNestedTooDeep(std::string_view text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         switch (text[i]) {
             case '"':
-                // To the end of the string; a backslash takes the character behind it along.
+                // To the end of the string; a backslash also skips the character after it.
                 for (++i; i < text.size() && text[i] != '"'; ++i) {
                     if (text[i] == '\\') {
                         ++i;
@@ -20,7 +20,7 @@ bool IsNestedTooDeep(std::string_view text) {
                 break;
             case ']':
             case '}':
-                // The first value is complete, or the text is no JSON: no parser goes further.
+                // The first value is complete, or the text is invalid JSON: no parser goes further.
                 if (depth <= 1) {
                     return false;
                 }

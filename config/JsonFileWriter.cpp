@@ -31,7 +31,7 @@ struct CJsonFileWriter::SPathState {
 
 namespace {
 
-/** Writes to the system log where nothing may be thrown. */
+/** Writes to the system log from functions that must not throw. */
 template <typename MakeText>
 void Log(RavLog::EnLogLevel level, const char* withoutMemory, MakeText makeText) noexcept {
     try {
@@ -102,7 +102,7 @@ void CJsonFileWriter::RunJob(SPathState& state, bool canSleep) noexcept {
     do {
         TakeWaiting(state);
         if (!state.unfinished || TryOnce(state)) {
-            ReturnFreeMemory();  // of the copy and its text, perhaps much
+            ReturnFreeMemory();  // of the copy and its text, possibly much
             return;
         }
     } while (canSleep && SleepBeforeNextTry(state));
@@ -170,7 +170,7 @@ bool CJsonFileWriter::SleepBeforeNextTry(SPathState& state) noexcept {
     {
         const CLock lock(m_mutex);
         if (state.hasTaker) {
-            return false;  // the job of a newer document goes on
+            return false;  // the job of a newer document continues
         }
         isEnding = m_endings > 0;
         state.hasTaker = !isEnding;
@@ -204,7 +204,7 @@ void CJsonFileWriter::WaitAll() {
         }
     }
     for (SPathState* state = NextState(nullptr); state != nullptr; state = NextState(state)) {
-        RunJob(*state, true);  // what a save without a thread has left undone
+        RunJob(*state, true);  // the rest of a save without a thread
     }
     const CLock lock(m_mutex);
     --m_endings;

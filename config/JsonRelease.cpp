@@ -7,7 +7,7 @@ void ReleaseJson(nlohmann::json& value) noexcept {
         for (nlohmann::json& part : value) {
             ReleaseJson(part);
         }
-        value.clear();  // of values that hold nothing: the stack for them stays empty
+        value.clear();  // these values are empty: the stack for them stays empty
     }
     value = nullptr;
 }

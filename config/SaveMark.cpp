@@ -39,7 +39,7 @@ std::error_code WriteSaveMark(const std::string& path, const SFileContent& docum
 }
 
 void RemoveSaveMark(const std::string& path) {
-    std::error_code ignored;  // a mark that stays fits neither the document of now nor a later one
+    std::error_code ignored;  // a mark that stays matches neither the present document nor a later one
     const fs::path mark = PathFromNarrow(MarkPath(path));
     if (fs::remove(mark, ignored)) {
         FlushFolder(NarrowFromPath(mark.parent_path()));

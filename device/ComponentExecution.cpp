@@ -21,7 +21,7 @@ constexpr std::chrono::seconds kVainWaitsOfAClick{6};
 /** The outcome of all commands of one request. */
 class CSendRun {
   public:
-    /** Sends one command; one whose interface is gone is skipped. */
+    /** Sends one command; skips one whose interface no longer exists. */
     void Send(SCommandConfig& command) {
         const bool isText = command.contentFormat == 0;
         if (command.controlType == kSerialCommand) {

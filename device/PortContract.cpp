@@ -13,7 +13,7 @@
 
 namespace {
 
-/** Ports that are opened at the same time at most. */
+/** Maximum of ports that are opened at the same time. */
 constexpr std::size_t kOpenersLimit = 1024;
 
 /** CodeBadRequest for a mode that does not exist. */

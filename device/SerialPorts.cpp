@@ -53,7 +53,7 @@ std::string ClassifySerialPort(const std::wstring& hardwareId, const std::wstrin
         const wchar_t* part;
         const char* type;
     };
-    // The first row that holds decides. The digits alone are enough, wherever they stand.
+    // The first matching row decides. The digits alone are enough, at any position.
     const std::array rows = {
         SRow{text, L"485", "RS485"},         SRow{id, L"485", "RS485"},
         SRow{text, L"rs485", "RS485"},       SRow{id, L"rs485", "RS485"},

@@ -24,7 +24,7 @@ bool Write(const std::filesystem::path& path, const std::string& text) {
     return static_cast<bool>(file);
 }
 
-/** A browser must not meet half of the file, so it is written beside and moved into place. */
+/** A browser must not read half of the file, so it is written beside and moved into place. */
 bool Replace(const std::filesystem::path& path, const std::string& text) {
     const std::filesystem::path beside = path.string() + ".new";
     std::error_code error = std::make_error_code(std::errc::permission_denied);
@@ -34,7 +34,7 @@ bool Replace(const std::filesystem::path& path, const std::string& text) {
     return !error;
 }
 
-/** Where the folder belongs to somebody else, but this file was made for the server. */
+/** For a folder that belongs to somebody else, with this file created for the server. */
 bool WriteInPlace(const std::filesystem::path& path, const std::string& text) {
     std::error_code error;
     return std::filesystem::exists(path, error) && Write(path, text);

@@ -1,4 +1,4 @@
-// The host process of the server: all it does is to start, to wait and to stop.
+// The host process of the server: it only starts, waits and stops.
 
 #include "host/WebSettings.h"
 #include "include/CenterServer.h"
@@ -47,7 +47,7 @@ void Tell(RavLog::EnLogLevel level, std::string_view text) {
     RavLog::WriteSystemLog(level, "ServerHost", text);
 }
 
-/** The same of what ended the start, which may be want of memory. */
+/** Reports the exception that ended the start, which may be a lack of memory. */
 void TellFailure(const std::exception& error) noexcept {
     constexpr const char* text = "the server could not start: ";
     try {
@@ -96,13 +96,13 @@ void PrintWhereabouts(const SGlobalConfig& config) {
               << "Stop it with Ctrl+C or SIGTERM." << std::endl;
 }
 
-/** Taken for the rest of the process: the last saves are waited for after main. */
+/** Held for the rest of the process: the last saves are waited for after main. */
 const CFolderLock& LockDocuments(const SGlobalConfig& config) {
     static const auto* const lock = new CFolderLock(config.user_data_path);
     return *lock;
 }
 
-/** On standard error alone: the logs in the folder belong to the other server. */
+/** Only on standard error: the logs in the folder belong to the other server. */
 void TellTaken(const std::string& owner, const SGlobalConfig& config) {
     std::cerr << "ServerHost: another server, "
               << (owner.empty() ? "of an unknown process" : "process " + owner)
@@ -129,7 +129,10 @@ void StartLogs(const SGlobalConfig& config, bool isNew, const CFolderLock& lock)
     }
 }
 
-/** Whether this process serves the port: that another one does is no success. wasFree: before the start. */
+/**
+ * Whether this process serves the port; another process that does so is no success. wasFree: before the
+ * start.
+ */
 bool IsServing(int port, bool wasFree) {
     return IsListeningHere(port).value_or(wasFree && !IsPortFree(port));
 }

@@ -12,7 +12,7 @@
 
 namespace {
 
-/** Request handlers that run at once at most. */
+/** Maximum of request handlers that run at once. */
 constexpr int kHttpWorkerThreads = 4;
 
 }  // namespace

@@ -69,7 +69,7 @@ void CClientsManager::DeleteClient(const std::shared_ptr<hv::WebSocketChannel>& 
     m_channels.erase(channel);
 }
 
-// By value: that is the operation's form, and callers hand over a temporary.
+// By value: that is the operation's signature, and callers pass a temporary.
 bool CClientsManager::IsClientConnected(
     std::string host) const {  // NOLINT(performance-unnecessary-value-param)
     const CSharedLock lock(m_hostCountsLock);

@@ -13,7 +13,7 @@
 
 namespace {
 
-/** Bytes of a document that a reply copies: less work than sending it in pieces. */
+/** Size up to which a reply copies a document: less work than sending it in pieces. */
 constexpr std::size_t kCopiedAtMost = std::size_t{16} * 1024;
 
 }  // namespace

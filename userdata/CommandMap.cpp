@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-/** The member of an object; null when it is no object or has no such key. */
+/** The member of an object; null when the value is not an object or has no such key. */
 const json* Find(const json& object, const char* key) {
     const auto member = object.find(key);
     return member == object.end() ? nullptr : &*member;
@@ -49,7 +49,7 @@ std::int32_t OptionalNumber(const json& object, const char* key) {
     return JsonToInt32(*value);
 }
 
-/** The interface's name. @throw type_error 302 when either spelling holds something else than a text */
+/** The interface's name. @throw type_error 302 when a value of either spelling is not a text */
 std::string InterfaceNameOf(const json& command) {
     const json* name = Find(command, "interfaceName");
     const json* otherName = Find(command, "interFaceName");
@@ -69,7 +69,10 @@ std::vector<SCommandConfig> ParseCommands(const json& commands) {
     return records;
 }
 
-/** The ports of lists of records, in ascending order: made once a list, which many interactions can share. */
+/**
+ * The ports of lists of records, in ascending order: computed once for a list that many interactions can
+ * share.
+ */
 class CPortLists {
   public:
     const std::vector<std::int32_t>& Of(const std::vector<SCommandConfig>& records) {
@@ -87,7 +90,7 @@ class CPortLists {
     std::unordered_map<const std::vector<SCommandConfig>*, std::vector<std::int32_t>> m_lists;
 };
 
-/** Erases the commands that have none of the ports. */
+/** Removes the commands that have none of the ports. */
 void PruneCommands(json& commands, const std::vector<std::int32_t>& ports) {
     const auto isForgotten = [&ports](const json& command) {
         const json* portIndex = FindInteger(command, "portIndex");

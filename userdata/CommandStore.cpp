@@ -1,4 +1,4 @@
-// The operations of CUserData on the command map and the component interactions behind it.
+// The operations of CUserData on the command map and on the component interactions from which it is built.
 
 #include "userdata/UserData.h"
 
@@ -10,7 +10,7 @@ using nlohmann::json;
 
 constexpr const char* kInteractionKey = "componentInteractionInfo";
 
-/** The component interactions of a document; null when it has none that can be walked. */
+/** The component interactions of a document; null when there are none of the right shape. */
 const json* FindInteractions(const json& componentConfig) {
     const auto interactions = componentConfig.find(kInteractionKey);
     if (interactions == componentConfig.end()) {

@@ -30,7 +30,7 @@ constexpr auto kParities = std::to_array<SNamedValue<EnParity>>({{"None", Parity
 constexpr auto kStopBits = std::to_array<SNamedValue<EnStopBits>>(
     {{"1", StopBitsOne}, {"1.5", StopBitsOneAndHalf}, {"2", StopBitsTwo}});
 
-/** The value of a name; the first one of the table when the name isn't in it. */
+/** The value of a name; the first value of the table for an unknown name. */
 template <typename Table>
 auto ValueOf(const Table& table, std::string_view name) {
     for (const auto& entry : table) {

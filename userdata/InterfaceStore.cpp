@@ -42,7 +42,7 @@ bool EraseRecord(CSharedMutex& mutex, Map& map, std::int32_t nodeId) {
     return map.erase(nodeId) != 0;
 }
 
-/** True when a record other than the excepted one fulfils the condition. */
+/** True when a record other than the excluded one meets the condition. */
 template <typename Map, typename Condition>
 bool AnyRecord(const Map& map, bool exists, std::int32_t nodeId, Condition condition) {
     return std::any_of(map.begin(), map.end(), [&](const auto& entry) {
@@ -50,7 +50,7 @@ bool AnyRecord(const Map& map, bool exists, std::int32_t nodeId, Condition condi
     });
 }
 
-/** What an element of the list says it is. */
+/** The kind that an element of the list declares. */
 struct SElement {
     std::int32_t nodeId = 0;
     std::string kind;
@@ -181,7 +181,7 @@ void CUserData::UpdateNetSerialMap() {
             ++unusable;
             continue;
         }
-        usedIds.insert(element.nodeId);  // an element with a bad body keeps its id all the same
+        usedIds.insert(element.nodeId);  // an element with an invalid body keeps its id nevertheless
         SSerialPortConfig serialPort;
         SNetPortConfig netPort;
         const bool hasBody = element.body != nullptr;

@@ -1,4 +1,4 @@
-// The names of generations, and which of them stay.
+// The names of generations, and which generations stay.
 
 #include "versions/Generations.h"
 
@@ -20,7 +20,7 @@ constexpr std::size_t kLatestDays = 12;
 constexpr std::size_t kLatestMonths = 6;
 constexpr std::size_t kNameLength = 19;  // of "2026-11-22_14-05-33"
 
-/** The number in a part of a text; -1 when there are other characters than digits. */
+/** The number in a part of a text; -1 when there are characters other than digits. */
 int NumberAt(const std::string& text, std::size_t place, std::size_t length) {
     const char* const end = text.data() + place + length;
     int number = -1;

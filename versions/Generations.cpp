@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::array<const char*, 4> kNames = {"layout.json", "materials.json", "componentConfig.json",
                                                "interFace.json"};
-constexpr const char* kUnfinished = ".tmp";  // behind the name of a generation that is made or removed
+constexpr const char* kUnfinished = ".tmp";  // suffix of a generation that is being created or removed
 
 using Documents = std::vector<std::pair<const char*, std::string>>;
 
@@ -31,7 +31,7 @@ void Insist(const std::error_code& error, const std::string& what) {
     }
 }
 
-/** The documents of a folder as they are, or as a start would load them. One that is missing is left out. */
+/** The documents of a folder as they are, or as a start would load them. Missing ones are left out. */
 Documents ReadDocuments(const fs::path& folder) {
     Documents documents;
     for (const char* name : kNames) {
@@ -68,9 +68,9 @@ std::uintmax_t SizeOf(const fs::path& generation) {
     return size;
 }
 
-/** Removes what is ours in a folder, and the folder when nothing else is in it. */
+/** Removes our files from a folder, and the folder if it is empty then. */
 void RemoveUnfinished(const fs::path& generation) {
-    std::error_code ignored;  // what stays is tried again with the next generation
+    std::error_code ignored;  // the rest is tried again with the next generation
     for (const char* name : kNames) {
         fs::remove(generation / name, ignored);
         fs::remove(generation / (std::string(name) + kUnfinished), ignored);
@@ -78,7 +78,7 @@ void RemoveUnfinished(const fs::path& generation) {
     fs::remove(generation, ignored);
 }
 
-/** Its name goes first, so that half a generation never looks like a whole one. */
+/** Renames it first, so that half a generation never looks like a whole one. */
 void Remove(const fs::path& backups, local_seconds time) {
     const fs::path generation = backups / GenerationName(time);
     const fs::path unfinished = backups / (GenerationName(time) + kUnfinished);
@@ -89,7 +89,7 @@ void Remove(const fs::path& backups, local_seconds time) {
     }
 }
 
-/** The generations that are there, ascending; what an earlier process has left unfinished is removed. */
+/** The existing generations, ascending; removes what an earlier process has left unfinished. */
 std::vector<local_seconds> List(const fs::path& backups) {
     std::vector<local_seconds> times;
     for (const std::string& name : NamesInFolder(NarrowFromPath(backups))) {
@@ -126,10 +126,10 @@ void Write(const fs::path& backups, local_seconds time, const Documents& documen
     Insist(FlushFolder(NarrowFromPath(backups)), "the folder Backup");
 }
 
-/** Removes what is too many or takes too much room, but never the latest. */
+/** Removes superfluous generations and those that take too much space, but never the latest. */
 void Thin(const fs::path& backups, local_seconds now, std::uintmax_t most) {
     const std::vector<local_seconds> times = List(backups);
-    // Those of a clock that was ahead don't take the places of the others.
+    // Generations of a clock that was ahead don't displace the others.
     const auto ahead = std::upper_bound(times.begin(), times.end(), now);
     for (const auto& part : {std::vector(times.begin(), ahead), std::vector(ahead, times.end())}) {
         for (const local_seconds time : SuperfluousGenerations(part)) {

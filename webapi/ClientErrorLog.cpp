@@ -65,6 +65,6 @@ void AppendClientErrorLog(const std::string& line) {
     try {
         AppendRecord(folder, line);
     } catch (...) {  // NOLINT(bugprone-empty-catch)
-        // The report stands in the application log all the same.
+        // The report is in the application log nevertheless.
     }
 }

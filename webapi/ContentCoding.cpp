@@ -6,7 +6,10 @@
 
 namespace {
 
-/** Takes the part before the separator off the front of the text, without the blanks around it. */
+/**
+ * Removes the part before the separator from the front of the text, and returns it without the blanks around
+ * it.
+ */
 std::string_view TakePart(std::string_view& text, char separator) {
     const std::size_t end = std::min(text.find(separator), text.size());
     std::string_view part = text.substr(0, end);

@@ -1,4 +1,4 @@
-// What helps to find a fault: the debug console, and the errors that browsers report.
+// The routes for finding faults: the debug console, and the errors that browsers report.
 
 #include "platform/DebugConsole.h"
 #include "server/LogText.h"
@@ -26,7 +26,7 @@ std::string ReportLine(const nlohmann::json& report, const SRequestTrace& trace)
     return line.str();
 }
 
-/** Switches the console as the body says. @return the code of the reply; the trace gets its detail */
+/** Switches the console according to the body. @return the code of the reply; sets the trace's detail */
 int SwitchConsole(const std::string& text, SRequestTrace& trace) {
     const nlohmann::json body = ParseBody(text);
     if (!body.is_object() || !body.contains("data")) {

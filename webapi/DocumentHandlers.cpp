@@ -1,8 +1,9 @@
-// The documents that describe the user's pages: read and replaced whole, never looked into.
+// The documents that describe the user's pages: read and replaced whole, never interpreted.
 //
-// A reply with a document names its state in ETag. Who has it already says so in If-None-Match and gets 304;
-// who writes on top of it says so in If-Match and gets 412 when something else has been stored meanwhile. The
-// two forms of a reply, plain and compressed, have a tag each, of which either names the state.
+// A reply with a document names its state in ETag. A client that already has this state says so in
+// If-None-Match and gets 304. A client that writes on top of it says so in If-Match and gets 412 when
+// something else has been stored meanwhile. The two forms of a reply, plain and compressed, have different
+// tags; either names the state.
 
 #include "config/Gzip.h"
 #include "platform/RavLog.h"
@@ -22,7 +23,9 @@ using Replacer = CDocument::State (CUserData::*)(nlohmann::json, const CDocument
 
 constexpr const char* kGzipMark = "-gzip";  // ends the tag of a compressed reply
 
-/** Bytes of JSON that are compressed: less is one packet anyhow, more holds up the first reader for too long.
+/**
+ * Sizes of JSON that are compressed: less fits into one packet anyhow, more would hold up the first reader
+ * too long.
  */
 constexpr std::size_t kPackedAtLeast = 1024;
 constexpr std::size_t kPackedAtMost = std::size_t{32} * 1024 * 1024;
@@ -35,7 +38,7 @@ bool NamesState(std::string_view tag, const std::string& stored) {
     return tag == "*" || tag == stored || tag == stored + kGzipMark;
 }
 
-/** The tag by which the client has this state already (RFC 9110, 13.1.2); empty: it has not. */
+/** The tag under which the client has this state already (RFC 9110, 13.1.2); empty: it doesn't have it. */
 std::string KnownTag(const HttpRequest& request, const CDocumentState& state) {
     std::string known;
     if (const auto list = HeaderOf(request, "If-None-Match")) {
@@ -49,19 +52,19 @@ std::string KnownTag(const HttpRequest& request, const CDocumentState& state) {
     return known;
 }
 
-/** Whether a write asks for the state of this tag (RFC 9110, 13.1.1). */
+/** Whether a write requires the state of this tag (RFC 9110, 13.1.1). */
 bool AsksFor(const std::string& ifMatch, const std::string& stored) {
     return AnyEntityTag(
         ifMatch, [&stored](std::string_view tag, bool isWeak) { return !isWeak && NamesState(tag, stored); });
 }
 
-/** The way out for the replies that are a status and no envelope. */
+/** The last step for replies that are a status without an envelope. */
 int RespondWithStatus(http_status status, const SRequestTrace& trace) {
     WriteOperationLog(trace.client, trace.path, FormatLogText(int{status}, trace.detail));
     return status;
 }
 
-/** The compressed envelope of a document; null where it gains nothing or can't be made. */
+/** The compressed envelope of a document; null when it gains nothing or can't be created. */
 CDocumentState::Packed PackedEnvelope(const CDocumentState& state) {
     const std::size_t size = state.Json().size();
     if (size < kPackedAtLeast || size > kPackedAtMost) {
@@ -88,7 +91,7 @@ int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
     SRequestTrace trace{MakeClientId(*request), request->path, {}};
     WriteOperationLog(trace.client, trace.path, std::string());
     const CDocument::State state = (CUserData::GetInstance().*getter)();
-    response->SetHeader("Cache-Control", "no-cache");  // it may be kept, but not used unasked
+    response->SetHeader("Cache-Control", "no-cache");  // it may be cached, but not used without asking
     response->SetHeader("Vary", "Accept-Encoding");
     if (const std::string known = KnownTag(*request, *state); !known.empty()) {
         response->SetHeader("ETag", Quoted(known));

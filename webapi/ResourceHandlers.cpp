@@ -1,4 +1,4 @@
-// Files that are handed out by name: the entry page and the folder of resources.
+// Files that are served by name: the entry page and the folder of resources.
 
 #include "include/GlobalConfig.h"
 #include "platform/FileNames.h"
@@ -32,7 +32,7 @@ std::string ResolveContentType(const std::string& name) {
     return type.empty() ? "application/octet-stream" : type;
 }
 
-/** As weakly_canonical. The error's text leaves the path out, which may hold anything. */
+/** As weakly_canonical, but the error's text omits the path, which may hold anything. */
 fs::path Canonical(const fs::path& path) {
     std::error_code error;
     fs::path canonical = fs::weakly_canonical(path, error);
@@ -51,7 +51,7 @@ bool Exists(const fs::path& path) {
     return exists;
 }
 
-/** The reason why a name is refused before the disk is asked, or null. */
+/** The reason why a name is refused before the disk is accessed, or null. */
 const char* RefusalOf(const ResourcePath& name) {
     if (name.IsAbsolute()) {
         return "absolute path is forbidden";
@@ -61,7 +61,7 @@ const char* RefusalOf(const ResourcePath& name) {
                                                                                  : "path traversal detected";
 }
 
-/** Whether a name leads to a device of Windows, which no file can be. */
+/** Whether a name means a device of Windows, which no file can be. */
 bool NamesDevice(const ResourcePath& name) {
     const auto& elements = name.Elements();
     return std::any_of(elements.begin(), elements.end(), [](const std::u8string& element) {
@@ -69,12 +69,12 @@ bool NamesDevice(const ResourcePath& name) {
     });
 }
 
-/** Whether a path with this root name can lie on the drive of the folder. */
+/** Whether a path with this root name can be on the drive of the folder. */
 bool IsOnDriveOf(const fs::path& folder, const ResourcePath& name) {
     return name.RootName().empty() || name.RootName() == folder.root_name().u8string();
 }
 
-/** A folder has no body, and what else is no file must not be waited for. */
+/** A folder has no body, and anything else that is not a file must not be waited for. */
 bool IsRegularFile(const PinnedFile& file) {
     std::error_code ignored;
     return fs::is_regular_file(PathFromNarrow(file.OpenName()), ignored);
@@ -92,11 +92,11 @@ int Finish(const SRequestTrace& trace, int status) {
 }
 
 /**
- * Answers with the file of that name, still percent-encoded.
+ * Answers with the file of this name, which is still percent-encoded.
  *
- * The names on the way to the file can change while they are checked: a link can be put in the place of a
- * folder. So the file that was found is held, where it really lies is checked once more, and this very file
- * is opened and no name again.
+ * The names on the way to the file can change while they are checked: a link can replace a folder. So the
+ * file is pinned, its real place is checked once more, and exactly this file is opened, without using a name
+ * again.
  */
 int AnswerResource(const std::string& fileName, HttpResponse* response, const SRequestTrace& trace) {
     const ResourcePath name = ResourcePath(Utf8FromBytes(HUrl::unescape(fileName))).LexicallyNormal();
@@ -116,7 +116,7 @@ int AnswerResource(const std::string& fileName, HttpResponse* response, const SR
     }
     const PinnedFile folder(root);
     const PinnedFile file(candidate);
-    // Without the folder, when no descriptors are left say, every place would count as one below it.
+    // Without the folder, for example when no descriptors are left, every place would count as one below it.
     const fs::path realRoot = folder.RealPath();
     if (file && (realRoot.empty() || !IsPathWithinRoot(realRoot, file.RealPath()))) {
         return Refuse(response, trace, kEscapedRoot);
@@ -124,7 +124,7 @@ int AnswerResource(const std::string& fileName, HttpResponse* response, const SR
     if (file && IsRegularFile(file)) {
         response->File(file.OpenName().c_str());  // one that may not be read: no body
     }
-    response->SetContentType(ResolveContentType(fileName).c_str());  // behind File, which may set another
+    response->SetContentType(ResolveContentType(fileName).c_str());  // after File, which may set another
     response->SetHeader("Cache-Control", "public, max-age=3600");
     return Finish(trace, HTTP_STATUS_OK);
 }

@@ -19,7 +19,7 @@ std::size_t RootNameLength(std::u8string_view text) {
     if (text.size() >= 2 && IsLetter(text[0]) && text[1] == u8':') {
         return 2;
     }
-    // More than two separators are a root directory and no server.
+    // More than two separators are a root directory, not a server.
     if (text.size() >= 3 && IsSeparator(text[0]) && IsSeparator(text[1]) && !IsSeparator(text[2])) {
         return std::min(text.find_first_of(kSeparators, 2), text.size());
     }
@@ -67,7 +67,7 @@ ResourcePath ResourcePath::LexicallyNormal() const {
     if (kept.empty() && m_rootName.empty() && !m_hasRootDirectory && !m_elements.empty()) {
         kept.emplace_back(u8".");
     }
-    // Read anew: what stood behind "./" may be a drive at the beginning.
+    // Parsed again: the text after "./" may be a drive at the beginning.
     return ResourcePath(normal.Text());
 }
 

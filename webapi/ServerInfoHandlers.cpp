@@ -1,4 +1,4 @@
-// What a browser asks about the server, and the language in which it shows itself.
+// The routes for information about the server, and for the user's language.
 
 #include "include/GlobalConfig.h"
 #include "server/RouterMgr.h"

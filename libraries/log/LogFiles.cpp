@@ -29,7 +29,7 @@ constexpr std::size_t kPendingUrgent = 1U << 20U;
 constexpr std::size_t kChunkSize = 64U << 10U;
 constexpr std::chrono::milliseconds kCollectTime{100};
 
-/** What a thread's records have in common; one object a thread, since each look at one costs a call. */
+/** The common part of a thread's records; one object per thread, since each access to one costs a call. */
 struct SThreadTexts {
     std::uint64_t second = ~std::uint64_t{0};
     std::string time;  // "2026-11-21 16:04:24" in local time; formatted once a second
@@ -63,8 +63,8 @@ std::filesystem::path OlderFile(const std::filesystem::path& path, int number) {
 }
 
 /**
- * Makes the file the newest of the older ones. The oldest goes only where all places are taken; when a file
- * can't be renamed nothing else is lost, and the next attempt goes on from there.
+ * Makes the file the newest of the older ones. The oldest is removed only when all places are taken. When a
+ * file can't be renamed, nothing else is lost, and the next attempt continues from there.
  */
 std::error_code Rotate(const std::filesystem::path& path) {
     std::error_code error;
@@ -108,7 +108,7 @@ void CLogFile::Write(const CLogEvent& event) {
             return;
         }
         if (m_pending.capacity() < before + size) {
-            m_pending.reserve(2 * (before + size));  // so that no piece fails for want of memory
+            m_pending.reserve(2 * (before + size));  // so that no piece fails for lack of memory
         }
         for (const std::string_view piece : record) {
             m_pending += piece;
@@ -169,7 +169,7 @@ void CLogFile::OpenSink() {
     m_size = unknown ? 0 : size;
 }
 
-// A viewer may hold a file in a way that forbids to rename it.
+// A viewer may hold a file in a way that prevents renaming it.
 void CLogFile::RotateWhenFull(std::size_t size) {
     const auto now = std::chrono::steady_clock::now();
     if (m_size == 0 || m_size + size <= kFileSize || now < m_nextRotation) {

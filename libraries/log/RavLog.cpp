@@ -28,7 +28,7 @@ struct SSystemLine {
     std::string text;
 };
 
-/** Everything that the loggers stand on; lives to the end of the process. */
+/** The base of all loggers; lives to the end of the process. */
 struct SLogs {
     SLogs() {
         for (CLogFile* file : {serverFile.get(), operationFile.get(), systemFile.get()}) {
@@ -82,7 +82,7 @@ void SendLine(const std::shared_ptr<CLogger>& logger, const SSystemLine& line) {
     wrap.GetEvent()->Format("%s", line.text.c_str());
 }
 
-/** Keeps a line for the start of the logs; those that come after their stop are dropped. */
+/** Keeps a line until the logs start; lines after their stop are dropped. */
 void KeepEarly(SSystemLine line) {
     SLogs& logs = Logs();
     const CLock lock(logs.earlyMutex);

@@ -8,7 +8,7 @@
 
 namespace {
 
-/** Takes one scalar value off a text in UTF-8; U+FFFD for a byte that begins none. */
+/** Removes one scalar value from the front of a UTF-8 text; U+FFFD for a byte that begins none. */
 char32_t TakeScalar(std::string_view& text) {
     constexpr char32_t replacement = 0xfffd;
     const auto first = static_cast<std::uint8_t>(text.front());

@@ -149,7 +149,7 @@ void CSerialNameTable::NameNew(const SFoundLine& line, NamedLines& named) {
     named[number] = line;
 }
 
-/** Keeps the number of a link from being given to another port while the link's own is unplugged. */
+/** Reserves the number of a link while the link's own port is unplugged. */
 void CSerialNameTable::Reserve(int number, const std::string& link, const std::string& identity) {
     const std::optional<SEntry> entry = Find(number);
     if (entry && (entry->identity.empty() || entry->identity == identity)) {

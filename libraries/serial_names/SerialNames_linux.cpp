@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** The table of names and the file in which it lies. */
+/** The table of names and its file. */
 class CNameFile {
   public:
     void SetFile(const std::string& file) {
@@ -45,7 +45,7 @@ class CNameFile {
     }
 
   private:
-    /** What changes whenever the file does: its number, size and time of change. */
+    /** Values that change whenever the file does: its number, size and time of change. */
     using Version = std::tuple<ino_t, off_t, time_t, long>;
 
     /** All zeros while there is no file. */
@@ -77,7 +77,7 @@ class CNameFile {
         }
     }
 
-    /** The names known so far stay, and make the next table. */
+    /** Keeps the names known so far for the next table. */
     void SetAside() REQUIRES_LOCK(m_mutex) {
         const std::string broken = m_file + ".broken";
         std::error_code error;
@@ -155,7 +155,7 @@ std::string FindSerialDevice(const std::string& comPort) {
         if (entry->identity.empty()) {
             return Exists(entry->device) ? entry->device : std::string();
         }
-        // Mostly it is where it was; then the others needn't be looked at.
+        // Usually it is still where it was; then the other lines need not be examined.
         const auto line = LookAtSerialLine(entry->device);
         if (line && line->identity == entry->identity && line->place == entry->place) {
             return entry->device;

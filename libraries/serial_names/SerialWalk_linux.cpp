@@ -160,7 +160,7 @@ std::optional<SFoundLine> Describe(udev_device* device) {
     return line;
 }
 
-/** The library's first hash table makes the seed of all of them, and takes no lock for that. */
+/** The library's first hash table creates the seed of all of them, without a lock. */
 Context MakeContext() {
     Context context(udev_new());
     static std::once_flag seeded;
@@ -174,7 +174,7 @@ Context MakeContext() {
     return context;
 }
 
-/** Folders of all terminal devices but those that are nothing but software, which are the most. */
+/** Folders of all terminal devices except pure software ones, which are the majority. */
 std::vector<std::string> TerminalFolders() {
     const fs::path classFolder = "/sys/class/tty";
     std::vector<std::string> folders;

@@ -9,7 +9,7 @@
 
 namespace {
 
-/** True when somebody has led the stream to a file or a pipe, where it stays. */
+/** True when the stream is redirected to a file or a pipe, where it stays. */
 bool IsRedirected(std::FILE* stream) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): it was one; -1 and -2, of a stream without, have no type
     const DWORD type = GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream))));

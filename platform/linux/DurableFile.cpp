@@ -10,7 +10,7 @@
 namespace {
 
 std::error_code LastError() {
-    // A used-up quota is a full disk to everybody above.
+    // To all callers, an exhausted quota is a full disk.
     return {errno == EDQUOT ? ENOSPC : errno, std::generic_category()};
 }
 

@@ -30,7 +30,7 @@ std::string ReadNumber(int file) {
     return number;
 }
 
-/** For a message only: where it can't be written, the number is unknown. */
+/** For a message only: if it can't be written, the number is unknown. */
 void WriteNumber(const std::string& path) {
     const int file = open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
     const std::string text = std::to_string(getpid()) + "\n";
@@ -40,7 +40,7 @@ void WriteNumber(const std::string& path) {
     Close(file);
 }
 
-/** Takes the lock of an open file without waiting. @return 0 or what errno was */
+/** Takes the lock of an open file without waiting. @return 0 or errno */
 int Lock(int file) {
     while (flock(file, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EINTR) {
@@ -74,7 +74,7 @@ void CFolderLock::Take(const std::string& path) {
     }
     int error = Lock(file);
     if (error == EBADF && made >= 0) {
-        std::swap(file, made);  // some file systems of other machines lock only what is open for writing
+        std::swap(file, made);  // some network file systems lock only files that are open for writing
         error = Lock(file);
     }
     Close(made);

@@ -19,7 +19,7 @@ std::string FolderFromEnvironment(const char* name) {
     return value != nullptr && *value == '/' ? value : std::string();
 }
 
-/** HOME, else the folder that the password database names; empty when neither is there. */
+/** HOME, otherwise the folder in the password database; empty when there is neither. */
 std::string HomeFolder() {
     std::string home = FolderFromEnvironment("HOME");
     if (home.empty()) {
@@ -35,7 +35,7 @@ std::string HomeFolder() {
     return home;
 }
 
-/** The text between double quotes with its escapes taken out; nothing when the closing quote is missing. */
+/** The text between double quotes without its escapes; nothing when the closing quote is missing. */
 std::optional<std::string> Unquote(std::string_view text) {
     if (!text.starts_with('"')) {
         return std::nullopt;
@@ -53,7 +53,7 @@ std::optional<std::string> Unquote(std::string_view text) {
     return std::nullopt;
 }
 
-/** The folder that one line of user-dirs.dirs names for the documents; nothing when it is another line. */
+/** The folder for the documents in one line of user-dirs.dirs; nothing when it is another line. */
 std::optional<std::string> DocumentsOfLine(std::string_view line, const std::string& home) {
     constexpr std::string_view key = "XDG_DOCUMENTS_DIR=";
     constexpr std::string_view homeVariable = "$HOME";

@@ -4,7 +4,7 @@
 
 namespace {
 
-/** The six low bits of a byte behind the first one, from a position in the scalar value. */
+/** The six low bits of a byte after the first one, from a position in the scalar value. */
 char Continuation(std::uint32_t scalar, unsigned shift) {
     return static_cast<char>(0x80U | ((scalar >> shift) & 0x3fU));
 }

@@ -19,7 +19,7 @@ std::uint64_t PageSize() {
     return static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
 }
 
-/** The limit of the control group that the process is in (version 2); a service may have one. */
+/** The limit of the process's control group (version 2); a service may have one. */
 std::uint64_t LimitOfGroup() {
     std::ifstream groups("/proc/self/cgroup");
     for (std::string line; std::getline(groups, line);) {
@@ -51,8 +51,8 @@ std::uint64_t MemoryLeft() {
 
 void PrepareMemory() {
 #ifdef __GLIBC__
-    // Without these the thresholds grow with the largest block that was ever freed, and what stands below
-    // them stays in the process.
+    // Without these, the thresholds grow with the largest block that was ever freed, and smaller blocks stay
+    // in the process.
     mallopt(M_MMAP_THRESHOLD, 256 * 1024);
     mallopt(M_TRIM_THRESHOLD, 1024 * 1024);
     mallopt(M_ARENA_MAX, 4);

@@ -15,10 +15,10 @@ namespace {
 
 constexpr const wchar_t* kName = L"VarnholtServer";
 constexpr const wchar_t* kDisplayName = L"Varnholt Server";
-// May open serial ports and listen, and little else; its documents lie in its own profile.
+// This account may open serial ports and listen, and little else; its documents are in its own profile.
 constexpr const wchar_t* kAccount = L"NT AUTHORITY\\LocalService";
 constexpr DWORD kPatience = 20000;        // milliseconds that the start and the stop may take
-constexpr DWORD kForgetFailures = 86400;  // seconds without a failure after which counting begins anew
+constexpr DWORD kForgetFailures = 86400;  // seconds without a failure, after which counting restarts
 constexpr DWORD kRestartPause = 5000;     // milliseconds
 
 constexpr DWORD kCheckPointPause = 1000;  // milliseconds between two signs of life of a stop
@@ -74,7 +74,7 @@ void Report(DWORD state) {
     SetServiceStatus(g_handle, &status);
 }
 
-/** Gives signs of life while the last saves are awaited; the end of the process ends this thread. */
+/** Reports progress while the last saves are awaited; the end of the process ends this thread. */
 DWORD WINAPI ReportStopping(void* /*unused*/) {
     while (true) {
         Report(SERVICE_STOP_PENDING);
@@ -111,7 +111,7 @@ void WINAPI ServiceMain(DWORD /*count*/, wchar_t** /*arguments*/) {
     }
 }
 
-/** Speaks with the service manager until the service has stopped. @return 0 or why it can't */
+/** Communicates with the service manager until the service has stopped. @return 0 or why it can't */
 DWORD WINAPI Dispatch(void* /*unused*/) {
     std::wstring name = kName;
     const std::array<SERVICE_TABLE_ENTRYW, 2> table{{{name.data(), &ServiceMain}, {nullptr, nullptr}}};
@@ -138,7 +138,7 @@ int RunAsService(const std::function<int()>& run) {
     return status;
 }
 
-/** Sets one property; a system that doesn't know it goes on without. */
+/** Sets one property; a system that doesn't know it works without. */
 bool SetProperty(SC_HANDLE service, DWORD level, void* value) {
     if (ChangeServiceConfig2W(service, level, value) != FALSE) {
         return true;

@@ -6,8 +6,10 @@ namespace {
 
 bool g_isService = false;
 
-/** The system ends the process when the answer to its event is given: that is left to the end of main, or to
- * the system's own patience. */
+/**
+ * The system ends the process when the handler of its event returns. So it never returns: the end of main, or
+ * the system's own patience, ends the process.
+ */
 [[noreturn]] void StopAndNeverAnswer() {
     SetEvent(StopEvent());
     while (true) {

@@ -59,7 +59,7 @@ bool HttpConnection::IsExpendable() const {
     return m_phase == Phase::Idle || m_phase == Phase::Header || m_phase == Phase::Draining;
 }
 
-// The stall alone would let a client that moves one byte in each of them hold the connection for ever.
+// The stall limit alone would let a client that moves one byte within each hold the connection for ever.
 void HttpConnection::ExpectBytes(Limits::Time stall) {
     const Limits& bounds = m_server.Bounds();
     const auto earned = std::chrono::seconds(std::min(m_exchange->moved / bounds.transferRate, kMostEarned));
@@ -177,8 +177,8 @@ void HttpConnection::Process(std::string_view input) {
     }
 }
 
-// The header of a request whose body is outstanding: what needs no body is answered at once when the client
-// waits for leave to send it.
+// Handles the header of a request whose body is missing: what needs no body is answered at once when the
+// client waits for permission to send it.
 bool HttpConnection::OnHeader() {
     m_phase = Phase::Body;
     m_exchange->begun = Clock::now();
@@ -209,7 +209,7 @@ bool HttpConnection::OnHeader() {
     return true;
 }
 
-// Whether the body is to be read, be it to throw it away; else the request has been refused.
+// Whether to read the body, even if only to discard it; otherwise the request has been refused.
 bool HttpConnection::AdmitBody() {
     const Limits& bounds = m_server.Bounds();
     const SBodyRule* rule = m_exchange->rule;
@@ -222,7 +222,7 @@ bool HttpConnection::AdmitBody() {
     }
     reader.LimitBody(limit, m_exchange->share);
     const bool isLarge = reader.MayExceed(bounds.largeBodyBytes);
-    // What may be large may also replace something large, which is given up then.
+    // A large body may replace something large, which is freed then.
     m_exchange->isLarge = isLarge || limit > bounds.plainBodyBytes;
     if (!isLarge) {
         return true;
@@ -244,7 +244,7 @@ std::string_view HttpConnection::Path() const {
     return target.substr(0, target.find('?'));
 }
 
-// Looks up who answers: a handler, or a reply that stands already.
+// Decides who answers: a handler, or a reply that exists already.
 void HttpConnection::Decide() {
     if (std::exchange(m_exchange->decided, true)) {
         return;

@@ -54,7 +54,7 @@ void HttpConnection::Reply() {
     Continue(Write());
 }
 
-// Looks for the file that no handler stands for. False when that has to wait for the disk.
+// Looks for a file for a path without a handler. False when that has to wait for the disk.
 bool HttpConnection::FindFile(DiskWait wait) {
     if (!m_exchange->asksForFile) {
         return true;
@@ -118,8 +118,8 @@ bool HttpConnection::PrepareReply(DiskWait wait) {
     return true;
 }
 
-// Reads the first piece of the file into the body, so that it goes out together with the head: all of a
-// small file, with one call of the system. As FileHandle::Read; the body stays empty when nothing was read.
+// Reads the first piece of the file into the body, so that it is sent together with the head: a small file
+// whole, with one system call. As FileHandle::Read; the body stays empty when nothing was read.
 std::ptrdiff_t HttpConnection::ReadFilePart(DiskWait wait) {
     FilePart& part = m_exchange->file;
     std::string& body = m_exchange->response.body;
@@ -132,7 +132,7 @@ std::ptrdiff_t HttpConnection::ReadFilePart(DiskWait wait) {
     return got;
 }
 
-// All that the reply holds in memory, in the order in which it goes out.
+// All parts of the reply that are in memory, in the order in which they are sent.
 std::array<std::string_view, 5> HttpConnection::Output() const {
     const HttpResponse& response = m_exchange->response;
     const ReplyPieces& pieces = response.pieces;
@@ -168,7 +168,7 @@ HttpConnection::Written HttpConnection::Write() {
     }
 }
 
-// Some pieces at a time, since others may want something meanwhile.
+// Some pieces at a time, since other files may wait meanwhile.
 HttpConnection::Written HttpConnection::WritePieces() {
     FilePart& file = m_exchange->file;
     for (int pieces = 0; file.length > 0 && pieces < kFilePiecesAtOnce; ++pieces) {
@@ -236,7 +236,7 @@ void HttpConnection::FinishReply() {
 }
 
 // A close with unread input resets the connection, and the reset can overtake the reply. So this side ends
-// first and the client's rest is read and thrown away, for a while.
+// first, and the rest of the client's bytes is read and discarded, for a while.
 void HttpConnection::Drain() {
     error_code ignored;
     m_socket.shutdown(asio::socket_base::shutdown_send, ignored);

@@ -1,4 +1,4 @@
-// What a connection does while its handler waits for a place and runs, and while it waits for the disk.
+// The work of a connection while its handler waits for a place and runs, and while it waits for the disk.
 #include "libraries/http/src/ErrorReport.h"
 #include "libraries/http/src/HttpConnection.h"
 #include "platform/WebRequests.h"
@@ -29,7 +29,7 @@ void HttpConnection::Waits() {
     }
 }
 
-// A write that waited may come too late: its user has given up, or has done something else meanwhile.
+// A write that waited may be too late: its user has given up, or has done something else meanwhile.
 bool HttpConnection::IsStale() {
     if (m_exchange->staleAt == Clock::time_point::max()) {
         return false;
@@ -55,7 +55,7 @@ void HttpConnection::DropStale(std::string_view reason) {
     m_exchange->response.SetHeader("Retry-After", "1");
 }
 
-// What the handler makes of a large body has to fit in as well.
+// The memory that the handler needs for a large body has to fit in, too.
 bool HttpConnection::TakeCost() {
     const SBodyRule* rule = m_exchange->rule;
     const Limits& bounds = m_server.Bounds();

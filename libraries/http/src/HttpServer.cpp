@@ -55,7 +55,7 @@ int http_server_run(http_server_t* record, int wait) {
     try {
         const CLock lock(g_mutex);
         if (Running().contains(IdOf(*record))) {
-            return kCannotListen;  // it runs already
+            return kCannotListen;  // it is running already
         }
         static std::uintptr_t lastId = 0;
         server = std::make_shared<Server>(*record);

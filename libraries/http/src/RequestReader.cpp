@@ -35,8 +35,8 @@ http_method MethodOf(http::verb method) {
     }
 }
 
-// A line that begins with a blank continues the one before it, or is taken so by some (RFC 9112, 5.2); a bare
-// line feed ends a line for some (2.2). The text begins at the beginning of a line.
+// A line that begins with a blank continues the previous line, or some programs take it so (RFC 9112, 5.2).
+// For some, a bare line feed ends a line (2.2). The text begins at the beginning of a line.
 bool HasOddLine(std::string_view lines) {
     for (std::size_t at = lines.find('\n'); at != std::string_view::npos; at = lines.find('\n', at + 1)) {
         const char next = at + 1 < lines.size() ? lines[at + 1] : '\r';
@@ -72,8 +72,8 @@ bool IsHostText(std::string_view text) {
            (port.empty() || (port.front() == ':' && std::all_of(port.begin() + 1, port.end(), IsDigit)));
 }
 
-// Takes "http://host:port" off the front of a target in absolute form (RFC 9112, 3.2.2). Nothing when it has
-// none, or one that is wrong.
+// Removes "http://host:port" from the front of a target in absolute form (RFC 9112, 3.2.2). Nothing when it
+// has none, or an invalid one.
 std::string_view TakeAuthority(std::string_view& target) {
     for (const std::string_view scheme : {"http://", "https://"}) {
         if (EqualsCaseless(target.substr(0, scheme.size()), scheme)) {

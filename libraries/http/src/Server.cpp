@@ -20,7 +20,7 @@ using boost::system::error_code;
 namespace {
 
 constexpr int kAcceptsPerEvent = 64;
-constexpr std::size_t kRoomAfterExhaustion = 16;  // some for the files that others open
+constexpr std::size_t kRoomAfterExhaustion = 16;  // a reserve for files that others open
 constexpr std::chrono::seconds kExhaustionEpisode{10};
 
 bool IsExhaustion(const error_code& error) {
@@ -35,7 +35,7 @@ std::size_t WorkersOf(const http_server_s& record) {
     return std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
 }
 
-/** One for each core, as far as there are handlers to keep them busy. WebSockets carry little: one. */
+/** One per core, as long as there are handlers to keep them busy. WebSockets carry little: one. */
 std::size_t LoopsOf(const http_server_s& record) {
     const std::size_t cores = std::max<std::size_t>(std::thread::hardware_concurrency(), 1);
     return record.ws != nullptr ? 1 : std::min(cores, WorkersOf(record));

@@ -32,8 +32,8 @@ void SetConnectionOptions(Socket& socket) {
     SetInteger(handle, IPPROTO_TCP, kTcpMaxRetransmit, 105);
 }
 
-// Windows ends with the socket what is outstanding. Wine keeps both, the connection too, until the client
-// reads.
+// Windows ends outstanding operations together with the socket. Wine keeps them, and the connection, until
+// the client reads.
 void CloseNow(Socket& socket) {
     boost::system::error_code ignored;  // closing frees the socket in any case
     socket.cancel(ignored);

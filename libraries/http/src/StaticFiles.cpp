@@ -99,7 +99,7 @@ bool IsUnchanged(const HttpRequest& request, const std::string& tag, std::time_t
 
 enum class RangeKind { Whole, Part, Impossible };
 
-// One range of bytes (RFC 9110, 14.1.2); several, or what makes no sense, mean the whole file.
+// One range of bytes (RFC 9110, 14.1.2); several ranges, or invalid ones, mean the whole file.
 RangeKind ReadRange(std::string_view text, std::uint64_t size, std::uint64_t& offset, std::uint64_t& length) {
     if (!text.starts_with("bytes=") || text.find(',') != std::string_view::npos) {
         return RangeKind::Whole;

@@ -1,4 +1,4 @@
-// What the users of a channel see of it.
+// The part of a channel that its users see.
 #include "libraries/http/src/WebSocketConnection.h"
 
 struct sockaddr* hio_peeraddr(hio_t* io) {

@@ -48,7 +48,8 @@ int Channel::send(const std::string& message, ws_opcode opcode, bool fin) {
     if (m_connection == nullptr) {
         return -1;
     }
-    // Given up before the lock is, or handed to the loop: the last reference must not die on this thread.
+    // Released before the lock, or passed to the loop: the last reference must not be destroyed on this
+    // thread.
     auto connection = m_connection->weak_from_this().lock();
     if (!connection) {
         return -1;
@@ -128,7 +129,7 @@ void WebSocketConnection::Accept() {
     });
 }
 
-// The end of what is outstanding or comes next, the acceptance or a read, leads to the last callback.
+// The end of the present or next operation, the acceptance or a read, leads to the last callback.
 void WebSocketConnection::Close() {
     if (std::exchange(m_isClosed, true)) {
         return;
@@ -149,7 +150,7 @@ void WebSocketConnection::Stop() {
     Close();
 }
 
-// A last frame past the stream, unless it would land inside another.
+// Sends a last frame without the stream, unless it would end up inside another frame.
 void WebSocketConnection::SendLast(const std::array<unsigned char, 4>& frame) {
     error_code ignored;
     if (!m_isWriting && m_isOpen) {
