@@ -60,7 +60,7 @@ class Driver {
         const std::lock_guard lock(m_mutex);
         m_busy = busy;
     }
-    /** The state of the device, when it is told. */
+    /** The state of the device, if the driver reports it. */
     std::optional<unsigned int> State() {
         const std::lock_guard lock(m_mutex);
         if (!m_busy) {

@@ -27,7 +27,7 @@ class JsonFile : public testing::Test {
     JsonFile() { RavLog::StartLogs((m_folder.Path() / "Log").string(), "info"); }
     ~JsonFile() override { RavLog::StopLogs(); }
 
-    /** Restores the document, which is to be told by this text; gives the file to load. */
+    /** Restores the document, and expects a report with this text; returns the file to load. */
     std::string Restore(const std::string& text) const {
         CaptureStdout();
         std::string file = RestoreFromBackup(m_path);
@@ -115,7 +115,7 @@ TEST_F(JsonFile, FailedSaveIsTriedAgainUntilItWorks) {
     EXPECT_TRUE(holds(m_backup, "\"old\""));
     writer.SaveAsync("new", m_path);
     EXPECT_TRUE(holds(m_backup, "\"new\"")) << "the newer document waits behind the older one";
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // some tries, that are not told
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // some tries, which are not logged
     fs::remove(m_path);
     EXPECT_TRUE(holds(m_path, "\"new\"")) << "the save was forgotten";
     writer.WaitAll();

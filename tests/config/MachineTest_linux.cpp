@@ -1,4 +1,4 @@
-// What Linux tells of its user: language and folders.
+// What Linux reports about its user: language and folders.
 
 #include "platform/Folders.h"
 #include "platform/linux/LocaleText.h"

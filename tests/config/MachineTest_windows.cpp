@@ -1,4 +1,4 @@
-// What Windows tells of its user: language and folders.
+// What Windows reports about its user: language and folders.
 
 #include "platform/Folders.h"
 #include "tests/config/MachineFixture.h"

@@ -3,12 +3,11 @@
 #include <string>
 #include <vector>
 
-/** What the port library was asked to do since the last call, in order. */
+/** The calls of the port library since the last call, in order. */
 std::vector<std::string> TakePortCalls();
 
-/** Ports that the stand-in refuses: local or remote port 1, a serial port named COM1. Sends there return
- * this. */
+/** The error for ports that the stand-in refuses: local or remote port 1, a serial port named COM1. */
 inline constexpr int kRefusedError = 10061;
 
-/** Lets the port library be impossible to build, as on a machine without threads. */
+/** Makes the port library impossible to build, as on a machine without threads. */
 void LetPortLibraryFail(bool fails);

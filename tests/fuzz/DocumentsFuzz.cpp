@@ -29,7 +29,7 @@ bool AreEqual(const std::vector<SCommandConfig>& left, const std::vector<SComman
                       [](const auto& a, const auto& b) { return Fields(a) == Fields(b); });
 }
 
-/** A port's commands are taken out of the map and out of the document: both tell the same then. */
+/** A port's commands are removed from the map and from the document: both agree then. */
 void CheckCommands(json interactions) {
     CmdMap map;
     BuildCmdMap(interactions, map);

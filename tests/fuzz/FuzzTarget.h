@@ -8,8 +8,8 @@
 
 /**
  * FUZZ_TARGET(name) { ... } is one fuzz target: it gets any bytes, as the string_view "bytes", and ends the
- * process when the code under test does what it must not. Its seeds lie in corpus/<name>. With clang it
- * becomes a program of its own, <name>_fuzz; else it is one of those that CorpusTest.cpp gives their seeds.
+ * process when the code under test does something wrong. Its seeds are in corpus/<name>. With clang it
+ * becomes a program of its own, <name>_fuzz; otherwise CorpusTest.cpp passes the seeds to it.
  */
 #if defined(SERVER_FUZZER)
 #define FUZZ_TARGET(name)                                                               \
@@ -22,7 +22,7 @@
 #else
 using FuzzTarget = void (*)(std::string_view);
 
-/** Notes a target for the corpus test. */
+/** Registers a target for the corpus test. */
 bool RegisterFuzzTarget(const char* name, FuzzTarget target);
 
 #define FUZZ_TARGET(name)                                                            \
@@ -31,7 +31,7 @@ bool RegisterFuzzTarget(const char* name, FuzzTarget target);
     static void name##Target(std::string_view bytes)
 #endif
 
-/** What has to be true. */
+/** Ends the process unless the condition holds. */
 inline void Require(bool condition) {
     if (!condition) {
         std::abort();

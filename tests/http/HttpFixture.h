@@ -14,13 +14,15 @@
 
 using simulation::HttpReply;
 
-/** A raw client: sends any bytes, reads replies, frames or up to the end of the connection. */
+/**
+ * A raw client: sends any bytes, and reads replies, frames, or everything up to the end of the connection.
+ */
 class Client {
   public:
     explicit Client(int port, const char* from = "127.0.0.1")
         : m_socket(simulation::Socket::Connect(port, from)) {}
 
-    /** Sends; a server that has refused and closed already is no failure. */
+    /** Sends bytes; it is no failure if the server has refused and closed already. */
     bool Send(std::string_view bytes);
 
     /** The next reply; status 0 when the connection ends instead. */
@@ -31,7 +33,7 @@ class Client {
     /** The next bytes, fewer only at the end of the connection. */
     std::string Take(std::size_t size);
 
-    /** All up to the end of the connection. */
+    /** Everything up to the end of the connection. */
     std::string Rest() { return Take(~std::size_t{0}); }
 
     simulation::Socket& Socket() { return m_socket; }

@@ -173,7 +173,7 @@ TEST_F(StalledDiskTest, IsLeftBehindAtAStop) {
     http_server_stop(&server);
     EXPECT_EQ(1U, TakeLog().size());
     g_disk = Disk::Runs;
-    EXPECT_EQ("", reader.Rest()) << "nothing is told after the stop";
+    EXPECT_EQ("", reader.Rest()) << "nothing comes after the stop";
     EXPECT_TRUE(WaitForStuck(0));
 }
 

@@ -186,7 +186,7 @@ TEST_F(ThreadsTest, StopLeavesHandlersThatHangBehind) {
     gate->open = true;
     EXPECT_TRUE(WaitForInside(0));
     for (auto& client : clients) {
-        EXPECT_EQ("", client.Rest()) << "nothing is told after the stop";
+        EXPECT_EQ("", client.Rest()) << "nothing comes after the stop";
     }
 }
 

@@ -4,8 +4,10 @@
 
 #include <string>
 
-/** What the reader makes of a request that comes in pieces of this size: its text, or the status it is
- * refused with; empty when it is not complete. */
+/**
+ * The result of reading a request that comes in pieces of this size: its text, or the status with which it is
+ * refused; empty when it is incomplete.
+ */
 inline std::string Understood(std::string_view bytes, std::size_t piece, const hv::internal::Limits& limits) {
     using State = hv::internal::RequestReader::State;
     HttpRequest request;

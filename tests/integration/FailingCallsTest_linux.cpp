@@ -251,7 +251,7 @@ TEST_P(SystemCall, FailsOnce) {
     EXPECT_GT(n, 1) << "strace does not work here, or the host makes no such call";
 }
 
-// Where a resource lies can't be told then.
+// The real place of a resource can't be determined then.
 TEST(FolderOfResources, ThatCantBeOpenedGivesNothing) {
     HostOptions options;
     options.ownInstallation = true;

@@ -60,12 +60,12 @@ class SmallDisk : public ::testing::Test {
         EXPECT_EQ(m_browser->Get("getPageLayoutInfo"), document);
     }
 
-    /** Waits until the failed save of the layout was told in the system log. */
+    /** Waits until the system log reports the failed save of the layout. */
     void ExpectTold() {
         EXPECT_TRUE(simulation::WaitUntil([&] {
             const std::string log = simulation::ReadFile(m_folder.Path() / "log" / "System.log");
             return log.find("[Error]") != std::string::npos && log.find("layout.json") != std::string::npos;
-        })) << "the failed save is told";
+        })) << "the failed save is logged";
     }
 
     simulation::TemporaryFolder m_folder;

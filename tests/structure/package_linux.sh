@@ -68,7 +68,7 @@ pid=
 [ "$status" -eq 0 ] || fail "the installed program ended with status $status"
 [ -s "$documents/Log/Server.log" ] || fail "no log was written in the home folder"
 
-# Without the capability that the unit gives, a low port is told apart from a taken one.
+# Without the capability from the unit, a low port is reported differently from a taken one.
 if [ "$(id -u)" -eq 0 ] && [ "$(cat /proc/sys/net/ipv4/ip_unprivileged_port_start)" -gt 80 ]; then
     echo '{"http_port":80}' >"$documents/LocalHost.config"
     ! "${as_user[@]}" env -i "HOME=$home" "$root$(setting ExecStart)" >"$work/output" 2>&1 || fail "started on port 80"
