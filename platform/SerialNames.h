@@ -3,11 +3,17 @@
 #include <string>
 
 /**
+ * The number in the name of a serial port: "COM" and a number from 1 to 9999, without leading zeros. 0 for any
+ * other text, which names no port. Any thread.
+ */
+int SerialNumber(const std::string& comPort);
+
+/**
  * Sets the file of the table of serial names. Called once, before the first use of a serial line or of
  * ListSerialDevices. Any thread. On Windows the system keeps the names, and this does nothing.
  *
- * On Linux the name of a port is COM and a number from 1 to 9999. It means the device or link /dev/COM7 if
- * that exists, otherwise the entry of the table, a JSON object:
+ * On Linux the name of a port means the device or link /dev/COM7 if that exists, otherwise the entry of the
+ * table, a JSON object:
  *
  *     {"COM5": {"identity": "usb 0403:6001 serial A1234 interface 00", "device": "/dev/ttyUSB0"},
  *      "COM7": "/dev/ttyS6",

@@ -1,11 +1,11 @@
 #include "libraries/comm/PortRegistry.h"
 
 #include "libraries/comm/Content.h"
-#include "libraries/comm/SerialNames.h"
 #include "libraries/comm/TcpClient.h"
 #include "libraries/comm/TcpServer.h"
 #include "libraries/comm/UdpPort.h"
 #include "platform/RavLog.h"
+#include "platform/SerialNames.h"
 #include "platform/VainWaits.h"
 
 #include <exception>
@@ -115,7 +115,7 @@ int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view conten
 
 int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
     return Guarded([&] {
-        if (!IsSerialName(config.comPort)) {
+        if (SerialNumber(config.comPort) == 0) {
             return static_cast<int>(ErrorNoSuchPort);
         }
         const auto line = SerialLineInHand(config.comPort);
@@ -139,7 +139,7 @@ int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view 
             error != ErrorNone || bytes.empty()) {
             return error;
         }
-        if (!IsSerialName(config.comPort)) {
+        if (SerialNumber(config.comPort) == 0) {
             return static_cast<int>(ErrorNoSuchPort);
         }
         if (waits != nullptr && waits->IsUsedUp() && waits->IsStuckLine(config.comPort)) {

@@ -1,4 +1,5 @@
 #include "libraries/serial_names/NamedSerialLines_linux.h"
+#include "libraries/serial_names/SerialName.h"
 #include "platform/SerialDevices.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ std::wstring Widen(std::string_view text) {
 std::vector<SSerialDevice> ListSerialDevices() {
     std::vector<SSerialDevice> devices;
     for (const auto& [number, line] : NameSerialLines()) {
-        const std::string name = "COM" + std::to_string(number);
+        const std::string name = SerialName(number);
         devices.push_back({Widen(name), Widen(line.kind + " (" + name + ")"), Widen(line.description),
                            Widen(line.hardwareId)});
     }

@@ -1,18 +1,13 @@
 #include "libraries/serial_names/SerialNameTable_linux.h"
 
+#include "libraries/serial_names/SerialName.h"
+#include "platform/SerialNames.h"
+
 #include <algorithm>
-#include <charconv>
-#include <string_view>
 
 namespace {
 
-constexpr std::string_view kPrefix = "COM";
-constexpr int kHighestNumber = 9999;
 constexpr int kFirstFreeNumber = 5;  // 1 to 4 are for built-in ports, as on Windows
-
-std::string NameOf(int number) {
-    return std::string(kPrefix) + std::to_string(number);
-}
 
 std::string TextOf(const nlohmann::json& entry, const char* key) {
     const auto found = entry.find(key);
@@ -23,16 +18,6 @@ std::string TextOf(const nlohmann::json& entry, const char* key) {
 
 void LogSerialName(RavLog::EnLogLevel level, const std::string& text) {
     RavLog::WriteSystemLog(level, "serial names", text);
-}
-
-int SerialNumber(const std::string& name) {
-    int number = 0;
-    const char* end = name.data() + name.size();
-    if (!name.starts_with(kPrefix) || name.size() == kPrefix.size() || name[kPrefix.size()] < '1' ||
-        std::from_chars(name.data() + kPrefix.size(), end, number).ptr != end || number > kHighestNumber) {
-        return 0;
-    }
-    return number;
 }
 
 CSerialNameTable::CSerialNameTable(nlohmann::json document) : m_document(std::move(document)) {
@@ -133,18 +118,18 @@ void CSerialNameTable::NameKnown(std::vector<SFoundLine>& lines, bool samePlace,
 void CSerialNameTable::NameNew(const SFoundLine& line, NamedLines& named) {
     const auto isFree = [&](int number) { return !m_entries.contains(number) && !named.contains(number); };
     int number = line.builtInNumber;
-    if (number == 0 || number > kHighestNumber || !isFree(number)) {
+    if (number == 0 || number > kHighestSerialNumber || !isFree(number)) {
         number = kFirstFreeNumber;
-        while (number <= kHighestNumber && !isFree(number)) {
+        while (number <= kHighestSerialNumber && !isFree(number)) {
             ++number;
         }
     }
-    if (number > kHighestNumber) {
+    if (number > kHighestSerialNumber) {
         LogSerialName(RavLog::Error, "no number is left for " + line.device);
         return;
     }
     LogSerialName(RavLog::Info,
-                  NameOf(number) + " is from now on " + line.identity + ", at present " + line.device);
+                  SerialName(number) + " is from now on " + line.identity + ", at present " + line.device);
     Store(number, {line.identity, line.place, line.device});
     named[number] = line;
 }
@@ -162,7 +147,7 @@ void CSerialNameTable::Reserve(int number, const std::string& link, const std::s
 }
 
 void CSerialNameTable::Store(int number, const SEntry& entry) {
-    nlohmann::json& value = m_document[NameOf(number)];
+    nlohmann::json& value = m_document[SerialName(number)];
     if (!value.is_object()) {
         value = nlohmann::json::object();
     }

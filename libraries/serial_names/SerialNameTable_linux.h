@@ -16,9 +16,6 @@ using NamedLines = std::map<int, SFoundLine>;
 /** Logs a change of the names of serial ports in the system log. May throw. Any thread. */
 void LogSerialName(RavLog::EnLogLevel level, const std::string& text);
 
-/** The number in a port name, "COM" and 1 to 9999 without leading zeros; 0 for any other text. */
-int SerialNumber(const std::string& name);
-
 /**
  * The names of the ports. Knows no file; SerialNames_linux.cpp keeps the table in one. One thread at a time.
  *

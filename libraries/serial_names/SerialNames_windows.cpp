@@ -3,5 +3,5 @@
 void SetSerialNameTable(const std::string& /*file*/) {}
 
 std::string FindSerialDevice(const std::string& comPort) {
-    return R"(\\.\)" + comPort;
+    return SerialNumber(comPort) == 0 ? std::string() : R"(\\.\)" + comPort;
 }
