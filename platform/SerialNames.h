@@ -3,8 +3,8 @@
 #include <string>
 
 /**
- * The number in the name of a serial port: "COM" and a number from 1 to 9999, without leading zeros. 0 for any
- * other text, which names no port. Any thread.
+ * The number in the name of a serial port: "COM" and a number from 1 to 9999, without leading zeros. 0 for
+ * any other text, which names no port. Any thread.
  */
 int SerialNumber(const std::string& comPort);
 
