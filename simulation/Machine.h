@@ -51,6 +51,12 @@ struct Differences {
     /** A file that a program has open can be removed. */
     static const bool kRemovesOpenFiles;
 
+    /** A folder can't be renamed while a file below it is open, or the file goes with it; Wine loses it. */
+    static const bool kKeepsOpenFilesInFolders;
+
+    /** A program that was started without a standard stream keeps the number of it free. */
+    static const bool kKeepsMissingStreams;
+
     /** The system can write GB18030; Wine can't, Windows can. */
     static const bool kHasGb18030;
 

@@ -62,6 +62,8 @@ const char* const Differences::kRecordEnd = "\r\r\n";
 const char* const Differences::kUserFolder = "Sennacroft\\Varnholt";
 const bool Differences::kNamesAsWritten = false;
 const bool Differences::kRemovesOpenFiles = false;
+const bool Differences::kKeepsOpenFilesInFolders = !IsWine();
+const bool Differences::kKeepsMissingStreams = true;
 const bool Differences::kHasGb18030 = IsValidCodePage(54936) != FALSE;
 const bool Differences::kTellsWhatIsUnacknowledged = !IsWine();
 const bool Differences::kTellsWhoListens = !IsWine();

@@ -15,6 +15,12 @@ class OutputPipe {
     /** What stands in the pipe; empty when nothing came for a tenth of a second. */
     std::string Read();
 
+    /** Nobody reads any more: whoever writes gets an error. */
+    void EndReading();
+
+    /** Closes standard output, as if this process had been started without. */
+    void CloseOutput();
+
   private:
     int m_before = -1;
     int m_reader = -1;

@@ -2,7 +2,9 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <system_error>
+#include <utility>
 
 #include <poll.h>
 #include <unistd.h>
@@ -23,7 +25,7 @@ OutputPipe::OutputPipe() {
 OutputPipe::~OutputPipe() {
     dup2(m_before, STDOUT_FILENO);
     close(m_before);
-    close(m_reader);
+    EndReading();
 }
 
 std::string OutputPipe::Read() {
@@ -35,6 +37,17 @@ std::string OutputPipe::Read() {
     const ssize_t size = read(m_reader, text.data(), text.size());
     text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
     return text;
+}
+
+void OutputPipe::EndReading() {
+    std::signal(SIGPIPE, SIG_IGN);
+    if (m_reader >= 0) {
+        close(std::exchange(m_reader, -1));
+    }
+}
+
+void OutputPipe::CloseOutput() {
+    close(STDOUT_FILENO);
 }
 
 }  // namespace simulation

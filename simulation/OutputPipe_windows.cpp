@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <io.h>
@@ -32,7 +33,7 @@ OutputPipe::OutputPipe() {
 OutputPipe::~OutputPipe() {
     _dup2(m_before, kOutput);
     _close(m_before);
-    _close(m_reader);
+    EndReading();
 }
 
 std::string OutputPipe::Read() {
@@ -48,6 +49,16 @@ std::string OutputPipe::Read() {
         text.resize(static_cast<std::size_t>(std::max(_read(m_reader, text.data(), waiting), 0)));
     }
     return text;
+}
+
+void OutputPipe::EndReading() {
+    if (m_reader >= 0) {
+        _close(std::exchange(m_reader, -1));
+    }
+}
+
+void OutputPipe::CloseOutput() {
+    _close(kOutput);
 }
 
 }  // namespace simulation
