@@ -334,6 +334,31 @@ TEST_F(UserData, ChangesAtTheSameMomentLeaveDocumentAndCommandsAlike) {
     }
 }
 
+// Of choices at the same moment one is in force, whole, and on the disk.
+TEST_F(UserData, LanguagesChosenAtTheSameMomentLeaveOneChoice) {
+    for (int round = 0; round < 50; ++round) {
+        auto store = std::make_unique<Store>();
+        std::atomic<bool> isOver = false;
+        {
+            const std::jthread other([&] {
+                for (int choice = 1; !isOver; choice += 2) {
+                    store->SetLanguage(choice, false);
+                }
+            });
+            for (int choice = 0; choice < 60; choice += 2) {
+                store->SetLanguage(choice, true);
+            }
+            isOver = true;
+        }
+        const int language = store->GetLanguage();
+        EXPECT_EQ(store->GetIsAutoLanguage(), language % 2 == 0) << language;
+        store.reset();
+        ASSERT_EQ(Saved("setting.json"),
+                  json({{"IsAutoLanguage", language % 2 == 0}, {"Language", language}}))
+            << round;
+    }
+}
+
 // All operations at once; what is on the disk at the end is what was in memory.
 TEST_F(UserData, BearsConcurrentUse) {
     auto store = std::make_unique<Store>();
