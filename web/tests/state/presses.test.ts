@@ -133,6 +133,12 @@ describe("a finger on a button", () => {
       ["down", 800, "up"],
       ["pressed", "free", "longPress", "free"],
     ],
+    [
+      "long: does not look pressed again once it has sent",
+      button("long"),
+      ["down", 800, "back", "up"],
+      ["pressed", "free", "longPress", "free"],
+    ],
     ["long: sends nothing when it was too short", button("long"), ["down", 799, "up", 5000], ["pressed", "free"]],
     [
       "long: sends nothing when it left, also when it came back",
@@ -292,6 +298,8 @@ describe("a slider", () => {
     await answer(true);
     expect(sent()).toEqual(["position1", "position3"]);
     presses.up(1, rail(5));
+    await settled();
+    expect(sent()).toEqual(["position1", "position3"]);
     await answer(true);
     expect(sent()).toEqual(["position1", "position3", "position5"]);
     await answer(false);

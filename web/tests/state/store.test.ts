@@ -293,17 +293,20 @@ describe("somebody else", () => {
     expect(pageNames(store.conflict!)).toEqual(["Theirs again"]);
   });
 
-  it.each(["write interactions", "write layout"])(
-    'who stores pages at "%s" is found, and what was written is taken back',
-    async (call) => {
-      const others = withCommands(theirs, 2, { triggers: { click: [command(1, "THEIRS")] } });
-      store.change(withCommands(store.project, 3, { triggers: { click: [command(1, "MINE")] } }));
-      meanwhile(call, () => around.server.put(call === "write layout" ? theirs : others));
-      expect(await store.save()).toBe("conflict");
-      expect(storedNames()).toEqual(["Theirs"]);
-      expect(Object.keys(storedCommands())).toEqual(call === "write layout" ? ["1"] : ["1", "2"]);
-    },
-  );
+  it("who stores a layout meanwhile is found, and what was written before it is taken back", async () => {
+    store.change({ ...withCommands(store.project, 3, { triggers: { click: [command(1)] } }), materials: [material] });
+    meanwhile("write layout", () => around.server.set("layout", writeProject(theirs).layout));
+    expect(await store.save()).toBe("conflict");
+    expect(around.server.calls).toEqual(["materials", "interactions", "interactions", "materials"]);
+    expect([storedNames(), Object.keys(storedCommands())]).toEqual([["Theirs"], ["1"]]);
+    expect(around.server.get("materials")).toMatchObject({ materialList: [] });
+  });
+
+  it("who stores over all of it meanwhile keeps what is theirs", async () => {
+    meanwhile("write layout", () => around.server.put(withCommands(theirs, 2, { triggers: { click: [command(1)] } })));
+    expect(await store.save()).toBe("conflict");
+    expect([storedNames(), Object.keys(storedCommands())]).toEqual([["Theirs"], ["1", "2"]]);
+  });
 
   it("who stores the same again meanwhile does not keep a save from its end", async () => {
     meanwhile("write layout", () => around.server.put(first));
