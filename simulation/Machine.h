@@ -7,8 +7,8 @@
 namespace simulation {
 
 /**
- * Makes a folder the home of the user for this process: the Documents folder, which is made, lies in it. On
- * Windows the user's folder "Personal" has to be "%SERVER_HOME%\Documents", as scripts/wine-run sets it up.
+ * Makes a folder the home of the user for this process, and creates the Documents folder in it. On Windows
+ * the user's folder "Personal" has to be "%SERVER_HOME%\Documents", as set up by scripts/wine-run.
  */
 void SetHome(const std::filesystem::path& folder);
 
@@ -21,21 +21,23 @@ void SetVariable(const char* name, const char* value);
 /** Makes this the user's locale: "zh_CN.UTF-8" and the like, "" for none. */
 void SetLocale(const std::string& posixName);
 
-/** Makes a link to a file or folder. @return false where that needs special rights, and nothing was made */
+/**
+ * Creates a link to a file or folder. @return false when that needs special rights; nothing was created then
+ */
 bool MakeLink(const std::filesystem::path& target, const std::filesystem::path& link);
 
-/** A file that takes no bytes, since its disk is full; empty where there is no such thing. */
+/** A file that takes no bytes, since its disk is full; empty on systems without such a file. */
 const char* FullDisk();
 
-/** A file whose reading fails; empty where there is no such thing. */
+/** A file whose reading fails; empty on systems without such a file. */
 const char* UnreadableFile();
 
-/** Folder of the program that runs. */
+/** Folder of the running program. */
 std::filesystem::path ProgramFolder();
 
 /**
- * What the tests expect to be different on the two systems; all else is the same. docs/platforms.md tells
- * why.
+ * The differences between the two systems that the tests expect; everything else is the same.
+ * docs/platforms.md gives the reasons.
  */
 struct Differences {
     /** Bytes at the end of a line of a document, and of a record of ClientError.log. */
@@ -45,7 +47,7 @@ struct Differences {
     /** The folder of the user's documents below the Documents folder. */
     static const char* const kUserFolder;
 
-    /** Names of files are told apart by case, and keep blanks and dots at their end. */
+    /** Names of files are case-sensitive, and keep blanks and dots at their end. */
     static const bool kNamesAsWritten;
 
     /** A file that a program has open can be removed. */
@@ -60,19 +62,19 @@ struct Differences {
     /** The system can write GB18030; Wine can't, Windows can. */
     static const bool kHasGb18030;
 
-    /** The system tells whether a peer has acknowledged all bytes; Wine doesn't, Windows does. */
+    /** The system reports whether a peer has acknowledged all bytes; Wine doesn't, Windows does. */
     static const bool kTellsWhatIsUnacknowledged;
 
-    /** The system stands hundreds of connections that are cut while they are made; Wine 8 does not. */
+    /** The system survives hundreds of connections that are cut while they are made; Wine 8 does not. */
     static const bool kStandsManyCuts;
 
-    /** The system tells which process listens on a port; Wine doesn't, Windows does. */
+    /** The system reports which process listens on a port; Wine doesn't, Windows does. */
     static const bool kTellsWhoListens;
 
     /** Serial ports are found by the system's own list, which a test can't fill. */
     static const bool kHasPortList;
 
-    /** What the system gives for memory and descriptors in use tells of the server alone, and not of Wine. */
+    /** The system's figures for memory and descriptors in use cover only the server, and not Wine too. */
     static const bool kMeasuresProcess;
 };
 

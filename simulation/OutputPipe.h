@@ -4,7 +4,7 @@
 
 namespace simulation {
 
-/** Standard output of this process leads into a pipe while this is there. One at a time. */
+/** Redirects standard output of this process to a pipe as long as the object exists. One at a time. */
 class OutputPipe {
   public:
     OutputPipe();
@@ -12,7 +12,7 @@ class OutputPipe {
     OutputPipe(const OutputPipe&) = delete;
     OutputPipe& operator=(const OutputPipe&) = delete;
 
-    /** What stands in the pipe; empty when nothing came for a tenth of a second. */
+    /** The content of the pipe; empty when nothing came for a tenth of a second. */
     std::string Read();
 
     /** Nobody reads any more: whoever writes gets an error. */
