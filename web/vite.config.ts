@@ -4,7 +4,7 @@ import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
 
-/** What an entry may weigh at most, gzipped, with everything that it loads. The build fails above. */
+/** Maximum size of an entry, gzipped, with everything that it loads. The build fails above it. */
 const limits = { panel: 40_000, author: 90_000 };
 
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";

@@ -5,7 +5,7 @@ import { type Refusal } from "./readLayout.ts";
 
 export const materialsVersion = 1;
 
-/** Bytes of the picture above which the author is warned, and above which it is refused. */
+/** Sizes in bytes above which the author is warned, and above which the picture is refused. */
 export const materialSizes = { warning: 1_000_000, most: 8_000_000 };
 
 export interface Material {
@@ -21,14 +21,14 @@ export interface Material {
 
 const imageData = /^data:image\/(png|jpeg|gif|webp|svg\+xml|avif|bmp|x-icon|vnd\.microsoft\.icon);base64,/;
 
-/** Whether it is a picture that may be shown: nothing but a data URL of an image type. */
+/** Whether it is a picture that may be shown: only a data URL of an image type. */
 export function isImageData(data: string): boolean {
   return imageData.test(data);
 }
 
 /**
- * The list of a stored document, without those whose id is taken already. The server's own first document holds
- * nothing but an empty list.
+ * The list of a stored document, without materials whose id is taken already. The server's own first document contains
+ * only an empty list.
  */
 export function readMaterials(value: unknown): readonly Material[] | Refusal {
   const document = asObject(value);
@@ -65,7 +65,7 @@ export function readMaterial(value: unknown): Material | undefined {
   };
 }
 
-/** Bytes that a data URL in base64 holds. */
+/** Number of bytes in a data URL in base64. */
 export function dataSize(data: string): number {
   const text = data.slice(data.indexOf(",") + 1);
   const padding = text.endsWith("==") ? 2 : text.endsWith("=") ? 1 : 0;

@@ -28,14 +28,14 @@ export function isRefused<Value extends object>(value: Value | Refusal): value i
   return "refused" in value;
 }
 
-/** Looks at form and version before anything else is read. */
+/** Checks form and version before anything else is read. */
 export function refusal(value: unknown, expectedForm: string, version: number): Refusal | undefined {
   if (!isObject(value) || value["form"] !== expectedForm) return { refused: "foreign" };
   const found = asNumber(value["version"], 0, 0, Number.MAX_SAFE_INTEGER);
   return found > version ? { refused: "newer", version: found } : undefined;
 }
 
-/** The layout that a stored document holds; nothing stored is an empty layout. */
+/** The layout in a stored document; without a document, an empty layout. */
 export function readLayout(value: unknown): Layout | Refusal {
   if (value === undefined || value === null) return emptyLayout;
   const refused = refusal(value, form, layoutVersion);
@@ -59,7 +59,7 @@ export function writeLayout(layout: Layout): object {
   return { form, version: layoutVersion, ...layout };
 }
 
-/** A page as a document or an exported file holds it. Components whose id is taken already are left out. */
+/** A page in a document or an exported file. Components whose id is taken already are left out. */
 export function readPage(value: unknown, takenIds = new Set<number>()): Page {
   const page = asObject(value);
   const fresh = newPage(asText(page["name"]));
@@ -93,13 +93,13 @@ function readLook(value: unknown): Look {
   };
 }
 
-/** A colour as #rrggbb or #rrggbbaa, otherwise none: it goes into a style, where other text could do more. */
+/** A colour as #rrggbb or #rrggbbaa, otherwise none: it goes into a style, where any other text could do harm. */
 function asColor(value: unknown): string {
   const text = asText(value);
   return /^#([0-9a-f]{6}|[0-9a-f]{8})$/i.test(text) ? text : "";
 }
 
-/** Whether it is an id that the server's command map can hold. */
+/** Whether the server's command map can hold this id. */
 function isComponentId(id: unknown): id is number {
   return typeof id === "number" && Number.isInteger(id) && id > 0 && id <= 0x7fffffff;
 }

@@ -11,14 +11,14 @@ const form = "control project";
 export const transferVersion = 1;
 
 export interface Transfer {
-  /** "project" replaces everything, "page" is added to what is there. */
+  /** "project" replaces everything, "page" is added to the existing pages. */
   readonly scope: "project" | "page";
   readonly project: Project;
-  /** Those that the commands name, so that another server can be given the same. */
+  /** The interfaces that the commands name, so that another server can be given the same. */
   readonly interfaces: readonly Interface[];
 }
 
-/** The text of the file. With a page, only what that page uses. */
+/** The text of the file. With a page: only what that page uses. */
 export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
   const content = page ? onlyPage(project, page) : project;
   const uses = interfaceUses(content.interactions);
@@ -60,7 +60,7 @@ function onlyPage(project: Project, page: Page): Project {
   return { layout, interactions, materials: project.materials.filter((one) => used.has(one.id)) };
 }
 
-/** What a file holds, or why it can't be used. */
+/** The content of a file, or why it can't be used. */
 export function readTransfer(text: string): Transfer | Refusal {
   let value: unknown;
   try {
@@ -82,14 +82,14 @@ export function readTransfer(text: string): Transfer | Refusal {
   };
 }
 
-/** What an import will meet here: the interfaces that it needs and that this server lacks, by name. */
+/** What an import needs here: the interfaces that this server lacks, by name. */
 export function missingInterfaces(transfer: Transfer, here: readonly Interface[]): Interface[] {
   const names = new Set(here.map(interfaceName));
   return transfer.interfaces.filter((one) => !names.has(interfaceName(one)));
 }
 
 /**
- * The project after an import. Commands are pointed at this server's interfaces of the same names; those without
+ * The project after an import. Commands are assigned to this server's interfaces of the same names. Commands without
  * one keep a node id that nobody has (a negative one), so that the problems list shows them.
  */
 export function imported(project: Project, transfer: Transfer, here: readonly Interface[]): Project {
@@ -105,7 +105,7 @@ export function imported(project: Project, transfer: Transfer, here: readonly In
   return transfer.scope === "project" ? content : withAddedPages(project, content);
 }
 
-/** The pages are added under new ids; materials under their own, where they are not there yet. */
+/** Adds the pages under new ids, and materials under their own unless they exist already. */
 function withAddedPages(project: Project, content: Project): Project {
   const pageIds = new Map<string, string>();
   const added: Page[] = [];

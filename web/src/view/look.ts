@@ -1,7 +1,7 @@
-/** From a component's look to the style of its element. */
+/** Converts a component's look to the style of its element. */
 import type { Component, Look } from "../model/layout.ts";
 
-/** The look of a state: what the active one leaves empty is the normal one's. */
+/** The look of a state: empty fields of the active look are those of the normal one. */
 export function lookOf(component: Component, active: boolean): Look {
   const { look, activeLook } = component;
   if (!active) return look;
@@ -9,7 +9,7 @@ export function lookOf(component: Component, active: boolean): Look {
   return { ...look, ...Object.fromEntries(given) };
 }
 
-/** Style of the element: place, size and what the look sets; the rest is the theme's. */
+/** Style of the element: place, size and the fields of the look; the rest comes from the theme. */
 export function styleOf(component: Component, look: Look): string {
   const ink = look.color || (look.fill && inkOn(look.fill));
   return [

@@ -156,8 +156,7 @@ describe("settings", () => {
     await page.getByRole("radio", { name: "中文" }).click();
     await page.getByRole("heading", { name: "设置" }).waitFor();
     await page.getByRole("radio", { name: "深色" }).click();
-    // In developer mode the server's console shows what its log gets, and neither before nor afterwards.
-    // Records are written a while after what they tell; the mode counts when they are written.
+    // Records are written a while after their event; the mode at that time counts.
     const logged = (request: string) =>
       waitFor(`${request} in the log`, () => host.file("Log/Operation.log").includes(`/${request}`));
     const setDeveloperMode = (name: string) =>

@@ -1,4 +1,4 @@
-/** Pictures of every screen in both languages and three sizes, for one's own eyes and for the documentation. */
+/** Screenshots of every screen in both languages and three sizes, for inspection and for the documentation. */
 import { mkdirSync } from "node:fs";
 import { join } from "node:path";
 import { afterAll, beforeAll, expect, it } from "vitest";

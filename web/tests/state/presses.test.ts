@@ -21,7 +21,7 @@ const rail = (position: number) => at(32 + 25.6 * position, 40);
 
 let clock: FakeClock;
 let presses: Presses;
-/** What the hooks were told, in order. */
+/** The calls of the hooks, in order. */
 let log: string[];
 let targets: Component[];
 let values: Map<number, number>;

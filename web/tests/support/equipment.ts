@@ -6,7 +6,7 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { waitFor } from "./wait.ts";
 
-/** What a device has received so far, as text of one byte a character. */
+/** Everything that a device has received so far, as text with one byte per character. */
 class Recorder {
   bytes = "";
 
@@ -80,7 +80,7 @@ export class SerialDevice {
       { stdio: "ignore" },
     );
     await waitFor("the serial line", () => existsSync(device.path));
-    // Held open, since the other side of a pseudo terminal ends when nobody has it open any more.
+    // Kept open, since the other side of a pseudo terminal ends when nobody has it open any more.
     device.#held = openSync(device.path, constants.O_RDWR | constants.O_NOCTTY);
     return device;
   }

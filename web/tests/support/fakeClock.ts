@@ -7,9 +7,9 @@ interface Entry {
   every: number;
 }
 
-/** A clock that stands still until a test lets time pass. */
+/** A clock that stops until a test lets time pass. */
 export class FakeClock implements Clock {
-  /** When the clock was made; an odd date, so that none is right by chance. */
+  /** The time at which the clock starts; an odd date, so that none is right by chance. */
   static readonly start = Date.UTC(2031, 4, 6, 7, 8, 9);
   #now = 5000;
   readonly #entries = new Set<Entry>();

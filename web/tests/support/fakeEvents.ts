@@ -1,7 +1,7 @@
 import type { PageEvent, PageEvents } from "../../src/api/pageEvents.ts";
 import { settled } from "./settled.ts";
 
-/** What befalls a page, as a test has it happen. */
+/** Events from outside a page, as a test triggers them. */
 export class FakeEvents implements PageEvents {
   readonly #acts: { event: PageEvent; act: () => void }[] = [];
 

@@ -70,7 +70,7 @@ function rawHead(reply: IncomingMessage): string {
     .join("");
 }
 
-/** What the tests look at in the documents that the server hands out, by their routes. */
+/** The parts of the server's documents that the tests check, by their routes. */
 interface Documents {
   getPageLayoutInfo: { pages: { name: string; material: string; components: StoredComponent[] }[] };
   getMaterialList: { materialList: { id: string; name: string; width: number }[] };
@@ -91,7 +91,7 @@ export class Host {
   readonly userData = join(this.home, "data");
   port = 0;
   webSocketPort = 0;
-  /** What the process has written on its console. */
+  /** The output of the process on its console. */
   output = "";
   #process: ChildProcess | undefined;
 
@@ -156,7 +156,7 @@ export class Host {
     return readFileSync(join(this.userData, name), "utf8");
   }
 
-  /** The `data` of a document as the server hands it out. */
+  /** The `data` of a document as the server sends it. */
   async read<Route extends keyof Documents>(route: Route): Promise<Documents[Route]> {
     const reply = await fetch(`${this.url}/api/centralControl/${route}`);
     return ((await reply.json()) as { data: Documents[Route] }).data;

@@ -40,7 +40,7 @@ async function use<Value>(mode: IDBTransactionMode, act: (store: IDBObjectStore)
   }
 }
 
-/** How long a starting tab waits for others to say that they are there, in ms. */
+/** How long a starting tab waits for other tabs to answer, in ms. */
 const answerTime = 150;
 const tabKey = "tab";
 
@@ -51,7 +51,7 @@ export class Drafts {
 
   constructor(readonly clock: Clock) {}
 
-  /** The draft that this tab goes on with, if there is one. Call once, before anything else. */
+  /** The draft with which this tab continues, if there is one. Call once, before anything else. */
   async adopt(): Promise<Draft | undefined> {
     const others = await this.#otherTabs();
     // A tab that was duplicated has the id of its original.
