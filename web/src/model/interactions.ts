@@ -1,5 +1,5 @@
 /** The interactions document: which commands belong to which component and trigger. The server reads it too. */
-import { type Component, isActive } from "./layout.ts";
+import { type Component, isActive, type SliderComponent } from "./layout.ts";
 import { asArray, asNumber, asObject, asText, isObject } from "./json.ts";
 
 export type ControlType = "comInfo" | "netPortInfo";
@@ -50,15 +50,20 @@ export function sliderTrigger(position: number): string {
   return `position${position}`;
 }
 
+/** The position in the middle of a slider, where the author sees it. */
+export function middlePosition(component: SliderComponent): number {
+  return Math.floor(component.steps / 2);
+}
+
 /** The number that a slider shows at a position. */
-export function sliderValue(component: Component, position: number): number {
+export function sliderValue(component: SliderComponent, position: number): number {
   const span = component.max - component.min;
   const value = component.min + (span * position) / Math.max(1, component.steps - 1);
   return Math.round(value * 100) / 100;
 }
 
 /** The commands of each position. `{value}` is the position's number, `{value:3}` the same with three digits. */
-export function expandTemplate(component: Component, template: readonly Command[]): ComponentCommands {
+export function expandTemplate(component: SliderComponent, template: readonly Command[]): ComponentCommands {
   const triggers: Record<string, Command[]> = {};
   for (let position = 0; position < component.steps; ++position) {
     const value = sliderValue(component, position);

@@ -15,8 +15,11 @@ export const pressModes = ["click", "press", "pressRelease", "repeat", "long"] a
 export type PressMode = (typeof pressModes)[number];
 
 export const alignments = ["left", "center", "right"] as const;
+export type TextAlignment = (typeof alignments)[number];
 export const imageFits = ["contain", "cover", "fill"] as const;
+export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
+export type ClockForm = (typeof clockForms)[number];
 
 /** How a component looks in one state. An empty field means the theme's own, or the one of the normal look. */
 export interface Look {
@@ -30,9 +33,10 @@ export interface Look {
 
 export const emptyLook: Look = { text: "", fill: "", color: "", border: "", icon: "", material: "" };
 
-export interface Component {
+/** What components of all kinds have. */
+interface Common<Type extends ComponentType> {
   readonly id: number;
-  readonly type: ComponentType;
+  readonly type: Type;
   /** Name for the author's lists; empty: the text is shown there. */
   readonly name: string;
   readonly x: number;
@@ -44,29 +48,72 @@ export interface Component {
   readonly group: string;
   readonly fontSize: number;
   readonly radius: number;
-  readonly align: (typeof alignments)[number];
+  readonly align: TextAlignment;
   readonly look: Look;
-  /** The look while a button is held, or while a switch is on. */
+}
+
+/** Of what can ask the operator before it sends. */
+interface Asking {
+  /** The question; empty: none is asked. */
+  readonly confirm: string;
+}
+
+export interface ButtonComponent extends Common<"button">, Asking {
+  /** The look while it is held. */
   readonly activeLook: Look;
   readonly mode: PressMode;
-  /** Question before anything is sent; empty: none is asked. */
-  readonly confirm: string;
   /** Pause between two repetitions, in ms. */
   readonly interval: number;
   /** How long a long press has to last, in ms. */
   readonly hold: number;
-  /** Slider: number of positions, and the numbers of the first and the last. */
+}
+
+export interface SwitchComponent extends Common<"switch">, Asking {
+  /** The look while it is on. */
+  readonly activeLook: Look;
+}
+
+export interface SliderComponent extends Common<"slider">, Asking {
+  /** Number of positions, and the numbers of the first and the last. */
   readonly steps: number;
   readonly min: number;
   readonly max: number;
   readonly vertical: boolean;
-  /** Slider: whether it sends while it is moved, and not only at the end. */
+  /** Whether it sends while it is moved, and not only at the end. */
   readonly live: boolean;
-  /** Page link: id of the page. */
-  readonly target: string;
-  readonly clock: (typeof clockForms)[number];
-  readonly fit: (typeof imageFits)[number];
 }
+
+export interface ImageComponent extends Common<"image"> {
+  /** How the picture fills the box. */
+  readonly fit: ImageFit;
+}
+
+export interface LinkComponent extends Common<"link"> {
+  /** Id of the page that it leads to. */
+  readonly target: string;
+}
+
+export interface ClockComponent extends Common<"clock"> {
+  readonly clock: ClockForm;
+}
+
+export type Component =
+  | ButtonComponent
+  | SwitchComponent
+  | SliderComponent
+  | Common<"text">
+  | ImageComponent
+  | LinkComponent
+  | ClockComponent
+  | Common<"group">;
+
+export type AskingComponent = ButtonComponent | SwitchComponent | SliderComponent;
+
+/** The component of one kind. */
+export type ComponentOf<Type extends ComponentType> = Extract<Component, { readonly type: Type }>;
+
+/** The part that all kinds share, of a component whose kind is not looked at. */
+export type CommonPart = Common<ComponentType>;
 
 export interface Page {
   readonly id: string;
@@ -108,9 +155,15 @@ const sizes: Record<ComponentType, [number, number]> = {
 };
 
 /** A new component of its type's usual size at that place. */
+export function newComponent<Type extends ComponentType>(
+  type: Type,
+  x: number,
+  y: number,
+  text?: string,
+): ComponentOf<Type>;
 export function newComponent(type: ComponentType, x: number, y: number, text = ""): Component {
   const [width, height] = sizes[type];
-  return {
+  const common: CommonPart = {
     id: newComponentId(),
     type,
     name: "",
@@ -124,20 +177,24 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
     radius: 14,
     align: type === "text" ? "left" : "center",
     look: { ...emptyLook, text },
-    activeLook: emptyLook,
-    mode: "click",
-    confirm: "",
-    interval: 300,
-    hold: 800,
-    steps: 11,
-    min: 0,
-    max: 100,
-    vertical: false,
-    live: false,
-    target: "",
-    clock: "time",
-    fit: "contain",
   };
+  switch (type) {
+    case "button":
+      return { ...common, type, activeLook: emptyLook, mode: "click", confirm: "", interval: 300, hold: 800 };
+    case "switch":
+      return { ...common, type, activeLook: emptyLook, confirm: "" };
+    case "slider":
+      return { ...common, type, confirm: "", steps: 11, min: 0, max: 100, vertical: false, live: false };
+    case "image":
+      return { ...common, type, fit: "contain" };
+    case "link":
+      return { ...common, type, target: "" };
+    case "clock":
+      return { ...common, type, clock: "time" };
+    case "text":
+    case "group":
+      return { ...common, type };
+  }
 }
 
 export function newPage(name: string, width = 1280, height = 800): Page {
@@ -180,7 +237,17 @@ export function isActive(type: ComponentType): boolean {
   return type === "button" || type === "switch" || type === "slider" || type === "link";
 }
 
+/** Whether a component has a second look, for the time while it is held or on. */
+export function hasStates(component: Component): component is ButtonComponent | SwitchComponent {
+  return component.type === "button" || component.type === "switch";
+}
+
+/** The looks of all states of a component. */
+export function looksOf(component: Component): Look[] {
+  return hasStates(component) ? [component.look, component.activeLook] : [component.look];
+}
+
 /** What the author's lists call a component. */
 export function componentTitle(component: Component): string {
-  return component.name || component.look.text || component.activeLook.text;
+  return component.name || (looksOf(component).find((look) => look.text)?.text ?? "");
 }

@@ -1,5 +1,5 @@
 /** The materials document: pictures and icons as data URLs. */
-import type { Layout } from "./layout.ts";
+import { type Layout, looksOf } from "./layout.ts";
 import { asArray, asNumber, asObject, asText, isObject } from "./json.ts";
 import { type Refusal } from "./readLayout.ts";
 
@@ -78,10 +78,7 @@ export function materialUses(layout: Layout): Map<string, number> {
   const count = (id: string) => id && uses.set(id, (uses.get(id) ?? 0) + 1);
   for (const page of layout.pages) {
     count(page.material);
-    for (const component of page.components) {
-      count(component.look.material);
-      count(component.activeLook.material);
-    }
+    for (const look of page.components.flatMap(looksOf)) count(look.material);
   }
   return uses;
 }

@@ -1,5 +1,5 @@
 /** What an author should look at before the pages go to an operator. */
-import { type Component, isActive, type Page } from "./layout.ts";
+import { type Component, isActive, looksOf, type Page } from "./layout.ts";
 import { type Command, commandLists, triggersOf } from "./interactions.ts";
 import { overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
@@ -57,8 +57,9 @@ function problemsOf(
   if (!commands?.template?.length && triggersOf(component).some((trigger) => !isSet(trigger))) kinds.push("noCommand");
   if (all.some((one) => !interfaceIds.has(one.portIndex))) kinds.push("lostInterface");
   if (all.some(isBad)) kinds.push("badContent");
-  const used = [component.look.material, component.activeLook.material];
-  if (used.some((id) => id !== "" && !materials.has(id))) kinds.push("lostMaterial");
+  if (looksOf(component).some(({ material }) => material !== "" && !materials.has(material))) {
+    kinds.push("lostMaterial");
+  }
   if (component.type === "image" && component.look.material === "") kinds.push("lostMaterial");
   if (component.type === "link" && !pages.has(component.target)) kinds.push("lostPage");
   if (!overlaps(component, { x: 0, y: 0, width: page.width, height: page.height })) kinds.push("outside");

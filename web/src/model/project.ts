@@ -3,7 +3,7 @@ import { allComponents, type Component, emptyLayout, type Layout, type Page } fr
 import { type Command, type ComponentCommands, type Interactions, writeInteractions } from "./interactions.ts";
 import { type Material, writeMaterials } from "./materials.ts";
 import { sameJson } from "./json.ts";
-import { writeLayout } from "./readLayout.ts";
+import { isRefused, readLayout, writeLayout } from "./readLayout.ts";
 
 export interface Project {
   readonly layout: Layout;
@@ -20,6 +20,12 @@ export function writeProject(project: Project): { layout: object; interactions: 
     interactions: writeInteractions(project.interactions, allComponents(project.layout)),
     materials: writeMaterials(project.materials),
   };
+}
+
+/** The project as this version reads it, when another version may have kept it: with the fields that it knows. */
+export function asRead(project: Project): Project {
+  const layout = readLayout(writeLayout(project.layout));
+  return isRefused(layout) ? project : { ...project, layout };
 }
 
 /** Whether two projects would be stored alike. */
@@ -67,6 +73,7 @@ export function withCopiedCommands(project: Project, from: Interactions, ids: Re
 /** The page with its links led to other pages, by the table; links that the table lacks stay. */
 export function retarget(page: Page, pages: ReadonlyMap<string, string>): Page {
   const components = page.components.map((one) => {
+    if (one.type !== "link") return one;
     const target = pages.get(one.target);
     return target ? { ...one, target } : one;
   });

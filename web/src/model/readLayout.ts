@@ -2,6 +2,7 @@
 import {
   alignments,
   clockForms,
+  type CommonPart,
   type Component,
   componentSides,
   componentTypes,
@@ -17,7 +18,7 @@ import {
   pressModes,
   sliderSteps,
 } from "./layout.ts";
-import { asArray, asChoice, asNumber, asObject, asText, isObject } from "./json.ts";
+import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
 const form = "control pages";
 
@@ -104,18 +105,58 @@ function isComponentId(id: unknown): id is number {
   return typeof id === "number" && Number.isInteger(id) && id > 0 && id <= 0x7fffffff;
 }
 
-/** A component, or nothing when its type or id can't be used. */
+/** A component, or nothing when its type or id can't be used. What its kind doesn't have is left out. */
 export function readComponent(value: unknown): Component | undefined {
   const from = asObject(value);
   const type = componentTypes.find((known) => known === from["type"]);
   const id = from["id"];
   if (!type || !isComponentId(id)) return undefined;
-  const fresh = newComponent(type, 0, 0);
+  const fresh: Component = newComponent(type, 0, 0);
+  const common = readCommon(from, id, fresh);
+  const confirm = asText(from["confirm"]);
+  switch (fresh.type) {
+    case "button":
+      return {
+        ...common,
+        type: fresh.type,
+        activeLook: readLook(from["activeLook"]),
+        mode: asChoice(from["mode"], pressModes, fresh.mode),
+        confirm,
+        interval: Math.round(asNumber(from["interval"], fresh.interval, 50, 60_000)),
+        hold: Math.round(asNumber(from["hold"], fresh.hold, 200, 10_000)),
+      };
+    case "switch":
+      return { ...common, type: fresh.type, activeLook: readLook(from["activeLook"]), confirm };
+    case "slider":
+      return {
+        ...common,
+        type: fresh.type,
+        confirm,
+        steps: Math.round(asNumber(from["steps"], fresh.steps, sliderSteps.least, sliderSteps.most)),
+        min: asNumber(from["min"], fresh.min, -1e6, 1e6),
+        max: asNumber(from["max"], fresh.max, -1e6, 1e6),
+        vertical: from["vertical"] === true,
+        live: from["live"] === true,
+      };
+    case "image":
+      return { ...common, type: fresh.type, fit: asChoice(from["fit"], imageFits, fresh.fit) };
+    case "link":
+      return { ...common, type: fresh.type, target: asText(from["target"]) };
+    case "clock":
+      return { ...common, type: fresh.type, clock: asChoice(from["clock"], clockForms, fresh.clock) };
+    case "text":
+    case "group":
+      return { ...common, type: fresh.type };
+  }
+}
+
+/** What components of all kinds have; where it is missing or can't be used, a fresh one's. */
+function readCommon(from: JsonObject, id: number, fresh: Component): CommonPart {
   const side = (key: "width" | "height") =>
     Math.round(asNumber(from[key], fresh[key], componentSides.least, componentSides.most));
   return {
     id,
-    type,
+    type: fresh.type,
     name: asText(from["name"]),
     x: Math.round(asNumber(from["x"], 0, -100_000, 100_000)),
     y: Math.round(asNumber(from["y"], 0, -100_000, 100_000)),
@@ -127,18 +168,5 @@ export function readComponent(value: unknown): Component | undefined {
     radius: asNumber(from["radius"], fresh.radius, 0, 1000),
     align: asChoice(from["align"], alignments, fresh.align),
     look: readLook(from["look"]),
-    activeLook: readLook(from["activeLook"]),
-    mode: asChoice(from["mode"], pressModes, "click"),
-    confirm: asText(from["confirm"]),
-    interval: Math.round(asNumber(from["interval"], fresh.interval, 50, 60_000)),
-    hold: Math.round(asNumber(from["hold"], fresh.hold, 200, 10_000)),
-    steps: Math.round(asNumber(from["steps"], fresh.steps, sliderSteps.least, sliderSteps.most)),
-    min: asNumber(from["min"], fresh.min, -1e6, 1e6),
-    max: asNumber(from["max"], fresh.max, -1e6, 1e6),
-    vertical: from["vertical"] === true,
-    live: from["live"] === true,
-    target: asText(from["target"]),
-    clock: asChoice(from["clock"], clockForms, "time"),
-    fit: asChoice(from["fit"], imageFits, "contain"),
   };
 }

@@ -3,7 +3,14 @@
  * way of pressing is told in one place. Several fingers at once are independent of each other.
  */
 import type { Clock, Timer } from "../api/clock.ts";
-import { type Component } from "../model/layout.ts";
+import type {
+  AskingComponent,
+  ButtonComponent,
+  Component,
+  LinkComponent,
+  SliderComponent,
+  SwitchComponent,
+} from "../model/layout.ts";
 import { type Point, targetAt } from "../model/geometry.ts";
 import { sliderTrigger } from "../model/interactions.ts";
 
@@ -20,15 +27,15 @@ export interface PressHooks {
   /** Shows or ends the pressed look. */
   setPressed(id: number, pressed: boolean): void;
   /** Asks the operator; true at once where the component asks nothing. */
-  confirm(component: Component): Promise<boolean>;
+  confirm(component: AskingComponent): Promise<boolean>;
   /** Sends the commands of a trigger. True when all arrived. */
   fire(component: Component, trigger: string): Promise<boolean>;
   isOn(id: number): boolean;
   setOn(id: number, on: boolean): void;
   /** Position of a slider as it is shown. */
   setPosition(id: number, position: number): void;
-  position(component: Component): number;
-  follow(component: Component): void;
+  position(component: SliderComponent): number;
+  follow(component: LinkComponent): void;
 }
 
 interface Press {
@@ -62,17 +69,16 @@ export class Presses {
       held: true,
       sent: Promise.resolve(),
       longDone: false,
-      before: this.hooks.position(component),
+      before: component.type === "slider" ? this.hooks.position(component) : 0,
     };
     this.#presses.set(pointer, press);
     this.hooks.setPressed(component.id, true);
     if (component.type === "slider") this.#slide(component, at);
-    if (component.type === "button") this.#buttonDown(press);
+    if (component.type === "button") this.#buttonDown(component, press);
     return true;
   }
 
-  #buttonDown(press: Press): void {
-    const { component } = press;
+  #buttonDown(component: ButtonComponent, press: Press): void {
     switch (component.mode) {
       case "press":
         void this.#ask(component, "press");
@@ -81,7 +87,7 @@ export class Presses {
         press.sent = this.hooks.fire(component, "press");
         break;
       case "repeat":
-        void this.#repeat(press);
+        void this.#repeat(component, press);
         break;
       case "long":
         press.timer = this.clock.after(component.hold, () => {
@@ -100,13 +106,13 @@ export class Presses {
     const { component } = press;
     if (component.type === "slider") {
       this.#slide(component, at);
-      if (component.live && !component.confirm) void this.#sendLive(press);
+      if (component.live && !component.confirm) void this.#sendLive(component, press);
       return;
     }
     // Modes that have begun to send stay pressed until the finger leaves the screen.
     const waits = component.type !== "button" || component.mode === "click" || component.mode === "long";
     if (waits && !press.longDone) this.hooks.setPressed(component.id, this.#inside(component, at));
-    if (component.mode === "long" && component.type === "button" && !this.#inside(component, at)) {
+    if (component.type === "button" && component.mode === "long" && !this.#inside(component, at)) {
       press.timer?.cancel();
     }
   }
@@ -117,7 +123,7 @@ export class Presses {
     const { component } = press;
     if (component.type === "slider") {
       this.#slide(component, at);
-      void this.#sendSlider(press);
+      void this.#sendSlider(component, press);
     } else if (component.type === "button" && component.mode === "pressRelease") {
       void press.sent.then(() => this.hooks.fire(component, "release"));
     } else if (this.#inside(component, at)) {
@@ -141,12 +147,12 @@ export class Presses {
   }
 
   /** A slider moved by keys, one position or more at a time. */
-  stepSlider(component: Component, by: number): void {
+  stepSlider(component: SliderComponent, by: number): void {
     if (!this.hooks.isAllowed(component)) return;
     const before = this.hooks.position(component);
     const position = Math.min(component.steps - 1, Math.max(0, before + by));
     this.hooks.setPosition(component.id, position);
-    void this.#sendSlider({ component, held: false, sent: Promise.resolve(), longDone: false, before });
+    void this.#sendSlider(component, { component, held: false, sent: Promise.resolve(), longDone: false, before });
   }
 
   /** The browser took the pointer away. What was begun is ended, nothing else is sent. */
@@ -178,24 +184,24 @@ export class Presses {
     return targetAt([component], at, this.hooks.side()) === component;
   }
 
-  async #ask(component: Component, trigger: string): Promise<boolean> {
+  async #ask(component: ButtonComponent, trigger: string): Promise<boolean> {
     return (await this.hooks.confirm(component)) && this.hooks.fire(component, trigger);
   }
 
-  async #repeat(press: Press): Promise<void> {
-    while (press.held && (await this.hooks.fire(press.component, "repeat"))) {
-      await new Promise<void>((done) => (press.timer = this.clock.after(press.component.interval, done)));
+  async #repeat(component: ButtonComponent, press: Press): Promise<void> {
+    while (press.held && (await this.hooks.fire(component, "repeat"))) {
+      await new Promise<void>((done) => (press.timer = this.clock.after(component.interval, done)));
     }
   }
 
-  async #toggle(component: Component): Promise<void> {
+  async #toggle(component: SwitchComponent): Promise<void> {
     const on = !this.hooks.isOn(component.id);
     if (!(await this.hooks.confirm(component))) return;
     this.hooks.setOn(component.id, on);
     if (!(await this.hooks.fire(component, on ? "on" : "off"))) this.hooks.setOn(component.id, !on);
   }
 
-  #slide(component: Component, at: Point): void {
+  #slide(component: SliderComponent, at: Point): void {
     const margin = component.vertical ? railMargin.vertical : railMargin.horizontal;
     const length = (component.vertical ? component.height : component.width) - 2 * margin;
     const along = component.vertical ? component.y + component.height - margin - at.y : at.x - component.x - margin;
@@ -203,8 +209,8 @@ export class Presses {
     this.hooks.setPosition(component.id, Math.round(share * (component.steps - 1)));
   }
 
-  async #sendSlider(press: Press): Promise<void> {
-    const { component, before } = press;
+  async #sendSlider(component: SliderComponent, press: Press): Promise<void> {
+    const { before } = press;
     await press.sent;
     const position = this.hooks.position(component);
     if (position === (press.sentPosition ?? before)) return;
@@ -214,10 +220,9 @@ export class Presses {
   }
 
   /** While a send is under way the positions between are left out; the newest follows when it has ended. */
-  async #sendLive(press: Press): Promise<void> {
+  async #sendLive(component: SliderComponent, press: Press): Promise<void> {
     if (press.sliding) return;
     press.sliding = true;
-    const { component } = press;
     for (;;) {
       const position = this.hooks.position(component);
       if (!press.held || position === (press.sentPosition ?? press.before)) break;

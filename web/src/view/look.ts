@@ -1,11 +1,11 @@
 /** Converts a component's look to the style of its element. */
-import type { Component, Look } from "../model/layout.ts";
+import { type Component, hasStates, type Look } from "../model/layout.ts";
 
 /** The look of a state: empty fields of the active look are those of the normal one. */
 export function lookOf(component: Component, active: boolean): Look {
-  const { look, activeLook } = component;
-  if (!active) return look;
-  const given = Object.entries(activeLook).filter(([, value]) => value !== "");
+  const { look } = component;
+  if (!active || !hasStates(component)) return look;
+  const given = Object.entries(component.activeLook).filter(([, value]) => value !== "");
   return { ...look, ...Object.fromEntries(given) };
 }
 

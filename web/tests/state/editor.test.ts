@@ -3,7 +3,7 @@ import { type Drag, marqueeDrag, moveDrag, resizeDrag } from "../../src/author/e
 import { Editor } from "../../src/author/editor/editor.svelte.ts";
 import { ProjectStore } from "../../src/author/project/store.svelte.ts";
 import type { Handle } from "../../src/model/geometry.ts";
-import { type Component, newPage } from "../../src/model/layout.ts";
+import { type CommonPart, newPage } from "../../src/model/layout.ts";
 import { withPages } from "../../src/model/project.ts";
 import { FakeSurroundings } from "../support/fakeSurroundings.ts";
 import { sampleProject } from "../support/projects.ts";
@@ -20,7 +20,8 @@ const part = (id: number) => editor.components.find((one) => one.id === id)!;
 const places = () => editor.components.map(({ x, y }) => [x, y]);
 const selected = () => [...editor.selection].sort();
 const steps = () => store.history.past.length;
-const set = (id: number, change: Partial<Component>) => editor.changeParts([id], (one) => ({ ...one, ...change }));
+const set = (id: number, change: Partial<Omit<CommonPart, "type">>) =>
+  editor.changeParts([id], (one) => ({ ...one, ...change }));
 
 /** Buttons 1, 2 and 3, each 100 by 50, stand at x 100, 300 and 600 and y 100 on a page of 1000 by 800. */
 beforeEach(async () => {

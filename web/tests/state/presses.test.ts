@@ -1,5 +1,11 @@
 import { beforeEach, describe, expect, it } from "vitest";
-import { type Component, newComponent } from "../../src/model/layout.ts";
+import {
+  type ButtonComponent,
+  type Component,
+  newComponent,
+  type PressMode,
+  type SliderComponent,
+} from "../../src/model/layout.ts";
 import { Presses } from "../../src/panel/presses.ts";
 import { FakeClock } from "../support/fakeClock.ts";
 import { settled } from "../support/settled.ts";
@@ -8,15 +14,22 @@ const at = (x: number, y: number) => ({ x, y });
 const inside = at(10, 10);
 const outside = at(900, 900);
 
-const part = (type: "button" | "switch" | "slider" | "link", id: number, more: Partial<Component> = {}): Component => ({
-  ...newComponent(type, 0, 0),
-  id,
+const button = (mode: PressMode, more: Partial<ButtonComponent> = {}): ButtonComponent => ({
+  ...newComponent("button", 0, 0),
+  id: 1,
+  mode,
+  hold: 800,
+  interval: 300,
   ...more,
 });
-const button = (mode: Component["mode"], more: Partial<Component> = {}) =>
-  part("button", 1, { mode, hold: 800, interval: 300, ...more });
+const toggle = (confirm = "") => ({ ...newComponent("switch", 0, 0), id: 1, confirm });
+const link = { ...newComponent("link", 0, 0), id: 1, target: "p2" };
 /** Its rail has 256 px from x 32 on, and 11 positions, 25.6 px apart. */
-const slider = (more: Partial<Component> = {}) => part("slider", 1, more);
+const slider = (more: Partial<SliderComponent> = {}): SliderComponent => ({
+  ...newComponent("slider", 0, 0),
+  id: 1,
+  ...more,
+});
 const rail = (position: number) => at(32 + 25.6 * position, 40);
 
 let clock: FakeClock;
@@ -186,7 +199,7 @@ describe("a finger on a button", () => {
     isAllowed = false;
     targets = [button("click")];
     expect(presses.down(1, inside)).toBe(false);
-    targets = [part("link", 1, { target: "p2" })];
+    targets = [link];
     await finger("down", "up");
     expect(log).toEqual(["refused", "pressed", "free", "to p2"]);
   });
@@ -198,7 +211,7 @@ describe("a finger on a button", () => {
 });
 
 describe("a switch", () => {
-  beforeEach(() => (targets = [part("switch", 1)]));
+  beforeEach(() => (targets = [toggle()]));
 
   it("sends on and off in turn", async () => {
     await finger("down", "up", "down", "up");
@@ -214,14 +227,14 @@ describe("a switch", () => {
   });
 
   it("stays as it is when the operator says no", async () => {
-    [targets, agrees] = [[part("switch", 1, { confirm: "sure?" })], false];
+    [targets, agrees] = [[toggle("sure?")], false];
     await finger("down", "up");
     expect([log, shown()]).toEqual([["pressed", "free", "sure?"], 0]);
   });
 });
 
 describe("several fingers", () => {
-  beforeEach(() => (targets = [button("pressRelease"), part("button", 2, { x: 400, mode: "repeat" })]));
+  beforeEach(() => (targets = [button("pressRelease"), button("repeat", { id: 2, x: 400 })]));
   const other = at(410, 10);
 
   it("press several components, each for itself", async () => {
@@ -347,8 +360,8 @@ describe("without a pointer", () => {
     ["press and release", button("pressRelease"), ["press", "release"]],
     ["repeat, once", button("repeat"), ["repeat"]],
     ["long press", button("long"), ["longPress"]],
-    ["switch", part("switch", 1), ["on"]],
-    ["link", part("link", 1, { target: "p2" }), ["to p2"]],
+    ["switch", toggle(), ["on"]],
+    ["link", link, ["to p2"]],
   ])("a whole %s is done", async (_, component, expected) => {
     presses.activate(component);
     await clock.pass(5000);

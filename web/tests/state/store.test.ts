@@ -2,7 +2,7 @@ import { beforeEach, describe, expect, it } from "vitest";
 import { codes, ServerError } from "../../src/api/server.ts";
 import { ProjectStore } from "../../src/author/project/store.svelte.ts";
 import { readInteractions } from "../../src/model/interactions.ts";
-import { emptyProject, type Project, withCommands, writeProject } from "../../src/model/project.ts";
+import { emptyProject, type Project, withCommands, withPages, writeProject } from "../../src/model/project.ts";
 import { FakeClock } from "../support/fakeClock.ts";
 import { FakeSurroundings } from "../support/fakeSurroundings.ts";
 import { command, pageNames, renamed, sampleProject } from "../support/projects.ts";
@@ -165,6 +165,16 @@ describe("the draft", () => {
       ["Mine"],
       ["Theirs"],
     ]);
+  });
+
+  it("with fields that are read no more meets no conflict for their sake", async () => {
+    const [page] = first.layout.pages;
+    const components = page!.components.map((one) => Object.assign({ steps: 11 }, one));
+    const older = withPages(first, [{ ...page!, components }]);
+    around.draft = draftOf(older, renamed(older, "Mine"));
+    await load();
+    expect(await store.save()).toBe("saved");
+    expect(pageNames(store.project)).toEqual(["Mine"]);
   });
 
   it("can be thrown away, and undo brings it back", async () => {

@@ -9,7 +9,7 @@ import { type Command, mapCommands, writeCommand } from "../../model/interaction
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
 import { asArray, asObject, isObject } from "../../model/json.ts";
 import { isChanged, mineAsCopy } from "../../model/merge.ts";
-import { emptyProject, type Project, sameProject, withCommands } from "../../model/project.ts";
+import { asRead, emptyProject, type Project, sameProject, withCommands } from "../../model/project.ts";
 import { isRefused, type Refusal } from "../../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../../view/pictures.ts";
 import { ta } from "../../i18n/author.ts";
@@ -88,8 +88,9 @@ export class ProjectStore {
 
   async #takeDraft(): Promise<void> {
     try {
-      const draft = await this.needs.drafts.adopt();
-      if (!draft) return;
+      const kept = await this.needs.drafts.adopt();
+      if (!kept) return;
+      const draft = { ...kept, base: asRead(kept.base), project: asRead(kept.project) };
       if (sameProject(draft.project, this.base)) return void (await this.needs.drafts.clear());
       // Undo leads back to the stored project, even when the notice that offers to discard the draft is gone.
       if (!sameProject(draft.base, this.base)) this.base = draft.base;
