@@ -10,25 +10,25 @@ export interface Command {
   readonly controlType: ControlType;
   readonly interfaceName: string;
   readonly commandName: string;
-  /** Real characters, or hexadecimal digits. */
+  /** The characters themselves, or hexadecimal digits. */
   readonly content: string;
   /** 0 text, 1 hexadecimal. */
   readonly contentFormat: number;
-  /** Of text: 0 UTF-8, 1 one byte a character, 2 GB18030. */
+  /** Of text: 0 UTF-8, 1 one byte per character, 2 GB18030. */
   readonly asciiEncode: number;
 }
 
 export interface ComponentCommands {
   /** Lists in sending order, by trigger. */
   readonly triggers: Readonly<Record<string, readonly Command[]>>;
-  /** Of a slider: the list from which those of all positions are made; see expandTemplate. */
+  /** Of a slider: the list from which the lists of all positions are made; see expandTemplate. */
   readonly template?: readonly Command[];
 }
 
 /** By component id. */
 export type Interactions = Readonly<Record<number, ComponentCommands>>;
 
-/** Stands in a slider's template for the position's number. */
+/** Placeholder in a slider's template for the position's number. */
 export const placeholder = /\{value(?::(\d))?\}/g;
 
 /** The triggers that a component can fire, in the order in which they are shown. */
@@ -62,7 +62,7 @@ export function sliderValue(component: SliderComponent, position: number): numbe
   return Math.round(value * 100) / 100;
 }
 
-/** The commands of each position. `{value}` is the position's number, `{value:3}` the same with three digits. */
+/** The commands of each position. `{value}` is the position's number, `{value:3}` that number with three digits. */
 export function expandTemplate(component: SliderComponent, template: readonly Command[]): ComponentCommands {
   const triggers: Record<string, Command[]> = {};
   for (let position = 0; position < component.steps; ++position) {
@@ -82,7 +82,7 @@ function paddedValue(value: number, digits: string | undefined, command: Command
   return (whole < 0 ? "-" : "") + String(Math.abs(whole)).padStart(Number(digits), "0");
 }
 
-/** What the stored document holds. What can't be used is left out, as the server leaves it out. */
+/** The content of the stored document. Unusable parts are left out, as the server leaves them out. */
 export function readInteractions(value: unknown): Interactions {
   const info = asObject(asObject(value)["componentInteractionInfo"]);
   const result: Record<number, ComponentCommands> = {};
@@ -148,7 +148,7 @@ export function commandLists(one: ComponentCommands | undefined): (readonly Comm
   return one ? [...Object.values(one.triggers), ...(one.template ? [one.template] : [])] : [];
 }
 
-/** The same with every command replaced by what `change` gives, or dropped where it gives nothing. */
+/** All lists with every command replaced by the result of `change`, or dropped if that is nothing. */
 export function mapCommands(
   interactions: Interactions,
   change: (command: Command) => Command | undefined,

@@ -1,16 +1,16 @@
 /**
- * The layout document: pages and the components on them. The server keeps it as it is; its form is this
- * application's own. `readLayout` is the only way in, so that the rest can trust every field.
+ * The layout document: pages and the components on them. The server stores it unchanged; its format belongs to this
+ * application. `readLayout` is the only way in, so that the rest can trust every field.
  */
 import { newComponentId, newId } from "./ids.ts";
 
-/** Version that is written. A document with a higher one is refused, see readLayout. */
+/** The version that is written. A document with a higher one is refused, see readLayout. */
 export const layoutVersion = 1;
 
 export const componentTypes = ["button", "switch", "slider", "text", "image", "link", "clock", "group"] as const;
 export type ComponentType = (typeof componentTypes)[number];
 
-/** When a button sends: on release inside its box, on press, on both, again and again, after a long press. */
+/** When a button sends: on release inside its box, on press, on both, repeatedly, or after a long press. */
 export const pressModes = ["click", "press", "pressRelease", "repeat", "long"] as const;
 export type PressMode = (typeof pressModes)[number];
 
@@ -21,7 +21,7 @@ export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
 export type ClockForm = (typeof clockForms)[number];
 
-/** How a component looks in one state. An empty field means the theme's own, or the one of the normal look. */
+/** The look of a component in one state. An empty field means that of the theme, or that of the normal look. */
 export interface Look {
   text: string;
   fill: string;
@@ -37,7 +37,7 @@ export const emptyLook: Look = { text: "", fill: "", color: "", border: "", icon
 interface Common<Type extends ComponentType> {
   readonly id: number;
   readonly type: Type;
-  /** Name for the author's lists; empty: the text is shown there. */
+  /** Name for the author's lists; empty: they show the text. */
   readonly name: string;
   readonly x: number;
   readonly y: number;
@@ -136,7 +136,7 @@ export interface Layout {
 
 export const emptyLayout: Layout = { startPage: "", pages: [] };
 
-/** Least and greatest side of a page and of a component, in px. */
+/** Smallest and largest side of a page and of a component, in px. */
 export const pageSides = { least: 100, most: 8000 };
 export const componentSides = { least: 8, most: 8000 };
 
@@ -154,7 +154,7 @@ const sizes: Record<ComponentType, [number, number]> = {
   group: [400, 280],
 };
 
-/** A new component of its type's usual size at that place. */
+/** A new component of its type's usual size at this place. */
 export function newComponent<Type extends ComponentType>(
   type: Type,
   x: number,
@@ -201,13 +201,16 @@ export function newPage(name: string, width = 1280, height = 800): Page {
   return { id: newId("p"), name, width, height, background: "", material: "", components: [] };
 }
 
-/** The page that a panel shows for that id: itself, else the start page, else the first, else none. */
+/**
+ * The page that a panel shows for this id: the page itself, otherwise the start page, otherwise the first, otherwise
+ * none.
+ */
 export function pageToShow(layout: Layout, id: string): Page | undefined {
   const find = (wanted: string) => layout.pages.find((page) => page.id === wanted);
   return find(id) ?? find(layout.startPage) ?? layout.pages[0];
 }
 
-/** A copy with new ids all over, and for each old component id the new one. */
+/** A copy in which all ids are new, and for each old component id the new one. */
 export function copyPage(page: Page, name: string): { page: Page; ids: Map<number, number> } {
   const copied = copyComponents(page.components);
   return { page: { ...page, id: newId("p"), name, components: copied.components }, ids: copied.ids };
@@ -247,7 +250,7 @@ export function looksOf(component: Component): Look[] {
   return hasStates(component) ? [component.look, component.activeLook] : [component.look];
 }
 
-/** What the author's lists call a component. */
+/** The name of a component in the author's lists. */
 export function componentTitle(component: Component): string {
   return component.name || (looksOf(component).find((look) => look.text)?.text ?? "");
 }

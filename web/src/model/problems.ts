@@ -1,4 +1,4 @@
-/** What an author should look at before the pages go to an operator. */
+/** Problems that an author should check before the pages go to an operator. */
 import { type Component, isActive, looksOf, type Page } from "./layout.ts";
 import { type Command, commandLists, triggersOf } from "./interactions.ts";
 import { overlaps } from "./geometry.ts";
@@ -21,7 +21,7 @@ export interface Problem {
   readonly componentId: number;
 }
 
-/** Least side, in px of the page, of what a finger shall hit. */
+/** Smallest side, in px of the page, of a component for fingers. */
 export const touchSide = 48;
 
 export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {

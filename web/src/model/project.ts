@@ -1,4 +1,4 @@
-/** Everything that the author edits and saves at once. Never changed in place; every change makes a new one. */
+/** Everything that the author edits and saves together. Never changed in place; every change makes a new one. */
 import { allComponents, type Component, emptyLayout, type Layout, type Page } from "./layout.ts";
 import { type Command, type ComponentCommands, type Interactions, writeInteractions } from "./interactions.ts";
 import { type Material, writeMaterials } from "./materials.ts";
@@ -28,7 +28,7 @@ export function asRead(project: Project): Project {
   return isRefused(layout) ? project : { ...project, layout };
 }
 
-/** Whether two projects would be stored alike. */
+/** Whether two projects would be stored as equal documents. */
 export function sameProject(one: Project, other: Project): boolean {
   if (one === other) return true;
   return (
@@ -51,7 +51,7 @@ export function withPages(project: Project, pages: readonly Page[]): Project {
   return { ...project, layout: { ...project.layout, pages } };
 }
 
-/** The page with some of its components replaced by what `change` makes of them. */
+/** The page with some of its components replaced by the results of `change`. */
 export function withComponents(page: Page, ids: ReadonlySet<number>, change: (one: Component) => Component): Page {
   return { ...page, components: page.components.map((one) => (ids.has(one.id) ? change(one) : one)) };
 }
@@ -70,7 +70,7 @@ export function withCopiedCommands(project: Project, from: Interactions, ids: Re
   return { ...project, interactions };
 }
 
-/** The page with its links led to other pages, by the table; links that the table lacks stay. */
+/** The page with its links changed according to the table; links that the table lacks stay. */
 export function retarget(page: Page, pages: ReadonlyMap<string, string>): Page {
   const components = page.components.map((one) => {
     if (one.type !== "link") return one;

@@ -1,6 +1,6 @@
 /**
- * What fingers do to components: from pointer events to triggers. Knows no element and no server, so that each
- * way of pressing is told in one place. Several fingers at once are independent of each other.
+ * Converts the pointer events of fingers on components to triggers. Knows no element and no server, so that each way of
+ * pressing is defined in one place. Several fingers at once are independent of each other.
  */
 import type { Clock, Timer } from "../api/clock.ts";
 import type {
@@ -22,13 +22,13 @@ export interface PressHooks {
   targets(): readonly Component[];
   /** Least side of a target, in px of the page as it is scaled now. */
   side(): number;
-  /** Whether anything can be sent. When not, the press is refused, and the hook tells the operator. */
+  /** Whether anything can be sent. If not, the press is refused, and the hook informs the operator. */
   isAllowed(component: Component): boolean;
   /** Shows or ends the pressed look. */
   setPressed(id: number, pressed: boolean): void;
-  /** Asks the operator; true at once where the component asks nothing. */
+  /** Asks the operator; true at once if the component asks nothing. */
   confirm(component: AskingComponent): Promise<boolean>;
-  /** Sends the commands of a trigger. True when all arrived. */
+  /** Sends the commands of a trigger. True when all were sent. */
   fire(component: Component, trigger: string): Promise<boolean>;
   isOn(id: number): boolean;
   setOn(id: number, on: boolean): void;
@@ -43,7 +43,7 @@ interface Press {
   /** Ends when the finger is lifted or the press was taken away. */
   held: boolean;
   timer?: Timer;
-  /** What was sent last for this press; releases wait for it, so that order is kept. */
+  /** The last send of this press; releases wait for it, so that the order is kept. */
   sent: Promise<unknown>;
   longDone: boolean;
   /** Slider: the position before the press, the last one that was sent, and whether one is being sent. */
@@ -155,7 +155,7 @@ export class Presses {
     void this.#sendSlider(component, { component, held: false, sent: Promise.resolve(), longDone: false, before });
   }
 
-  /** The browser took the pointer away. What was begun is ended, nothing else is sent. */
+  /** The browser took the pointer away. Ends what was begun, and sends nothing else. */
   cancel(pointer: number): void {
     const press = this.#end(pointer);
     if (!press) return;
@@ -219,7 +219,7 @@ export class Presses {
     }
   }
 
-  /** While a send is under way the positions between are left out; the newest follows when it has ended. */
+  /** While a send is under way, the positions in between are left out; the newest follows when it has ended. */
   async #sendLive(component: SliderComponent, press: Press): Promise<void> {
     if (press.sliding) return;
     press.sliding = true;
