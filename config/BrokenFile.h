@@ -21,4 +21,4 @@ struct SKeptFile {
  * one path.
  * @param content  the content of the file. An unreadable file is moved as it is, any other is copied.
  */
-SKeptFile KeepBrokenFile(const std::string& path, const SFileContent& content);
+[[nodiscard]] SKeptFile KeepBrokenFile(const std::string& path, const SFileContent& content);

@@ -12,14 +12,14 @@ std::string BackupPath(const std::string& path);
  * backup, whole. Creates the folder Backup, but none above it. One thread at a time for one path.
  * @return the reason when it failed; the old backup is still there then
  */
-std::error_code WriteBackup(const std::string& path, std::string_view text);
+[[nodiscard]] std::error_code WriteBackup(const std::string& path, std::string_view text);
 
 /**
  * Keeps a document that the start can't use completely, before a save overwrites it (see KeepBrokenFile). Any
  * thread, one at a time for one path.
  * @return the result, as the end of a sentence for the log
  */
-std::string KeepUnusableDocument(const std::string& path);
+[[nodiscard]] std::string KeepUnusableDocument(const std::string& path);
 
 /**
  * Ensures that the start loads the newest whole state of a document. A whole backup replaces the document
@@ -30,4 +30,4 @@ std::string KeepUnusableDocument(const std::string& path);
  * before the document is loaded; never throws.
  * @return the file to load: path, or the backup when it could not replace the document
  */
-std::string RestoreFromBackup(const std::string& path);
+[[nodiscard]] std::string RestoreFromBackup(const std::string& path);

@@ -39,14 +39,14 @@ class CDocumentSave {
      * @return nothing when all is done
      * @throw std::bad_alloc  nothing is lost; another try continues
      */
-    std::optional<SSaveProblem> Try();
+    [[nodiscard]] std::optional<SSaveProblem> Try();
 
     /** What another save of this path has to keep if it replaces this one. */
     EnKeep WhatIsToBeKept() const noexcept { return m_keep; }
 
   private:
-    std::optional<SSaveProblem> WriteDocument();
-    std::optional<SSaveProblem> KeepWhatIsThere();
+    [[nodiscard]] std::optional<SSaveProblem> WriteDocument();
+    [[nodiscard]] std::optional<SSaveProblem> KeepWhatIsThere();
 
     nlohmann::json m_document;
     const std::string& m_path;

@@ -7,4 +7,4 @@
  * @return false when the file can't be opened; one line on standard output reports it
  * @throw std::filesystem::filesystem_error "create_directories" when a folder can't be created
  */
-bool CreateFileWithDirectories(const std::string& path);
+[[nodiscard]] bool CreateFileWithDirectories(const std::string& path);

@@ -23,8 +23,8 @@ std::string SerialiseDocument(const nlohmann::json& document);
  * @return nothing when the stream has taken all
  * @throw std::bad_alloc
  */
-std::optional<SSaveProblem> WriteInPlace(const std::string& path,
-                                         const std::function<void(std::ostream&)>& write);
+[[nodiscard]] std::optional<SSaveProblem> WriteInPlace(const std::string& path,
+                                                       const std::function<void(std::ostream&)>& write);
 
 /** Reports a failed save: on standard output if the problem has a line for it, and in the system log. */
 void TellSaveProblem(const SSaveProblem& problem, const std::string& path);

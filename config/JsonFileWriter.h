@@ -74,7 +74,7 @@ class CJsonFileWriter {
      * Queues the document for its job, and starts the job if there is none.
      * @return null; if the system has no thread for the job, the entry that the caller has to save
      */
-    SPathState* StartJob(nlohmann::json document, const std::string& path);
+    [[nodiscard]] SPathState* StartJob(nlohmann::json document, const std::string& path);
 
     /** One job: writes the document that waits for this path, again and again if needed and canSleep. */
     void RunJob(SPathState& state, bool canSleep) noexcept;
@@ -83,10 +83,10 @@ class CJsonFileWriter {
     void TakeWaiting(SPathState& state) noexcept;
 
     /** @return true when the save is done, or can never be done */
-    bool TryOnce(SPathState& state) noexcept;
+    [[nodiscard]] bool TryOnce(SPathState& state) noexcept;
 
     /** Sleeps until the next try. @return false when this job shall make no other try */
-    bool SleepBeforeNextTry(SPathState& state) noexcept;
+    [[nodiscard]] bool SleepBeforeNextTry(SPathState& state) noexcept;
 
     const SSavePauses m_pauses{};
     const std::function<void(const std::string&)> m_beforeSave{};

@@ -39,10 +39,11 @@ std::error_code WriteSaveMark(const std::string& path, const SFileContent& docum
 }
 
 void RemoveSaveMark(const std::string& path) {
-    std::error_code ignored;  // a mark that stays matches neither the present document nor a later one
+    // Nothing here has to succeed: a mark that stays matches neither the present document nor a later one.
+    std::error_code ignored;
     const fs::path mark = PathFromNarrow(MarkPath(path));
     if (fs::remove(mark, ignored)) {
-        FlushFolder(NarrowFromPath(mark.parent_path()));
+        ignored = FlushFolder(NarrowFromPath(mark.parent_path()));
     }
 }
 

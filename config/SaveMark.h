@@ -14,7 +14,8 @@
  */
 
 /** Writes the mark of a document's save, so that it is whole at any moment. */
-std::error_code WriteSaveMark(const std::string& path, const SFileContent& document, std::string_view backup);
+[[nodiscard]] std::error_code WriteSaveMark(const std::string& path, const SFileContent& document,
+                                            std::string_view backup);
 
 /** Removes the mark, if there is one, once the document is on the disk. */
 void RemoveSaveMark(const std::string& path);

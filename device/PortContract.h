@@ -8,10 +8,11 @@
  * @param exists  true: the interface nodeId itself is left out of the comparison
  * @return CodeSuccess, CodeNameTaken or CodeDuplicateConfig
  */
-EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId);
+[[nodiscard]] EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId);
 
 /** The same for a serial interface and its settings. */
-EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists, int nodeId);
+[[nodiscard]] EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists,
+                                                     int nodeId);
 
 /**
  * Answers for a network port that could not be used, with the code that tells its mode.

@@ -10,10 +10,10 @@
  * bytes are written unchanged. Blocks for the disk. One thread at a time for one path.
  * @return the reason when it failed; the old content is still there then
  */
-std::error_code ReplaceFileDurably(const std::string& path, std::string_view content);
+[[nodiscard]] std::error_code ReplaceFileDurably(const std::string& path, std::string_view content);
 
 /** Flushes a folder's entries to the disk. Does nothing, without an error, on systems that can't do that. */
-std::error_code FlushFolder(const std::string& path);
+[[nodiscard]] std::error_code FlushFolder(const std::string& path);
 
 /** Flushes everything that any stream or program wrote to a file to the disk. Blocks for the disk. */
-std::error_code FlushFile(const std::string& path);
+[[nodiscard]] std::error_code FlushFile(const std::string& path);

@@ -16,7 +16,7 @@ void PrepareStandardStreams();
  * everything. One thread at a time.
  * @return false when it can't be written: nobody will read it, or the disk is full
  */
-bool WriteStandardOutput(std::string_view text);
+[[nodiscard]] bool WriteStandardOutput(std::string_view text);
 
 /** True when standard output is a file. Then nobody has to read before more bytes fit. */
 bool IsStandardOutputFile();

@@ -85,7 +85,8 @@ class RouterMgr {
      * (30100) and an empty body (30101).
      * @return true: go on; false: the reply is written (unless request or response is null), return 200
      */
-    static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response, SRequestTrace& trace);
+    [[nodiscard]] static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response,
+                                                SRequestTrace& trace);
 
     /**
      * Answers a write in place of its handler, when the client's address holds no open WebSocket connection

@@ -27,7 +27,7 @@ using CmdMap = std::unordered_map<std::int32_t, std::unordered_map<std::string, 
  * @throw nlohmann::json::type_error 302 when content, the interface's name, contentFormat or asciiEncode has
  * the wrong type
  */
-bool ParseCommand(const nlohmann::json& command, SCommandConfig& record);
+[[nodiscard]] bool ParseCommand(const nlohmann::json& command, SCommandConfig& record);
 
 /**
  * Builds the map of all commands from the value of componentInteractionInfo and replaces cmdMap by it. A

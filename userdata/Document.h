@@ -98,7 +98,7 @@ class CDocument {
      * replacement: of two writers that name the same state, one succeeds.
      * @return the state that is stored now; null when the check failed, and nothing has changed then
      */
-    State ReplaceIf(nlohmann::json document, const StateCheck& check);
+    [[nodiscard]] State ReplaceIf(nlohmann::json document, const StateCheck& check);
 
     /** Calls look with the value, a const nlohmann::json&, under the shared lock, and returns what it
      * returns. */

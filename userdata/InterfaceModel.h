@@ -29,7 +29,7 @@ using SerialPortMap = std::unordered_map<std::int32_t, SSerialPortConfig>;
  * @return false when a key is missing or has the wrong type. One line on standard output says why, and the
  * record keeps the values read so far. Any thread; throws only for lack of memory.
  */
-bool ParseNetPortRequest(nlohmann::json object, SNetPortConfig& record);
+[[nodiscard]] bool ParseNetPortRequest(nlohmann::json object, SNetPortConfig& record);
 
 /**
  * Reads a serial interface from its JSON form: comName, comPort, parity (texts), wordLength, stopBits,
@@ -37,7 +37,7 @@ bool ParseNetPortRequest(nlohmann::json object, SNetPortConfig& record);
  * An unknown parity counts as none, an unknown number of stop bits as one. Failures are as for
  * ParseNetPortRequest.
  */
-bool ParseSerialPortRequest(nlohmann::json object, SSerialPortConfig& record);
+[[nodiscard]] bool ParseSerialPortRequest(nlohmann::json object, SSerialPortConfig& record);
 
 /** One element of the configList of interFace.json for a network interface. */
 nlohmann::json MakeNetPortElement(std::int32_t nodeId, const SNetPortConfig& record);

@@ -87,9 +87,11 @@ class CUserData {
      * As the setters, but only when the present state passes the check: see CDocument::ReplaceIf.
      * @throw nlohmann::json::type_error as SetComponentConfig
      */
-    CDocument::State ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check);
-    CDocument::State ReplaceMaterials(nlohmann::json document, const CDocument::StateCheck& check);
-    CDocument::State ReplaceComponentConfig(nlohmann::json document, const CDocument::StateCheck& check);
+    [[nodiscard]] CDocument::State ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check);
+    [[nodiscard]] CDocument::State ReplaceMaterials(nlohmann::json document,
+                                                    const CDocument::StateCheck& check);
+    [[nodiscard]] CDocument::State ReplaceComponentConfig(nlohmann::json document,
+                                                          const CDocument::StateCheck& check);
 
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
@@ -101,8 +103,8 @@ class CUserData {
     void SetLanguage(std::int32_t newLanguage, bool isAuto);
 
     /** Copies an interface. False when there is none of this id and kind; the record is unchanged then. */
-    bool GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const;
-    bool GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& record) const;
+    [[nodiscard]] bool GetNetPortConfig(std::int32_t nodeId, SNetPortConfig& record) const;
+    [[nodiscard]] bool GetSerialPortConfig(std::int32_t nodeId, SSerialPortConfig& record) const;
 
     /** Adds or replaces an interface and saves the interfaces. A new one goes to the end of the order. */
     void SetNetPortConfig(std::int32_t nodeId, const SNetPortConfig& record);

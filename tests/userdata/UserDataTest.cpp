@@ -136,11 +136,11 @@ TEST_F(UserData, OfWritersThatReplaceTheSameStateOneGetsThrough) {
             (store.*replace)(round, [](const std::string& /*tag*/) { return true; });
         }
     }
-    store.ReplaceComponentConfig(Interactions(json::array({Command(1, "new")})),
-                                 [](const std::string& /*tag*/) { return true; });
+    EXPECT_TRUE(store.ReplaceComponentConfig(Interactions(json::array({Command(1, "new")})),
+                                             [](const std::string& /*tag*/) { return true; }));
     EXPECT_EQ(ContentsOf(store), "new");
-    store.ReplaceComponentConfig(Interactions(json::array({Command(1, "refused")})),
-                                 [](const std::string& /*tag*/) { return false; });
+    EXPECT_FALSE(store.ReplaceComponentConfig(Interactions(json::array({Command(1, "refused")})),
+                                              [](const std::string& /*tag*/) { return false; }));
     EXPECT_EQ(ContentsOf(store), "new");
 }
 
