@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <deque>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -141,9 +142,11 @@ void COutput::Note(bool isWritten, Lock& lock) {
 
 /** Never destroyed: its thread may be held by standard output to the end of the process. */
 COutput& Output() {
-    static auto& output = *new COutput();
-    static const bool finishes = (CallAtProcessEnd([] { Output().Finish(); }), true);
-    static_cast<void>(finishes);
+    static COutput& output = []() -> COutput& {
+        auto made = std::make_unique<COutput>();
+        CallAtProcessEnd([] { Output().Finish(); });
+        return *made.release();
+    }();
     return output;
 }
 

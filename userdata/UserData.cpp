@@ -37,8 +37,10 @@ void EnsureArrayMember(nlohmann::json& document, const std::string& key) {
 CUserData& CUserData::GetInstance() {
     static CUserData instance;
     // The destructor of a module's object runs too late for a wait on some systems.
-    static const bool waitsForSaves = (CallAtProcessEnd([] { GetInstance().writer.WaitAll(); }), true);
-    static_cast<void>(waitsForSaves);
+    [[maybe_unused]] static const bool waitsForSaves = [] {
+        CallAtProcessEnd([] { GetInstance().writer.WaitAll(); });
+        return true;
+    }();
     return instance;
 }
 

@@ -173,8 +173,10 @@ std::string StartLogs(const std::string& folder, const std::string& level) {
     }
     logs.root->level = LevelOf(level);
     logs.system->level = LevelOf(level);
-    static const bool endsWithProcess = (CallAtProcessEnd(&StopLogs), true);
-    static_cast<void>(endsWithProcess);
+    [[maybe_unused]] static const bool endsWithProcess = [] {
+        CallAtProcessEnd(&StopLogs);
+        return true;
+    }();
     logs.writer.Start();
     logs.isRunning = true;
     SendEarly();
