@@ -16,6 +16,15 @@ namespace {
 /** Size up to which a reply copies a document: less work than sending it in pieces. */
 constexpr std::size_t kCopiedAtMost = std::size_t{16} * 1024;
 
+constexpr const char* kJsonType = "application/json; charset=utf-8";
+
+std::string Joined(SEnvelopeFrame frame, const std::string& data) {
+    std::string& text = frame.head;
+    text.reserve(text.size() + data.size() + frame.tail.size());
+    text.append(data).append(frame.tail);
+    return std::move(text);
+}
+
 }  // namespace
 
 std::string MakeClientId(const HttpRequest& request) {
@@ -36,23 +45,29 @@ SEnvelopeFrame RouterMgr::FrameEnvelope(int code, bool hasData, const std::strin
             ",\"message\":" + (message.empty() ? "\"\"" : nlohmann::json(message).dump()) + "}"};
 }
 
-// A large text that exists already goes out as it is.
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
-    std::string made;
-    if (!content.dataText && !content.data.is_null()) {
-        made = content.data.dump();
-    }
-    const std::string& data = content.dataText ? *content.dataText : made;
-    auto [head, tail] = FrameEnvelope(code, !data.empty(), content.message);
-    response->SetHeader("Content-Type", "application/json; charset=utf-8");
-    if (content.gzip) {
+    const std::string data = content.data.is_null() ? std::string() : content.data.dump();
+    SEnvelopeFrame frame = FrameEnvelope(code, !data.empty(), content.message);
+    response->SetHeader("Content-Type", kJsonType);
+    response->body = Joined(std::move(frame), data);
+    return HTTP_STATUS_OK;
+}
+
+// A large text goes out as it is.
+int RouterMgr::RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace) {
+    WriteOperationLog(trace.client, trace.path, FormatLogText(int{CodeSuccess}, trace.detail));
+    response->SetHeader("Content-Type", kJsonType);
+    if (auto* envelope = std::get_if<SGzipEnvelope>(&content)) {
         response->SetHeader("Content-Encoding", "gzip");
-        SetReplyText(response, {}, content.gzip, {});
-    } else if (content.dataText && data.size() > kCopiedAtMost) {
-        SetReplyText(response, std::move(head), content.dataText, std::move(tail));
+        SetReplyText(response, {}, std::move(envelope->bytes), {});
+        return HTTP_STATUS_OK;
+    }
+    std::shared_ptr<const std::string>& data = std::get<SDataText>(content).json;
+    SEnvelopeFrame frame = FrameEnvelope(CodeSuccess, !data->empty());
+    if (data->size() > kCopiedAtMost) {
+        SetReplyText(response, std::move(frame.head), std::move(data), std::move(frame.tail));
     } else {
-        head.reserve(head.size() + data.size() + tail.size());
-        response->body = std::move(head.append(data).append(tail));
+        response->body = Joined(std::move(frame), *data);
     }
     return HTTP_STATUS_OK;
 }

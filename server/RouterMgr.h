@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <variant>
 
 #include <hv/HttpMessage.h>
 #include <nlohmann/json.hpp>
@@ -30,11 +31,21 @@ enum EnResponseCode : int {
 struct SResponseData {    // NOLINT(bugprone-exception-escape)
     nlohmann::json data;  ///< left out of the reply while null
     std::string message;  ///< text for the user; only a failed sending of commands fills it
-    /** The data as a JSON text that exists already, instead of data. */
-    std::shared_ptr<const std::string> dataText = nullptr;
-    /** The whole envelope, compressed with gzip, instead of all of the above; for clients that take it. */
-    std::shared_ptr<const std::string> gzip = nullptr;
 };
+
+/** The data of a reply as a JSON text that exists already, never null. An empty text is left out of the
+ * reply. */
+struct SDataText {
+    std::shared_ptr<const std::string> json;
+};
+
+/** The whole envelope of a reply, compressed with gzip, never null; for clients that take it. */
+struct SGzipEnvelope {
+    std::shared_ptr<const std::string> bytes;
+};
+
+/** What a handler puts into a successful reply whose text exists already, in place of SResponseData. */
+using ReadyContent = std::variant<SDataText, SGzipEnvelope>;
 
 /** What stands before and behind the data in an envelope. */
 struct SEnvelopeFrame {
@@ -73,6 +84,9 @@ class RouterMgr {
 
     /** The same for a reply that is nothing but its code. */
     static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
+
+    /** Logs the success of a request and writes its envelope, with an empty message. Returns 200. */
+    static int RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace);
 
     /** The envelope without its data. @param hasData  whether there are some */
     static SEnvelopeFrame FrameEnvelope(int code, bool hasData, const std::string& message = {});

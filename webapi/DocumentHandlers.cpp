@@ -97,15 +97,16 @@ int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
         response->SetHeader("ETag", Quoted(known));
         return RespondWithStatus(HTTP_STATUS_NOT_MODIFIED, trace);
     }
-    SResponseData content;
+    CDocumentState::Packed packed;
     if (TakesGzip(HeaderOf(*request, "Accept-Encoding").value_or(""))) {
-        content.gzip = PackedEnvelope(*state);
+        packed = PackedEnvelope(*state);
     }
-    response->SetHeader("ETag", Quoted(state->Tag() + (content.gzip ? kGzipMark : "")));
-    if (!state->Json().empty()) {
-        content.dataText = std::shared_ptr<const std::string>(state, &state->Json());
+    response->SetHeader("ETag", Quoted(state->Tag() + (packed ? kGzipMark : "")));
+    if (packed) {
+        return RouterMgr::RespondReady(response, SGzipEnvelope{std::move(packed)}, trace);
     }
-    return RouterMgr::Respond(response, CodeSuccess, content, trace);
+    const std::shared_ptr<const std::string> json(state, &state->Json());
+    return RouterMgr::RespondReady(response, SDataText{json}, trace);
 }
 
 int StoreDocument(HttpRequest* request, HttpResponse* response, Setter set, Replacer replace) {
