@@ -106,6 +106,6 @@ std::string BuildSendFailureText(bool isNet, int errorCode, const std::string& i
 }
 
 int RouterMgr::UseComponent(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", nullptr,
+    return HandleWrite(request, response, {.requiredKey = "data"},
                        [=](auto& body, auto& trace) { return FireComponent(body, response, trace); });
 }

@@ -168,30 +168,27 @@ int DeletePort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trac
 }  // namespace
 
 int RouterMgr::AddNetPortInfo(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", "Edit NetPort error: ", [=](auto& body, auto& trace) {
-        return AddNetPort(body, response, trace);
-    });
+    return HandleWrite(request, response, {.requiredKey = "data", .errorLine = "Edit NetPort error: "},
+                       [=](auto& body, auto& trace) { return AddNetPort(body, response, trace); });
 }
 
 int RouterMgr::AddComInfo(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", "Edit SerialCom error: ", [=](auto& body, auto& trace) {
-        return AddSerialPort(body, response, trace);
-    });
+    return HandleWrite(request, response, {.requiredKey = "data", .errorLine = "Edit SerialCom error: "},
+                       [=](auto& body, auto& trace) { return AddSerialPort(body, response, trace); });
 }
 
 int RouterMgr::EditNetPortInfo(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", nullptr,
+    return HandleWrite(request, response, {.requiredKey = "data"},
                        [=](auto& body, auto& trace) { return EditNetPort(body, response, trace); });
 }
 
 int RouterMgr::EditComInfo(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", "Edit SerialCom error: ", [=](auto& body, auto& trace) {
-        return EditSerialPort(body, response, trace);
-    });
+    return HandleWrite(request, response, {.requiredKey = "data", .errorLine = "Edit SerialCom error: "},
+                       [=](auto& body, auto& trace) { return EditSerialPort(body, response, trace); });
 }
 
 int RouterMgr::DeleteInterfaceConfig(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "nodeId", nullptr,
+    return HandleWrite(request, response, {.requiredKey = "nodeId"},
                        [=](auto& body, auto& trace) { return DeletePort(body, response, trace); });
 }
 

@@ -107,8 +107,8 @@ int RouterMgr::RefuseUnconnected(HttpRequest* request, HttpResponse* response) {
     return Respond(response, CodeNoConnection, trace);
 }
 
-int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
-                           const char* errorLine, const WriteWork& work) {
+int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const SWriteForm& form,
+                           const WriteWork& work) {
     if (request == nullptr || response == nullptr) {
         return HTTP_STATUS_OK;
     }
@@ -120,13 +120,13 @@ int RouterMgr::HandleWrite(HttpRequest* request, HttpResponse* response, const c
         nlohmann::json body = ParseBody(request->body);
         const CJsonRelease release(body);
         std::string().swap(request->body);  // may be large, and is not needed any more
-        if (key != nullptr && (!body.is_object() || !body.contains(key))) {
+        if (form.requiredKey != nullptr && (!body.is_object() || !body.contains(form.requiredKey))) {
             return Respond(response, CodeBadRequest, trace);
         }
         return work(body, trace);
     } catch (const std::exception& error) {
-        if (errorLine != nullptr) {
-            PrintLine(std::string(errorLine) + error.what());
+        if (form.errorLine != nullptr) {
+            PrintLine(std::string(form.errorLine) + error.what());
         }
         trace.detail = error.what();
         return Respond(response, CodeBadRequest, trace);

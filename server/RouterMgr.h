@@ -157,14 +157,17 @@ class RouterMgr {
      */
     using WriteWork = std::function<int(nlohmann::json& body, SRequestTrace& trace)>;
 
-    /**
-     * The form of the write routes: head, parse, look-up of the required key, work.
-     * @param key        top-level key that the body must have, else 30101; null: any JSON will do
-     * @param errorLine  when an exception comes up: text for standard output, followed by the exception's;
-     * may be null
-     */
-    static int HandleWrite(HttpRequest* request, HttpResponse* response, const char* key,
-                           const char* errorLine, const WriteWork& work);
+    /** What HandleWrite does beside the work of a route. */
+    struct SWriteForm {
+        /** Top-level key that the body must have, else 30101; null: any JSON will do. */
+        const char* requiredKey = nullptr;
+        /** When an exception comes up: text for standard output, followed by the exception's; null: none. */
+        const char* errorLine = nullptr;
+    };
+
+    /** The form of the write routes: head, parse, look-up of the required key, work. */
+    static int HandleWrite(HttpRequest* request, HttpResponse* response, const SWriteForm& form,
+                           const WriteWork& work);
 
     /** What a read route puts into its reply; may set the trace's detail. */
     using ReadWork = std::function<void(SResponseData& content, SRequestTrace& trace)>;

@@ -62,7 +62,7 @@ int RouterMgr::SetDeveloperMode(HttpRequest* request, HttpResponse* response) {
 }
 
 int RouterMgr::ReportClientError(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, nullptr, nullptr, [response](auto& body, auto& trace) {
+    return HandleWrite(request, response, {}, [response](auto& body, auto& trace) {
         const bool isWrapped = body.is_object() && body.contains("data");
         const std::string line = ReportLine(isWrapped ? body["data"] : body, trace);
         AppendClientErrorLog(line);

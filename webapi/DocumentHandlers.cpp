@@ -110,7 +110,7 @@ int ReadDocument(HttpRequest* request, HttpResponse* response, Getter getter) {
 }
 
 int StoreDocument(HttpRequest* request, HttpResponse* response, Setter set, Replacer replace) {
-    return RouterMgr::HandleWrite(request, response, "data", nullptr, [=](auto& body, auto& trace) {
+    return RouterMgr::HandleWrite(request, response, {.requiredKey = "data"}, [=](auto& body, auto& trace) {
         CUserData& data = CUserData::GetInstance();
         if (const auto ifMatch = HeaderOf(*request, "If-Match")) {
             const auto stored = (data.*replace)(std::move(body["data"]), [&ifMatch](const std::string& tag) {

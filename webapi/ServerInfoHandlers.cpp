@@ -47,7 +47,7 @@ int RouterMgr::GetUserLanguage(HttpRequest* request, HttpResponse* response) {
 }
 
 int RouterMgr::SetUserLanguage(HttpRequest* request, HttpResponse* response) {
-    return HandleWrite(request, response, "data", nullptr, [response](auto& body, auto& trace) {
+    return HandleWrite(request, response, {.requiredKey = "data"}, [response](auto& body, auto& trace) {
         nlohmann::json data = std::move(body["data"]);
         const auto text = data["language"].template get<std::string>();
         const bool isAuto = data["isAuto"].template get<bool>();
