@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr int kReplaced = 0;  // RemoveInterface: a new record is stored under the id at once
-constexpr int kDeleted = 1;   // RemoveInterface: the interface is gone, and its commands with it
-
 /** Longest name of an interface in bytes; far more than a page can show. */
 constexpr std::size_t kLongestName = 4096;
 
@@ -117,7 +114,7 @@ int EditNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& tra
         SResponseData empty;
         return RespondNetPortFailure(response, config.netMode, true, empty, trace);
     }
-    userData.RemoveInterface(nodeId, kReplaced);
+    userData.RemoveInterface(nodeId, CUserData::RemovalReplaced);
     userData.SetNetPortConfig(nodeId, config);
     if (exists) {
         CloseIfUnused(old);
@@ -144,7 +141,7 @@ int EditSerialPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& 
     }
     SNetPortConfig formerNetPort;
     const bool wasNetPort = userData.GetNetPortConfig(nodeId, formerNetPort);
-    userData.RemoveInterface(nodeId, kReplaced);
+    userData.RemoveInterface(nodeId, CUserData::RemovalReplaced);
     if (wasNetPort) {
         CloseIfUnused(formerNetPort);
     }
@@ -160,7 +157,7 @@ int DeletePort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trac
     if (isNetPort && (config.netMode == NetModeTcpClient || config.netMode == NetModeTcpServer)) {
         CComManager::getInstance()->DeleteUserTcp(config);
     }
-    userData.RemoveInterface(nodeId, kDeleted);
+    userData.RemoveInterface(nodeId, CUserData::RemovalDeleted);
     CGeneratorId::getInstance()->ReleaseId(nodeId);
     return RouterMgr::Respond(response, CodeSuccess, trace);
 }

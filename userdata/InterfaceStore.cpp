@@ -114,7 +114,7 @@ void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
         const bool isFound = EraseRecord(netPortMutex, netPortMap, nodeId) ||
                              EraseRecord(serialPortMutex, serialPortMap, nodeId);
         RemoveInterfaceOrder(nodeId);
-        if (!isFound || mode != 1) {
+        if (!isFound || mode != RemovalDeleted) {
             return;
         }
         SaveInterfaceDocument();

@@ -113,11 +113,13 @@ class CUserData {
     /** A copy of all network interfaces. */
     NetPortMap GetNetPortMap() const;
 
-    /**
-     * Removes an interface; an unknown id is no error.
-     * @param mode  1: a deletion, which is saved and takes the interface's commands with it. Any other: the
-     * caller stores a new record under this id at once, and nothing is saved.
-     */
+    /** Modes of RemoveInterface. */
+    enum EnRemoval : int {
+        RemovalReplaced = 0,  ///< the caller stores a new record under this id at once; nothing is saved
+        RemovalDeleted = 1,   ///< the interface is gone, and its commands with it; both are saved
+    };
+
+    /** Removes an interface; an unknown id is no error. @param mode  an EnRemoval */
     void RemoveInterface(std::int32_t nodeId, int mode);
 
     /** Removes all interfaces and saves that. The commands stay. */

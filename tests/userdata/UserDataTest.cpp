@@ -196,7 +196,7 @@ TEST_F(UserData, InterfaceValuesAreReadAndWrittenBack) {
         {
             Store store;
             store.SetNetPortConfig(999, {});
-            store.RemoveInterface(999, 1);
+            store.RemoveInterface(999, CUserData::RemovalDeleted);
         }
         const char* line = row[0] == "comInfo" ? "串口配置解析异常: [json." : "网口配置解析异常: [json.";
         const bool isDropped = testing::internal::GetCapturedStdout().find(line) != std::string::npos;
@@ -217,11 +217,11 @@ TEST_F(UserData, OrderAndIdsOfInterfaces) {
     ASSERT_TRUE(store.GetSerialPortConfig(3, record));
     EXPECT_EQ(record.comName, "later");
     store.SetSerialPortConfig(6, record);
-    store.RemoveInterface(3, 0);
+    store.RemoveInterface(3, CUserData::RemovalReplaced);
     EXPECT_EQ(OrderOf(store), "3s 2n 5s 6s ");
     store.SetSerialPortConfig(3, record);
-    store.RemoveInterface(77, 1);
-    store.RemoveInterface(2, 1);
+    store.RemoveInterface(77, CUserData::RemovalDeleted);
+    store.RemoveInterface(2, CUserData::RemovalDeleted);
     EXPECT_EQ(OrderOf(store), "5s 6s 3s ");
     store.ClearInterfaces();
     EXPECT_EQ(store.GetInterfaceConfigState()->Json(), R"({"configList":[]})");
@@ -278,11 +278,11 @@ TEST_F(UserData, ADeletedInterfaceTakesItsCommandsAlong) {
     store->SetNetPortConfig(5, {});
     store->SetComponentConfig(
         Interactions({Command(5, "a"), Command(6, "b"), noPort, Command(5, "c"), noContent}));
-    store->RemoveInterface(5, 0);
+    store->RemoveInterface(5, CUserData::RemovalReplaced);
     EXPECT_EQ(ContentsOf(*store), "abc");
     EXPECT_EQ(store->GetComponentConfigState()->Json(), store->GetComponentConfig().dump());
     store->SetNetPortConfig(5, {});
-    store->RemoveInterface(5, 1);
+    store->RemoveInterface(5, CUserData::RemovalDeleted);
     store->ClearInterfaces();
     EXPECT_EQ(ContentsOf(*store), "b");
     EXPECT_EQ(store->GetComponentConfig(), Interactions({Command(6, "b"), noPort}));
@@ -326,7 +326,7 @@ TEST_F(UserData, ChangesAtTheSameMomentLeaveDocumentAndCommandsAlike) {
         {
             const std::jthread one([&] { store.SetComponentConfig(documents[0]); });
             const std::jthread other([&] { store.SetComponentConfig(documents[1]); });
-            store.RemoveInterface(1, 1);
+            store.RemoveInterface(1, CUserData::RemovalDeleted);
         }
         const bool isOther = store.GetComponentConfig() == documents[1];
         ASSERT_EQ(store.GetComponentConfig(), documents[isOther ? 1 : 0]) << round;
@@ -371,7 +371,7 @@ TEST_F(UserData, BearsConcurrentUse) {
                 EXPECT_LE(ContentsOf(*store).size(), 1U);
                 store->IsInterfaceNameUsed("a", false, 0);
                 store->SetLanguage(round, false);
-                store->RemoveInterface(i, 1);
+                store->RemoveInterface(i, CUserData::RemovalDeleted);
                 EXPECT_TRUE(store->GetInterfaceConfigState() && store->GetComponentConfigState());
             }
             store->SetSerialPortConfig(i, {});
