@@ -36,9 +36,8 @@ class CSendRun {
             if (CUserData::GetInstance().GetNetPortConfig(command.portIndex, config)) {
                 const int error = CComManager::getInstance()->SendNetData(config, command.content, isText,
                                                                           command.asciiEncode);
-                const EnResponseCode failure =
-                    config.netMode == NetModeUdp ? CodeUdpSendFailed : CodeTcpSendFailed;
-                Note(error, failure, true, config.netPortName, command.commandName);
+                Note(error, NetFailureCodes(config.netMode).atSend, true, config.netPortName,
+                     command.commandName);
             }
         }
     }

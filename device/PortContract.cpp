@@ -16,20 +16,19 @@ namespace {
 /** Maximum of ports that are opened at the same time. */
 constexpr std::size_t kOpenersLimit = 1024;
 
-/** CodeBadRequest for a mode that does not exist. */
-EnResponseCode NetPortFailureCode(EnNetMode mode, bool atInit) {
+}  // namespace
+
+SNetFailureCodes NetFailureCodes(EnNetMode mode) {
     switch (mode) {
         case NetModeTcpClient:
-            return atInit ? CodeTcpClientInitFailed : CodeTcpSendFailed;
+            return {CodeTcpClientInitFailed, CodeTcpSendFailed};
         case NetModeTcpServer:
-            return atInit ? CodeTcpServerInitFailed : CodeTcpSendFailed;
+            return {CodeTcpServerInitFailed, CodeTcpSendFailed};
         case NetModeUdp:
-            return atInit ? CodeUdpInitFailed : CodeUdpSendFailed;
+            return {CodeUdpInitFailed, CodeUdpSendFailed};
     }
-    return CodeBadRequest;
+    return {CodeBadRequest, CodeTcpSendFailed};
 }
-
-}  // namespace
 
 EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId) {
     CUserData& userData = CUserData::GetInstance();
@@ -49,11 +48,12 @@ EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exi
 
 int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, SResponseData& content,
                           SRequestTrace& trace) {
-    const EnResponseCode code = NetPortFailureCode(mode, atInit);
-    if (code == CodeBadRequest) {
-        trace.detail = "unknown network type: " + std::to_string(static_cast<int>(mode));
+    const SNetFailureCodes codes = NetFailureCodes(mode);
+    if (codes.atInit == CodeBadRequest) {
+        trace.detail = "unknown network type: " + std::to_string(mode);
+        return RouterMgr::Respond(response, CodeBadRequest, content, trace);
     }
-    return RouterMgr::Respond(response, code, content, trace);
+    return RouterMgr::Respond(response, atInit ? codes.atInit : codes.atSend, content, trace);
 }
 
 void ReopenNetPorts() {

@@ -14,6 +14,15 @@
 [[nodiscard]] EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists,
                                                      int nodeId);
 
+/** The codes of a reply about a network port that failed. */
+struct SNetFailureCodes {
+    EnResponseCode atInit;  ///< it could not be opened
+    EnResponseCode atSend;  ///< a command could not be sent
+};
+
+/** The codes of a mode; CodeBadRequest and CodeTcpSendFailed for a number that is no mode. */
+SNetFailureCodes NetFailureCodes(EnNetMode mode);
+
 /**
  * Answers for a network port that could not be used, with the code that tells its mode.
  * @param atInit  true: it could not be opened; false: a command could not be sent
