@@ -1,5 +1,3 @@
-#include "device/ComponentExecution.h"
-
 #include "config/JsonNumber.h"
 #include "device/PortContract.h"
 #include "platform/ComManager.h"
@@ -17,6 +15,23 @@ constexpr int kNetCommand = 1;
 
 /** How long the commands of one click wait together for devices that don't answer: two of them in full. */
 constexpr std::chrono::seconds kVainWaitsOfAClick{6};
+
+/**
+ * The text for a command that could not be sent, in the user's language: names and error number, followed by
+ * the system's text of the error.
+ */
+std::string BuildSendFailureText(bool isNet, int errorCode, const std::string& interfaceName,
+                                 const std::string& commandName) {
+    std::string text = interfaceName;
+    if (CUserData::GetInstance().GetLanguage() == 0) {
+        text += "发送" + commandName + "失败,原因:";
+    } else {
+        text += "failed to send " + commandName + ",reason:";
+    }
+    text += std::to_string(errorCode);
+    const auto code = static_cast<std::uint32_t>(errorCode);
+    return text + (isNet ? GetSocketErrorText(code) : GetSystemErrorText(code));
+}
 
 /** The outcome of all commands of one request. */
 class CSendRun {
@@ -90,19 +105,6 @@ int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& t
 }
 
 }  // namespace
-
-std::string BuildSendFailureText(bool isNet, int errorCode, const std::string& interfaceName,
-                                 const std::string& commandName) {
-    std::string text = interfaceName;
-    if (CUserData::GetInstance().GetLanguage() == 0) {
-        text += "发送" + commandName + "失败,原因:";
-    } else {
-        text += "failed to send " + commandName + ",reason:";
-    }
-    text += std::to_string(errorCode);
-    const auto code = static_cast<std::uint32_t>(errorCode);
-    return text + (isNet ? GetSocketErrorText(code) : GetSystemErrorText(code));
-}
 
 int RouterMgr::UseComponent(HttpRequest* request, HttpResponse* response) {
     return HandleWrite(request, response, {.requiredKey = "data"},

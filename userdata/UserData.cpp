@@ -6,7 +6,6 @@
 #include "include/GlobalConfig.h"
 #include "platform/ProcessEnd.h"
 #include "server/LogText.h"
-#include "userdata/BoardInfo.h"
 #include "userdata/DocumentPath.h"
 #include "userdata/LanguageSetting.h"
 
@@ -18,6 +17,22 @@ namespace {
 using nlohmann::json;
 
 constexpr const char* kSettingName = "/setting.json";
+
+/** The list of control boards that browsers get: one board, always the same. */
+json CreateDefaultBoardInfo() {
+    const json boardMark = {{"boardClass", "centralControl"},
+                            {"boardId", 4112},
+                            {"boardIndex", 12},
+                            {"boardType", "centralControlBoard"}};
+    const json placeholder = {{"interfaceInfo", ""}, {"interfaceMark", ""}};
+    const json board = {{"boardDataType", "centralControlBoard"},
+                        {"centralControlBoardInfo",
+                         {{"boardMark", boardMark}, {"interfaceInfoArr", json::array({placeholder})}}},
+                        {"isExistBoard", 1},
+                        {"isPositionAbnormal", 0},
+                        {"statusCode", 0}};
+    return {{"centralControlBoardCount", 1}, {"centralControlBoardInfoArr", json::array({board})}};
+}
 
 void LogLoadFailure(const char* what, const std::exception& error) {
     WriteRootLog(RavLog::Error, "CUserData::CUserData", FormatLogText(what, error.what()));
