@@ -4,13 +4,13 @@
 #include "server/RouterMgr.h"
 
 /**
- * Tells whether an interface may have this name and these end points.
+ * Whether an interface may have this name and these end points.
  * @param exists  true: the interface nodeId itself is left out of the comparison
  * @return CodeSuccess, CodeNameTaken or CodeDuplicateConfig
  */
 [[nodiscard]] EnResponseCode CheckNetPortConflict(const SNetPortConfig& config, bool exists, int nodeId);
 
-/** The same for a serial interface and its settings. */
+/** As CheckNetPortConflict, for a serial interface and its settings. */
 [[nodiscard]] EnResponseCode CheckSerialPortConflict(const SSerialPortConfig& config, bool exists,
                                                      int nodeId);
 
@@ -20,18 +20,18 @@ struct SNetFailureCodes {
     EnResponseCode atSend;  ///< a command could not be sent
 };
 
-/** The codes of a mode; CodeBadRequest and CodeTcpSendFailed for a number that is no mode. */
+/** The codes of a mode; CodeBadRequest and CodeTcpSendFailed for an invalid mode. */
 SNetFailureCodes NetFailureCodes(EnNetMode mode);
 
 /**
- * Answers for a network port that could not be used, with the code that tells its mode.
+ * Answers for a network port that could not be used, with the code of its mode.
  * @param atInit  true: it could not be opened; false: a command could not be sent
  */
 int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, SResponseData& content,
                           SRequestTrace& trace);
 
 /**
- * Opens the network ports of all saved interfaces, side by side: it takes as long as the slowest of them. A
- * port that can't be opened is passed over; the first command to it tries again.
+ * Opens the network ports of all saved interfaces, side by side, so that it takes only as long as the slowest
+ * of them. A port that can't be opened is skipped; the first command to it tries again.
  */
 void ReopenNetPorts();

@@ -30,24 +30,23 @@ enum EnResponseCode : int {
 /** What a handler puts into its reply. */
 struct SResponseData {    // NOLINT(bugprone-exception-escape)
     nlohmann::json data;  ///< left out of the reply while null
-    std::string message;  ///< text for the user; only a failed sending of commands fills it
+    std::string message;  ///< text for the user; only set when commands could not be sent
 };
 
-/** The data of a reply as a JSON text that exists already, never null. An empty text is left out of the
- * reply. */
+/** The data of a reply as an existing JSON text, never null. An empty text is left out of the reply. */
 struct SDataText {
     std::shared_ptr<const std::string> json;
 };
 
-/** The whole envelope of a reply, compressed with gzip, never null; for clients that take it. */
+/** The whole envelope of a reply, compressed with gzip, never null; for clients that accept it. */
 struct SGzipEnvelope {
     std::shared_ptr<const std::string> bytes;
 };
 
-/** What a handler puts into a successful reply whose text exists already, in place of SResponseData. */
+/** What a handler puts into a successful reply whose text exists already, instead of SResponseData. */
 using ReadyContent = std::variant<SDataText, SGzipEnvelope>;
 
-/** What stands before and behind the data in an envelope. */
+/** The parts of an envelope before and after the data. */
 struct SEnvelopeFrame {
     std::string head;
     std::string tail;
@@ -60,7 +59,7 @@ struct SRequestTrace {
     std::string detail;  ///< reason of a failure: for the log, never for the client
 };
 
-/** IP text and port of the client, directly one behind the other: "10.0.0.551234". */
+/** IP text and port of the client, without a separator: "10.0.0.551234". */
 std::string MakeClientId(const HttpRequest& request);
 
 /**
@@ -70,41 +69,41 @@ std::string MakeClientId(const HttpRequest& request);
 nlohmann::json ParseBody(const std::string& body);
 
 /**
- * All route handlers, and what they have in common. Handlers run on the HTTP server's worker threads, keep no
- * state, and return the HTTP status of the reply: 200 for every JSON reply, whose "code" tells success from
- * failure.
+ * All route handlers, and their common functions. Handlers run on the HTTP server's worker threads, keep no
+ * state, and return the HTTP status of the reply: 200 for every JSON reply, whose "code" distinguishes
+ * success from failure.
  */
 class RouterMgr {
   public:
     /**
      * Logs the outcome of a request, with the trace's detail, and writes the envelope. Returns 200.
-     * @throw nlohmann::json::type_error 316 when content holds bad UTF-8; the outcome is logged then
+     * @throw nlohmann::json::type_error 316 when content holds invalid UTF-8; the outcome is logged then
      */
     static int Respond(HttpResponse* response, int code, SResponseData& content, SRequestTrace& trace);
 
-    /** The same for a reply that is nothing but its code. */
+    /** As above, for a reply that consists only of its code. */
     static int Respond(HttpResponse* response, int code, SRequestTrace& trace);
 
     /** Logs the success of a request and writes its envelope, with an empty message. Returns 200. */
     static int RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace);
 
-    /** The envelope without its data. @param hasData  whether there are some */
+    /** The envelope without its data. @param hasData  whether there is data */
     static SEnvelopeFrame FrameEnvelope(int code, bool hasData, const std::string& message = {});
 
     /** Writes the envelope without logging. Returns 200. @throw as Respond; the body is unchanged then */
     static int WriteEnvelope(HttpResponse* response, int code, SResponseData& content);
 
     /**
-     * The head of the write routes: logs the arrival, and refuses a client without a WebSocket connection
-     * (30100) and an empty body (30101).
-     * @return true: go on; false: the reply is written (unless request or response is null), return 200
+     * The first step of the write routes: logs the arrival, and refuses a client without a WebSocket
+     * connection (30100) and an empty body (30101).
+     * @return true: continue; false: the reply is written (unless request or response is null), return 200
      */
     [[nodiscard]] static bool CheckWriteRequest(HttpRequest* request, HttpResponse* response,
                                                 SRequestTrace& trace);
 
     /**
-     * Answers a write in place of its handler, when the client's address holds no open WebSocket connection
-     * and the body has therefore not been read: logs the arrival and replies 30100. Returns 200.
+     * Answers a write instead of its handler, when the client's address has no open WebSocket connection and
+     * the body has therefore not been read: logs the arrival and replies 30100. Returns 200.
      */
     static int RefuseUnconnected(HttpRequest* request, HttpResponse* response);
 
