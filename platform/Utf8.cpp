@@ -1,5 +1,8 @@
 #include "platform/Utf8.h"
 
+#include <algorithm>
+#include <stdexcept>
+
 namespace {
 
 bool IsIn(unsigned char byte, unsigned char first, unsigned char last) {
@@ -32,4 +35,28 @@ std::size_t Utf8SequenceLength(std::string_view text) {
         }
     }
     return length;
+}
+
+char32_t TakeUtf8Character(std::string_view& text) {
+    constexpr char32_t replacement = 0xFFFD;
+    const std::size_t length = Utf8SequenceLength(text);
+    const auto lead = static_cast<unsigned char>(text.front());
+    // The first byte of a longer sequence has as many ones as the sequence has bytes, and a zero behind them.
+    char32_t character = length <= 1 ? lead : lead & (0x7FU >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        character = character << 6U | (static_cast<unsigned char>(text[i]) & 0x3FU);
+    }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+    return length == 0 ? replacement : character;
+}
+
+std::u8string Utf8FromBytes(const std::string& bytes) {
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const std::size_t length = rest.front() == '\0' ? 0 : Utf8SequenceLength(rest);
+        if (length == 0) {
+            throw std::range_error("the text is no UTF-8, or holds a NUL");
+        }
+        rest.remove_prefix(length);
+    }
+    return {bytes.begin(), bytes.end()};
 }

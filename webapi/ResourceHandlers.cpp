@@ -6,10 +6,10 @@
 #include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/PinnedFile.h"
+#include "platform/Utf8.h"
 #include "server/LogText.h"
 #include "server/RouterMgr.h"
 #include "webapi/ResourcePath.h"
-#include "webapi/Utf8.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/** Of what a serial port can be called by. */
+/** The highest number that the name of a serial port can have. */
 inline constexpr int kHighestSerialNumber = 9999;
 
-/** The name with a number, the other way round than SerialNumber: 3 gives "COM3". Any thread. */
+/** The name of a serial port from its number, the reverse of SerialNumber: 3 gives "COM3". Any thread. */
 std::string SerialName(int number);
