@@ -3,6 +3,7 @@
 #include "host/WebSettings.h"
 #include "include/CenterServer.h"
 #include "platform/FolderLock.h"
+#include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/PortProbe.h"
 #include "platform/ProcessLimits.h"
@@ -24,11 +25,13 @@ namespace {
 constexpr int kFailed = 1;      // exit status: the server could not start
 constexpr int kWrongUsage = 2;  // exit status: an unknown option
 
-constexpr const char* kHelp =
+constexpr const char* kHelpBeforeFolder =
     "Usage: ServerHost [--help | --version | --service install | --service remove]\n"
     "\n"
     "Runs the server until it gets SIGINT (Ctrl+C), SIGTERM or SIGHUP. It takes its ports and folders\n"
-    "from LocalHost.config in the folder Sennacroft/Varnholt of the user's documents, a JSON file that is\n"
+    "from LocalHost.config in the folder ";
+constexpr const char* kHelpBehindFolder =
+    " of the user's documents, a JSON file that is\n"
     "written at the first start: http_port, websocket_port, log_level, user_data_path.\n"
     "\n"
     "On Windows, --service install registers it as a service that starts at once and with the machine, and\n"
@@ -37,7 +40,7 @@ constexpr const char* kHelp =
     "Exit status: 0 stopped as asked, 1 could not start (standard error tells why), 2 unknown option.\n";
 
 std::string ConfigFile(const SGlobalConfig& config) {
-    return NarrowFromPath(PathFromNarrow(config.documents_dir) / "Sennacroft" / "Varnholt" /
+    return NarrowFromPath(PathFromNarrow(config.documents_dir) / GetUserDataFolderName() /
                           "LocalHost.config");
 }
 
@@ -198,7 +201,7 @@ int main(int argc, char* argv[]) {
             return 0;
         }
         const bool isHelp = option == "--help";
-        (isHelp ? std::cout : std::cerr) << kHelp;
+        (isHelp ? std::cout : std::cerr) << kHelpBeforeFolder << GetUserDataFolderName() << kHelpBehindFolder;
         return isHelp ? 0 : kWrongUsage;
     }
     return Serve();
