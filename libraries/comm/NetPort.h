@@ -19,7 +19,7 @@
 
 namespace comm {
 
-/** What a network port needs of the library. The library outlives its ports' use of it. */
+/** What a network port needs from the library. The library outlives its use by the ports. */
 struct SNetContext {
     boost::asio::io_context& io;
     CNameResolver& resolver;
@@ -64,8 +64,9 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     Clock::time_point Deadline() const;
 
     /**
-     * Asks isKnown(), which looks at connections, again and again until it holds: what the system keeps for a
-     * handler under way is there at once as a rule, but late on a busy machine. The lock is free in between.
+     * Calls isKnown(), which looks at connections, again and again until it holds. News that the system keeps
+     * for a handler under way usually arrives at once, but late on a busy machine. The lock is free in
+     * between.
      * @return as WaitUntil
      */
     template <typename IsKnown>
@@ -80,7 +81,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
         return m_closed ? ErrorCut : ErrorNone;
     }
 
-    /** The address that a text is; none for a host name. */
+    /** The address in a text; none for a host name. */
     static std::optional<boost::asio::ip::address> Literal(const std::string& host);
 
     /**

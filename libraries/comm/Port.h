@@ -13,7 +13,7 @@
 
 namespace comm {
 
-/** A port in the hands of one call. The registry keeps a port that others than one call have in hand. */
+/** A port that one call is using. The registry keeps a port as long as another call is using it. */
 template <typename Port>
 class CPortInHand {
   public:
@@ -38,8 +38,8 @@ class CPortInHand {
 };
 
 /**
- * What all ports share: a lock for the state, which is never held while a device is waited for, and a turn,
- * which one call keeps for as long as it takes, so that commands go out one after the other. Closing cuts
+ * The common part of all ports: a lock for the state, which is never held while waiting for a device, and a
+ * turn, which one call keeps as long as it takes, so that commands go out one after the other. Closing ends
  * every wait.
  */
 class CPort {
@@ -48,10 +48,13 @@ class CPort {
     CPort(const CPort&) = delete;
     CPort& operator=(const CPort&) = delete;
 
-    /** Closes for good: calls under way and later ones end with ErrorCut. Any thread; does not wait. */
+    /**
+     * Closes the port permanently: calls under way and later ones end with ErrorCut. Any thread; does not
+     * wait.
+     */
     virtual void Close() = 0;
 
-    /** A call takes the port in hand, or lays it down again. @return calls that have it in hand now */
+    /** Counts a call that begins or ends to use the port. @return number of calls that use it now */
     int CountCalls(int change) { return m_calls += change; }
 
   protected:
@@ -68,7 +71,7 @@ class CPort {
         CTurn(const CTurn&) = delete;
         CTurn& operator=(const CTurn&) = delete;
 
-        /** 0, ErrorTimedOut when it was not to be had in time, or ErrorCut. The lock is held in any case. */
+        /** 0, ErrorTimedOut when the turn was not free in time, or ErrorCut. The lock is held in any case. */
         int Error() const { return m_error; }
         Lock& GetLock() { return m_lock; }
 

@@ -12,8 +12,8 @@ namespace comm {
 
 /**
  * A serial line, opened when it is needed and kept open, since closing resets some devices. A driver can hang
- * in any call, so the line has a thread of its own for its device, from the first call until the device is
- * closed again: a call waits for that thread no longer than its bound, and nobody else waits for it. Any
+ * in any call. So the line has a thread of its own for its device, from the first call until the device is
+ * closed again. A call waits for that thread no longer than its limit, and nothing else waits for it. Any
  * thread may call.
  */
 class CSerialLine final : public CPort, public std::enable_shared_from_this<CSerialLine> {
@@ -39,10 +39,10 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     bool IsUnused();
 
   private:
-    /** What a call has the line's thread do. It stays with the thread when the call gives up. */
+    /** A task of a call for the line's thread. It stays with the thread when the call gives up. */
     struct SJob {
         SSerialPortConfig config;
-        std::string bytes;  ///< none for a check
+        std::string bytes;  ///< empty for a check
         Clock::time_point bound;
         bool isDone = false;
         int error = ErrorNone;
@@ -58,7 +58,7 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     /** The line's thread. */
     void Run(CSerialSession& session);
 
-    /** Does a job, or waits for news of the device when there is none. */
+    /** Does a job; without one, waits for news of the device. */
     int Act(CSerialSession& session, const SJob* job);
 
     const SCommSettings m_settings;

@@ -11,11 +11,11 @@
 namespace comm {
 
 /**
- * A connection to one device, made when it is needed and made anew when the device ended it.
+ * A connection to one device, made when it is needed, and again after the device ended it.
  *
- * Connections are made on the library's thread, one attempt at a time; calls wait for an attempt, or don't. A
- * device that let a send wait in vain is silent: from then on sends fail at once, and it is tried now and
- * then in the background until it answers.
+ * Connections are made on the library's thread, one attempt at a time. Some calls wait for an attempt, others
+ * don't. A device that let a send wait in vain is silent. From then on sends fail at once, and the device is
+ * tried now and then in the background until it answers.
  */
 class CTcpClient final : public CNetPort {
   public:

@@ -5,14 +5,14 @@
 namespace comm {
 
 /**
- * One command on its way to some devices of a TCP server, under the server's lock. It takes the turn of each
- * device as it comes, and keeps it until that device has got everything.
+ * The delivery of one command to some devices of a TCP server, under the server's lock. It takes the turn of
+ * each device when that is free, and keeps it until the device has got everything.
  */
 class CTcpServer::CDelivery {
   public:
     CDelivery(CTcpServer& server, const std::set<std::uint64_t>& targets, std::string_view bytes);
 
-    /** Drops the devices that have got a part only: nothing may follow it. */
+    /** Disconnects the devices that have got only a part: nothing may follow it. */
     ~CDelivery();
     CDelivery(const CDelivery&) = delete;
     CDelivery& operator=(const CDelivery&) = delete;

@@ -13,7 +13,7 @@
 namespace comm {
 
 /**
- * A listener and the devices that connected to it. Records that differ in their remote pair share it: a
+ * A listener and the devices that connected to it. Records that differ only in their remote pair share it: a
  * command goes to the devices whose address the record names, or to all. Each device has a turn of its own,
  * so that one that stops reading delays no other.
  */
@@ -34,7 +34,7 @@ class CTcpServer final : public CNetPort {
         boost::asio::ip::address address;
         const void* writer = nullptr;  ///< the command that has this device's turn
         bool writable = false;         ///< the device may take more of it
-        Clock::time_point patience;    ///< until when other commands wait for that
+        Clock::time_point patience;    ///< until when other commands wait for it
     };
 
     class CDelivery;

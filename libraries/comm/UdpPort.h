@@ -10,8 +10,8 @@
 namespace comm {
 
 /**
- * The sockets of one local pair, one of each IP version as destinations need it. They stay unconnected: a
- * closed port at the other end is no error.
+ * The sockets of one local pair, one for each IP version, created when a destination needs it. They stay
+ * unconnected: a closed port at the other end is no error.
  */
 class CUdpPort final : public CNetPort {
   public:

@@ -13,26 +13,26 @@
 namespace hv::internal {
 
 /**
- * Threads that wait for the disk in the place of the event loops: they run tasks that open, read and send
- * files. They are few, so that a disk that stands still takes few, and have nothing to do with the handlers'
- * places. Each is started when there is first work for it.
+ * Threads that wait for the disk instead of the event loops: they run tasks that open, read and send files.
+ * They are few, so that a stalled disk occupies few, and independent of the handlers' places. Each thread is
+ * started when there is first work for it.
  */
 class DiskThreads {
   public:
-    /** What each thread holds on to until it ends. Before the first task. */
+    /** Sets the object that each thread keeps alive until it ends. Before the first task. */
     void SetOwner(std::weak_ptr<void> owner) { m_owner = std::move(owner); }
 
     /** Runs a task of that loop as soon as a thread is free. Any thread. */
     void Execute(EventThreads& home, const std::shared_ptr<BlockingTask>& task);
 
     /**
-     * Ends the threads; one that still waits for the disk a moment later is left to itself. Tasks that wait
-     * stay. Not on a thread of this object; once.
+     * Ends the threads; abandons one that still waits for the disk a moment later. Waiting tasks stay. Not on
+     * a thread of this object; once.
      * @return whether all threads ended
      */
     bool Join();
 
-    /** Forgets the tasks that wait; when no thread is running any more. */
+    /** Removes the waiting tasks; call it when no thread is running any more. */
     void Drop();
 
   private:

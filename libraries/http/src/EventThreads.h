@@ -17,17 +17,18 @@ namespace hv::internal {
 /**
  * An event loop and the threads that serve it.
  *
- * Only one thread at a time, the leader, runs the loop. It also runs the handlers itself, so that a request
- * is read, handled and answered without a change of thread and without a wake-up, which costs more than most
- * handlers do. Everything that runs on the loop is therefore serial, and needs no locks.
+ * Only one thread at a time, the leader, runs the loop. It also runs the handlers itself. So a request is
+ * read, handled and answered without a change of thread and without a wake-up, which costs more than most
+ * handlers do. Everything on the loop is therefore serial, and needs no locks.
  *
- * A handler may block, though. So one spare thread watches: it looks every five milliseconds whether the
- * leader is still inside the same handler as at the look before, and then takes the loop over. The old leader
- * goes on with its handler and queues behind the others afterwards. When nothing has happened for a while the
+ * But a handler may block. So one spare thread watches. Every five milliseconds it checks whether the leader
+ * is still inside the same handler as at the last check, and then takes over the loop. The old leader
+ * continues with its handler and then joins the spare threads. When nothing has happened for a while, the
  * watching thread sleeps until the next handler begins.
  *
- * There is always one thread more than handlers may run at once, so the loop goes on with all of them stuck.
- * Work beyond that number waits in line with that of the other loops which share the limit.
+ * There is always one thread more than handlers may run at once, so the loop goes on even if all handlers are
+ * stuck. Work beyond that number waits in a queue, together with that of the other loops which share the
+ * limit (docs/decisions/0001-event-loop-runs-handlers.md).
  */
 class EventThreads {
   public:
@@ -38,25 +39,25 @@ class EventThreads {
 
     boost::asio::io_context& Context() { return m_context; }
 
-    /** Starts the threads. Each holds on to the owner until it ends, also one that outlives a stop. */
+    /** Starts the threads. Each keeps the owner alive until it ends, even if it outlives a stop. */
     void Start(const std::shared_ptr<void>& owner);
 
-    /** Runs a task, or puts it into the line. On the loop only, as the last act of an event. */
+    /** Runs a task, or queues it. On the loop only, as the last act of an event. */
     void Execute(std::shared_ptr<BlockingTask> task);
 
-    /** Takes a task out of the line. @return the task; null when it has got a place */
+    /** Removes a task from the queue. @return the task; null when it has got a place */
     std::shared_ptr<BlockingTask> Withdraw(const BlockingTask* task) { return m_limit.Withdraw(task); }
 
-    /** Has the end of a task, which another thread has run, told on the loop. Any thread. */
+    /** Reports the end of a task that another thread has run to the loop. Any thread. */
     void PostDone(const std::shared_ptr<BlockingTask>& task);
 
-    /** Ends the loop: no event is served from now on. Any thread. */
+    /** Ends the loop: no event is served afterwards. Any thread. */
     void Finish();
 
     /**
-     * Waits for Finish and the end of all threads, at most until the deadline; after that closes the line of
-     * waiting tasks, ends the loop by itself and leaves threads that are stuck in a task to themselves. Not
-     * on a thread of this object.
+     * Waits for Finish and the end of all threads, at most until the deadline. After that, closes the queue
+     * of waiting tasks, ends the loop itself, and abandons threads that are stuck in a task. Not on a thread
+     * of this object.
      * @return whether all threads ended
      */
     bool Join(std::chrono::steady_clock::time_point deadline);
