@@ -190,6 +190,7 @@ export const authorEn = {
   aboutWebsite: "Web site",
   aboutPhone: "Telephone",
   aboutMail: "E-mail",
+  components: "Components",
   side_parts: "Add",
   side_list: "List",
   side_problems: "Problems",

@@ -185,6 +185,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   aboutWebsite: "网站",
   aboutPhone: "电话",
   aboutMail: "邮箱",
+  components: "组件",
   side_parts: "添加",
   side_list: "列表",
   side_problems: "问题",
