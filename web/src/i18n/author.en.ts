@@ -68,6 +68,7 @@ export const authorEn = {
   sizePhone: "Phone",
   width: "Width",
   height: "Height",
+  numberFault: "A number from {0} to {1}.",
   sideFault: "Width and height are whole numbers from {0} to {1}.",
   copyOf: "{0} (copy)",
   editPage: "Edit the page {0}",

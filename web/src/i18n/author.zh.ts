@@ -67,6 +67,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   sizePhone: "手机",
   width: "宽",
   height: "高",
+  numberFault: "{0} 到 {1} 之间的数。",
   sideFault: "宽和高须为 {0} 到 {1} 的整数。",
   copyOf: "{0}（副本）",
   editPage: "编辑页面 {0}",
