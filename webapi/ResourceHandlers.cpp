@@ -51,16 +51,6 @@ bool Exists(const fs::path& path) {
     return exists;
 }
 
-/** The reason why a name is refused before the disk is accessed, or null. */
-const char* RefusalOf(const ResourcePath& name) {
-    if (name.IsAbsolute()) {
-        return "absolute path is forbidden";
-    }
-    const auto& elements = name.Elements();
-    return std::find(elements.begin(), elements.end(), u8"..") == elements.end() ? nullptr
-                                                                                 : "path traversal detected";
-}
-
 /** Whether a name means a device of Windows, which no file can be. */
 bool NamesDevice(const ResourcePath& name) {
     const auto& elements = name.Elements();

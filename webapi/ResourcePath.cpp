@@ -85,6 +85,15 @@ std::u8string ResourcePath::Text(char8_t separator) const {
     return text;
 }
 
+const char* RefusalOf(const ResourcePath& name) {
+    if (name.IsAbsolute()) {
+        return "absolute path is forbidden";
+    }
+    const auto& elements = name.Elements();
+    return std::find(elements.begin(), elements.end(), u8"..") == elements.end() ? nullptr
+                                                                                 : "path traversal detected";
+}
+
 std::filesystem::path AppendResourcePath(const std::filesystem::path& folder, const ResourcePath& path) {
     std::u8string below;
     for (const std::u8string& element : path.Elements()) {

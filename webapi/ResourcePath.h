@@ -40,6 +40,10 @@ class ResourcePath {
     std::vector<std::u8string> m_elements;
 };
 
+/** The reason why a name is refused before the disk is accessed, or null. @param name  in its shortest form
+ */
+const char* RefusalOf(const ResourcePath& name);
+
 /**
  * Appends a path to a folder, as the append operator of Windows paths does: a path with a root directory goes
  * to the root of the folder's drive.

@@ -54,19 +54,6 @@ nlohmann::json OriginRows() {
     return nlohmann::json::parse(text);
 }
 
-std::string Expanded(std::string text) {
-    for (std::size_t at = 0; (at = text.find('{', at)) != std::string::npos;) {
-        const std::size_t star = text.find('*', at);
-        const std::size_t end = text.find('}', at);
-        std::string all;
-        for (int count = std::stoi(text.substr(at + 1)); count > 0; --count) {
-            all.append(text, star + 1, end - star - 1);
-        }
-        text.replace(at, end + 1 - at, all);
-    }
-    return text;
-}
-
 std::vector<std::string> TakeLog() {
     static const simulation::TemporaryFolder folder;
     static std::size_t seen = 0;

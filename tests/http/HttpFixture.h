@@ -2,6 +2,7 @@
 
 #include "libraries/http/src/Limits.h"
 #include "simulation/HttpClient.h"
+#include "simulation/TableText.h"
 #include "simulation/TemporaryFolder.h"
 
 #include <memory>
@@ -12,6 +13,7 @@
 #include <hv/WebSocketServer.h>
 #include <nlohmann/json.hpp>
 
+using simulation::Expanded;
 using simulation::HttpReply;
 
 /**
@@ -60,9 +62,6 @@ inline nlohmann::json Rows(const std::string& file) {
 
 /** Rows of origins.json, with the machine's name for OWN; "panel.example.com" is made an allowed host. */
 nlohmann::json OriginRows();
-
-/** The text with every {count*part} replaced by that many parts. */
-std::string Expanded(std::string text);
 
 /** A server of its own for each test, with limits that the test may lower before Run. */
 class HttpTest : public ::testing::Test {

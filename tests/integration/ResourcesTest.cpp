@@ -2,6 +2,7 @@
 
 #include "simulation/Browser.h"
 #include "simulation/Machine.h"
+#include "simulation/TableText.h"
 
 #include <atomic>
 #include <list>
@@ -45,24 +46,13 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
     return at == std::string::npos ? text : text.replace(at, what.size(), by);
 }
 
-/** A name of the table: {installation} is its path, percent-encoded, and {3*x} is xxx. */
-std::string Expanded(std::string name, const fs::path& installation) {
+/** A name of the table: {installation} is its path, percent-encoded. */
+std::string NameInRequest(const std::string& name, const fs::path& installation) {
     std::string encoded;
     for (const fs::path& element : installation.relative_path()) {
         encoded += "%2F" + element.string();
     }
-    name = Replaced(name, "{installation}", encoded);
-    for (std::size_t at = 0; (at = name.find('{')) != std::string::npos;) {
-        const std::size_t star = name.find('*', at);
-        const std::size_t end = name.find('}', at);
-        const std::string part = name.substr(star + 1, end - star - 1);
-        std::string all;
-        for (int count = std::stoi(name.substr(at + 1)); count > 0; --count) {
-            all += part;
-        }
-        name.replace(at, end + 1 - at, all);
-    }
-    return name;
+    return simulation::Expanded(Replaced(name, "{installation}", encoded));
 }
 
 /** What the operation log holds of each path: the texts of its records, one behind the other. */
@@ -135,7 +125,7 @@ TEST_F(Resources, NeverComeFromOutside) {
     HttpClient client(host.HttpPort());
     std::map<std::string, std::string> expected;
     for (const json& row : json::parse(simulation::ReadFile(fs::path(TEST_TABLES) / "resource_names.json"))) {
-        const std::string name = Expanded(row[0], host.Installation());
+        const std::string name = NameInRequest(row[0], host.Installation());
         if (missing.contains(name.substr(0, name.find('%'))) ||
             (!simulation::Differences::kNamesAsWritten && (row[1] != "refused" || IsReadOtherwise(name)))) {
             continue;
