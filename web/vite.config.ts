@@ -3,6 +3,7 @@ import { defineConfig, type TestProjectConfiguration } from "vitest/config";
 import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
+import { retries } from "./build/retries.ts";
 
 /** Maximum size of an entry, gzipped, with everything that it loads. The build fails above it. */
 const limits = { panel: 40_000, author: 90_000 };
@@ -37,6 +38,7 @@ export default defineConfig({
   },
   server: { proxy: { "/api": server, "/settings.json": server, "/ws": { target: webSocket, ws: true } } },
   test: {
+    reporters: ["default", retries],
     projects: [
       { extends: true, test: { name: "model", include: ["tests/model/**/*.test.ts"], environment: "node" } },
       {
