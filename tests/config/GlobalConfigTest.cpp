@@ -7,21 +7,26 @@
 #include <iomanip>
 
 TEST_F(Machine, MissingOrEmptyFileIsWrittenAnyOtherIsRead) {
-    for (json row : TestCases("configurations")) {  // content, ports, level, data folder; empty: the default
-        const std::string content = row[0];
-        if (content != "missing") {
-            WriteFile(m_file, content);
+    json written = TestCases("configuration that is written");
+    written["user_data_path"] = m_data;
+    for (const auto& [name, content, changes] : Rows<std::string, json, json>("configurations")) {
+        SCOPED_TRACE(name);
+        if (content.is_string()) {
+            WriteFile(m_file, content.get<std::string>());
         }
         const SGlobalConfig config;
-        row[1][3] = row[1][3].get<std::string>().empty() ? m_data : row[1][3].get<std::string>();
-        EXPECT_EQ(json({config.http_port, config.websocket_port, config.log_level, config.user_data_path}),
-                  row[1]);
+        json expected = written;
+        expected.update(changes);
+        EXPECT_EQ(json({{"http_port", config.http_port},
+                        {"websocket_port", config.websocket_port},
+                        {"log_level", config.log_level},
+                        {"user_data_path", config.user_data_path}}),
+                  expected);
         EXPECT_EQ(config.index_path, simulation::ProgramFolder() / "dist" / "index.html");
-        json written = TestCases("configuration that is written");
-        written["user_data_path"] = m_data;
-        written["webui_path"] = config.webui_path;
-        const bool isWritten = content.empty() || content == "missing";
-        EXPECT_EQ(simulation::ReadTextFile(m_file), isWritten ? written.dump(4) : content);
+        expected["webui_path"] = config.webui_path;
+        const bool isWritten = content.is_null() || content == "";
+        EXPECT_EQ(simulation::ReadTextFile(m_file),
+                  isWritten ? expected.dump(4) : content.get<std::string>());
     }
 }
 
@@ -64,6 +69,7 @@ TEST_F(Machine, VersionLinesHaveDefaults) {
     SGlobalConfig config;
     config.app_dir = m_home;
     for (const json& row : TestCases("versions")) {
+        SCOPED_TRACE(row);
         if (row[0] != "missing") {
             WriteFile(m_home + "/Resource/Version.info", row[0].get<std::string>());
         }

@@ -175,6 +175,7 @@ TEST_F(JsonFile, BackupTakesThePlaceOfABrokenDocumentOnly) {
     EXPECT_EQ(Restore(""), m_path);
     EXPECT_FALSE(fs::exists(m_path)) << "a missing document has come back";
     for (const json& row : TestCases("backups that stay aside")) {
+        SCOPED_TRACE(row);
         WriteFile(m_path, row[0].get<std::string>());
         WriteFile(m_backup, row[1].get<std::string>());
         EXPECT_EQ(Restore(""), m_path);
@@ -212,11 +213,13 @@ TEST_F(JsonFile, BrokenDocumentWithoutABackupIsKept) {
 
 TEST(JsonText, DepthAndNumbers) {
     for (const json& row : TestCases("depths")) {  // beginning, number of brackets, end
+        SCOPED_TRACE(row);
         const std::string brackets(row[1].get<std::size_t>(), '[');
         const std::string text = row[0].get<std::string>() + brackets + row[2].get<std::string>();
         EXPECT_EQ(IsNestedTooDeep(text), row[3]) << row;
     }
     for (const json& row : TestCases("numbers")) {
+        SCOPED_TRACE(row);
         EXPECT_EQ(JsonToInt32(json::parse(row[0].get<std::string>())), row[1]) << row;
     }
 }

@@ -158,6 +158,7 @@ TEST_F(UserData, LanguageSettings) {
 
 TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
     for (const json& row : TestCases("errors at start")) {
+        SCOPED_TRACE(row);
         Write(row[0], row[1]);
         const std::string failure = FailureOf([] { Store(); });
         EXPECT_EQ(failure.substr(0, failure.find(']') + 1), row[2]) << row;
@@ -232,15 +233,18 @@ TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
     Write("interFace.json", {{"configList", {serial, net}}});
     const Store store;
     for (const json& row : TestCases("names")) {
+        SCOPED_TRACE(row);
         EXPECT_EQ(store.IsInterfaceNameUsed(row[0], row[1], row[2]), row[3]) << row;
     }
     for (const json& row : TestCases("serial duplicates")) {
+        SCOPED_TRACE(row);
         SSerialPortConfig record;
         ASSERT_TRUE(ParseSerialPortRequest(Changed(serial["comInfo"], row[0]), record));
         EXPECT_EQ(store.IsSerialConfigDuplicate(record, false, 3), row[1]) << row;
         EXPECT_FALSE(store.IsSerialConfigDuplicate(record, true, 3));
     }
     for (const json& row : TestCases("network duplicates")) {
+        SCOPED_TRACE(row);
         SNetPortConfig record;
         ASSERT_TRUE(ParseNetPortRequest(Changed(net["netPortInfo"], row[0]), record));
         EXPECT_EQ(store.IsNetConfigDuplicate(record, false, 2), row[1]) << row;
@@ -250,6 +254,7 @@ TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
 
 TEST_F(UserData, CommandsAreReadReplacedAndKept) {
     for (const json& row : TestCases("commands")) {  // change of a command, its fields; none: it is left out
+        SCOPED_TRACE(row);
         SCommandConfig c;
         ASSERT_EQ(ParseCommand(Changed(Command(5, "x"), row[0]), c), row.size() == 2) << row;
         const json fields = {c.portIndex,   c.interfaceName, c.controlType, c.content,
@@ -266,6 +271,7 @@ TEST_F(UserData, CommandsAreReadReplacedAndKept) {
     }
     // one after the other, and what is in force then
     for (const json& row : TestCases("component interactions")) {
+        SCOPED_TRACE(row);
         store.SetComponentConfig(row[0]);
         EXPECT_EQ(ContentsOf(store), row[1]) << row;
     }
