@@ -1,5 +1,6 @@
 #include "config/StandardOutput.h"
 
+#include "platform/Mutex.h"
 #include "platform/ProcessEnd.h"
 #include "platform/RavLog.h"
 #include "platform/StandardStreams.h"
@@ -10,7 +11,6 @@
 #include <deque>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -28,29 +28,35 @@ class COutput {
     void Finish();
 
   private:
-    using Lock = std::unique_lock<std::mutex>;
-
-    bool Queue(std::string line);
-    bool WaitUntilOut(Lock& lock);
-    void EndThread(Lock& lock);
+    bool Queue(std::string line) REQUIRES_LOCK(m_mutex);
+    void WaitUntilOut(CUniqueLock& lock) REQUIRES_LOCK(m_mutex);
+    void EndThread();
     void Run();
-    void Note(bool isWritten, Lock& lock);
+    std::string NewsOf(bool isWritten) REQUIRES_LOCK(m_mutex);
 
-    std::mutex m_mutex;  // guards what follows
+    CMutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<std::string> m_lines;  // the first one is being written
-    std::size_t m_bytes = 0;
-    std::size_t m_lostCount = 0;  // since standard output took its last line
-    std::thread m_thread;
-    bool m_isStopping = false;
-    bool m_isStuck = false;   // a line was waited for in vain
-    bool m_isEnding = false;  // the process ends: nobody waits for the lines later
+    std::deque<std::string> m_lines GUARDED_BY(m_mutex);  // the first one is being written
+    std::size_t m_bytes GUARDED_BY(m_mutex) = 0;
+    std::size_t m_lostCount GUARDED_BY(m_mutex) = 0;  // since standard output took its last line
+    std::thread m_thread GUARDED_BY(m_mutex);
+    bool m_isStopping GUARDED_BY(m_mutex) = false;
+    bool m_isStuck GUARDED_BY(m_mutex) = false;   // a line was waited for in vain
+    bool m_isEnding GUARDED_BY(m_mutex) = false;  // the process ends: nobody waits for the lines later
 };
 
+void Tell(const std::string& news) {
+    RavLog::WriteSystemLog(RavLog::Warn, "PrintLine", news);
+}
+
 void COutput::Add(std::string line) {
-    Lock lock(m_mutex);
+    CUniqueLock lock(m_mutex);
     if (!Queue(std::move(line))) {
-        Note(false, lock);
+        const std::string news = NewsOf(false);
+        lock.Unlock();
+        if (!news.empty()) {
+            Tell(news);
+        }
         return;
     }
     m_changed.notify_all();
@@ -58,7 +64,8 @@ void COutput::Add(std::string line) {
         WaitUntilOut(lock);
     }
     if (m_isEnding) {
-        EndThread(lock);
+        lock.Unlock();
+        EndThread();
     }
 }
 
@@ -79,65 +86,68 @@ bool COutput::Queue(std::string line) {
     return true;
 }
 
-bool COutput::WaitUntilOut(Lock& lock) {
-    m_isStuck = !m_changed.wait_for(lock, kPatience, [this] { return m_lines.empty(); });
-    return !m_isStuck;
+void COutput::WaitUntilOut(CUniqueLock& lock) {
+    m_isStuck = !m_changed.wait_for(lock.Native(), kPatience,
+                                    [this]() REQUIRES_LOCK(m_mutex) { return m_lines.empty(); });
 }
 
-void COutput::EndThread(Lock& lock) {
+void COutput::EndThread() {
+    CUniqueLock lock(m_mutex);
     if (!m_thread.joinable() || !m_lines.empty()) {
         return;  // what is stuck ends with the process
     }
     m_isStopping = true;
     m_changed.notify_all();
     std::thread ended = std::exchange(m_thread, std::thread());
-    lock.unlock();
+    lock.Unlock();
     ended.join();
-    lock.lock();
+    lock.Lock();
     m_isStopping = false;
 }
 
 void COutput::Finish() {
-    Lock lock(m_mutex);
-    m_isEnding = true;
-    WaitUntilOut(lock);
-    EndThread(lock);
+    {
+        CUniqueLock lock(m_mutex);
+        m_isEnding = true;
+        WaitUntilOut(lock);
+    }
+    EndThread();
 }
 
 void COutput::Run() {
-    Lock lock(m_mutex);
+    CUniqueLock lock(m_mutex);
     while (true) {
-        m_changed.wait(lock, [this] { return m_isStopping || !m_lines.empty(); });
+        m_changed.wait(lock.Native(),
+                       [this]() REQUIRES_LOCK(m_mutex) { return m_isStopping || !m_lines.empty(); });
         if (m_lines.empty()) {
             return;
         }
         const std::string& line = m_lines.front();  // stays where it is while others are added
-        lock.unlock();
+        lock.Unlock();
         const bool isWritten = WriteStandardOutput(line);
-        lock.lock();
+        lock.Lock();
         m_bytes -= line.size();
         m_lines.pop_front();
         m_isStuck = m_isStuck && !isWritten;
-        Note(isWritten, lock);
+        if (const std::string news = NewsOf(isWritten); !news.empty()) {
+            lock.Unlock();
+            Tell(news);
+            lock.Lock();
+        }
         m_changed.notify_all();
     }
 }
 
-/** Reports the first lost line, and the number of lost lines when all waiting ones are out. */
-void COutput::Note(bool isWritten, Lock& lock) {
+/** Text for the log: on the first lost line, and with their number when all waiting ones are out. */
+std::string COutput::NewsOf(bool isWritten) {
     if (isWritten && (m_lostCount == 0 || !m_lines.empty())) {
-        return;
+        return {};
     }
     const std::size_t lost = isWritten ? std::exchange(m_lostCount, 0) : m_lostCount++;
-    if (!isWritten && lost > 0) {
-        return;
+    if (isWritten) {
+        return "standard output takes lines again; " + std::to_string(lost) + " were lost";
     }
-    lock.unlock();
-    RavLog::WriteSystemLog(
-        RavLog::Warn, "PrintLine",
-        isWritten ? "standard output takes lines again; " + std::to_string(lost) + " were lost"
-                  : std::string("standard output takes nothing more; lines are lost until it does"));
-    lock.lock();
+    return lost > 0 ? "" : "standard output takes nothing more; lines are lost until it does";
 }
 
 /** Never destroyed: its thread may be held by standard output to the end of the process. */

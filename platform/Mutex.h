@@ -5,8 +5,10 @@
 
 // Mutexes that know what they guard. In scripts/lint, Clang checks at compile time that a member marked with
 // GUARDED_BY is touched only under its lock (https://clang.llvm.org/docs/ThreadSafetyAnalysis.html). Other
-// compilers see plain mutexes. A mutex that goes with a condition variable stays a std::mutex: the check does
-// not follow a lock into the condition that is waited for.
+// compilers see plain mutexes. A condition variable waits with the Native() of a CUniqueLock:
+//
+//     CUniqueLock lock(m_mutex);
+//     m_changed.wait(lock.Native(), [this]() REQUIRES_LOCK(m_mutex) { return m_isReady; });
 #if defined(__clang__)
 #define THREAD_ATTRIBUTE(attribute) __attribute__((attribute))
 #else
@@ -18,6 +20,9 @@
 
 /** Of a function: its caller holds this mutex, exclusively. */
 #define REQUIRES_LOCK(mutex) THREAD_ATTRIBUTE(requires_capability(mutex))
+
+/** Of a function: its caller holds this mutex, which the check can't know. */
+#define ASSERTS_LOCK(mutex) THREAD_ATTRIBUTE(assert_capability(mutex))
 
 /** A mutex for GUARDED_BY. */
 class THREAD_ATTRIBUTE(capability("mutex")) CMutex : public std::mutex {};
@@ -36,6 +41,24 @@ class THREAD_ATTRIBUTE(scoped_lockable) CLock {
 
   private:
     const std::lock_guard<Mutex> m_lock;
+};
+
+/** Holds a CMutex exclusively, and can give it up for a while. */
+class THREAD_ATTRIBUTE(scoped_lockable) CUniqueLock {
+  public:
+    explicit CUniqueLock(CMutex& mutex) THREAD_ATTRIBUTE(acquire_capability(mutex)) : m_lock(mutex) {}
+    ~CUniqueLock() THREAD_ATTRIBUTE(release_capability()) = default;
+    CUniqueLock(const CUniqueLock&) = delete;
+    CUniqueLock& operator=(const CUniqueLock&) = delete;
+
+    void Lock() THREAD_ATTRIBUTE(acquire_capability()) { m_lock.lock(); }
+    void Unlock() THREAD_ATTRIBUTE(release_capability()) { m_lock.unlock(); }
+
+    /** For a std::condition_variable. */
+    std::unique_lock<std::mutex>& Native() { return m_lock; }
+
+  private:
+    std::unique_lock<std::mutex> m_lock;
 };
 
 /** Holds a CSharedMutex together with other readers for the length of a scope. */

@@ -53,12 +53,14 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
-    /** Notes a record that uses the port, under the lock. */
-    void Use(const SNetPortConfig& record);
-    bool IsUser(const SNetPortConfig& record) const { return m_users.contains(UserOf(record)); }
+    /** Notes a record that uses the port. */
+    void Use(const SNetPortConfig& record) REQUIRES_LOCK(m_mutex);
+    bool IsUser(const SNetPortConfig& record) const REQUIRES_LOCK(m_mutex) {
+        return m_users.contains(UserOf(record));
+    }
 
-    /** Under the lock: nothing is open or under way. */
-    virtual bool IsIdle() const = 0;
+    /** Nothing is open or under way. */
+    virtual bool IsIdle() const REQUIRES_LOCK(m_mutex) = 0;
 
     /** Until when a send that begins now may take. */
     Clock::time_point Deadline() const;
@@ -70,13 +72,13 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * @return as WaitUntil
      */
     template <typename IsKnown>
-    int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown) {
+    int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown) REQUIRES_LOCK(m_mutex) {
         while (!m_closed && !isKnown()) {
             const auto now = Clock::now();
             if (now >= deadline) {
                 return ErrorTimedOut;
             }
-            m_changed.wait_until(lock, std::min(deadline, now + std::chrono::milliseconds(1)));
+            m_changed.wait_until(lock.Native(), std::min(deadline, now + std::chrono::milliseconds(1)));
         }
         return m_closed ? ErrorCut : ErrorNone;
     }
@@ -88,7 +90,8 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * The addresses that host means: itself, when it is a literal. Waits for them with the lock given up;
      * when the name server doesn't answer, what the name meant before has to do.
      */
-    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses);
+    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses)
+        REQUIRES_LOCK(m_mutex);
 
     const SNetContext m_context;
 
@@ -102,7 +105,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * Local address and remote pair of the records that use the port: those that can differ. The address as
      * it is spelled, since all spellings of "any" have one port.
      */
-    std::set<User> m_users;
+    std::set<User> m_users GUARDED_BY(m_mutex);
 };
 
 }  // namespace comm

@@ -15,7 +15,7 @@ int CPort::WaitForTurn(Lock& lock, Clock::time_point deadline) {
         if (Clock::now() >= until) {
             return ErrorTimedOut;
         }
-        m_changed.wait_until(lock, until);
+        m_changed.wait_until(lock.Native(), until);
     }
     return m_closed ? ErrorCut : ErrorNone;
 }
@@ -29,8 +29,8 @@ CPort::CTurn::CTurn(CPort& port, Clock::time_point deadline)
 
 CPort::CTurn::~CTurn() {
     if (m_error == ErrorNone) {
-        if (!m_lock.owns_lock()) {
-            m_lock.lock();  // what failed had given it up
+        if (!m_lock.Native().owns_lock()) {
+            m_lock.Lock();  // what failed had given it up
         }
         m_port.m_busy = false;
         m_port.m_patience = Clock::time_point::max();

@@ -3,11 +3,11 @@
 #include "libraries/comm/CommSettings.h"
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/PortLog.h"
+#include "platform/Mutex.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
@@ -58,16 +58,16 @@ class CPort {
     int CountCalls(int change) { return m_calls += change; }
 
   protected:
-    using Lock = std::unique_lock<std::mutex>;
+    using Lock = CUniqueLock;
 
     explicit CPort(std::string name) : m_log(std::move(name)) {}
 
     /** The turn of one call, together with the lock. */
-    class CTurn {
+    class THREAD_ATTRIBUTE(scoped_lockable) CTurn {
       public:
         /** Waits for the turn until the deadline, or until m_patience of the call that has it. */
-        CTurn(CPort& port, Clock::time_point deadline);
-        ~CTurn();
+        CTurn(CPort& port, Clock::time_point deadline) THREAD_ATTRIBUTE(acquire_capability(port.m_mutex));
+        ~CTurn() THREAD_ATTRIBUTE(release_capability());
         CTurn(const CTurn&) = delete;
         CTurn& operator=(const CTurn&) = delete;
 
@@ -83,8 +83,9 @@ class CPort {
 
     /** Waits until ready() holds, with the lock held whenever it is asked. @return as CTurn::Error */
     template <typename Ready>
-    int WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready) {
-        const bool done = m_changed.wait_until(lock, deadline, [&] { return m_closed || ready(); });
+    int WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready) REQUIRES_LOCK(m_mutex) {
+        const bool done = m_changed.wait_until(lock.Native(), deadline,
+                                               [&]() REQUIRES_LOCK(m_mutex) { return m_closed || ready(); });
         if (m_closed) {
             return ErrorCut;
         }
@@ -92,20 +93,20 @@ class CPort {
     }
 
     /** Says until when other calls wait for the one that has the turn: its device may be stuck. */
-    void SetPatience(Clock::time_point until);
+    void SetPatience(Clock::time_point until) REQUIRES_LOCK(m_mutex);
 
-    std::mutex m_mutex;
-    std::condition_variable m_changed;  ///< told after each change of what a call may wait for
-    bool m_busy = false;                ///< some call has the turn
-    bool m_closed = false;
-    CPortLog m_log;
+    CMutex m_mutex;
+    std::condition_variable m_changed;        ///< told after each change of what a call may wait for
+    bool m_busy GUARDED_BY(m_mutex) = false;  ///< some call has the turn
+    bool m_closed GUARDED_BY(m_mutex) = false;
+    CPortLog m_log GUARDED_BY(m_mutex);
 
   private:
     std::atomic<int> m_calls = 0;
 
-    int WaitForTurn(Lock& lock, Clock::time_point deadline);
+    int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
-    Clock::time_point m_patience = Clock::time_point::max();  ///< see SetPatience
+    Clock::time_point m_patience GUARDED_BY(m_mutex) = Clock::time_point::max();  ///< see SetPatience
 };
 
 }  // namespace comm

@@ -70,7 +70,8 @@ void CSerialLine::Close() {
 
 bool CSerialLine::WaitClosed(Clock::time_point deadline) {
     Lock lock(m_mutex);
-    return m_changed.wait_until(lock, deadline, [this] { return m_threads == 0; });
+    return m_changed.wait_until(lock.Native(), deadline,
+                                [this]() REQUIRES_LOCK(m_mutex) { return m_threads == 0; });
 }
 
 bool CSerialLine::IsUnused() {
@@ -79,7 +80,8 @@ bool CSerialLine::IsUnused() {
 }
 
 int CSerialLine::WaitForTurn(Lock& lock, Clock::time_point deadline) {
-    const int error = WaitUntil(lock, deadline, [this] { return !m_job || m_hangs; });
+    const int error =
+        WaitUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) { return !m_job || m_hangs; });
     return error == ErrorNone && m_hangs ? static_cast<int>(ErrorTimedOut) : error;
 }
 
@@ -115,9 +117,9 @@ void CSerialLine::Run(CSerialSession& session) {
     Lock lock(m_mutex);
     while (!m_closed && (m_job || session.IsOpen())) {
         const auto job = m_job;
-        lock.unlock();
+        lock.Unlock();
         const int error = Act(session, job.get());
-        lock.lock();
+        lock.Lock();
         if (job) {
             job->error = error;
             job->isDone = true;
@@ -127,9 +129,9 @@ void CSerialLine::Run(CSerialSession& session) {
         }
     }
     m_session.reset();
-    lock.unlock();
+    lock.Unlock();
     session.Drop();
-    lock.lock();
+    lock.Lock();
     --m_threads;
     m_changed.notify_all();
 }

@@ -49,11 +49,11 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     };
 
     /** Waits until no call is under way; fails at once while the driver hangs. @return as WaitUntil */
-    int WaitForTurn(Lock& lock, Clock::time_point deadline);
+    int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Has the thread do something. @return 0 or an error number */
-    int Do(Lock& lock, SJob job);
-    void StartThread();
+    int Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
+    void StartThread() REQUIRES_LOCK(m_mutex);
 
     /** The line's thread. */
     void Run(CSerialSession& session);
@@ -63,11 +63,12 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
 
     const SCommSettings m_settings;
     const std::string m_comPort;
-    std::shared_ptr<CSerialLine> m_former;      ///< the thread's own
-    std::shared_ptr<CSerialSession> m_session;  ///< null while there is no thread, or it is about to end
-    std::shared_ptr<SJob> m_job;                ///< what the thread does, or is to do next
-    bool m_hangs = false;                       ///< it does so beyond its bound
-    int m_threads = 0;
+    std::shared_ptr<CSerialLine> m_former;  ///< the thread's own
+    std::shared_ptr<CSerialSession> m_session
+        GUARDED_BY(m_mutex);  ///< null while there is no thread, or it is about to end
+    std::shared_ptr<SJob> m_job GUARDED_BY(m_mutex);  ///< what the thread does, or is to do next
+    bool m_hangs GUARDED_BY(m_mutex) = false;         ///< it does so beyond its bound
+    int m_threads GUARDED_BY(m_mutex) = 0;
 };
 
 }  // namespace comm

@@ -40,7 +40,8 @@ int CTcpClient::WaitForAttempt(Lock& lock, Clock::time_point deadline) {
         Attempt(false);
     }
     const auto awaited = m_attempts;
-    const int error = WaitUntil(lock, deadline, [&] { return m_finished >= awaited; });
+    const int error =
+        WaitUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) { return m_finished >= awaited; });
     if (error != ErrorNone || m_connected) {
         return error;
     }
@@ -135,7 +136,8 @@ int CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point dead
             m_writable = m_writable || generation == m_generation;
             m_changed.notify_all();
         });
-        error = WaitUntil(lock, deadline, [&] { return m_writable || generation != m_generation; });
+        error = WaitUntil(lock, deadline,
+                          [&]() REQUIRES_LOCK(m_mutex) { return m_writable || generation != m_generation; });
         if (error == ErrorTimedOut) {
             Drop();
             m_log.Failed("the device takes no more data, connection closed", error);
@@ -175,7 +177,9 @@ CTcpLink::EnPeer CTcpClient::Look() {
 }
 
 int CTcpClient::LookAndWait(Lock& lock, Clock::time_point deadline) {
-    return LookUntil(lock, deadline, [this] { return !m_connected || Look() != CTcpLink::EnPeer::Unknown; });
+    return LookUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) {
+        return !m_connected || Look() != CTcpLink::EnPeer::Unknown;
+    });
 }
 
 void CTcpClient::Lose(int error, bool ended) {

@@ -28,85 +28,90 @@ class CTcpClient final : public CNetPort {
   private:
     using Endpoint = boost::asio::ip::tcp::endpoint;
 
-    bool IsIdle() const override { return m_link == nullptr && !m_attempting && !m_silent; }
+    bool IsIdle() const override REQUIRES_LOCK(m_mutex) {
+        return m_link == nullptr && !m_attempting && !m_silent;
+    }
 
     /** Waits for the attempt under way, or for a new one. */
-    int WaitForAttempt(Lock& lock, Clock::time_point deadline);
+    int WaitForAttempt(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** The same for a send, which has the turn. */
-    int ConnectForSend(Lock& lock, Clock::time_point deadline);
+    int ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Writes all bytes. @param taken whether the system took some of them, when it failed */
-    int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken);
+    int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
+        REQUIRES_LOCK(m_mutex);
 
     /** The code that a send returns without an attempt: the device is silent, or failed a moment ago. */
-    int KnownFailure() const;
+    int KnownFailure() const REQUIRES_LOCK(m_mutex);
     /** The same for a send that has just come, which needs no turn to learn it. */
     int FailAtOnce();
 
     // An attempt, see TcpConnect.cpp. Its steps follow each other on threads of the library, under the lock.
-    void Attempt(bool isProbe);
-    void Resolve();
-    void OnResolved(const SResolved& resolved);
-    void TryNext();
-    void OnConnected(int error);
-    int OpenSocket(const Endpoint& device);
-    void Finish(int error);
+    void Attempt(bool isProbe) REQUIRES_LOCK(m_mutex);
+    void Resolve() REQUIRES_LOCK(m_mutex);
+    void OnResolved(const SResolved& resolved) REQUIRES_LOCK(m_mutex);
+    void TryNext() REQUIRES_LOCK(m_mutex);
+    void OnConnected(int error) REQUIRES_LOCK(m_mutex);
+    int OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
+    void Finish(int error) REQUIRES_LOCK(m_mutex);
 
     /** Gives a handler of the present step: it is called under the lock, unless the step is over by then. */
     template <typename Handler>
-    auto InStep(Handler handler);
+    auto InStep(Handler handler) REQUIRES_LOCK(m_mutex);
 
     /** Runs a step; one that throws ends the attempt. */
     template <typename Step>
-    void Guard(Step step);
+    void Guard(Step step) REQUIRES_LOCK(m_mutex);
 
-    void SetSilent(bool silent);
-    void ProbeLater();
+    void SetSilent(bool silent) REQUIRES_LOCK(m_mutex);
+    void ProbeLater() REQUIRES_LOCK(m_mutex);
 
-    void Watch();
-    void OnReadable();
+    void Watch() REQUIRES_LOCK(m_mutex);
+    void OnReadable() REQUIRES_LOCK(m_mutex);
 
     /** Looks whether the device ended the connection, which is forgotten then. */
-    CTcpLink::EnPeer Look();
+    CTcpLink::EnPeer Look() REQUIRES_LOCK(m_mutex);
 
     /** The same for a call, which waits for the news where the handler under way has them. @return as
      * LookUntil */
-    int LookAndWait(Lock& lock, Clock::time_point deadline);
+    int LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Forgets the connection, which the device ended or the network broke. */
-    void Lose(int error, bool ended);
+    void Lose(int error, bool ended) REQUIRES_LOCK(m_mutex);
 
     /** Closes the connection from here. */
-    void Drop();
+    void Drop() REQUIRES_LOCK(m_mutex);
 
     const SNetPortConfig m_record;
-    std::unique_ptr<CTcpLink> m_link;  ///< null when not connected and not connecting
-    std::uint64_t m_generation = 0;    ///< tells handlers of an earlier link from those of this one
-    bool m_connected = false;
-    bool m_writable = false;
-    bool m_used = false;  ///< a command went out on this connection
-    int m_lostError = ErrorReset;
-    Clock::time_point m_connectedAt;
-    int m_shortLived = 0;  ///< connections in a row that were good for nothing
-    int m_failure = 0;     ///< code of the last attempt, 0 after a good one
-    Clock::time_point m_failedAt;
+    std::unique_ptr<CTcpLink> m_link GUARDED_BY(m_mutex);  ///< null when not connected and not connecting
+    /** Tells handlers of an earlier link from those of this one. */
+    std::uint64_t m_generation GUARDED_BY(m_mutex) = 0;
+    bool m_connected GUARDED_BY(m_mutex) = false;
+    bool m_writable GUARDED_BY(m_mutex) = false;
+    bool m_used GUARDED_BY(m_mutex) = false;  ///< a command went out on this connection
+    int m_lostError GUARDED_BY(m_mutex) = ErrorReset;
+    Clock::time_point m_connectedAt GUARDED_BY(m_mutex);
+    int m_shortLived GUARDED_BY(m_mutex) = 0;  ///< connections in a row that were good for nothing
+    int m_failure GUARDED_BY(m_mutex) = 0;     ///< code of the last attempt, 0 after a good one
+    Clock::time_point m_failedAt GUARDED_BY(m_mutex);
 
-    bool m_attempting = false;
-    bool m_isProbe = false;        ///< nobody asked for the attempt under way
-    bool m_isForSend = false;      ///< a send waits for it, or waited
-    bool m_wasSilent = false;      ///< an address of it did not answer
-    std::uint64_t m_attempts = 0;  ///< attempts that have begun
-    std::uint64_t m_finished = 0;  ///< attempts that have ended
-    std::uint64_t m_step = 0;      ///< tells handlers of an earlier step from those of this one
-    Clock::time_point m_attemptAt;
-    std::vector<boost::asio::ip::address> m_untried;  ///< in reverse order
-    int m_attemptError = 0;
-    boost::asio::steady_timer m_timer;  ///< of the step, or until the next probe
+    bool m_attempting GUARDED_BY(m_mutex) = false;
+    bool m_isProbe GUARDED_BY(m_mutex) = false;        ///< nobody asked for the attempt under way
+    bool m_isForSend GUARDED_BY(m_mutex) = false;      ///< a send waits for it, or waited
+    bool m_wasSilent GUARDED_BY(m_mutex) = false;      ///< an address of it did not answer
+    std::uint64_t m_attempts GUARDED_BY(m_mutex) = 0;  ///< attempts that have begun
+    std::uint64_t m_finished GUARDED_BY(m_mutex) = 0;  ///< attempts that have ended
+    /** Tells handlers of an earlier step from those of this one. */
+    std::uint64_t m_step GUARDED_BY(m_mutex) = 0;
+    Clock::time_point m_attemptAt GUARDED_BY(m_mutex);
+    std::vector<boost::asio::ip::address> m_untried GUARDED_BY(m_mutex);  ///< in reverse order
+    int m_attemptError GUARDED_BY(m_mutex) = 0;
+    boost::asio::steady_timer m_timer GUARDED_BY(m_mutex);  ///< of the step, or until the next probe
 
-    bool m_silent = false;
-    Clock::duration m_probePause{};
-    Clock::time_point m_lastSend;
+    bool m_silent GUARDED_BY(m_mutex) = false;
+    Clock::duration m_probePause GUARDED_BY(m_mutex){};
+    Clock::time_point m_lastSend GUARDED_BY(m_mutex);
 };
 
 }  // namespace comm

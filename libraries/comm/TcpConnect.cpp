@@ -27,7 +27,7 @@ auto CTcpClient::InStep(Handler handler) {
         }
         const Lock lock(m_mutex);
         if (step == m_step) {
-            Guard([&] { handler(results...); });
+            Guard([&]() REQUIRES_LOCK(m_mutex) { handler(results...); });
         }
     };
 }
@@ -50,7 +50,7 @@ void CTcpClient::Attempt(bool isProbe) {
     m_attemptAt = Clock::now();
     m_untried.clear();
     ++m_attempts;
-    Guard([this] { Resolve(); });
+    Guard([this]() REQUIRES_LOCK(m_mutex) { Resolve(); });
 }
 
 void CTcpClient::Resolve() {
@@ -65,16 +65,18 @@ void CTcpClient::Resolve() {
     }
     ++m_step;
     const auto asked = m_context.resolver.Resolve(
-        m_record.dstIpAddress, InStep([this](const SResolved& resolved) { OnResolved(resolved); }));
+        m_record.dstIpAddress,
+        InStep([this](const SResolved& resolved) REQUIRES_LOCK(m_mutex) { OnResolved(resolved); }));
     if (asked.known) {
         OnResolved(*asked.known);
         return;
     }
     const bool hasSpare = !asked.lastGood.empty();
     m_timer.expires_at(m_attemptAt + (hasSpare ? m_context.settings.joinPause : m_context.settings.bound));
-    m_timer.async_wait(InStep([this, spare = asked.lastGood](const boost::system::error_code&) {
-        OnResolved({spare.empty() ? ErrorTimedOut : ErrorNone, spare});
-    }));
+    m_timer.async_wait(
+        InStep([this, spare = asked.lastGood](const boost::system::error_code&) REQUIRES_LOCK(m_mutex) {
+            OnResolved({spare.empty() ? ErrorTimedOut : ErrorNone, spare});
+        }));
 }
 
 void CTcpClient::OnResolved(const SResolved& resolved) {
@@ -105,9 +107,11 @@ void CTcpClient::TryNext() {
         OnConnected(error);
         return;
     }
-    m_link->GetSocket().async_connect(
-        device, InStep([this](const boost::system::error_code& code) { OnConnected(SocketError(code)); }));
-    m_timer.async_wait(InStep([this](const boost::system::error_code&) { OnConnected(ErrorTimedOut); }));
+    m_link->GetSocket().async_connect(device,
+                                      InStep([this](const boost::system::error_code& code)
+                                                 REQUIRES_LOCK(m_mutex) { OnConnected(SocketError(code)); }));
+    m_timer.async_wait(InStep([this](const boost::system::error_code&)
+                                  REQUIRES_LOCK(m_mutex) { OnConnected(ErrorTimedOut); }));
 }
 
 void CTcpClient::OnConnected(int error) {
@@ -217,7 +221,7 @@ void CTcpClient::SetSilent(bool silent) {
 void CTcpClient::ProbeLater() {
     m_timer.expires_after(m_probePause);
     m_probePause = std::min<Clock::duration>(2 * m_probePause, m_context.settings.longestProbePause);
-    m_timer.async_wait(InStep([this](const boost::system::error_code&) {
+    m_timer.async_wait(InStep([this](const boost::system::error_code&) REQUIRES_LOCK(m_mutex) {
         if (Clock::now() - m_lastSend > m_context.settings.probeAge) {
             SetSilent(false);  // nobody uses it any more
         } else {

@@ -24,7 +24,10 @@ CTcpServer::CDelivery::~CDelivery() {
 
 int CTcpServer::CDelivery::Run(Lock& lock, Clock::time_point deadline) {
     for (Advance(); !m_rests.empty(); Advance()) {
-        const int error = m_server.WaitUntil(lock, NextLook(deadline), [this] { return IsReady(); });
+        const int error = m_server.WaitUntil(lock, NextLook(deadline), [this] {
+            AssertLocked();
+            return IsReady();
+        });
         if (error == ErrorCut) {
             return error;
         }
@@ -94,14 +97,15 @@ bool CTcpServer::CDelivery::AdvanceTo(std::uint64_t id, SPeer& peer, std::string
 }
 
 bool CTcpServer::CDelivery::IsReady() const {
-    return std::any_of(m_rests.begin(), m_rests.end(), [this](const auto& row) {
-        const auto found = m_server.m_peers.find(row.first);
-        if (found == m_server.m_peers.end()) {
-            return true;
-        }
-        const SPeer& peer = found->second;
-        return peer.writer == nullptr || (peer.writer == this && peer.writable);
-    });
+    return std::any_of(m_rests.begin(), m_rests.end(),
+                       [this](const auto& row) REQUIRES_LOCK(m_server.m_mutex) {
+                           const auto found = m_server.m_peers.find(row.first);
+                           if (found == m_server.m_peers.end()) {
+                               return true;
+                           }
+                           const SPeer& peer = found->second;
+                           return peer.writer == nullptr || (peer.writer == this && peer.writable);
+                       });
 }
 
 Clock::time_point CTcpServer::CDelivery::NextLook(Clock::time_point deadline) const {

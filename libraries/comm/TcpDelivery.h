@@ -18,23 +18,26 @@ class CTcpServer::CDelivery {
     CDelivery& operator=(const CDelivery&) = delete;
 
     /** Writes until all devices have got everything, or are given up. @return 0 when one has, or an error */
-    int Run(Lock& lock, Clock::time_point deadline);
+    int Run(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_server.m_mutex);
+
+    /** The lock that is held is that of the server of this delivery. */
+    void AssertLocked() const ASSERTS_LOCK(m_server.m_mutex) {}
 
   private:
     using Rests = std::map<std::uint64_t, std::string_view>;
 
     /** Goes on with each device that can take something. */
-    void Advance();
+    void Advance() REQUIRES_LOCK(m_server.m_mutex);
 
     /** Goes on with one. @return true when there is nothing left to do for it */
-    bool AdvanceTo(std::uint64_t id, SPeer& peer, std::string_view& rest);
+    bool AdvanceTo(std::uint64_t id, SPeer& peer, std::string_view& rest) REQUIRES_LOCK(m_server.m_mutex);
 
     /** True when Advance has something to do. */
-    bool IsReady() const;
+    bool IsReady() const REQUIRES_LOCK(m_server.m_mutex);
 
     /** Until when nothing happens without a word of a device: others may have the turn for too long. */
-    Clock::time_point NextLook(Clock::time_point deadline) const;
-    void GiveUp();
+    Clock::time_point NextLook(Clock::time_point deadline) const REQUIRES_LOCK(m_server.m_mutex);
+    void GiveUp() REQUIRES_LOCK(m_server.m_mutex);
 
     CTcpServer& m_server;
     Rests m_rests;  ///< what each device is still to get

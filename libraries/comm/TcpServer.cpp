@@ -58,7 +58,9 @@ int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
     if (targets.empty()) {
         return ErrorNotConnected;
     }
-    return CDelivery(*this, targets, bytes).Run(lock, deadline);
+    CDelivery delivery(*this, targets, bytes);
+    delivery.AssertLocked();
+    return delivery.Run(lock, deadline);
 }
 
 void CTcpServer::Close() {
@@ -224,13 +226,13 @@ CTcpLink::EnPeer CTcpServer::Look(std::uint64_t id) {
 
 int CTcpServer::LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets) {
     auto unsure = targets;
-    const int error = LookUntil(lock, deadline, [&] {
-        std::erase_if(unsure, [this](std::uint64_t id) {
+    const int error = LookUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) {
+        std::erase_if(unsure, [this](std::uint64_t id) REQUIRES_LOCK(m_mutex) {
             return !m_peers.contains(id) || Look(id) != CTcpLink::EnPeer::Unknown;
         });
         return unsure.empty();
     });
-    std::erase_if(targets, [this](std::uint64_t id) { return !m_peers.contains(id); });
+    std::erase_if(targets, [this](std::uint64_t id) REQUIRES_LOCK(m_mutex) { return !m_peers.contains(id); });
     return error;
 }
 

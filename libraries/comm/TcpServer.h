@@ -39,32 +39,34 @@ class CTcpServer final : public CNetPort {
 
     class CDelivery;
 
-    bool IsIdle() const override { return !m_acceptor.is_open(); }
+    bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
-    int Listen();
-    int TryListen();
-    void Accept();
-    void OnDevice(boost::system::error_code code);
-    void AcceptLater();
+    int Listen() REQUIRES_LOCK(m_mutex);
+    int TryListen() REQUIRES_LOCK(m_mutex);
+    void Accept() REQUIRES_LOCK(m_mutex);
+    void OnDevice(boost::system::error_code code) REQUIRES_LOCK(m_mutex);
+    void AcceptLater() REQUIRES_LOCK(m_mutex);
 
-    void Watch(std::uint64_t id, SPeer& peer);
+    void Watch(std::uint64_t id, SPeer& peer) REQUIRES_LOCK(m_mutex);
     /** Looks whether the peer has gone; it is forgotten then. */
-    CTcpLink::EnPeer Look(std::uint64_t id);
+    CTcpLink::EnPeer Look(std::uint64_t id) REQUIRES_LOCK(m_mutex);
     /** The same for all that are meant by a call, which waits for what their handlers know; takes those that
      * have gone off targets. @return as LookUntil */
-    int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets);
-    void Forget(std::uint64_t id, std::string_view why, int error);
+    int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets)
+        REQUIRES_LOCK(m_mutex);
+    void Forget(std::uint64_t id, std::string_view why, int error) REQUIRES_LOCK(m_mutex);
 
     /** The devices that are meant; none given: all. */
-    std::set<std::uint64_t> Targets(const Addresses& meant) const;
+    std::set<std::uint64_t> Targets(const Addresses& meant) const REQUIRES_LOCK(m_mutex);
 
     const SNetPortConfig m_record;
-    boost::asio::ip::tcp::acceptor m_acceptor;
-    boost::asio::ip::tcp::socket m_next;  ///< of the device that is waited for
-    bool m_accepting = false;             ///< the next device is waited for, or will be after a pause
-    boost::asio::steady_timer m_pause;
-    std::map<std::uint64_t, SPeer> m_peers;
-    std::uint64_t m_lastId = 0;
+    boost::asio::ip::tcp::acceptor m_acceptor GUARDED_BY(m_mutex);
+    boost::asio::ip::tcp::socket m_next GUARDED_BY(m_mutex);  ///< of the device that is waited for
+    /** The next device is waited for, or will be after a pause. */
+    bool m_accepting GUARDED_BY(m_mutex) = false;
+    boost::asio::steady_timer m_pause GUARDED_BY(m_mutex);
+    std::map<std::uint64_t, SPeer> m_peers GUARDED_BY(m_mutex);
+    std::uint64_t m_lastId GUARDED_BY(m_mutex) = 0;
 };
 
 }  // namespace comm

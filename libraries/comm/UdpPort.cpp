@@ -167,7 +167,9 @@ int CUdpPort::SendTo(Lock& lock, const Udp::endpoint& destination, std::string_v
                                m_writable = true;
                                m_changed.notify_all();
                            });
-        if (const int error = WaitUntil(lock, deadline, [this] { return m_writable; }); error != ErrorNone) {
+        if (const int error =
+                WaitUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) { return m_writable; });
+            error != ErrorNone) {
             return error;
         }
     }

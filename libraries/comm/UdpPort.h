@@ -25,29 +25,30 @@ class CUdpPort final : public CNetPort {
   private:
     using Udp = boost::asio::ip::udp;
 
-    bool IsIdle() const override { return !m_sockets[0] && !m_sockets[1]; }
+    bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
     /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */
     int Choose(Addresses& addresses) const;
 
     /** Sends to one address, in the turn of a call. */
     int SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                      Clock::time_point deadline);
+                      Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Binds the socket for a destination of that version. */
-    int Bind(bool v6);
-    int TryBind(Udp::socket& socket, bool v6) const;
+    int Bind(bool v6) REQUIRES_LOCK(m_mutex);
+    int TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
     int SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-               Clock::time_point deadline);
-    void Watch(bool v6);
+               Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
     /** Reads and drops what came in. */
     void Drain(Udp::socket& socket);
 
     const SNetPortConfig m_record;
-    std::array<std::unique_ptr<Udp::socket>, 2> m_sockets;  ///< IPv4, IPv6
-    bool m_writable = false;
-    bool m_shared = false;  ///< ports of this library with other local addresses have the same local port
+    std::array<std::unique_ptr<Udp::socket>, 2> m_sockets GUARDED_BY(m_mutex);  ///< IPv4, IPv6
+    bool m_writable GUARDED_BY(m_mutex) = false;
+    /** Ports of this library with other local addresses have the same local port. */
+    bool m_shared GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace comm

@@ -217,17 +217,18 @@ void CLogWriter::Stop() {
         return;
     }
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         m_isStopping = true;
     }
     m_changed.notify_one();
     m_thread.join();
+    const CLock lock(m_mutex);
     m_isStopping = false;
 }
 
 void CLogWriter::Notify(bool urgent) {
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         if (m_hasWork && (m_isUrgent || !urgent)) {
             return;
         }
@@ -238,7 +239,7 @@ void CLogWriter::Notify(bool urgent) {
 }
 
 void CLogWriter::Mirror(bool on) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_mirror = on;
 }
 
@@ -246,9 +247,11 @@ void CLogWriter::Run() {
     for (bool stopping = false; !stopping;) {
         bool mirror = false;
         {
-            std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return m_hasWork || m_isStopping; });
-            m_changed.wait_for(lock, kCollectTime, [this] { return m_isUrgent || m_isStopping; });
+            CUniqueLock lock(m_mutex);
+            m_changed.wait(lock.Native(),
+                           [this]() REQUIRES_LOCK(m_mutex) { return m_hasWork || m_isStopping; });
+            m_changed.wait_for(lock.Native(), kCollectTime,
+                               [this]() REQUIRES_LOCK(m_mutex) { return m_isUrgent || m_isStopping; });
             stopping = m_isStopping;
             mirror = m_mirror;
             m_hasWork = false;

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -79,12 +78,12 @@ class CLogWriter {
 
     std::vector<CLogFile*> m_files;  // filled before the first start
     std::thread m_thread;
-    std::mutex m_mutex;  // guards what follows
+    CMutex m_mutex;
     std::condition_variable m_changed;
-    bool m_hasWork = false;
-    bool m_isUrgent = false;
-    bool m_isStopping = false;
-    bool m_mirror = false;
+    bool m_hasWork GUARDED_BY(m_mutex) = false;
+    bool m_isUrgent GUARDED_BY(m_mutex) = false;
+    bool m_isStopping GUARDED_BY(m_mutex) = false;
+    bool m_mirror GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace RavLog

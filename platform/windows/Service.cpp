@@ -1,11 +1,11 @@
 #include "platform/Service.h"
 
+#include "platform/Mutex.h"
 #include "platform/ProcessEnd.h"
 #include "platform/windows/StopEvent.h"
 
 #include <array>
 #include <iostream>
-#include <mutex>
 #include <string>
 #include <system_error>
 
@@ -26,9 +26,9 @@ constexpr DWORD kCheckPointPause = 1000;  // milliseconds between two signs of l
 SERVICE_STATUS_HANDLE g_handle = nullptr;
 HANDLE g_started = nullptr;  // event: the service manager has started the service
 DWORD g_exitCode = 0;        // of the work; set on the main thread before the end of main
-std::mutex g_mutex;          // guards the two below, and keeps reports in order
-DWORD g_checkPoint = 0;
-bool g_isStopped = false;
+CMutex g_mutex;              // keeps reports in order, too
+DWORD g_checkPoint GUARDED_BY(g_mutex) = 0;
+bool g_isStopped GUARDED_BY(g_mutex) = false;
 
 /** A handle of the service manager. */
 class CServiceHandle {
@@ -56,7 +56,7 @@ int Fail(const char* what) {
 
 /** Reports the state to the service manager; after "stopped" nothing more. */
 void Report(DWORD state) {
-    const std::lock_guard lock(g_mutex);
+    const CLock lock(g_mutex);
     if (g_isStopped) {
         return;
     }

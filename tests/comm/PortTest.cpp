@@ -4,6 +4,7 @@
 #include "simulation/Wait.h"
 
 #include <atomic>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -19,7 +20,7 @@ class FailingPort : public comm::CPort {
     /** A call that gives up the lock, and fails once it may. */
     void Fail(std::atomic<bool>& hasTurn, const std::atomic<bool>& mayFail) try {
         CTurn turn(*this, comm::Clock::now() + simulation::kMaxTestWait);
-        turn.GetLock().unlock();
+        turn.GetLock().Native().unlock();
         hasTurn = true;
         simulation::WaitUntil([&] { return mayFail.load(); });
         throw std::runtime_error("failed");
@@ -28,7 +29,7 @@ class FailingPort : public comm::CPort {
     }
 
     int TakeTurn() { return CTurn(*this, comm::Clock::now() + simulation::kMaxTestWait).Error(); }
-    Lock Hold() { return Lock(m_mutex); }
+    std::unique_lock<std::mutex> Hold() { return std::unique_lock<std::mutex>(m_mutex); }
 };
 
 // Whoever looks whether a turn is free, and then waits for the news of it, would miss the news.

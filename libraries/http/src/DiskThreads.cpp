@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kEndOfThreads{500};
 void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask>& task) {
     bool hasThread = false;
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         hasThread = m_idle > m_waiting.size() || AddThread() || m_seats.Count() > 0;
         if (hasThread) {
             m_waiting.push_back({&home, task});
@@ -29,7 +29,7 @@ void DiskThreads::Execute(EventThreads& home, const std::shared_ptr<BlockingTask
     }
 }
 
-// Under the lock. False when there are enough, or the system has none.
+// False when there are enough, or the system has none.
 bool DiskThreads::AddThread() {
     if (m_seats.Count() == kThreads || m_over) {
         return false;
@@ -43,35 +43,35 @@ bool DiskThreads::AddThread() {
 }
 
 void DiskThreads::Main(ThreadSeats::Seat& seat) {
-    std::unique_lock lock(m_mutex);
+    CUniqueLock lock(m_mutex);
     for (;;) {
         ++m_idle;
-        m_wake.wait(lock, [this] { return m_over || !m_waiting.empty(); });
+        m_wake.wait(lock.Native(), [this]() REQUIRES_LOCK(m_mutex) { return m_over || !m_waiting.empty(); });
         --m_idle;
         if (m_over) {
             break;
         }
         TaskLimit::Entry entry = std::move(m_waiting.front());
         m_waiting.pop_front();
-        lock.unlock();
+        lock.Unlock();
         entry.task->Run();
         entry.home->PostDone(entry.task);
         entry.task.reset();
-        lock.lock();
+        lock.Lock();
     }
     m_seats.TellEnd(seat);
 }
 
 bool DiskThreads::Join() {
-    std::unique_lock lock(m_mutex);
+    CUniqueLock lock(m_mutex);
     m_over = true;
     m_wake.notify_all();
-    m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + kEndOfThreads, [] { return 0U; });
-    return m_seats.Join(lock);
+    m_seats.WaitForEnd(lock.Native(), std::chrono::steady_clock::now() + kEndOfThreads, [] { return 0U; });
+    return m_seats.Join(lock.Native());
 }
 
 void DiskThreads::Drop() {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     m_waiting.clear();
 }
 

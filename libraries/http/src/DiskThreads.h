@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <mutex>
 
 namespace hv::internal {
 
@@ -37,15 +36,15 @@ class DiskThreads {
 
   private:
     void Main(ThreadSeats::Seat& seat);
-    bool AddThread();
+    bool AddThread() REQUIRES_LOCK(m_mutex);
 
     std::weak_ptr<void> m_owner;
-    std::mutex m_mutex;
+    CMutex m_mutex;
     std::condition_variable m_wake;
-    std::deque<TaskLimit::Entry> m_waiting;
-    std::size_t m_idle = 0;
-    bool m_over = false;
-    ThreadSeats m_seats;
+    std::deque<TaskLimit::Entry> m_waiting GUARDED_BY(m_mutex);
+    std::size_t m_idle GUARDED_BY(m_mutex) = 0;
+    bool m_over GUARDED_BY(m_mutex) = false;
+    ThreadSeats m_seats GUARDED_BY(m_mutex);
 };
 
 }  // namespace hv::internal

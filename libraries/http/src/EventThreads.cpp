@@ -24,7 +24,7 @@ EventThreads::EventThreads(TaskLimit& limit)
     : m_limit(limit), m_guard(boost::asio::make_work_guard(m_context)) {}
 
 void EventThreads::Start(const std::shared_ptr<void>& owner) {
-    const std::lock_guard lock(m_mutex);
+    const CLock lock(m_mutex);
     for (std::size_t i = 0; i <= m_limit.Places(); ++i) {
         m_seats.Start([this, owner, leads = i == 0](ThreadSeats::Seat& seat) { Main(seat, leads); });
     }
@@ -34,9 +34,9 @@ void EventThreads::Main(ThreadSeats::Seat& seat, bool leads) {
     if (leads) {
         Lead();
     }
-    std::unique_lock lock(m_mutex);
+    CUniqueLock lock(m_mutex);
     for (;;) {
-        m_spareWake.wait(lock, [&] { return m_over || !m_watched; });
+        m_spareWake.wait(lock.Native(), [this]() REQUIRES_LOCK(m_mutex) { return m_over || !m_watched; });
         if (m_over) {
             break;
         }
@@ -45,9 +45,9 @@ void EventThreads::Main(ThreadSeats::Seat& seat, bool leads) {
         m_watched = false;
         m_spareWake.notify_one();
         if (leadsNow) {
-            lock.unlock();
+            lock.Unlock();
             Lead();
-            lock.lock();
+            lock.Lock();
         }
     }
     m_seats.TellEnd(seat);
@@ -69,15 +69,16 @@ void EventThreads::Lead() {
     RunOffLoop(std::exchange(t_finishedLate, nullptr));
 }
 
-bool EventThreads::Watch(std::unique_lock<std::mutex>& lock) {
+bool EventThreads::Watch(CUniqueLock& lock) {
     std::uint64_t seen = m_turn.load();
     int quiet = 0;
     while (!m_over) {
         if (quiet < kQuietTicks) {
-            m_watchWake.wait_for(lock, kTick);
+            m_watchWake.wait_for(lock.Native(), kTick);
         } else {
             m_watcherSleeps.store(true);
-            m_watchWake.wait(lock, [&] { return m_over || !m_watcherSleeps || m_turn.load() != seen; });
+            m_watchWake.wait(lock.Native(),
+                             [&] { return m_over || !m_watcherSleeps || m_turn.load() != seen; });
             m_watcherSleeps.store(false);
             quiet = 0;
         }
@@ -96,7 +97,7 @@ bool EventThreads::Watch(std::unique_lock<std::mutex>& lock) {
 
 void EventThreads::WakeWatcher() {
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         m_watcherSleeps.store(false);
     }
     m_watchWake.notify_one();
@@ -149,7 +150,7 @@ void EventThreads::PostDone(const std::shared_ptr<BlockingTask>& task) {
 
 void EventThreads::Finish() {
     {
-        const std::lock_guard lock(m_mutex);
+        const CLock lock(m_mutex);
         m_over = true;
     }
     m_context.stop();
@@ -158,16 +159,16 @@ void EventThreads::Finish() {
 }
 
 bool EventThreads::Join(std::chrono::steady_clock::time_point deadline) {
-    std::unique_lock lock(m_mutex);
-    if (!m_seats.WaitForEnd(lock, deadline, [] { return 0U; })) {
-        lock.unlock();
+    CUniqueLock lock(m_mutex);
+    if (!m_seats.WaitForEnd(lock.Native(), deadline, [] { return 0U; })) {
+        lock.Unlock();
         m_limit.Close();
         Finish();
-        lock.lock();
-        m_seats.WaitForEnd(lock, std::chrono::steady_clock::now() + kEndOfIdleThreads,
+        lock.Lock();
+        m_seats.WaitForEnd(lock.Native(), std::chrono::steady_clock::now() + kEndOfIdleThreads,
                            [this] { return m_inside.load(); });
     }
-    return m_seats.Join(lock);
+    return m_seats.Join(lock.Native());
 }
 
 }  // namespace hv::internal

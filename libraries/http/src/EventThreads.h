@@ -2,13 +2,13 @@
 
 #include "libraries/http/src/TaskLimit.h"
 #include "libraries/http/src/ThreadSeats.h"
+#include "platform/Mutex.h"
 
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include <boost/asio/io_context.hpp>
 
@@ -65,7 +65,7 @@ class EventThreads {
   private:
     void Main(ThreadSeats::Seat& seat, bool leads);
     void Lead();
-    bool Watch(std::unique_lock<std::mutex>& lock);
+    bool Watch(CUniqueLock& lock) REQUIRES_LOCK(m_mutex);
     void WakeWatcher();
     void RunOnLoop(std::shared_ptr<BlockingTask> task);
     void RunOffLoop(std::shared_ptr<BlockingTask> finished);
@@ -81,11 +81,11 @@ class EventThreads {
     std::atomic<bool> m_watcherSleeps{false};
     std::atomic<bool> m_over{false};
 
-    std::mutex m_mutex;
+    CMutex m_mutex;
     std::condition_variable m_watchWake;  // the watching thread
     std::condition_variable m_spareWake;  // spare threads that don't watch
-    bool m_watched = false;
-    ThreadSeats m_seats;
+    bool m_watched GUARDED_BY(m_mutex) = false;
+    ThreadSeats m_seats GUARDED_BY(m_mutex);
 };
 
 }  // namespace hv::internal
