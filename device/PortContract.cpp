@@ -1,20 +1,17 @@
 #include "device/PortContract.h"
 
 #include "platform/ComManager.h"
+#include "platform/PortsTogether.h"
 #include "platform/RavLog.h"
 #include "userdata/UserData.h"
 
-#include <algorithm>
-#include <atomic>
 #include <exception>
 #include <string>
-#include <thread>
-#include <vector>
 
 namespace {
 
-/** Maximum of ports that are opened at the same time. */
-constexpr std::size_t kOpenersLimit = 1024;
+/** Maximum of ports that are opened at the same time: each takes a descriptor. */
+constexpr int kMostAtOnce = 1024;
 
 }  // namespace
 
@@ -58,35 +55,17 @@ int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, S
 
 void ReopenNetPorts() {
     const auto ports = CUserData::GetInstance().GetNetPortMap();
-    std::vector<SNetPortConfig> configs;
-    configs.reserve(ports.size());
-    for (const auto& row : ports) {
-        configs.push_back(row.second);
-    }
-    if (configs.empty()) {
-        return;
-    }
     try {
-        CComManager::getInstance();  // built here: an exception in an opener would end the process
+        for (auto next = ports.begin(); next != ports.end();) {
+            const CPortsTogether together;
+            for (int i = 0; i < kMostAtOnce && next != ports.end(); ++i, ++next) {
+                SNetPortConfig config = next->second;
+                static_cast<void>(
+                    CComManager::getInstance()->InitNetSocket(config));  // its first command tries again
+            }
+        }
     } catch (const std::exception& error) {
         RavLog::WriteSystemLog(RavLog::Error, "ports",
                                std::string("no port is opened before its first command: ") + error.what());
-        return;
     }
-    std::atomic<std::size_t> next = 0;
-    const auto openPorts = [&configs, &next] {
-        for (std::size_t i = next++; i < configs.size(); i = next++) {
-            CComManager::getInstance()->InitNetSocket(configs[i]);
-        }
-    };
-    std::vector<std::jthread> openers;
-    try {
-        for (std::size_t i = 1; i < std::min(configs.size(), kOpenersLimit); ++i) {
-            openers.emplace_back(openPorts);
-        }
-    } catch (const std::exception& error) {
-        RavLog::WriteSystemLog(RavLog::Warn, "ports",
-                               std::string("not all ports are opened side by side: ") + error.what());
-    }
-    openPorts();
 }

@@ -33,7 +33,8 @@ class CComManager {
 
     /**
      * Makes a network port ready: connects a TCP client, lets a TCP server listen, binds a UDP socket. Blocks
-     * for at most 3 s. End points that are ready already give true at once.
+     * for at most 3 s, and not at all under a CPortsTogether (platform/PortsTogether.h). End points that are
+     * ready already give true at once.
      * @return false when it failed; nothing stays open then.
      */
     bool InitNetSocket(SNetPortConfig& config);

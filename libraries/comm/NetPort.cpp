@@ -6,13 +6,31 @@
 
 namespace comm {
 
+int CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& opening) {
+    const int error = AwaitOpen(opening);
+    if (error == ErrorNone) {
+        Use(record);
+    }
+    return error;
+}
+
+int CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+    Use(record);
+    return SendBytes(record, bytes);
+}
+
 void CNetPort::Use(const SNetPortConfig& record) {
-    m_users.insert(UserOf(record));
+    const Lock lock(m_mutex);
+    if (!IsUser(record)) {
+        m_users.emplace(record.ipAddress, record.dstIpAddress, record.dstPort);
+    }
 }
 
 bool CNetPort::Release(const SNetPortConfig& record) {
     const Lock lock(m_mutex);
-    m_users.erase(UserOf(record));
+    if (const auto user = m_users.find(UserOf(record)); user != m_users.end()) {
+        m_users.erase(user);
+    }
     return m_users.empty();
 }
 

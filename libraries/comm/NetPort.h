@@ -33,11 +33,22 @@ struct SNetContext {
  */
 class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
   public:
-    /** Makes the port ready for a record; 0 or an error number. Bounded by the settings. */
-    virtual int Open(const SNetPortConfig& record) = 0;
+    /** An opening that has begun. */
+    struct SOpening {
+        int error = 0;               ///< of what could be done at once
+        Clock::time_point deadline;  ///< of the rest
+        std::uint64_t attempt = 0;   ///< the attempt to connect that is to be waited for; 0: none
+        bool joinsProbe = false;     ///< which nobody had asked for, and may have begun long before
+    };
+
+    /** Begins to make the port ready for a record. Does not wait. */
+    virtual SOpening BeginOpen(const SNetPortConfig& record) = 0;
+
+    /** Waits until the port is ready for the record; 0 or an error number. Bounded by the settings. */
+    int FinishOpen(const SNetPortConfig& record, const SOpening& opening);
 
     /** Sends bytes, at least one, to what the record names; 0 or an error number. Bounded by the settings. */
-    virtual int Send(const SNetPortConfig& record, std::string_view bytes) = 0;
+    int Send(const SNetPortConfig& record, std::string_view bytes);
 
     /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
     bool Release(const SNetPortConfig& record);
@@ -53,8 +64,13 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
-    /** Notes a record that uses the port. */
-    void Use(const SNetPortConfig& record) REQUIRES_LOCK(m_mutex);
+    /** Waits for what an opening has begun. @return as FinishOpen */
+    virtual int AwaitOpen(const SOpening& opening) { return opening.error; }
+
+    /** What Send does for a kind of port. */
+    virtual int SendBytes(const SNetPortConfig& record, std::string_view bytes) = 0;
+
+    /** True unless the record has been deleted since the port was opened for it, or sent something. */
     bool IsUser(const SNetPortConfig& record) const REQUIRES_LOCK(m_mutex) {
         return m_users.contains(UserOf(record));
     }
@@ -96,8 +112,16 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     const SNetContext m_context;
 
   private:
+    /** Notes a record that uses the port: one that it is ready for, or that something was to be sent for. */
+    void Use(const SNetPortConfig& record);
+
     using User = std::tuple<std::string, std::string, std::int32_t>;
-    static User UserOf(const SNetPortConfig& record) {
+    using UserView = std::tuple<std::string_view, std::string_view, std::int32_t>;
+    struct SUserLess {
+        using is_transparent = void;  // a look-up builds no text
+        bool operator()(const UserView& a, const UserView& b) const { return a < b; }
+    };
+    static UserView UserOf(const SNetPortConfig& record) {
         return {record.ipAddress, record.dstIpAddress, record.dstPort};
     }
 
@@ -105,7 +129,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * Local address and remote pair of the records that use the port: those that can differ. The address as
      * it is spelled, since all spellings of "any" have one port.
      */
-    std::set<User> m_users GUARDED_BY(m_mutex);
+    std::set<User, SUserLess> m_users GUARDED_BY(m_mutex);
 };
 
 }  // namespace comm

@@ -20,6 +20,7 @@ class CPortInHand {
     /** Under the registry's lock. @param port  may be null */
     explicit CPortInHand(std::shared_ptr<Port> port) : m_port(std::move(port)) { Count(1); }
     ~CPortInHand() { Count(-1); }
+    CPortInHand(CPortInHand&& other) noexcept : m_port(std::exchange(other.m_port, nullptr)) {}
     CPortInHand(const CPortInHand&) = delete;
     CPortInHand& operator=(const CPortInHand&) = delete;
 
@@ -34,7 +35,7 @@ class CPortInHand {
         }
     }
 
-    const std::shared_ptr<Port> m_port;
+    std::shared_ptr<Port> m_port;
 };
 
 /**

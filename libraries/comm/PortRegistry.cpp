@@ -4,6 +4,7 @@
 #include "libraries/comm/TcpClient.h"
 #include "libraries/comm/TcpServer.h"
 #include "libraries/comm/UdpPort.h"
+#include "platform/PortsTogether.h"
 #include "platform/RavLog.h"
 #include "platform/SerialNames.h"
 #include "platform/VainWaits.h"
@@ -84,8 +85,27 @@ int CPortRegistry::OpenNet(const SNetPortConfig& record) {
         if (const int error = CheckRecord(record); error != ErrorNone) {
             return error;
         }
-        const auto port = NetPortInHand(record);
-        const int error = port ? port->Open(record) : ErrorCut;
+        auto port = NetPortInHand(record);
+        if (!port) {
+            return static_cast<int>(ErrorCut);
+        }
+        const auto opening = port->BeginOpen(record);
+        CPortsTogether* const together = CPortsTogether::OfThread();
+        if (together != nullptr && opening.attempt != 0) {
+            together->Leave(
+                [this, record, opening, port = std::make_shared<CPortInHand<CNetPort>>(std::move(port))] {
+                    FinishOpen(record, *port, opening);
+                });
+            return static_cast<int>(ErrorNone);
+        }
+        return FinishOpen(record, port, opening);
+    });
+}
+
+int CPortRegistry::FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
+                              const CNetPort::SOpening& opening) {
+    return Guarded([&] {
+        const int error = port->FinishOpen(record, opening);
         if (error != ErrorNone) {
             const CLock lock(m_mutex);
             ForgetUnused(m_netPorts, EndPointOf(record), port);

@@ -32,6 +32,7 @@ class CPortRegistry {
     CPortRegistry(const CPortRegistry&) = delete;
     CPortRegistry& operator=(const CPortRegistry&) = delete;
 
+    /** Under a CPortsTogether an opening that would wait gives 0 when it has begun. */
     int OpenNet(const SNetPortConfig& record);
     int SendNet(const SNetPortConfig& record, std::string_view content, bool isText, int asciiEncode);
     int CheckSerial(const SSerialPortConfig& config);
@@ -52,6 +53,10 @@ class CPortRegistry {
     /** The port of a record, created when there is none; null after Stop. */
     CPortInHand<CNetPort> NetPortInHand(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
+
+    /** Waits for a port that is being opened. @return 0, or an error number; the port is forgotten then */
+    int FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
+                   const CNetPort::SOpening& opening);
 
     /**
      * Allows a new UDP port to have a local port that other ports with another local address hold. Nothing

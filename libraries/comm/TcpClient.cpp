@@ -15,40 +15,55 @@ constexpr std::chrono::milliseconds kLastWord{100};
 CTcpClient::CTcpClient(const SNetContext& context, const SNetPortConfig& record)
     : CNetPort(context, Describe(record)), m_record(record), m_timer(context.io) {}
 
-int CTcpClient::Open(const SNetPortConfig& record) {
-    const auto deadline = Clock::now() + m_context.settings.bound + kLastWord;
+CNetPort::SOpening CTcpClient::BeginOpen(const SNetPortConfig& /*record*/) {
+    SOpening opening;
+    opening.deadline = Clock::now() + m_context.settings.bound + kLastWord;
+    const Lock lock(m_mutex);
+    if (!m_closed && !m_connected) {
+        opening.joinsProbe = m_attempting && m_isProbe;
+        opening.attempt = JoinAttempt();
+    }
+    return opening;
+}
+
+int CTcpClient::AwaitOpen(const SOpening& opening) {
     Lock lock(m_mutex);
-    if (LookAndWait(lock, deadline) == ErrorCut) {
+    if (LookAndWait(lock, opening.deadline) == ErrorCut) {
         return ErrorCut;
     }
-    int error = ErrorNone;
-    if (!m_connected) {
-        const bool joinsProbe = m_attempting && m_isProbe;
-        error = WaitForAttempt(lock, deadline);
-        if (joinsProbe && error != ErrorNone && error != ErrorCut && Clock::now() < deadline) {
-            error = WaitForAttempt(lock, deadline);
-        }
+    if (m_connected) {
+        return ErrorNone;
     }
-    if (error == ErrorNone) {
-        Use(record);
+    bool joinsProbe = opening.joinsProbe;
+    auto attempt = opening.attempt;
+    if (attempt == 0) {  // it was connected until now
+        joinsProbe = m_attempting && m_isProbe;
+        attempt = JoinAttempt();
+    }
+    int error = WaitForAttempt(lock, attempt, opening.deadline);
+    if (joinsProbe && error != ErrorNone && error != ErrorCut && Clock::now() < opening.deadline) {
+        error = WaitForAttempt(lock, JoinAttempt(), opening.deadline);
     }
     return error;
 }
 
-int CTcpClient::WaitForAttempt(Lock& lock, Clock::time_point deadline) {
+std::uint64_t CTcpClient::JoinAttempt() {
     if (!m_attempting) {
         Attempt(false);
     }
-    const auto awaited = m_attempts;
+    return m_attempts;
+}
+
+int CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline) {
     const int error =
-        WaitUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) { return m_finished >= awaited; });
+        WaitUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) { return m_finished >= attempt; });
     if (error != ErrorNone || m_connected) {
         return error;
     }
     return m_failure != ErrorNone ? m_failure : m_lostError;
 }
 
-int CTcpClient::Send(const SNetPortConfig& /*record*/, std::string_view bytes) {
+int CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view bytes) {
     const auto deadline = Deadline();
     if (const int error = FailAtOnce(); error != ErrorNone) {
         return error;
@@ -93,11 +108,9 @@ int CTcpClient::KnownFailure() const {
 
 int CTcpClient::ConnectForSend(Lock& lock, Clock::time_point deadline) {
     m_isForSend = true;
-    if (!m_attempting) {
-        Attempt(false);
-    }
+    const auto attempt = JoinAttempt();
     SetPatience(m_attemptAt + m_context.settings.joinPause);
-    const int error = WaitForAttempt(lock, deadline);
+    const int error = WaitForAttempt(lock, attempt, deadline);
     SetPatience(Clock::time_point::max());
     return error;
 }

@@ -21,19 +21,23 @@ class CTcpClient final : public CNetPort {
   public:
     CTcpClient(const SNetContext& context, const SNetPortConfig& record);
 
-    int Open(const SNetPortConfig& record) override;
-    int Send(const SNetPortConfig& record, std::string_view bytes) override;
+    SOpening BeginOpen(const SNetPortConfig& record) override;
     void Close() override;
 
   private:
     using Endpoint = boost::asio::ip::tcp::endpoint;
 
+    int AwaitOpen(const SOpening& opening) override;
+    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) {
         return m_link == nullptr && !m_attempting && !m_silent;
     }
 
-    /** Waits for the attempt under way, or for a new one. */
-    int WaitForAttempt(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    /** Begins an attempt unless one is under way. @return its number */
+    std::uint64_t JoinAttempt() REQUIRES_LOCK(m_mutex);
+
+    /** Waits for the end of an attempt. */
+    int WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** The same for a send, which has the turn. */
     int ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);

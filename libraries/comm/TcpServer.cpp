@@ -19,25 +19,19 @@ CTcpServer::CTcpServer(const SNetContext& context, const SNetPortConfig& record)
       m_next(context.io),
       m_pause(context.io) {}
 
-int CTcpServer::Open(const SNetPortConfig& record) {
+CNetPort::SOpening CTcpServer::BeginOpen(const SNetPortConfig& /*record*/) {
+    SOpening opening;
     const Lock lock(m_mutex);
-    if (m_closed) {
-        return ErrorCut;
-    }
-    const int error = Listen();
-    if (error == ErrorNone) {
-        Use(record);
-    }
-    return error;
+    opening.error = m_closed ? ErrorCut : Listen();
+    return opening;
 }
 
-int CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
+int CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
     Lock lock(m_mutex);
     if (m_closed) {
         return ErrorCut;
     }
-    Use(record);
     Addresses meant;
     if (!IsAnyAddress(record.dstIpAddress)) {
         const int error = Resolve(lock, record.dstIpAddress, deadline, meant);

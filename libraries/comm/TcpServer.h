@@ -21,8 +21,7 @@ class CTcpServer final : public CNetPort {
   public:
     CTcpServer(const SNetContext& context, const SNetPortConfig& record);
 
-    int Open(const SNetPortConfig& record) override;
-    int Send(const SNetPortConfig& record, std::string_view bytes) override;
+    SOpening BeginOpen(const SNetPortConfig& record) override;
     void Close() override;
 
   private:
@@ -39,6 +38,7 @@ class CTcpServer final : public CNetPort {
 
     class CDelivery;
 
+    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
     int Listen() REQUIRES_LOCK(m_mutex);

@@ -22,17 +22,19 @@ constexpr int kDatagramsAtOnce = 64;
 CUdpPort::CUdpPort(const SNetContext& context, const SNetPortConfig& record)
     : CNetPort(context, Describe(record)), m_record(record) {}
 
-int CUdpPort::Open(const SNetPortConfig& record) {
+CNetPort::SOpening CUdpPort::BeginOpen(const SNetPortConfig& record) {
     boost::system::error_code notLiteral;
     auto address = boost::asio::ip::make_address(record.dstIpAddress, notLiteral);
     if (notLiteral && !IsAnyAddress(record.ipAddress)) {
         address = boost::asio::ip::make_address(record.ipAddress, notLiteral);
     }
+    SOpening opening;
     const Lock lock(m_mutex);
-    return m_closed ? ErrorCut : Bind(!notLiteral && address.is_v6());
+    opening.error = m_closed ? ErrorCut : Bind(!notLiteral && address.is_v6());
+    return opening;
 }
 
-int CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+int CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     if (bytes.size() > kLongestDatagram) {
         return ErrorTooLong;
     }

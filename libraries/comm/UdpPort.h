@@ -17,14 +17,14 @@ class CUdpPort final : public CNetPort {
   public:
     CUdpPort(const SNetContext& context, const SNetPortConfig& record);
 
-    int Open(const SNetPortConfig& record) override;
-    int Send(const SNetPortConfig& record, std::string_view bytes) override;
+    SOpening BeginOpen(const SNetPortConfig& record) override;
     void Close() override;
     void Share() override;
 
   private:
     using Udp = boost::asio::ip::udp;
 
+    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
     /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */

@@ -1,4 +1,5 @@
 #include "CommFixture.h"
+#include "platform/PortsTogether.h"
 #include "simulation/Equipment.h"
 
 #include <vector>
@@ -49,6 +50,29 @@ TEST(NetPorts, TellWhatCannotBeDone) {
     EXPECT_EQ(comm.Send(CommFixture::Client(closed), ""), 0);
     EXPECT_EQ(comm.registry.SendNet(CommFixture::Client(closed), "4G", false, 0), 13);
     EXPECT_EQ(comm.Send(CommFixture::Udp(0, closed), std::string(65508, 'x')), 10040);
+}
+
+TEST(NetPorts, AreOpenedTogetherInTheTimeOfTheSlowest) {
+    CommFixture comm(comm::SCommSettings{});
+    const simulation::SilentDevice silent;
+    const simulation::TcpListener live;
+    const simulation::Socket taken = simulation::Socket::Listen();
+    const auto begin = comm::Clock::now();
+    {
+        const CPortsTogether together;
+        EXPECT_EQ(comm.Open(CommFixture::Server(taken.LocalPort())), 10048) << "nothing to wait for";
+        for (int i = 1; i <= 100; ++i) {
+            auto record = CommFixture::Client(silent.Port());
+            record.ipAddress = "127.0.0." + std::to_string(i);
+            EXPECT_EQ(comm.Open(record), 0) << i << " has begun";
+            EXPECT_EQ(comm.Open(record), 0) << i << " is under way";
+        }
+        EXPECT_EQ(comm.Open(CommFixture::Client(live.Port())), 0);
+    }
+    EXPECT_EQ(comm.registry.PortCount(), 1U) << "what failed is forgotten by now";
+    EXPECT_LT(comm::Clock::now() - begin, simulation::kMaxTestWait) << "a hundred waits";
+    EXPECT_EQ(comm.Send(CommFixture::Client(live.Port()), "click"), 0);
+    EXPECT_EQ(live.Received().WaitBytes(5), "click");
 }
 
 TEST(NetPorts, AreForgottenWhenTheyAreRefused) {

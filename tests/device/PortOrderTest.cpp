@@ -8,6 +8,7 @@
 #include "tests/device/RecordingComManager.h"
 #include "userdata/UserData.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <gmock/gmock.h>
@@ -265,6 +266,17 @@ TEST_F(PortOrder, APortLibraryThatCannotBeBuiltDoesNotEndTheStart) {
     LetPortLibraryFail(false);
     EXPECT_EQ(Post(RouterMgr::AddNetPortInfo, Add(Net("C", 103)))["code"], 20000);
     EXPECT_EQ(TakePortCalls(), Calls({"InitNetSocket 103 {A,B}"}));
+}
+
+TEST_F(PortOrder, AStartOpensEachSavedNetworkPortOnce) {
+    Added(RouterMgr::AddNetPortInfo, Net("A", 101));
+    Added(RouterMgr::AddNetPortInfo, Net("B", 102));
+    Added(RouterMgr::AddComInfo, Serial("C", "COM3"));
+    TakePortCalls();
+    ReopenNetPorts();
+    std::vector<std::string> calls = TakePortCalls();
+    std::sort(calls.begin(), calls.end());
+    EXPECT_EQ(calls, Calls({"InitNetSocket 101 together {A,B,C}", "InitNetSocket 102 together {A,B,C}"}));
 }
 
 }  // namespace

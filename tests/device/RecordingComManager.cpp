@@ -1,6 +1,7 @@
 #include "tests/device/RecordingComManager.h"
 
 #include "platform/ComManager.h"
+#include "platform/PortsTogether.h"
 #include "platform/VainWaits.h"
 #include "userdata/UserData.h"
 
@@ -63,7 +64,7 @@ CComManager* CComManager::getInstance() {
 }
 
 bool CComManager::InitNetSocket(SNetPortConfig& config) {
-    Record("InitNetSocket " + NameOf(config));
+    Record("InitNetSocket " + NameOf(config) + (CPortsTogether::OfThread() != nullptr ? " together" : ""));
     return !IsRefused(config);
 }
 
