@@ -37,13 +37,13 @@ class CComManager {
      * ready already give true at once.
      * @return false when it failed; nothing stays open then.
      */
-    bool InitNetSocket(SNetPortConfig& config);
+    [[nodiscard]] bool InitNetSocket(SNetPortConfig& config);
 
     /**
      * Whether a serial line can be used: the port exists, accepts the settings, and can be opened or is open
      * here already. Blocks for at most 200 ms. Leaves nothing open that was not open before.
      */
-    bool CheckSerial(SSerialPortConfig& config);
+    [[nodiscard]] bool CheckSerial(SSerialPortConfig& config);
 
     /**
      * Sends one command to a network port, and connects first if needed. Blocks for at most 3 s, and for less
@@ -55,14 +55,15 @@ class CComManager {
      * @param asciiEncode  of text: 0 UTF-8, 1 one byte for each character up to U+00FF, 2 GB18030
      * @return 0 when the system has taken all bytes, otherwise an error number of the list above
      */
-    int SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode);
+    [[nodiscard]] int SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode);
 
     /**
      * Sends one command over a serial line; opens the line and applies the settings if needed. Returns when
      * the bytes have left, or when the time that they need plus 0.5 s is over (at most 10 s). Parameters and
      * result as for SendNetData.
      */
-    int SendSerialData(SSerialPortConfig& config, std::string& content, bool isText, int asciiEncode);
+    [[nodiscard]] int SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
+                                     int asciiEncode);
 
     /**
      * Closes everything that is open for the end points of a TCP record; a send under way there ends with

@@ -19,13 +19,13 @@ namespace comm {
  * @param bytes    the result: a view of content or of storage; empty after an error
  * @return 0 or ErrorBadContent. Nothing is ever truncated or padded.
  */
-int ContentToBytes(std::string_view content, bool isText, int asciiEncode, std::string& storage,
-                   std::string_view& bytes);
+[[nodiscard]] int ContentToBytes(std::string_view content, bool isText, int asciiEncode, std::string& storage,
+                                 std::string_view& bytes);
 
 /**
  * Appends a UTF-8 text to out as GB18030. @return false when text is invalid UTF-8 or has characters that
  * GB18030 lacks.
  */
-bool AppendGb18030(std::string_view text, std::string& out);
+[[nodiscard]] bool AppendGb18030(std::string_view text, std::string& out);
 
 }  // namespace comm

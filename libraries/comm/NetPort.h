@@ -42,16 +42,16 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     };
 
     /** Begins to make the port ready for a record. Does not wait. */
-    virtual SOpening BeginOpen(const SNetPortConfig& record) = 0;
+    [[nodiscard]] virtual SOpening BeginOpen(const SNetPortConfig& record) = 0;
 
     /** Waits until the port is ready for the record; 0 or an error number. Bounded by the settings. */
-    int FinishOpen(const SNetPortConfig& record, const SOpening& opening);
+    [[nodiscard]] int FinishOpen(const SNetPortConfig& record, const SOpening& opening);
 
     /** Sends bytes, at least one, to what the record names; 0 or an error number. Bounded by the settings. */
-    int Send(const SNetPortConfig& record, std::string_view bytes);
+    [[nodiscard]] int Send(const SNetPortConfig& record, std::string_view bytes);
 
     /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
-    bool Release(const SNetPortConfig& record);
+    [[nodiscard]] bool Release(const SNetPortConfig& record);
 
     /** Lets a port of another local address have the same local port. */
     virtual void Share() {}
@@ -88,7 +88,8 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * @return as WaitUntil
      */
     template <typename IsKnown>
-    int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown) REQUIRES_LOCK(m_mutex) {
+    [[nodiscard]] int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown)
+        REQUIRES_LOCK(m_mutex) {
         while (!m_closed && !isKnown()) {
             const auto now = Clock::now();
             if (now >= deadline) {
@@ -106,8 +107,8 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * The addresses that host means: itself, when it is a literal. Waits for them with the lock given up;
      * when the name server doesn't answer, what the name meant before has to do.
      */
-    int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses)
-        REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
+                              Addresses& addresses) REQUIRES_LOCK(m_mutex);
 
     const SNetContext m_context;
 

@@ -84,7 +84,7 @@ class CPort {
 
     /** Waits until ready() holds, with the lock held whenever it is asked. @return as CTurn::Error */
     template <typename Ready>
-    int WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready) REQUIRES_LOCK(m_mutex) {
+    [[nodiscard]] int WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready) REQUIRES_LOCK(m_mutex) {
         const bool done = m_changed.wait_until(lock.Native(), deadline,
                                                [&]() REQUIRES_LOCK(m_mutex) { return m_closed || ready(); });
         if (m_closed) {
@@ -105,7 +105,7 @@ class CPort {
   private:
     std::atomic<int> m_calls = 0;
 
-    int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     Clock::time_point m_patience GUARDED_BY(m_mutex) = Clock::time_point::max();  ///< see SetPatience
 };

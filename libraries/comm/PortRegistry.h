@@ -33,10 +33,12 @@ class CPortRegistry {
     CPortRegistry& operator=(const CPortRegistry&) = delete;
 
     /** Under a CPortsTogether an opening that would wait gives 0 when it has begun. */
-    int OpenNet(const SNetPortConfig& record);
-    int SendNet(const SNetPortConfig& record, std::string_view content, bool isText, int asciiEncode);
-    int CheckSerial(const SSerialPortConfig& config);
-    int SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText, int asciiEncode);
+    [[nodiscard]] int OpenNet(const SNetPortConfig& record);
+    [[nodiscard]] int SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
+                              int asciiEncode);
+    [[nodiscard]] int CheckSerial(const SSerialPortConfig& config);
+    [[nodiscard]] int SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
+                                 int asciiEncode);
     void DeleteTcp(const SNetPortConfig& record);
     void DeleteAll();
 

@@ -31,22 +31,22 @@ class CSerialHandle {
     CSerialHandle& operator=(const CSerialHandle&) = delete;
 
     /** Opens the device for this process alone. */
-    int Open(const std::string& device);
+    [[nodiscard]] int Open(const std::string& device);
 
     /** Applies line settings that CheckSettings accepts, and checks whether the device took them. */
-    int Apply(const SSerialPortConfig& config);
+    [[nodiscard]] int Apply(const SSerialPortConfig& config);
 
     /** True while the path still leads to the open device. */
     bool IsStill(const std::string& device) const;
 
     /** Reads and discards received bytes. @return false when the device went away */
-    bool Drain();
+    [[nodiscard]] bool Drain();
 
     /** Writes what the device takes at once, and removes it from rest. */
-    int Write(std::string_view& rest);
+    [[nodiscard]] int Write(std::string_view& rest);
 
     /** Number of written bytes that the device has not taken yet. */
-    int Pending(std::size_t& bytes) const;
+    [[nodiscard]] int Pending(std::size_t& bytes) const;
 
     EnTransmitter Transmitter() const;
 

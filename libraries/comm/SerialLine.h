@@ -24,15 +24,15 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
                 std::shared_ptr<CSerialLine> former);
 
     /** Tells whether the line can be used with the settings of a record: 0 or an error number. */
-    int Check(const SSerialPortConfig& config);
+    [[nodiscard]] int Check(const SSerialPortConfig& config);
 
     /** Sends bytes, at least one, and waits until they have left: 0 or an error number. */
-    int Send(const SSerialPortConfig& config, std::string_view bytes);
+    [[nodiscard]] int Send(const SSerialPortConfig& config, std::string_view bytes);
 
     void Close() override;
 
     /** Waits until the device is closed, after Close. @return false when it isn't at the deadline */
-    bool WaitClosed(Clock::time_point deadline);
+    [[nodiscard]] bool WaitClosed(Clock::time_point deadline);
 
     /** True when its device is closed, and that of a former line too, so that nothing is lost with the
      * object. */
@@ -49,10 +49,10 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     };
 
     /** Waits until no call is under way; fails at once while the driver hangs. @return as WaitUntil */
-    int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Has the thread do something. @return 0 or an error number */
-    int Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
     void StartThread() REQUIRES_LOCK(m_mutex);
 
     /** The line's thread. */

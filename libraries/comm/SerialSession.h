@@ -34,10 +34,10 @@ class CSerialSession {
      * Checks whether the line can be used with the settings of a record, and leaves it open only if it was.
      * @return 0 or an error number
      */
-    int Check(const SSerialPortConfig& config);
+    [[nodiscard]] int Check(const SSerialPortConfig& config);
 
     /** Sends bytes, and waits until the system has passed all of them on: 0 or an error number. */
-    int Send(const SSerialPortConfig& config, std::string_view bytes, Clock::time_point bound);
+    [[nodiscard]] int Send(const SSerialPortConfig& config, std::string_view bytes, Clock::time_point bound);
 
     /** Closes the device. */
     void Drop();
@@ -56,19 +56,19 @@ class CSerialSession {
 
   private:
     /** Opens the device if needed, and applies the settings. */
-    int MakeReady(const SSerialPortConfig& config, Clock::time_point deadline);
-    int Apply(const SSerialPortConfig& config);
+    [[nodiscard]] int MakeReady(const SSerialPortConfig& config, Clock::time_point deadline);
+    [[nodiscard]] int Apply(const SSerialPortConfig& config);
 
     /** Closes a handle whose device went away or no longer has the name. @return true when there was one */
     bool DropStale(const std::string& device);
 
-    int Write(std::string_view bytes, Clock::time_point deadline, bool& taken);
+    [[nodiscard]] int Write(std::string_view bytes, Clock::time_point deadline, bool& taken);
 
     /** Waits until the system has handed all bytes to the device. */
-    int WaitForQueue(Clock::time_point deadline);
+    [[nodiscard]] int WaitForQueue(Clock::time_point deadline);
 
     /** Waits until the device has put its last byte on the line, too. */
-    int WaitForDevice(Clock::time_point deadline);
+    [[nodiscard]] int WaitForDevice(Clock::time_point deadline);
 
     /** Records that bytes written at this time have been handed to the device by now. */
     void NoteSent(std::size_t bytes, Clock::time_point begun);

@@ -10,7 +10,7 @@ struct termios2;
 namespace comm {
 
 /** 0, or ErrorBadSetting for a speed of 0 or for word length, parity or stop bits that no line has. */
-int CheckSettings(const SSerialPortConfig& config);
+[[nodiscard]] int CheckSettings(const SSerialPortConfig& config);
 
 /** How long bytes take on a line with valid settings. */
 std::chrono::microseconds TimeOnLine(const SSerialPortConfig& config, std::size_t bytes);

@@ -37,13 +37,14 @@ class CTcpClient final : public CNetPort {
     std::uint64_t JoinAttempt() REQUIRES_LOCK(m_mutex);
 
     /** Waits for the end of an attempt. */
-    int WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline)
+        REQUIRES_LOCK(m_mutex);
 
     /** The same for a send, which has the turn. */
-    int ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Writes all bytes. @param taken whether the system took some of them, when it failed */
-    int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
+    [[nodiscard]] int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
         REQUIRES_LOCK(m_mutex);
 
     /** The code that a send returns without an attempt: the device is silent, or failed a moment ago. */
@@ -57,7 +58,7 @@ class CTcpClient final : public CNetPort {
     void OnResolved(const SResolved& resolved) REQUIRES_LOCK(m_mutex);
     void TryNext() REQUIRES_LOCK(m_mutex);
     void OnConnected(int error) REQUIRES_LOCK(m_mutex);
-    int OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
     void Finish(int error) REQUIRES_LOCK(m_mutex);
 
     /** Gives a handler of the present step: it is called under the lock, unless the step is over by then. */
@@ -79,7 +80,7 @@ class CTcpClient final : public CNetPort {
 
     /** The same for a call, which waits for the news where the handler under way has them. @return as
      * LookUntil */
-    int LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Forgets the connection, which the device ended or the network broke. */
     void Lose(int error, bool ended) REQUIRES_LOCK(m_mutex);

@@ -18,7 +18,7 @@ class CTcpServer::CDelivery {
     CDelivery& operator=(const CDelivery&) = delete;
 
     /** Writes until all devices have got everything, or are given up. @return 0 when one has, or an error */
-    int Run(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_server.m_mutex);
+    [[nodiscard]] int Run(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_server.m_mutex);
 
     /** The lock that is held is that of the server of this delivery. */
     void AssertLocked() const ASSERTS_LOCK(m_server.m_mutex) {}

@@ -42,7 +42,7 @@ class CTcpServer final : public CNetPort {
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
     int Listen() REQUIRES_LOCK(m_mutex);
-    int TryListen() REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int TryListen() REQUIRES_LOCK(m_mutex);
     void Accept() REQUIRES_LOCK(m_mutex);
     void OnDevice(boost::system::error_code code) REQUIRES_LOCK(m_mutex);
     void AcceptLater() REQUIRES_LOCK(m_mutex);
@@ -52,7 +52,7 @@ class CTcpServer final : public CNetPort {
     CTcpLink::EnPeer Look(std::uint64_t id) REQUIRES_LOCK(m_mutex);
     /** The same for all that are meant by a call, which waits for what their handlers know; takes those that
      * have gone off targets. @return as LookUntil */
-    int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets)
+    [[nodiscard]] int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets)
         REQUIRES_LOCK(m_mutex);
     void Forget(std::uint64_t id, std::string_view why, int error) REQUIRES_LOCK(m_mutex);
 

@@ -28,17 +28,17 @@ class CUdpPort final : public CNetPort {
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
     /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */
-    int Choose(Addresses& addresses) const;
+    [[nodiscard]] int Choose(Addresses& addresses) const;
 
     /** Sends to one address, in the turn of a call. */
-    int SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                      Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                                    Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Binds the socket for a destination of that version. */
-    int Bind(bool v6) REQUIRES_LOCK(m_mutex);
-    int TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
-    int SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-               Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int Bind(bool v6) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] int SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                             Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
     void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
     /** Reads and drops what came in. */
