@@ -58,7 +58,7 @@ class CSendRun {
     }
 
     /** The code of the reply; the lines of the failures become its message. */
-    int Finish(SResponseData& content) {
+    EnResponseCode Finish(SResponseData& content) {
         if (m_code != CodeSuccess) {
             content.message = std::move(m_failures);
             return m_code;
@@ -100,7 +100,7 @@ int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& t
         }
     }
     SResponseData content;
-    const int code = run.Finish(content);
+    const EnResponseCode code = run.Finish(content);
     return RouterMgr::Respond(response, code, content, trace);
 }
 

@@ -15,7 +15,8 @@ std::string FormatLogText(const Args&... args) {
     std::string text;
     [[maybe_unused]] const auto append = [&text](const auto& arg) {
         text += '[';
-        if constexpr (std::is_integral_v<std::remove_cvref_t<decltype(arg)>>) {
+        using Type = std::remove_cvref_t<decltype(arg)>;
+        if constexpr (std::is_integral_v<Type> || std::is_enum_v<Type>) {
             text += std::to_string(arg);
         } else {
             text += std::string_view(arg);

@@ -55,7 +55,7 @@ int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& co
 
 // A large text goes out as it is.
 int RouterMgr::RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace) {
-    WriteOperationLog(trace.client, trace.path, FormatLogText(int{CodeSuccess}, trace.detail));
+    WriteOperationLog(trace.client, trace.path, FormatLogText(CodeSuccess, trace.detail));
     response->SetHeader("Content-Type", kJsonType);
     if (auto* envelope = std::get_if<SGzipEnvelope>(&content)) {
         response->SetHeader("Content-Encoding", "gzip");

@@ -27,7 +27,7 @@ std::string ReportLine(const nlohmann::json& report, const SRequestTrace& trace)
 }
 
 /** Switches the console according to the body. @return the code of the reply; sets the trace's detail */
-int SwitchConsole(const std::string& text, SRequestTrace& trace) {
+EnResponseCode SwitchConsole(const std::string& text, SRequestTrace& trace) {
     const nlohmann::json body = ParseBody(text);
     if (!body.is_object() || !body.contains("data")) {
         return CodeBadRequest;
@@ -56,7 +56,7 @@ int RouterMgr::SetDeveloperMode(HttpRequest* request, HttpResponse* response) {
     try {
         return Respond(response, SwitchConsole(request->body, trace), trace);
     } catch (const std::exception& error) {
-        WriteOperationLog(trace.client, trace.path, FormatLogText(int{CodeBadRequest}, error.what()));
+        WriteOperationLog(trace.client, trace.path, FormatLogText(CodeBadRequest, error.what()));
         return Respond(response, CodeBadRequest, trace);
     }
 }

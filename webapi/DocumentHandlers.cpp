@@ -60,7 +60,7 @@ bool AsksFor(const std::string& ifMatch, const std::string& stored) {
 
 /** The last step for replies that are a status without an envelope. */
 int RespondWithStatus(http_status status, const SRequestTrace& trace) {
-    WriteOperationLog(trace.client, trace.path, FormatLogText(int{status}, trace.detail));
+    WriteOperationLog(trace.client, trace.path, FormatLogText(status, trace.detail));
     return status;
 }
 

@@ -71,7 +71,7 @@ bool IsRegularFile(const PinnedFile& file) {
 }
 
 int Refuse(HttpResponse* response, const SRequestTrace& trace, const char* reason) {
-    WriteOperationLog(trace.client, trace.path, FormatLogText(int{CodeBadRequest}, reason));
+    WriteOperationLog(trace.client, trace.path, FormatLogText(CodeBadRequest, reason));
     SResponseData empty;
     return RouterMgr::WriteEnvelope(response, CodeBadRequest, empty);
 }
