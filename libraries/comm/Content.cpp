@@ -94,8 +94,8 @@ bool IsAscii(std::string_view text) {
 
 }  // namespace
 
-int ContentToBytes(std::string_view content, bool isText, int asciiEncode, std::string& storage,
-                   std::string_view& bytes) {
+EnError ContentToBytes(std::string_view content, bool isText, int asciiEncode, std::string& storage,
+                       std::string_view& bytes) {
     bytes = {};
     if (content.empty()) {
         return ErrorNone;

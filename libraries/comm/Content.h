@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
+
 #include <string>
 #include <string_view>
 
@@ -19,8 +21,8 @@ namespace comm {
  * @param bytes    the result: a view of content or of storage; empty after an error
  * @return 0 or ErrorBadContent. Nothing is ever truncated or padded.
  */
-[[nodiscard]] int ContentToBytes(std::string_view content, bool isText, int asciiEncode, std::string& storage,
-                                 std::string_view& bytes);
+[[nodiscard]] EnError ContentToBytes(std::string_view content, bool isText, int asciiEncode,
+                                     std::string& storage, std::string_view& bytes);
 
 /**
  * Appends a UTF-8 text to out as GB18030. @return false when text is invalid UTF-8 or has characters that

@@ -40,9 +40,9 @@ enum EnError : int {
 };
 
 /** Number of a failed socket operation; 0 for success. The end of a stream counts as a reset. */
-int SocketError(const boost::system::error_code& code);
+EnError SocketError(const boost::system::error_code& code);
 
 /** Number of a failed serial operation, from the system's own code (errno on Linux); 0 for success. */
-int SerialError(int systemCode);
+EnError SerialError(int systemCode);
 
 }  // namespace comm

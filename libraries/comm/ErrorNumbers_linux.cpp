@@ -8,7 +8,7 @@ namespace comm {
 
 namespace {
 
-int SocketErrno(int code) {
+EnError SocketErrno(int code) {
     switch (code) {
         case EACCES:
         case EPERM:
@@ -56,7 +56,7 @@ int SocketErrno(int code) {
 
 }  // namespace
 
-int SocketError(const boost::system::error_code& code) {
+EnError SocketError(const boost::system::error_code& code) {
     if (!code) {
         return ErrorNone;
     }
@@ -70,7 +70,7 @@ int SocketError(const boost::system::error_code& code) {
     return SocketErrno(code.value());
 }
 
-int SerialError(int systemCode) {
+EnError SerialError(int systemCode) {
     switch (systemCode) {
         case 0:
             return ErrorNone;

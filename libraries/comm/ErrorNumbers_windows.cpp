@@ -14,18 +14,19 @@ namespace {
 constexpr int kNoSuchDevice = 433;  // ERROR_NO_SUCH_DEVICE, which the headers lack
 
 /** The numbers that are returned unchanged; any other becomes ErrorGeneral, as on other systems. */
-constexpr auto kTold = std::to_array<int>(
+constexpr auto kTold = std::to_array<EnError>(
     {ErrorSocketPermission, ErrorInvalid, ErrorTooManySockets, ErrorTooLong, ErrorNoFamily, ErrorAddressInUse,
      ErrorNoAddress, ErrorNetworkDown, ErrorNoNetwork, ErrorAborted, ErrorReset, ErrorNoBuffers,
      ErrorNotConnected, ErrorTimedOut, ErrorRefused, ErrorNoRoute, ErrorCut, ErrorNoHost});
 
-int Told(int code) {
-    return std::find(kTold.begin(), kTold.end(), code) == kTold.end() ? static_cast<int>(ErrorGeneral) : code;
+EnError Told(int code) {
+    const auto* const found = std::find(kTold.begin(), kTold.end(), code);
+    return found == kTold.end() ? ErrorGeneral : *found;
 }
 
 }  // namespace
 
-int SocketError(const boost::system::error_code& code) {
+EnError SocketError(const boost::system::error_code& code) {
     if (!code) {
         return ErrorNone;
     }
@@ -64,7 +65,7 @@ int SocketError(const boost::system::error_code& code) {
     }
 }
 
-int SerialError(int systemCode) {
+EnError SerialError(int systemCode) {
     switch (systemCode) {
         case ERROR_SUCCESS:
             return ErrorNone;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/CommSettings.h"
+#include "libraries/comm/ErrorNumbers.h"
 
 #include <functional>
 #include <memory>
@@ -14,7 +15,7 @@ namespace comm {
 
 /** The result of a look-up: addresses, or an error number. */
 struct SResolved {
-    int error = 0;
+    EnError error = ErrorNone;
     std::vector<boost::asio::ip::address> addresses;
 };
 

@@ -6,15 +6,15 @@
 
 namespace comm {
 
-int CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& opening) {
-    const int error = AwaitOpen(opening);
+EnError CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& opening) {
+    const EnError error = AwaitOpen(opening);
     if (error == ErrorNone) {
         Use(record);
     }
     return error;
 }
 
-int CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+EnError CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
     Use(record);
     return SendBytes(record, bytes);
 }
@@ -52,7 +52,8 @@ std::optional<boost::asio::ip::address> CNetPort::Literal(const std::string& hos
     return notLiteral ? std::nullopt : std::optional(literal);
 }
 
-int CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point deadline, Addresses& addresses) {
+EnError CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
+                          Addresses& addresses) {
     if (host.empty()) {
         return ErrorNoAddress;
     }
@@ -77,7 +78,7 @@ int CNetPort::Resolve(Lock& lock, const std::string& host, Clock::time_point dea
     const bool isPatient = !asked.isShared && asked.lastGood.empty();
     const auto until =
         isPatient ? deadline : std::min(deadline, asked.askedAt + m_context.settings.joinPause);
-    const int error = WaitUntil(lock, until, [&answer] { return answer->has_value(); });
+    const EnError error = WaitUntil(lock, until, [&answer] { return answer->has_value(); });
     if (error == ErrorTimedOut && !asked.lastGood.empty()) {
         addresses = asked.lastGood;
         return ErrorNone;

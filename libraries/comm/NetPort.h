@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/NameResolver.h"
 #include "libraries/comm/Port.h"
 #include "platform/PortRecords.h"
@@ -35,7 +36,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
   public:
     /** An opening that has begun. */
     struct SOpening {
-        int error = 0;               ///< of what could be done at once
+        EnError error = ErrorNone;   ///< of what could be done at once
         Clock::time_point deadline;  ///< of the rest
         std::uint64_t attempt = 0;   ///< the attempt to connect that is to be waited for; 0: none
         bool joinsProbe = false;     ///< which nobody had asked for, and may have begun long before
@@ -45,10 +46,10 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     [[nodiscard]] virtual SOpening BeginOpen(const SNetPortConfig& record) = 0;
 
     /** Waits until the port is ready for the record; 0 or an error number. Bounded by the settings. */
-    [[nodiscard]] int FinishOpen(const SNetPortConfig& record, const SOpening& opening);
+    [[nodiscard]] EnError FinishOpen(const SNetPortConfig& record, const SOpening& opening);
 
     /** Sends bytes, at least one, to what the record names; 0 or an error number. Bounded by the settings. */
-    [[nodiscard]] int Send(const SNetPortConfig& record, std::string_view bytes);
+    [[nodiscard]] EnError Send(const SNetPortConfig& record, std::string_view bytes);
 
     /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
     [[nodiscard]] bool Release(const SNetPortConfig& record);
@@ -65,10 +66,10 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
     /** Waits for what an opening has begun. @return as FinishOpen */
-    virtual int AwaitOpen(const SOpening& opening) { return opening.error; }
+    virtual EnError AwaitOpen(const SOpening& opening) { return opening.error; }
 
     /** What Send does for a kind of port. */
-    virtual int SendBytes(const SNetPortConfig& record, std::string_view bytes) = 0;
+    virtual EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) = 0;
 
     /** True unless the record has been deleted since the port was opened for it, or sent something. */
     bool IsUser(const SNetPortConfig& record) const REQUIRES_LOCK(m_mutex) {
@@ -88,7 +89,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * @return as WaitUntil
      */
     template <typename IsKnown>
-    [[nodiscard]] int LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown)
+    [[nodiscard]] EnError LookUntil(Lock& lock, Clock::time_point deadline, IsKnown isKnown)
         REQUIRES_LOCK(m_mutex) {
         while (!m_closed && !isKnown()) {
             const auto now = Clock::now();
@@ -107,8 +108,8 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
      * The addresses that host means: itself, when it is a literal. Waits for them with the lock given up;
      * when the name server doesn't answer, what the name meant before has to do.
      */
-    [[nodiscard]] int Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
-                              Addresses& addresses) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
+                                  Addresses& addresses) REQUIRES_LOCK(m_mutex);
 
     const SNetContext m_context;
 

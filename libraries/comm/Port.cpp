@@ -9,7 +9,7 @@ void CPort::SetPatience(Clock::time_point until) {
     m_changed.notify_all();
 }
 
-int CPort::WaitForTurn(Lock& lock, Clock::time_point deadline) {
+EnError CPort::WaitForTurn(Lock& lock, Clock::time_point deadline) {
     while (m_busy && !m_closed) {
         const auto until = std::min(deadline, m_patience);
         if (Clock::now() >= until) {

@@ -73,18 +73,19 @@ class CPort {
         CTurn& operator=(const CTurn&) = delete;
 
         /** 0, ErrorTimedOut when the turn was not free in time, or ErrorCut. The lock is held in any case. */
-        int Error() const { return m_error; }
+        EnError Error() const { return m_error; }
         Lock& GetLock() { return m_lock; }
 
       private:
         CPort& m_port;
         Lock m_lock;
-        int m_error;
+        EnError m_error;
     };
 
     /** Waits until ready() holds, with the lock held whenever it is asked. @return as CTurn::Error */
     template <typename Ready>
-    [[nodiscard]] int WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready) REQUIRES_LOCK(m_mutex) {
+    [[nodiscard]] EnError WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready)
+        REQUIRES_LOCK(m_mutex) {
         const bool done = m_changed.wait_until(lock.Native(), deadline,
                                                [&]() REQUIRES_LOCK(m_mutex) { return m_closed || ready(); });
         if (m_closed) {
@@ -105,7 +106,7 @@ class CPort {
   private:
     std::atomic<int> m_calls = 0;
 
-    [[nodiscard]] int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     Clock::time_point m_patience GUARDED_BY(m_mutex) = Clock::time_point::max();  ///< see SetPatience
 };

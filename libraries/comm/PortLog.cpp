@@ -9,11 +9,11 @@ constexpr int kLinesAMinute = 10;
 }  // namespace
 
 void CPortLog::Note(std::string_view text) {
-    m_lastError = 0;
+    m_lastError = ErrorNone;
     Write(RavLog::Info, std::string(text));
 }
 
-void CPortLog::Failed(std::string_view text, int error) {
+void CPortLog::Failed(std::string_view text, EnError error) {
     if (error == m_lastError) {
         return;
     }

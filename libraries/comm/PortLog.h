@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/CommSettings.h"
+#include "libraries/comm/ErrorNumbers.h"
 #include "platform/RavLog.h"
 
 #include <string>
@@ -21,13 +22,13 @@ class CPortLog {
     void Note(std::string_view text);
 
     /** Logs a failure with an error number, unless it repeats the last one. */
-    void Failed(std::string_view text, int error);
+    void Failed(std::string_view text, EnError error);
 
   private:
     void Write(RavLog::EnLogLevel level, const std::string& text);
 
     std::string m_name;
-    int m_lastError = 0;
+    EnError m_lastError = ErrorNone;
     Clock::time_point m_minute;
     int m_lines = 0;
     int m_omitted = 0;

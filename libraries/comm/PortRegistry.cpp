@@ -19,7 +19,7 @@ namespace {
 
 /** Runs an operation; what it throws becomes an error number. */
 template <typename Operation>
-int Guarded(Operation operation) noexcept {
+EnError Guarded(Operation operation) noexcept {
     try {
         return operation();
     } catch (const std::bad_alloc&) {
@@ -39,7 +39,7 @@ bool IsMode(EnNetMode mode) {
 constexpr std::size_t kLongestHost = 254;
 
 /** Whether a network port can have this record at all. */
-int CheckRecord(const SNetPortConfig& record) {
+EnError CheckRecord(const SNetPortConfig& record) {
     if (!IsMode(record.netMode)) {
         return ErrorBadSetting;
     }
@@ -50,7 +50,7 @@ int CheckRecord(const SNetPortConfig& record) {
 }
 
 /** Notes a send in vain where the thread keeps to a bound for such. @return its error number */
-int NoteSend(int error, Clock::time_point begin) {
+EnError NoteSend(EnError error, Clock::time_point begin) {
     if (CVainWaits* waits = CVainWaits::OfThread(); waits != nullptr && error != ErrorNone) {
         waits->Add(Clock::now() - begin);
     }
@@ -80,14 +80,14 @@ void CPortRegistry::Run() {
     }
 }
 
-int CPortRegistry::OpenNet(const SNetPortConfig& record) {
+EnError CPortRegistry::OpenNet(const SNetPortConfig& record) {
     return Guarded([&] {
-        if (const int error = CheckRecord(record); error != ErrorNone) {
+        if (const EnError error = CheckRecord(record); error != ErrorNone) {
             return error;
         }
         auto port = NetPortInHand(record);
         if (!port) {
-            return static_cast<int>(ErrorCut);
+            return ErrorCut;
         }
         const auto opening = port->BeginOpen(record);
         CPortsTogether* const together = CPortsTogether::OfThread();
@@ -96,16 +96,16 @@ int CPortRegistry::OpenNet(const SNetPortConfig& record) {
                 [this, record, opening, port = std::make_shared<CPortInHand<CNetPort>>(std::move(port))] {
                     FinishOpen(record, *port, opening);
                 });
-            return static_cast<int>(ErrorNone);
+            return ErrorNone;
         }
         return FinishOpen(record, port, opening);
     });
 }
 
-int CPortRegistry::FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
-                              const CNetPort::SOpening& opening) {
+EnError CPortRegistry::FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
+                                  const CNetPort::SOpening& opening) {
     return Guarded([&] {
-        const int error = port->FinishOpen(record, opening);
+        const EnError error = port->FinishOpen(record, opening);
         if (error != ErrorNone) {
             const CLock lock(m_mutex);
             ForgetUnused(m_netPorts, EndPointOf(record), port);
@@ -114,16 +114,16 @@ int CPortRegistry::FinishOpen(const SNetPortConfig& record, const CPortInHand<CN
     });
 }
 
-int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
-                           int asciiEncode) {
+EnError CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
+                               int asciiEncode) {
     const auto begin = Clock::now();
-    const int result = Guarded([&] {
-        if (const int error = CheckRecord(record); error != ErrorNone) {
+    const EnError result = Guarded([&] {
+        if (const EnError error = CheckRecord(record); error != ErrorNone) {
             return error;
         }
         std::string storage;
         std::string_view bytes;
-        if (const int error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
+        if (const EnError error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
             error != ErrorNone || bytes.empty()) {
             return error;
         }
@@ -133,13 +133,13 @@ int CPortRegistry::SendNet(const SNetPortConfig& record, std::string_view conten
     return NoteSend(result, begin);
 }
 
-int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
+EnError CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
     return Guarded([&] {
         if (SerialNumber(config.comPort) == 0) {
-            return static_cast<int>(ErrorNoSuchPort);
+            return ErrorNoSuchPort;
         }
         const auto line = SerialLineInHand(config.comPort);
-        const int error = line ? line->Check(config) : ErrorCut;
+        const EnError error = line ? line->Check(config) : ErrorCut;
         if (error != ErrorNone) {
             const CLock lock(m_mutex);
             ForgetUnused(m_serialLines, config.comPort, line);
@@ -148,25 +148,25 @@ int CPortRegistry::CheckSerial(const SSerialPortConfig& config) {
     });
 }
 
-int CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
-                              int asciiEncode) {
+EnError CPortRegistry::SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
+                                  int asciiEncode) {
     const auto begin = Clock::now();
     CVainWaits* waits = CVainWaits::OfThread();
-    const int result = Guarded([&] {
+    const EnError result = Guarded([&] {
         std::string storage;
         std::string_view bytes;
-        if (const int error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
+        if (const EnError error = ContentToBytes(content, isText, asciiEncode, storage, bytes);
             error != ErrorNone || bytes.empty()) {
             return error;
         }
         if (SerialNumber(config.comPort) == 0) {
-            return static_cast<int>(ErrorNoSuchPort);
+            return ErrorNoSuchPort;
         }
         if (waits != nullptr && waits->IsUsedUp() && waits->IsStuckLine(config.comPort)) {
-            return static_cast<int>(ErrorSerialTimedOut);
+            return ErrorSerialTimedOut;
         }
         const auto line = SerialLineInHand(config.comPort);
-        const int error = line ? line->Send(config, bytes) : ErrorCut;
+        const EnError error = line ? line->Send(config, bytes) : ErrorCut;
         if (waits != nullptr && error == ErrorSerialTimedOut) {
             waits->NoteStuckLine(config.comPort);
         }
@@ -185,13 +185,13 @@ void CPortRegistry::DeleteTcp(const SNetPortConfig& record) {
             const CLock lock(m_mutex);
             const auto found = m_netPorts.find(EndPointOf(record));
             if (found == m_netPorts.end() || !found->second->Release(record)) {
-                return 0;
+                return ErrorNone;
             }
             port = std::move(found->second);
             m_netPorts.erase(found);
         }
         port->Close();
-        return 0;
+        return ErrorNone;
     });
 }
 
@@ -220,7 +220,7 @@ void CPortRegistry::DeleteAll() {
             const auto line = serialLines.find(former.first);
             return line != serialLines.end() && line->second == former.second;
         });
-        return 0;
+        return ErrorNone;
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "libraries/comm/CommSettings.h"
 #include "libraries/comm/EndPoint.h"
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/NameResolver.h"
 #include "libraries/comm/NetPort.h"
 #include "libraries/comm/SerialLine.h"
@@ -33,12 +34,12 @@ class CPortRegistry {
     CPortRegistry& operator=(const CPortRegistry&) = delete;
 
     /** Under a CPortsTogether an opening that would wait gives 0 when it has begun. */
-    [[nodiscard]] int OpenNet(const SNetPortConfig& record);
-    [[nodiscard]] int SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
-                              int asciiEncode);
-    [[nodiscard]] int CheckSerial(const SSerialPortConfig& config);
-    [[nodiscard]] int SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
-                                 int asciiEncode);
+    [[nodiscard]] EnError OpenNet(const SNetPortConfig& record);
+    [[nodiscard]] EnError SendNet(const SNetPortConfig& record, std::string_view content, bool isText,
+                                  int asciiEncode);
+    [[nodiscard]] EnError CheckSerial(const SSerialPortConfig& config);
+    [[nodiscard]] EnError SendSerial(const SSerialPortConfig& config, std::string_view content, bool isText,
+                                     int asciiEncode);
     void DeleteTcp(const SNetPortConfig& record);
     void DeleteAll();
 
@@ -57,8 +58,8 @@ class CPortRegistry {
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
 
     /** Waits for a port that is being opened. @return 0, or an error number; the port is forgotten then */
-    int FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
-                   const CNetPort::SOpening& opening);
+    EnError FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
+                       const CNetPort::SOpening& opening);
 
     /**
      * Allows a new UDP port to have a local port that other ports with another local address hold. Nothing

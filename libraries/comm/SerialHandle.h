@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "platform/PortRecords.h"
 
 #include <functional>
@@ -31,10 +32,10 @@ class CSerialHandle {
     CSerialHandle& operator=(const CSerialHandle&) = delete;
 
     /** Opens the device for this process alone. */
-    [[nodiscard]] int Open(const std::string& device);
+    [[nodiscard]] EnError Open(const std::string& device);
 
     /** Applies line settings that CheckSettings accepts, and checks whether the device took them. */
-    [[nodiscard]] int Apply(const SSerialPortConfig& config);
+    [[nodiscard]] EnError Apply(const SSerialPortConfig& config);
 
     /** True while the path still leads to the open device. */
     bool IsStill(const std::string& device) const;
@@ -43,10 +44,10 @@ class CSerialHandle {
     [[nodiscard]] bool Drain();
 
     /** Writes what the device takes at once, and removes it from rest. */
-    [[nodiscard]] int Write(std::string_view& rest);
+    [[nodiscard]] EnError Write(std::string_view& rest);
 
     /** Number of written bytes that the device has not taken yet. */
-    [[nodiscard]] int Pending(std::size_t& bytes) const;
+    [[nodiscard]] EnError Pending(std::size_t& bytes) const;
 
     EnTransmitter Transmitter() const;
 

@@ -49,7 +49,7 @@ CSerialHandle::~CSerialHandle() {
     }
 }
 
-int CSerialHandle::Open(const std::string& device) {
+EnError CSerialHandle::Open(const std::string& device) {
     const int descriptor = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         // A device that is listed and fails as it is opened has just gone, or has no hardware behind it.
@@ -69,7 +69,7 @@ int CSerialHandle::Open(const std::string& device) {
     return ErrorNone;
 }
 
-int CSerialHandle::Apply(const SSerialPortConfig& config) {
+EnError CSerialHandle::Apply(const SSerialPortConfig& config) {
     const int descriptor = m_device->Descriptor();
     termios2 asked{};
     termios2 taken{};
@@ -102,7 +102,7 @@ bool CSerialHandle::Drain() {
     return true;
 }
 
-int CSerialHandle::Write(std::string_view& rest) {
+EnError CSerialHandle::Write(std::string_view& rest) {
     while (!rest.empty()) {
         const auto written = write(m_device->Descriptor(), rest.data(), rest.size());
         if (written > 0) {
@@ -116,7 +116,7 @@ int CSerialHandle::Write(std::string_view& rest) {
     return ErrorNone;
 }
 
-int CSerialHandle::Pending(std::size_t& bytes) const {
+EnError CSerialHandle::Pending(std::size_t& bytes) const {
     int count = 0;
     if (ioctl(m_device->Descriptor(), TIOCOUTQ, &count) != 0) {
         return ErrorUnplugged;

@@ -18,9 +18,9 @@ namespace {
 constexpr DWORD kLongestWrite = 10000;  // milliseconds: no send takes longer (SCommSettings::serialBound)
 
 /** Number of a failed operation on a device that was there: what refuses it now means that it went away. */
-int DeviceError(DWORD code) {
-    const int error = SerialError(static_cast<int>(code));
-    return error == ErrorNoSuchPort || error == ErrorNoPermission ? static_cast<int>(ErrorUnplugged) : error;
+EnError DeviceError(DWORD code) {
+    const EnError error = SerialError(static_cast<int>(code));
+    return error == ErrorNoSuchPort || error == ErrorNoPermission ? ErrorUnplugged : error;
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ struct CSerialHandle::SDevice : std::enable_shared_from_this<CSerialHandle::SDev
     explicit SDevice(boost::asio::io_context& context) : io(context), stream(context) {}
 
     /** Begins the write of outgoing. @return 0 or an error number, when it did not begin */
-    int BeginWrite();
+    EnError BeginWrite();
     void EndWrite(const boost::system::error_code& code, std::size_t written);
 
     boost::asio::io_context& io;
@@ -42,11 +42,11 @@ struct CSerialHandle::SDevice : std::enable_shared_from_this<CSerialHandle::SDev
 
     bool gone = false;
     std::string outgoing;  // not empty while a write is under way
-    int writeError = ErrorNone;
+    EnError writeError = ErrorNone;
     std::function<void()> whenWritable;
 };
 
-int CSerialHandle::SDevice::BeginWrite() {
+EnError CSerialHandle::SDevice::BeginWrite() {
     boost::asio::windows::overlapped_ptr operation(
         io.get_executor(),
         [self = shared_from_this()](const boost::system::error_code& code, std::size_t written) {
@@ -88,13 +88,13 @@ CSerialHandle::~CSerialHandle() {
     m_device->whenWritable = nullptr;
 }
 
-int CSerialHandle::Open(const std::string& device) {
+EnError CSerialHandle::Open(const std::string& device) {
     const HANDLE handle = CreateFileW(PathFromNarrow(device).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
                                       nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
-        const int error = SerialError(static_cast<int>(GetLastError()));
+        const EnError error = SerialError(static_cast<int>(GetLastError()));
         // A device that is listed and fails as it is opened has just gone, or has no hardware behind it.
-        return error == ErrorUnplugged ? static_cast<int>(ErrorNoSuchPort) : error;
+        return error == ErrorUnplugged ? ErrorNoSuchPort : error;
     }
     boost::system::error_code code;
     m_device->stream.assign(handle, code);
@@ -110,7 +110,7 @@ int CSerialHandle::Open(const std::string& device) {
     return ErrorNone;
 }
 
-int CSerialHandle::Apply(const SSerialPortConfig& config) {
+EnError CSerialHandle::Apply(const SSerialPortConfig& config) {
     const HANDLE handle = m_device->stream.native_handle();
     DCB asked{};
     DCB taken{};
@@ -132,19 +132,19 @@ bool CSerialHandle::Drain() {
     return !m_device->gone;
 }
 
-int CSerialHandle::Write(std::string_view& rest) {
+EnError CSerialHandle::Write(std::string_view& rest) {
     if (m_device->writeError != ErrorNone || !m_device->outgoing.empty()) {
         return m_device->writeError;
     }
     m_device->outgoing = rest;
-    const int error = m_device->BeginWrite();
+    const EnError error = m_device->BeginWrite();
     if (error == ErrorNone) {
         rest = {};
     }
     return error;
 }
 
-int CSerialHandle::Pending(std::size_t& bytes) const {
+EnError CSerialHandle::Pending(std::size_t& bytes) const {
     if (m_device->writeError != ErrorNone) {
         return m_device->writeError;
     }

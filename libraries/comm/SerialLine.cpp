@@ -20,14 +20,14 @@ CSerialLine::CSerialLine(const SCommSettings& settings, const std::string& comPo
                          std::shared_ptr<CSerialLine> former)
     : CPort("serial " + comPort), m_settings(settings), m_comPort(comPort), m_former(std::move(former)) {}
 
-int CSerialLine::Check(const SSerialPortConfig& config) {
-    if (const int error = CheckSettings(config); error != ErrorNone) {
+EnError CSerialLine::Check(const SSerialPortConfig& config) {
+    if (const EnError error = CheckSettings(config); error != ErrorNone) {
         return error;
     }
     const auto start = Clock::now();
     const auto bound = start + m_settings.serialBound;
     Lock lock(m_mutex);
-    int error = WaitForTurn(lock, start + m_settings.checkBound);
+    EnError error = WaitForTurn(lock, start + m_settings.checkBound);
     if (error == ErrorTimedOut) {
         if (!m_hangs && m_session && m_session->IsOpen()) {
             return ErrorNone;  // busy with a command, so it is there and open
@@ -37,16 +37,16 @@ int CSerialLine::Check(const SSerialPortConfig& config) {
     if (error == ErrorNone) {
         error = Do(lock, {.config = config, .bytes = {}, .bound = bound});
     }
-    return error == ErrorTimedOut ? static_cast<int>(ErrorSerialTimedOut) : error;
+    return error == ErrorTimedOut ? ErrorSerialTimedOut : error;
 }
 
-int CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
+EnError CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
     const auto bound = Clock::now() + m_settings.serialBound;
-    if (const int error = CheckSettings(config); error != ErrorNone) {
+    if (const EnError error = CheckSettings(config); error != ErrorNone) {
         return error;
     }
     Lock lock(m_mutex);
-    int error = WaitForTurn(lock, bound);
+    EnError error = WaitForTurn(lock, bound);
     if (error == ErrorTimedOut) {
         return ErrorSerialTimedOut;
     }
@@ -79,20 +79,20 @@ bool CSerialLine::IsUnused() {
     return !m_session && !m_former;
 }
 
-int CSerialLine::WaitForTurn(Lock& lock, Clock::time_point deadline) {
-    const int error =
+EnError CSerialLine::WaitForTurn(Lock& lock, Clock::time_point deadline) {
+    const EnError error =
         WaitUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) { return !m_job || m_hangs; });
-    return error == ErrorNone && m_hangs ? static_cast<int>(ErrorTimedOut) : error;
+    return error == ErrorNone && m_hangs ? ErrorTimedOut : error;
 }
 
-int CSerialLine::Do(Lock& lock, SJob job) {
+EnError CSerialLine::Do(Lock& lock, SJob job) {
     const auto mine = std::make_shared<SJob>(std::move(job));
     if (!m_session) {
         StartThread();
     }
     m_session->Wake();  // before the thread has the job, since this may fail
     m_job = mine;
-    int error = WaitUntil(lock, mine->bound + kGrace, [&mine] { return mine->isDone; });
+    EnError error = WaitUntil(lock, mine->bound + kGrace, [&mine] { return mine->isDone; });
     if (error == ErrorTimedOut) {
         m_hangs = true;
         m_changed.notify_all();
@@ -118,7 +118,7 @@ void CSerialLine::Run(CSerialSession& session) {
     while (!m_closed && (m_job || session.IsOpen())) {
         const auto job = m_job;
         lock.Unlock();
-        const int error = Act(session, job.get());
+        const EnError error = Act(session, job.get());
         lock.Lock();
         if (job) {
             job->error = error;
@@ -136,7 +136,7 @@ void CSerialLine::Run(CSerialSession& session) {
     m_changed.notify_all();
 }
 
-int CSerialLine::Act(CSerialSession& session, const SJob* job) try {
+EnError CSerialLine::Act(CSerialSession& session, const SJob* job) try {
     if (job == nullptr) {
         session.WaitForNews();
         return ErrorNone;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/Port.h"
 #include "libraries/comm/SerialSession.h"
 #include "platform/PortRecords.h"
@@ -24,10 +25,10 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
                 std::shared_ptr<CSerialLine> former);
 
     /** Tells whether the line can be used with the settings of a record: 0 or an error number. */
-    [[nodiscard]] int Check(const SSerialPortConfig& config);
+    [[nodiscard]] EnError Check(const SSerialPortConfig& config);
 
     /** Sends bytes, at least one, and waits until they have left: 0 or an error number. */
-    [[nodiscard]] int Send(const SSerialPortConfig& config, std::string_view bytes);
+    [[nodiscard]] EnError Send(const SSerialPortConfig& config, std::string_view bytes);
 
     void Close() override;
 
@@ -45,21 +46,21 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
         std::string bytes;  ///< empty for a check
         Clock::time_point bound;
         bool isDone = false;
-        int error = ErrorNone;
+        EnError error = ErrorNone;
     };
 
     /** Waits until no call is under way; fails at once while the driver hangs. @return as WaitUntil */
-    [[nodiscard]] int WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Has the thread do something. @return 0 or an error number */
-    [[nodiscard]] int Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
     void StartThread() REQUIRES_LOCK(m_mutex);
 
     /** The line's thread. */
     void Run(CSerialSession& session);
 
     /** Does a job; without one, waits for news of the device. */
-    int Act(CSerialSession& session, const SJob* job);
+    EnError Act(CSerialSession& session, const SJob* job);
 
     const SCommSettings m_settings;
     const std::string m_comPort;

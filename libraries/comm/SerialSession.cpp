@@ -41,23 +41,24 @@ CSerialSession::~CSerialSession() {
     Drop();
 }
 
-int CSerialSession::Check(const SSerialPortConfig& config) {
+EnError CSerialSession::Check(const SSerialPortConfig& config) {
     DropStale(FindSerialDevice(m_comPort));
     const bool wasOpen = m_handle != nullptr;
-    const int error = MakeReady(config, Clock::now() + m_settings.checkBound);
+    const EnError error = MakeReady(config, Clock::now() + m_settings.checkBound);
     if (!wasOpen) {
         Drop();
     }
     // It is there and open, and still sends what it was given.
-    return wasOpen && error == ErrorSerialTimedOut ? static_cast<int>(ErrorNone) : error;
+    return wasOpen && error == ErrorSerialTimedOut ? ErrorNone : error;
 }
 
-int CSerialSession::Send(const SSerialPortConfig& config, std::string_view bytes, Clock::time_point bound) {
+EnError CSerialSession::Send(const SSerialPortConfig& config, std::string_view bytes,
+                             Clock::time_point bound) {
     bool stale = DropStale(FindSerialDevice(m_comPort));
     for (;;) {
         const bool wasOpen = m_handle != nullptr;
         bool taken = false;
-        int error = MakeReady(config, bound);
+        EnError error = MakeReady(config, bound);
         if (error == ErrorNone) {
             const auto need = TimeOnLine(config, bytes.size()) + m_settings.serialMargin;
             error = Write(bytes, std::min(bound, Clock::now() + need), taken);
@@ -70,7 +71,7 @@ int CSerialSession::Send(const SSerialPortConfig& config, std::string_view bytes
             stale = true;
             continue;  // once: the handle may be of a device that was plugged in again
         }
-        return error == ErrorNoSuchPort && stale ? static_cast<int>(ErrorUnplugged) : error;
+        return error == ErrorNoSuchPort && stale ? ErrorUnplugged : error;
     }
 }
 
@@ -103,12 +104,12 @@ bool CSerialSession::DropStale(const std::string& device) {
     return true;
 }
 
-int CSerialSession::MakeReady(const SSerialPortConfig& config, Clock::time_point deadline) {
+EnError CSerialSession::MakeReady(const SSerialPortConfig& config, Clock::time_point deadline) {
     if (m_handle) {
         if (SameSettings(config, m_applied)) {
             return ErrorNone;
         }
-        const int error = WaitForDevice(deadline);
+        const EnError error = WaitForDevice(deadline);
         return error == ErrorNone ? Apply(config) : error;
     }
     const std::string device = FindSerialDevice(m_comPort);
@@ -116,12 +117,12 @@ int CSerialSession::MakeReady(const SSerialPortConfig& config, Clock::time_point
         return ErrorNoSuchPort;
     }
     auto handle = std::make_unique<CSerialHandle>(m_io);
-    if (const int error = handle->Open(device); error != ErrorNone) {
+    if (const EnError error = handle->Open(device); error != ErrorNone) {
         return error;
     }
     m_handle = std::move(handle);
     m_silentAt = {};
-    if (const int error = Apply(config); error != ErrorNone) {
+    if (const EnError error = Apply(config); error != ErrorNone) {
         return error;
     }
     m_isOpen = true;
@@ -130,9 +131,9 @@ int CSerialSession::MakeReady(const SSerialPortConfig& config, Clock::time_point
     return ErrorNone;
 }
 
-int CSerialSession::Apply(const SSerialPortConfig& config) {
+EnError CSerialSession::Apply(const SSerialPortConfig& config) {
     m_applied.baudRate = 0;  // equal to no good settings, should this fail halfway
-    const int error = m_handle->Apply(config);
+    const EnError error = m_handle->Apply(config);
     if (error == ErrorNone) {
         m_applied = config;
     }
@@ -140,7 +141,7 @@ int CSerialSession::Apply(const SSerialPortConfig& config) {
 }
 
 template <typename Ready>
-int CSerialSession::WaitUntil(Clock::time_point deadline, Ready ready) {
+EnError CSerialSession::WaitUntil(Clock::time_point deadline, Ready ready) {
     while (!m_cut && !ready()) {
         if (Clock::now() >= deadline) {
             return ErrorSerialTimedOut;
@@ -150,7 +151,7 @@ int CSerialSession::WaitUntil(Clock::time_point deadline, Ready ready) {
     return m_cut ? ErrorCut : ErrorNone;
 }
 
-int CSerialSession::Write(std::string_view bytes, Clock::time_point deadline, bool& taken) {
+EnError CSerialSession::Write(std::string_view bytes, Clock::time_point deadline, bool& taken) {
     const auto begun = Clock::now();
     std::string_view rest = bytes;
     for (;;) {
@@ -160,13 +161,13 @@ int CSerialSession::Write(std::string_view bytes, Clock::time_point deadline, bo
         if (Clock::now() >= deadline) {
             return ErrorSerialTimedOut;
         }
-        const int error = m_handle->Write(rest);
+        const EnError error = m_handle->Write(rest);
         taken = rest.size() < bytes.size();
         if (error != ErrorNone) {
             return error;
         }
         if (rest.empty()) {
-            const int left = WaitForQueue(deadline);
+            const EnError left = WaitForQueue(deadline);
             NoteSent(bytes.size(), begun);
             return left;
         }
@@ -183,10 +184,10 @@ int CSerialSession::Write(std::string_view bytes, Clock::time_point deadline, bo
     }
 }
 
-int CSerialSession::WaitForQueue(Clock::time_point deadline) {
+EnError CSerialSession::WaitForQueue(Clock::time_point deadline) {
     for (;;) {
         std::size_t pending = 0;
-        if (const int error = m_handle->Pending(pending); error != ErrorNone || pending == 0) {
+        if (const EnError error = m_handle->Pending(pending); error != ErrorNone || pending == 0) {
             return error;
         }
         if (m_gone) {
@@ -203,7 +204,7 @@ int CSerialSession::WaitForQueue(Clock::time_point deadline) {
     }
 }
 
-int CSerialSession::WaitForDevice(Clock::time_point deadline) {
+EnError CSerialSession::WaitForDevice(Clock::time_point deadline) {
     for (;;) {
         const auto state = m_handle->Transmitter();
         const auto now = Clock::now();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/CommSettings.h"
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/SerialHandle.h"
 #include "platform/PortRecords.h"
 
@@ -34,10 +35,11 @@ class CSerialSession {
      * Checks whether the line can be used with the settings of a record, and leaves it open only if it was.
      * @return 0 or an error number
      */
-    [[nodiscard]] int Check(const SSerialPortConfig& config);
+    [[nodiscard]] EnError Check(const SSerialPortConfig& config);
 
     /** Sends bytes, and waits until the system has passed all of them on: 0 or an error number. */
-    [[nodiscard]] int Send(const SSerialPortConfig& config, std::string_view bytes, Clock::time_point bound);
+    [[nodiscard]] EnError Send(const SSerialPortConfig& config, std::string_view bytes,
+                               Clock::time_point bound);
 
     /** Closes the device. */
     void Drop();
@@ -56,19 +58,19 @@ class CSerialSession {
 
   private:
     /** Opens the device if needed, and applies the settings. */
-    [[nodiscard]] int MakeReady(const SSerialPortConfig& config, Clock::time_point deadline);
-    [[nodiscard]] int Apply(const SSerialPortConfig& config);
+    [[nodiscard]] EnError MakeReady(const SSerialPortConfig& config, Clock::time_point deadline);
+    [[nodiscard]] EnError Apply(const SSerialPortConfig& config);
 
     /** Closes a handle whose device went away or no longer has the name. @return true when there was one */
     bool DropStale(const std::string& device);
 
-    [[nodiscard]] int Write(std::string_view bytes, Clock::time_point deadline, bool& taken);
+    [[nodiscard]] EnError Write(std::string_view bytes, Clock::time_point deadline, bool& taken);
 
     /** Waits until the system has handed all bytes to the device. */
-    [[nodiscard]] int WaitForQueue(Clock::time_point deadline);
+    [[nodiscard]] EnError WaitForQueue(Clock::time_point deadline);
 
     /** Waits until the device has put its last byte on the line, too. */
-    [[nodiscard]] int WaitForDevice(Clock::time_point deadline);
+    [[nodiscard]] EnError WaitForDevice(Clock::time_point deadline);
 
     /** Records that bytes written at this time have been handed to the device by now. */
     void NoteSent(std::size_t bytes, Clock::time_point begun);
@@ -76,7 +78,7 @@ class CSerialSession {
 
     /** Waits until ready() holds: 0, ErrorSerialTimedOut or ErrorCut. */
     template <typename Ready>
-    int WaitUntil(Clock::time_point deadline, Ready ready);
+    EnError WaitUntil(Clock::time_point deadline, Ready ready);
 
     const SCommSettings m_settings;
     const std::string m_comPort;

@@ -4,7 +4,7 @@
 
 namespace comm {
 
-int CheckSettings(const SSerialPortConfig& config) {
+EnError CheckSettings(const SSerialPortConfig& config) {
     const bool good = config.baudRate > 0 && config.wordLength >= 5 && config.wordLength <= 8 &&
                       config.parity <= ParitySpace && config.stopBits <= StopBitsTwo &&
                       // A UART has one and a half stop bits with 5 data bits, two with more.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "platform/PortRecords.h"
 
 #include <chrono>
@@ -10,7 +11,7 @@ struct termios2;
 namespace comm {
 
 /** 0, or ErrorBadSetting for a speed of 0 or for word length, parity or stop bits that no line has. */
-[[nodiscard]] int CheckSettings(const SSerialPortConfig& config);
+[[nodiscard]] EnError CheckSettings(const SSerialPortConfig& config);
 
 /** How long bytes take on a line with valid settings. */
 std::chrono::microseconds TimeOnLine(const SSerialPortConfig& config, std::size_t bytes);

@@ -26,7 +26,7 @@ CNetPort::SOpening CTcpClient::BeginOpen(const SNetPortConfig& /*record*/) {
     return opening;
 }
 
-int CTcpClient::AwaitOpen(const SOpening& opening) {
+EnError CTcpClient::AwaitOpen(const SOpening& opening) {
     Lock lock(m_mutex);
     if (LookAndWait(lock, opening.deadline) == ErrorCut) {
         return ErrorCut;
@@ -40,7 +40,7 @@ int CTcpClient::AwaitOpen(const SOpening& opening) {
         joinsProbe = m_attempting && m_isProbe;
         attempt = JoinAttempt();
     }
-    int error = WaitForAttempt(lock, attempt, opening.deadline);
+    EnError error = WaitForAttempt(lock, attempt, opening.deadline);
     if (joinsProbe && error != ErrorNone && error != ErrorCut && Clock::now() < opening.deadline) {
         error = WaitForAttempt(lock, JoinAttempt(), opening.deadline);
     }
@@ -54,8 +54,8 @@ std::uint64_t CTcpClient::JoinAttempt() {
     return m_attempts;
 }
 
-int CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline) {
-    const int error =
+EnError CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline) {
+    const EnError error =
         WaitUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) { return m_finished >= attempt; });
     if (error != ErrorNone || m_connected) {
         return error;
@@ -63,9 +63,9 @@ int CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_po
     return m_failure != ErrorNone ? m_failure : m_lostError;
 }
 
-int CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view bytes) {
+EnError CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view bytes) {
     const auto deadline = Deadline();
-    if (const int error = FailAtOnce(); error != ErrorNone) {
+    if (const EnError error = FailAtOnce(); error != ErrorNone) {
         return error;
     }
     CTurn turn(*this, deadline);
@@ -79,7 +79,7 @@ int CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view byt
     for (;;) {
         if (!m_connected) {
             older = false;
-            int error = KnownFailure();
+            EnError error = KnownFailure();
             if (error == ErrorNone) {
                 error = ConnectForSend(turn.GetLock(), deadline);
             }
@@ -88,29 +88,29 @@ int CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view byt
             }
         }
         bool taken = false;
-        const int error = Write(turn.GetLock(), bytes, deadline, taken);
+        const EnError error = Write(turn.GetLock(), bytes, deadline, taken);
         if (error == ErrorNone || taken || !older || error == ErrorTimedOut || error == ErrorCut) {
             return error;
         }
     }
 }
 
-int CTcpClient::FailAtOnce() {
+EnError CTcpClient::FailAtOnce() {
     const Lock lock(m_mutex);
     m_lastSend = Clock::now();
     return m_connected ? ErrorNone : KnownFailure();
 }
 
-int CTcpClient::KnownFailure() const {
+EnError CTcpClient::KnownFailure() const {
     const bool isRecent = Clock::now() - m_failedAt < m_context.settings.retryPause;
     return m_silent || isRecent ? m_failure : ErrorNone;
 }
 
-int CTcpClient::ConnectForSend(Lock& lock, Clock::time_point deadline) {
+EnError CTcpClient::ConnectForSend(Lock& lock, Clock::time_point deadline) {
     m_isForSend = true;
     const auto attempt = JoinAttempt();
     SetPatience(m_attemptAt + m_context.settings.joinPause);
-    const int error = WaitForAttempt(lock, attempt, deadline);
+    const EnError error = WaitForAttempt(lock, attempt, deadline);
     SetPatience(Clock::time_point::max());
     return error;
 }
@@ -125,12 +125,12 @@ void CTcpClient::Close() {
     m_changed.notify_all();
 }
 
-int CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken) {
+EnError CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken) {
     const auto generation = m_generation;
     std::string_view rest = bytes;
     for (;;) {
         const std::size_t before = rest.size();
-        int error = m_link->Write(rest);
+        EnError error = m_link->Write(rest);
         taken = rest.size() < bytes.size();
         if (error != ErrorNone) {
             Lose(error, false);
@@ -181,7 +181,7 @@ void CTcpClient::OnReadable() {
 }
 
 CTcpLink::EnPeer CTcpClient::Look() {
-    int error = ErrorNone;
+    EnError error = ErrorNone;
     const auto peer = m_link->Drain(error);
     if (peer == CTcpLink::EnPeer::Ended || peer == CTcpLink::EnPeer::Broken) {
         Lose(error == ErrorNone ? ErrorReset : error, peer == CTcpLink::EnPeer::Ended);
@@ -189,13 +189,13 @@ CTcpLink::EnPeer CTcpClient::Look() {
     return peer;
 }
 
-int CTcpClient::LookAndWait(Lock& lock, Clock::time_point deadline) {
+EnError CTcpClient::LookAndWait(Lock& lock, Clock::time_point deadline) {
     return LookUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) {
         return !m_connected || Look() != CTcpLink::EnPeer::Unknown;
     });
 }
 
-void CTcpClient::Lose(int error, bool ended) {
+void CTcpClient::Lose(EnError error, bool ended) {
     // A device that ends the connection after each command that it has read does its work.
     const bool served = ended && m_used && !HasUnacknowledged(m_link->GetSocket());
     const bool useless = Clock::now() - m_connectedAt < m_context.settings.retryPause && !served;

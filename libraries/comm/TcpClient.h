@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/NetPort.h"
 #include "libraries/comm/TcpLink.h"
 
@@ -27,8 +28,8 @@ class CTcpClient final : public CNetPort {
   private:
     using Endpoint = boost::asio::ip::tcp::endpoint;
 
-    int AwaitOpen(const SOpening& opening) override;
-    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
+    EnError AwaitOpen(const SOpening& opening) override;
+    EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) {
         return m_link == nullptr && !m_attempting && !m_silent;
     }
@@ -37,29 +38,29 @@ class CTcpClient final : public CNetPort {
     std::uint64_t JoinAttempt() REQUIRES_LOCK(m_mutex);
 
     /** Waits for the end of an attempt. */
-    [[nodiscard]] int WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline)
+    [[nodiscard]] EnError WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline)
         REQUIRES_LOCK(m_mutex);
 
     /** The same for a send, which has the turn. */
-    [[nodiscard]] int ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Writes all bytes. @param taken whether the system took some of them, when it failed */
-    [[nodiscard]] int Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
+    [[nodiscard]] EnError Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
         REQUIRES_LOCK(m_mutex);
 
     /** The code that a send returns without an attempt: the device is silent, or failed a moment ago. */
-    int KnownFailure() const REQUIRES_LOCK(m_mutex);
+    EnError KnownFailure() const REQUIRES_LOCK(m_mutex);
     /** The same for a send that has just come, which needs no turn to learn it. */
-    int FailAtOnce();
+    EnError FailAtOnce();
 
     // An attempt, see TcpConnect.cpp. Its steps follow each other on threads of the library, under the lock.
     void Attempt(bool isProbe) REQUIRES_LOCK(m_mutex);
     void Resolve() REQUIRES_LOCK(m_mutex);
     void OnResolved(const SResolved& resolved) REQUIRES_LOCK(m_mutex);
     void TryNext() REQUIRES_LOCK(m_mutex);
-    void OnConnected(int error) REQUIRES_LOCK(m_mutex);
-    [[nodiscard]] int OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
-    void Finish(int error) REQUIRES_LOCK(m_mutex);
+    void OnConnected(EnError error) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
+    void Finish(EnError error) REQUIRES_LOCK(m_mutex);
 
     /** Gives a handler of the present step: it is called under the lock, unless the step is over by then. */
     template <typename Handler>
@@ -80,10 +81,10 @@ class CTcpClient final : public CNetPort {
 
     /** The same for a call, which waits for the news where the handler under way has them. @return as
      * LookUntil */
-    [[nodiscard]] int LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Forgets the connection, which the device ended or the network broke. */
-    void Lose(int error, bool ended) REQUIRES_LOCK(m_mutex);
+    void Lose(EnError error, bool ended) REQUIRES_LOCK(m_mutex);
 
     /** Closes the connection from here. */
     void Drop() REQUIRES_LOCK(m_mutex);
@@ -95,10 +96,10 @@ class CTcpClient final : public CNetPort {
     bool m_connected GUARDED_BY(m_mutex) = false;
     bool m_writable GUARDED_BY(m_mutex) = false;
     bool m_used GUARDED_BY(m_mutex) = false;  ///< a command went out on this connection
-    int m_lostError GUARDED_BY(m_mutex) = ErrorReset;
+    EnError m_lostError GUARDED_BY(m_mutex) = ErrorReset;
     Clock::time_point m_connectedAt GUARDED_BY(m_mutex);
-    int m_shortLived GUARDED_BY(m_mutex) = 0;  ///< connections in a row that were good for nothing
-    int m_failure GUARDED_BY(m_mutex) = 0;     ///< code of the last attempt, 0 after a good one
+    int m_shortLived GUARDED_BY(m_mutex) = 0;           ///< connections in a row that were good for nothing
+    EnError m_failure GUARDED_BY(m_mutex) = ErrorNone;  ///< code of the last attempt, 0 after a good one
     Clock::time_point m_failedAt GUARDED_BY(m_mutex);
 
     bool m_attempting GUARDED_BY(m_mutex) = false;
@@ -111,7 +112,7 @@ class CTcpClient final : public CNetPort {
     std::uint64_t m_step GUARDED_BY(m_mutex) = 0;
     Clock::time_point m_attemptAt GUARDED_BY(m_mutex);
     std::vector<boost::asio::ip::address> m_untried GUARDED_BY(m_mutex);  ///< in reverse order
-    int m_attemptError GUARDED_BY(m_mutex) = 0;
+    EnError m_attemptError GUARDED_BY(m_mutex) = ErrorNone;
     boost::asio::steady_timer m_timer GUARDED_BY(m_mutex);  ///< of the step, or until the next probe
 
     bool m_silent GUARDED_BY(m_mutex) = false;

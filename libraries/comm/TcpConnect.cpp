@@ -12,7 +12,7 @@ using boost::asio::ip::tcp;
 namespace {
 
 /** Codes of a device that lets one wait; any other comes at once. */
-bool IsSilence(int error) {
+bool IsSilence(EnError error) {
     return error == ErrorTimedOut || error == ErrorNoRoute;
 }
 
@@ -103,7 +103,7 @@ void CTcpClient::TryNext() {
     m_untried.pop_back();
     ++m_step;
     ++m_generation;
-    if (const int error = OpenSocket(device); error != ErrorNone) {
+    if (const EnError error = OpenSocket(device); error != ErrorNone) {
         OnConnected(error);
         return;
     }
@@ -114,7 +114,7 @@ void CTcpClient::TryNext() {
                                   REQUIRES_LOCK(m_mutex) { OnConnected(ErrorTimedOut); }));
 }
 
-void CTcpClient::OnConnected(int error) {
+void CTcpClient::OnConnected(EnError error) {
     ++m_step;
     if (error == ErrorNone) {
         // A closed port of the ephemeral range on this machine can connect to itself.
@@ -137,7 +137,7 @@ void CTcpClient::OnConnected(int error) {
     Finish(ErrorNone);
 }
 
-int CTcpClient::OpenSocket(const tcp::endpoint& device) {
+EnError CTcpClient::OpenSocket(const tcp::endpoint& device) {
     m_link = std::make_unique<CTcpLink>(tcp::socket(m_context.io));
     tcp::socket& socket = m_link->GetSocket();
     boost::system::error_code code;
@@ -145,7 +145,7 @@ int CTcpClient::OpenSocket(const tcp::endpoint& device) {
     if (code) {
         return SocketError(code);
     }
-    if (const int error = m_link->Prepare(); error != ErrorNone) {
+    if (const EnError error = m_link->Prepare(); error != ErrorNone) {
         return error;
     }
     const bool anyAddress = IsAnyAddress(m_record.ipAddress);
@@ -175,7 +175,7 @@ int CTcpClient::OpenSocket(const tcp::endpoint& device) {
     return SocketError(code);
 }
 
-void CTcpClient::Finish(int error) {
+void CTcpClient::Finish(EnError error) {
     ++m_step;
     m_finished = m_attempts;
     m_attempting = false;

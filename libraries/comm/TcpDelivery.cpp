@@ -22,9 +22,9 @@ CTcpServer::CDelivery::~CDelivery() {
     }
 }
 
-int CTcpServer::CDelivery::Run(Lock& lock, Clock::time_point deadline) {
+EnError CTcpServer::CDelivery::Run(Lock& lock, Clock::time_point deadline) {
     for (Advance(); !m_rests.empty(); Advance()) {
-        const int error = m_server.WaitUntil(lock, NextLook(deadline), [this] {
+        const EnError error = m_server.WaitUntil(lock, NextLook(deadline), [this] {
             AssertLocked();
             return IsReady();
         });
@@ -71,7 +71,7 @@ bool CTcpServer::CDelivery::AdvanceTo(std::uint64_t id, SPeer& peer, std::string
         return false;
     }
     const std::size_t before = rest.size();
-    if (const int error = peer.link.Write(rest); error != ErrorNone) {
+    if (const EnError error = peer.link.Write(rest); error != ErrorNone) {
         m_lastError = error;
         m_server.Forget(id, "connection lost", error);
         return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/TcpServer.h"
 
 namespace comm {
@@ -18,7 +19,7 @@ class CTcpServer::CDelivery {
     CDelivery& operator=(const CDelivery&) = delete;
 
     /** Writes until all devices have got everything, or are given up. @return 0 when one has, or an error */
-    [[nodiscard]] int Run(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_server.m_mutex);
+    [[nodiscard]] EnError Run(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_server.m_mutex);
 
     /** The lock that is held is that of the server of this delivery. */
     void AssertLocked() const ASSERTS_LOCK(m_server.m_mutex) {}
@@ -42,7 +43,7 @@ class CTcpServer::CDelivery {
     CTcpServer& m_server;
     Rests m_rests;  ///< what each device is still to get
     bool m_served = false;
-    int m_lastError = ErrorNone;
+    EnError m_lastError = ErrorNone;
 };
 
 }  // namespace comm

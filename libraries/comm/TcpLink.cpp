@@ -23,7 +23,7 @@ bool IsNotNow(const boost::system::error_code& code) {
 
 }  // namespace
 
-int CTcpLink::Prepare() {
+EnError CTcpLink::Prepare() {
     boost::system::error_code code;
     m_socket.non_blocking(true, code);
     if (!code) {
@@ -38,7 +38,7 @@ int CTcpLink::Prepare() {
     return SocketError(code);
 }
 
-CTcpLink::EnPeer CTcpLink::Drain(int& error) {
+CTcpLink::EnPeer CTcpLink::Drain(EnError& error) {
     std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     error = ErrorNone;
     for (int reads = 0; reads < kReadsAtOnce; ++reads) {
@@ -58,7 +58,7 @@ CTcpLink::EnPeer CTcpLink::Drain(int& error) {
     return EnPeer::Alive;
 }
 
-int CTcpLink::Write(std::string_view& rest) {
+EnError CTcpLink::Write(std::string_view& rest) {
     while (!rest.empty()) {
         boost::system::error_code code;
         rest.remove_prefix(m_socket.send(boost::asio::buffer(rest.data(), rest.size()), 0, code));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
+
 #include <string_view>
 #include <utility>
 
@@ -26,13 +28,13 @@ class CTcpLink {
      * Sets the options of every connection: no delay, a send buffer of 64 KiB, keep-alive, calls that don't
      * block.
      */
-    [[nodiscard]] int Prepare();
+    [[nodiscard]] EnError Prepare();
 
     /** Reads and discards what the peer sent. @param error why it is broken, 0 otherwise */
-    [[nodiscard]] EnPeer Drain(int& error);
+    [[nodiscard]] EnPeer Drain(EnError& error);
 
     /** Sends what the system takes at once, and removes it from rest. @return 0 or an error number */
-    [[nodiscard]] int Write(std::string_view& rest);
+    [[nodiscard]] EnError Write(std::string_view& rest);
 
     /** Calls handler(), on the thread of the socket, when there is something to read. */
     template <typename Handler>

@@ -26,7 +26,7 @@ CNetPort::SOpening CTcpServer::BeginOpen(const SNetPortConfig& /*record*/) {
     return opening;
 }
 
-int CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
+EnError CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
     Lock lock(m_mutex);
     if (m_closed) {
@@ -34,7 +34,7 @@ int CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) 
     }
     Addresses meant;
     if (!IsAnyAddress(record.dstIpAddress)) {
-        const int error = Resolve(lock, record.dstIpAddress, deadline, meant);
+        const EnError error = Resolve(lock, record.dstIpAddress, deadline, meant);
         if (!IsUser(record)) {
             return ErrorCut;  // it was released meanwhile, and must not open anything again
         }
@@ -42,7 +42,7 @@ int CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) 
             return error;
         }
     }
-    if (const int error = Listen(); error != ErrorNone) {
+    if (const EnError error = Listen(); error != ErrorNone) {
         return error;
     }
     std::set<std::uint64_t> targets = Targets(meant);
@@ -67,14 +67,14 @@ void CTcpServer::Close() {
     m_changed.notify_all();
 }
 
-int CTcpServer::Listen() {
+EnError CTcpServer::Listen() {
     if (m_acceptor.is_open()) {
         if (!m_accepting) {
             Accept();  // there was no memory for it before
         }
         return ErrorNone;
     }
-    const int error = TryListen();
+    const EnError error = TryListen();
     if (error != ErrorNone) {
         boost::system::error_code ignored;  // what matters is the error of listening
         m_acceptor.close(ignored);
@@ -86,7 +86,7 @@ int CTcpServer::Listen() {
     return ErrorNone;
 }
 
-int CTcpServer::TryListen() {
+EnError CTcpServer::TryListen() {
     if (!IsPort(m_record.port, true)) {
         return ErrorNoAddress;
     }
@@ -166,7 +166,7 @@ void CTcpServer::OnDevice(boost::system::error_code code) {
     }
     const auto id = ++m_lastId;
     SPeer& peer = m_peers.try_emplace(id, std::move(socket), from).first->second;
-    if (const int error = peer.link.Prepare(); error != ErrorNone) {
+    if (const EnError error = peer.link.Prepare(); error != ErrorNone) {
         Forget(id, "can't set up the connection", error);
         return;
     }
@@ -202,7 +202,7 @@ void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
 }
 
 CTcpLink::EnPeer CTcpServer::Look(std::uint64_t id) {
-    int error = ErrorNone;
+    EnError error = ErrorNone;
     const auto seen = m_peers.at(id).link.Drain(error);
     switch (seen) {
         case CTcpLink::EnPeer::Alive:
@@ -218,9 +218,9 @@ CTcpLink::EnPeer CTcpServer::Look(std::uint64_t id) {
     return seen;
 }
 
-int CTcpServer::LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets) {
+EnError CTcpServer::LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets) {
     auto unsure = targets;
-    const int error = LookUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) {
+    const EnError error = LookUntil(lock, deadline, [&]() REQUIRES_LOCK(m_mutex) {
         std::erase_if(unsure, [this](std::uint64_t id) REQUIRES_LOCK(m_mutex) {
             return !m_peers.contains(id) || Look(id) != CTcpLink::EnPeer::Unknown;
         });
@@ -230,7 +230,7 @@ int CTcpServer::LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std
     return error;
 }
 
-void CTcpServer::Forget(std::uint64_t id, std::string_view why, int error) {
+void CTcpServer::Forget(std::uint64_t id, std::string_view why, EnError error) {
     std::string text = m_peers.at(id).address.to_string() + ": ";
     text += why;
     if (error != ErrorNone) {

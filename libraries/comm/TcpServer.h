@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/NetPort.h"
 #include "libraries/comm/TcpLink.h"
 
@@ -38,11 +39,11 @@ class CTcpServer final : public CNetPort {
 
     class CDelivery;
 
-    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
+    EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
-    int Listen() REQUIRES_LOCK(m_mutex);
-    [[nodiscard]] int TryListen() REQUIRES_LOCK(m_mutex);
+    EnError Listen() REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError TryListen() REQUIRES_LOCK(m_mutex);
     void Accept() REQUIRES_LOCK(m_mutex);
     void OnDevice(boost::system::error_code code) REQUIRES_LOCK(m_mutex);
     void AcceptLater() REQUIRES_LOCK(m_mutex);
@@ -52,9 +53,9 @@ class CTcpServer final : public CNetPort {
     CTcpLink::EnPeer Look(std::uint64_t id) REQUIRES_LOCK(m_mutex);
     /** The same for all that are meant by a call, which waits for what their handlers know; takes those that
      * have gone off targets. @return as LookUntil */
-    [[nodiscard]] int LookAndWait(Lock& lock, Clock::time_point deadline, std::set<std::uint64_t>& targets)
-        REQUIRES_LOCK(m_mutex);
-    void Forget(std::uint64_t id, std::string_view why, int error) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError LookAndWait(Lock& lock, Clock::time_point deadline,
+                                      std::set<std::uint64_t>& targets) REQUIRES_LOCK(m_mutex);
+    void Forget(std::uint64_t id, std::string_view why, EnError error) REQUIRES_LOCK(m_mutex);
 
     /** The devices that are meant; none given: all. */
     std::set<std::uint64_t> Targets(const Addresses& meant) const REQUIRES_LOCK(m_mutex);

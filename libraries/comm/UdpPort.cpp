@@ -34,7 +34,7 @@ CNetPort::SOpening CUdpPort::BeginOpen(const SNetPortConfig& record) {
     return opening;
 }
 
-int CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
+EnError CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     if (bytes.size() > kLongestDatagram) {
         return ErrorTooLong;
     }
@@ -45,7 +45,8 @@ int CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     Addresses addresses;
     {
         Lock lock(m_mutex);
-        if (const int error = Resolve(lock, record.dstIpAddress, deadline, addresses); error != ErrorNone) {
+        if (const EnError error = Resolve(lock, record.dstIpAddress, deadline, addresses);
+            error != ErrorNone) {
             return error;
         }
     }
@@ -53,7 +54,7 @@ int CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     if (turn.Error() != ErrorNone) {
         return turn.Error();
     }
-    int error = Choose(addresses);
+    EnError error = Choose(addresses);
     for (const auto& address : addresses) {
         const Udp::endpoint destination(address, static_cast<std::uint16_t>(record.dstPort));
         error = SendToAddress(turn.GetLock(), destination, bytes, deadline);
@@ -65,7 +66,7 @@ int CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
     return error;
 }
 
-int CUdpPort::Choose(Addresses& addresses) const {
+EnError CUdpPort::Choose(Addresses& addresses) const {
     const auto local = Literal(m_record.ipAddress);
     const bool v6 = local && local->is_v6();
     if (!IsAnyAddress(m_record.ipAddress)) {
@@ -76,9 +77,9 @@ int CUdpPort::Choose(Addresses& addresses) const {
     return addresses.empty() ? ErrorNoAddress : ErrorNone;
 }
 
-int CUdpPort::SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                            Clock::time_point deadline) {
-    const int error = Bind(destination.address().is_v6());
+EnError CUdpPort::SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                                Clock::time_point deadline) {
+    const EnError error = Bind(destination.address().is_v6());
     return error == ErrorNone ? SendTo(lock, destination, bytes, deadline) : error;
 }
 
@@ -101,13 +102,13 @@ void CUdpPort::Share() {
     }
 }
 
-int CUdpPort::Bind(bool v6) {
+EnError CUdpPort::Bind(bool v6) {
     auto& slot = m_sockets.at(v6 ? 1 : 0);
     if (slot) {
         return ErrorNone;
     }
     auto socket = std::make_unique<Udp::socket>(m_context.io);
-    if (const int error = TryBind(*socket, v6); error != ErrorNone) {
+    if (const EnError error = TryBind(*socket, v6); error != ErrorNone) {
         m_log.Failed("can't bind", error);
         return error;
     }
@@ -117,7 +118,7 @@ int CUdpPort::Bind(bool v6) {
     return ErrorNone;
 }
 
-int CUdpPort::TryBind(Udp::socket& socket, bool v6) const {
+EnError CUdpPort::TryBind(Udp::socket& socket, bool v6) const {
     if (!IsPort(m_record.port, true)) {
         return ErrorNoAddress;
     }
@@ -152,8 +153,8 @@ int CUdpPort::TryBind(Udp::socket& socket, bool v6) const {
     return SocketError(code);
 }
 
-int CUdpPort::SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                     Clock::time_point deadline) {
+EnError CUdpPort::SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                         Clock::time_point deadline) {
     const bool v6 = destination.address().is_v6();
     for (;;) {
         const auto& socket = m_sockets.at(v6 ? 1 : 0);
@@ -169,7 +170,7 @@ int CUdpPort::SendTo(Lock& lock, const Udp::endpoint& destination, std::string_v
                                m_writable = true;
                                m_changed.notify_all();
                            });
-        if (const int error =
+        if (const EnError error =
                 WaitUntil(lock, deadline, [this]() REQUIRES_LOCK(m_mutex) { return m_writable; });
             error != ErrorNone) {
             return error;

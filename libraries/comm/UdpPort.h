@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/NetPort.h"
 
 #include <array>
@@ -24,21 +25,21 @@ class CUdpPort final : public CNetPort {
   private:
     using Udp = boost::asio::ip::udp;
 
-    int SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
+    EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
     /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */
-    [[nodiscard]] int Choose(Addresses& addresses) const;
+    [[nodiscard]] EnError Choose(Addresses& addresses) const;
 
     /** Sends to one address, in the turn of a call. */
-    [[nodiscard]] int SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                                    Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                                        Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
     /** Binds the socket for a destination of that version. */
-    [[nodiscard]] int Bind(bool v6) REQUIRES_LOCK(m_mutex);
-    [[nodiscard]] int TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
-    [[nodiscard]] int SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
-                             Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError Bind(bool v6) REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
+    [[nodiscard]] EnError SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
+                                 Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
     void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
     /** Reads and drops what came in. */

@@ -24,7 +24,7 @@ class NameServer {
         for (const char* address : addresses) {
             m_result.addresses.push_back(boost::asio::ip::make_address(address));
         }
-        m_result.error = addresses.empty() ? 11001 : 0;
+        m_result.error = addresses.empty() ? comm::ErrorNoHost : comm::ErrorNone;
     }
 
     /** Questions from now on hang until it goes. */
