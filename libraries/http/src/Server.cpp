@@ -122,8 +122,9 @@ void Server::Stop() {
                     std::to_string(m_port));
     }
     TellCounts(true);
+    const CLock lock(m_goneMutex);
     m_gone = true;
-    m_gone.notify_all();
+    m_goneSignal.notify_all();
 }
 
 void Server::TellCounts(bool isIdle) {
@@ -137,7 +138,8 @@ void Server::TellCounts(bool isIdle) {
 }
 
 void Server::WaitUntilStopped() {
-    m_gone.wait(false);
+    CUniqueLock lock(m_goneMutex);
+    m_goneSignal.wait(lock.Native(), [this] { return m_gone.load(); });
 }
 
 // The loops are notified here, and so after the last connection that was sent to them.

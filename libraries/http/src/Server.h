@@ -7,8 +7,10 @@
 #include "libraries/http/src/ServiceRoutes.h"
 #include "libraries/http/src/StaticFiles.h"
 #include "libraries/http/src/Tally.h"
+#include "platform/Mutex.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <optional>
 #include <string>
@@ -111,6 +113,9 @@ class Server : public std::enable_shared_from_this<Server> {
     std::optional<WebSocketService> m_webSockets;
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_gone{false};
+    // Not m_gone.wait(): with MinGW's library under Wine, its wake-ups are lost now and then.
+    CMutex m_goneMutex;
+    std::condition_variable m_goneSignal;
     Clock::time_point m_lastExhaustion = Clock::time_point();
     Tally m_staleWrites{"Dropped a write that waited for a place"};
     Tally m_shortPlaces{"Places for connections are short", std::chrono::minutes(1)};
