@@ -175,6 +175,7 @@ void CUserData::UpdateNetSerialMap() {
     }
     std::set<int> usedIds;
     std::size_t unusable = 0;
+    const CLock changing(interfaceChangeMutex);
     for (const json& source : list) {
         SElement element;
         if (!ReadElement(source, element)) {

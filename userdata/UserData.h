@@ -162,8 +162,10 @@ class CUserData {
     CUserData();
 
   private:
-    void AddInterfaceOrder(std::int32_t nodeId, bool isNet);
-    void RemoveInterfaceOrder(std::int32_t nodeId);
+    // The order belongs to the change of a record: with the lock taken later, a record that is stored while
+    // all are being deleted stays in its map and misses from the list.
+    void AddInterfaceOrder(std::int32_t nodeId, bool isNet) REQUIRES_LOCK(interfaceChangeMutex);
+    void RemoveInterfaceOrder(std::int32_t nodeId) REQUIRES_LOCK(interfaceChangeMutex);
     void SaveInterfaceDocument() REQUIRES_LOCK(interfaceChangeMutex);
     void StoreInterfaceList(nlohmann::json list) REQUIRES_LOCK(interfaceChangeMutex);
     void SyncComponentConfig() REQUIRES_LOCK(componentChangeMutex);
