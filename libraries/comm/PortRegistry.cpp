@@ -26,7 +26,8 @@ EnError Guarded(Operation operation) noexcept {
         return ErrorNoMemory;
     } catch (const boost::system::system_error& error) {
         return SocketError(error.code());
-    } catch (const std::exception&) {
+    } catch (const std::exception& error) {
+        RavLog::WriteSystemLog(RavLog::Error, "ports", error.what());
         return ErrorGeneral;
     }
 }
