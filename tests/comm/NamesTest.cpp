@@ -6,6 +6,7 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -15,32 +16,32 @@ namespace {
 
 using simulation::milliseconds;
 
-/** Answers for all names alike; counts the questions. */
+/** Answers for all names alike; counts the questions. A look-up may outlive it. */
 class NameServer {
   public:
     void Answer(const std::vector<const char*>& addresses) {
-        const std::lock_guard lock(m_mutex);
-        m_result.addresses.clear();
+        const std::lock_guard lock(m_state->mutex);
+        m_state->result.addresses.clear();
         for (const char* address : addresses) {
-            m_result.addresses.push_back(boost::asio::ip::make_address(address));
+            m_state->result.addresses.push_back(boost::asio::ip::make_address(address));
         }
-        m_result.error = addresses.empty() ? comm::ErrorNoHost : comm::ErrorNone;
+        m_state->result.error = addresses.empty() ? comm::ErrorNoHost : comm::ErrorNone;
     }
 
     /** Questions from now on hang until it goes. */
     std::promise<void> Hang() {
         std::promise<void> end;
-        const std::lock_guard lock(m_mutex);
-        m_hanging = end.get_future().share();
+        const std::lock_guard lock(m_state->mutex);
+        m_state->hanging = end.get_future().share();
         return end;
     }
 
     comm::CNameResolver::Ask Ask() {
-        return [this](const std::string&) {
-            std::unique_lock lock(m_mutex);
-            ++m_questions;
-            comm::SResolved result = m_result;
-            const auto hanging = m_hanging;
+        return [state = m_state](const std::string&) {
+            std::unique_lock lock(state->mutex);
+            ++state->questions;
+            comm::SResolved result = state->result;
+            const auto hanging = state->hanging;
             lock.unlock();
             if (hanging.valid()) {
                 hanging.wait();
@@ -49,13 +50,16 @@ class NameServer {
         };
     }
 
-    int Questions() const { return m_questions; }
+    int Questions() const { return m_state->questions; }
 
   private:
-    std::mutex m_mutex;
-    comm::SResolved m_result;
-    std::shared_future<void> m_hanging;
-    std::atomic<int> m_questions = 0;
+    struct SState {
+        std::mutex mutex;
+        comm::SResolved result;
+        std::shared_future<void> hanging;
+        std::atomic<int> questions = 0;
+    };
+    const std::shared_ptr<SState> m_state = std::make_shared<SState>();
 };
 
 comm::SCommSettings Settings() {
