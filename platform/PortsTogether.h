@@ -5,10 +5,10 @@
 #include <vector>
 
 /**
- * Opens ports side by side: make one before a run of CComManager::InitNetSocket. While it lives, a call that
- * would wait for a device only begins, and gives true; the end of its life waits until all are open or have
- * failed, for as long as the slowest. For the thread that made it. With a library that doesn't look for it
- * each call waits as usual.
+ * Opens ports side by side. Make one before a run of calls of CComManager::InitNetSocket. While it lives, a
+ * call that would wait for a device only begins, and returns true. The destructor waits until all are open or
+ * have failed, so that the run takes as long as the slowest port. It works for the thread that made it. With
+ * a library that ignores it, each call waits as usual.
  */
 class CPortsTogether {
   public:
@@ -22,10 +22,10 @@ class CPortsTogether {
     CPortsTogether(const CPortsTogether&) = delete;
     CPortsTogether& operator=(const CPortsTogether&) = delete;
 
-    /** What the thread that asks has to leave its waiting to; null: nothing. */
+    /** The one to which the calling thread leaves its waits; null: none. */
     static CPortsTogether* OfThread() { return Current(); }
 
-    /** Of the library: leaves something to the end. @param wait  is called once, and does not throw */
+    /** For the library: leaves a wait to the destructor. @param wait  called once; must not throw */
     void Leave(std::function<void()> wait) { m_waits.push_back(std::move(wait)); }
 
   private:

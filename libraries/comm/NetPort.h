@@ -36,28 +36,32 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
   public:
     /** An opening that has begun. */
     struct SOpening {
-        EnError error = ErrorNone;   ///< of what could be done at once
-        Clock::time_point deadline;  ///< of the rest
-        std::uint64_t attempt = 0;   ///< the attempt to connect that is to be waited for; 0: none
-        bool joinsProbe = false;     ///< which nobody had asked for, and may have begun long before
+        EnError error = ErrorNone;   ///< result of what could be done at once
+        Clock::time_point deadline;  ///< end of the wait for the rest
+        std::uint64_t attempt =
+            0;                    ///< number of the attempt to connect that remains to be waited for; 0: none
+        bool joinsProbe = false;  ///< the attempt is one in the background, which may have begun long before
     };
 
     /** Begins to make the port ready for a record. Does not wait. */
     [[nodiscard]] virtual SOpening BeginOpen(const SNetPortConfig& record) = 0;
 
-    /** Waits until the port is ready for the record; 0 or an error number. Bounded by the settings. */
+    /** Waits until the port is ready for the record, within the limit of the settings. @return 0 or an error
+     * number */
     [[nodiscard]] EnError FinishOpen(const SNetPortConfig& record, const SOpening& opening);
 
-    /** Sends bytes, at least one, to what the record names; 0 or an error number. Bounded by the settings. */
+    /** Sends at least one byte to what the record names, within the limit of the settings. @return 0 or an
+     * error number */
     [[nodiscard]] EnError Send(const SNetPortConfig& record, std::string_view bytes);
 
-    /** A record is deleted. @return true when no other record uses the port, which is to be closed then */
+    /** Takes back the use of a deleted record. @return true when no other record uses the port: the caller
+     * closes it */
     [[nodiscard]] bool Release(const SNetPortConfig& record);
 
-    /** Lets a port of another local address have the same local port. */
+    /** Allows a port with another local address to use the same local port number. */
     virtual void Share() {}
 
-    /** True when nothing is lost with the port: no record uses it, and nothing of it is open or under way. */
+    /** True when the port can be dropped: no record uses it, and nothing is open or under way. */
     bool IsUnused();
 
   protected:
@@ -65,27 +69,27 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
-    /** Waits for what an opening has begun. @return as FinishOpen */
+    /** Waits for the end of an opening that has begun. @return as FinishOpen */
     virtual EnError AwaitOpen(const SOpening& opening) { return opening.error; }
 
-    /** What Send does for a kind of port. */
+    /** The part of Send that differs between the kinds of ports. */
     virtual EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) = 0;
 
-    /** True unless the record has been deleted since the port was opened for it, or sent something. */
+    /** True when the record has used the port and has not been deleted since. */
     bool IsUser(const SNetPortConfig& record) const REQUIRES_LOCK(m_mutex) {
         return m_users.contains(UserOf(record));
     }
 
-    /** Nothing is open or under way. */
+    /** True when nothing is open or under way. */
     virtual bool IsIdle() const REQUIRES_LOCK(m_mutex) = 0;
 
-    /** Until when a send that begins now may take. */
+    /** The end of the time that a send has when it begins now. */
     Clock::time_point Deadline() const;
 
     /**
-     * Calls isKnown(), which looks at connections, again and again until it holds. News that the system keeps
-     * for a handler under way usually arrives at once, but late on a busy machine. The lock is free in
-     * between.
+     * Calls isKnown(), which looks at connections, again and again until it is true. News of a connection
+     * goes to the handler that waits for it first; it usually arrives at once, but late on a busy machine.
+     * The lock is free between the calls.
      * @return as WaitUntil
      */
     template <typename IsKnown>
@@ -101,12 +105,12 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
         return m_closed ? ErrorCut : ErrorNone;
     }
 
-    /** The address in a text; none for a host name. */
+    /** The address that a text spells; none for a host name. */
     static std::optional<boost::asio::ip::address> Literal(const std::string& host);
 
     /**
-     * The addresses that host means: itself, when it is a literal. Waits for them with the lock given up;
-     * when the name server doesn't answer, what the name meant before has to do.
+     * Finds the addresses of a host; a literal is its own address. The lock is free during the wait. When the
+     * name server doesn't answer, the addresses of its last answer are used.
      */
     [[nodiscard]] EnError Resolve(Lock& lock, const std::string& host, Clock::time_point deadline,
                                   Addresses& addresses) REQUIRES_LOCK(m_mutex);
@@ -114,7 +118,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     const SNetContext m_context;
 
   private:
-    /** Notes a record that uses the port: one that it is ready for, or that something was to be sent for. */
+    /** Notes that a record uses the port: the port is ready for it, or a send names it. */
     void Use(const SNetPortConfig& record);
 
     using User = std::tuple<std::string, std::string, std::int32_t>;
@@ -128,8 +132,8 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     }
 
     /**
-     * Local address and remote pair of the records that use the port: those that can differ. The address as
-     * it is spelled, since all spellings of "any" have one port.
+     * The records that use the port, by what can differ between them: local address and remote pair. The
+     * address stands here as it is spelled, since all spellings of "any" share one port.
      */
     std::set<User, SUserLess> m_users GUARDED_BY(m_mutex);
 };

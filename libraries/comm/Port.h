@@ -66,7 +66,8 @@ class CPort {
     /** The turn of one call, together with the lock. */
     class THREAD_ATTRIBUTE(scoped_lockable) CTurn {
       public:
-        /** Waits for the turn until the deadline, or until m_patience of the call that has it. */
+        /** Waits for the turn until the deadline, or until the patience with the call that has it ends
+         * (SetPatience). */
         CTurn(CPort& port, Clock::time_point deadline) THREAD_ATTRIBUTE(acquire_capability(port.m_mutex));
         ~CTurn() THREAD_ATTRIBUTE(release_capability());
         CTurn(const CTurn&) = delete;
@@ -82,7 +83,7 @@ class CPort {
         EnError m_error;
     };
 
-    /** Waits until ready() holds, with the lock held whenever it is asked. @return as CTurn::Error */
+    /** Waits until ready() is true. It is called with the lock held. @return as CTurn::Error */
     template <typename Ready>
     [[nodiscard]] EnError WaitUntil(Lock& lock, Clock::time_point deadline, Ready ready)
         REQUIRES_LOCK(m_mutex) {
@@ -94,11 +95,11 @@ class CPort {
         return done ? ErrorNone : ErrorTimedOut;
     }
 
-    /** Says until when other calls wait for the one that has the turn: its device may be stuck. */
+    /** Sets how long other calls wait for the call that has the turn. Its device may be stuck. */
     void SetPatience(Clock::time_point until) REQUIRES_LOCK(m_mutex);
 
     CMutex m_mutex;
-    std::condition_variable m_changed;        ///< told after each change of what a call may wait for
+    std::condition_variable m_changed;        ///< notified after each change for which a call may wait
     bool m_busy GUARDED_BY(m_mutex) = false;  ///< some call has the turn
     bool m_closed GUARDED_BY(m_mutex) = false;
     CPortLog m_log GUARDED_BY(m_mutex);

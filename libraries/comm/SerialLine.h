@@ -24,10 +24,10 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     CSerialLine(const SCommSettings& settings, const std::string& comPort,
                 std::shared_ptr<CSerialLine> former);
 
-    /** Tells whether the line can be used with the settings of a record: 0 or an error number. */
+    /** Checks whether the line can be used with the settings of a record. @return 0 or an error number */
     [[nodiscard]] EnError Check(const SSerialPortConfig& config);
 
-    /** Sends bytes, at least one, and waits until they have left: 0 or an error number. */
+    /** Sends at least one byte, and waits until all have left. @return 0 or an error number */
     [[nodiscard]] EnError Send(const SSerialPortConfig& config, std::string_view bytes);
 
     void Close() override;
@@ -35,8 +35,7 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     /** Waits until the device is closed, after Close. @return false when it isn't at the deadline */
     [[nodiscard]] bool WaitClosed(Clock::time_point deadline);
 
-    /** True when its device is closed, and that of a former line too, so that nothing is lost with the
-     * object. */
+    /** True when the object can be dropped: its device is closed, and so is that of a former line. */
     bool IsUnused();
 
   private:
@@ -52,7 +51,7 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     /** Waits until no call is under way; fails at once while the driver hangs. @return as WaitUntil */
     [[nodiscard]] EnError WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
-    /** Has the thread do something. @return 0 or an error number */
+    /** Gives the thread a job and waits for its end. @return 0 or an error number */
     [[nodiscard]] EnError Do(Lock& lock, SJob job) REQUIRES_LOCK(m_mutex);
     void StartThread() REQUIRES_LOCK(m_mutex);
 
@@ -66,9 +65,9 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     const std::string m_comPort;
     std::shared_ptr<CSerialLine> m_former;  ///< the thread's own
     std::shared_ptr<CSerialSession> m_session
-        GUARDED_BY(m_mutex);  ///< null while there is no thread, or it is about to end
-    std::shared_ptr<SJob> m_job GUARDED_BY(m_mutex);  ///< what the thread does, or is to do next
-    bool m_hangs GUARDED_BY(m_mutex) = false;         ///< it does so beyond its bound
+        GUARDED_BY(m_mutex);  ///< null while there is no thread, or the thread is about to end
+    std::shared_ptr<SJob> m_job GUARDED_BY(m_mutex);  ///< the job under way, or the next one
+    bool m_hangs GUARDED_BY(m_mutex) = false;         ///< the job has passed its limit
     int m_threads GUARDED_BY(m_mutex) = 0;
 };
 

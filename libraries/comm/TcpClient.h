@@ -41,19 +41,21 @@ class CTcpClient final : public CNetPort {
     [[nodiscard]] EnError WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::time_point deadline)
         REQUIRES_LOCK(m_mutex);
 
-    /** The same for a send, which has the turn. */
+    /** As WaitForAttempt, after it has begun one, for a send that has the turn. */
     [[nodiscard]] EnError ConnectForSend(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
-    /** Writes all bytes. @param taken whether the system took some of them, when it failed */
+    /** Writes all bytes. @param taken  after a failure: whether the system has taken some of them */
     [[nodiscard]] EnError Write(Lock& lock, std::string_view bytes, Clock::time_point deadline, bool& taken)
         REQUIRES_LOCK(m_mutex);
 
-    /** The code that a send returns without an attempt: the device is silent, or failed a moment ago. */
+    /** The error number of a send that makes no attempt, since the device is silent or failed a moment ago;
+     * 0: none. */
     EnError KnownFailure() const REQUIRES_LOCK(m_mutex);
-    /** The same for a send that has just come, which needs no turn to learn it. */
+    /** As KnownFailure, for a send that has no turn yet: it need not wait for one to fail. */
     EnError FailAtOnce();
 
-    // An attempt, see TcpConnect.cpp. Its steps follow each other on threads of the library, under the lock.
+    // The steps of an attempt (TcpConnect.cpp). They follow each other on threads of the library, under the
+    // lock.
     void Attempt(bool isProbe) REQUIRES_LOCK(m_mutex);
     void Resolve() REQUIRES_LOCK(m_mutex);
     void OnResolved(const SResolved& resolved) REQUIRES_LOCK(m_mutex);
@@ -62,11 +64,12 @@ class CTcpClient final : public CNetPort {
     [[nodiscard]] EnError OpenSocket(const Endpoint& device) REQUIRES_LOCK(m_mutex);
     void Finish(EnError error) REQUIRES_LOCK(m_mutex);
 
-    /** Gives a handler of the present step: it is called under the lock, unless the step is over by then. */
+    /** Makes a handler for the present step. It is called under the lock, and not at all once the step is
+     * over. */
     template <typename Handler>
     auto InStep(Handler handler) REQUIRES_LOCK(m_mutex);
 
-    /** Runs a step; one that throws ends the attempt. */
+    /** Runs a step. An exception ends the attempt. */
     template <typename Step>
     void Guard(Step step) REQUIRES_LOCK(m_mutex);
 
@@ -76,44 +79,45 @@ class CTcpClient final : public CNetPort {
     void Watch() REQUIRES_LOCK(m_mutex);
     void OnReadable() REQUIRES_LOCK(m_mutex);
 
-    /** Looks whether the device ended the connection, which is forgotten then. */
+    /** Looks whether the device has ended the connection, and forgets the connection if so. */
     CTcpLink::EnPeer Look() REQUIRES_LOCK(m_mutex);
 
-    /** The same for a call, which waits for the news where the handler under way has them. @return as
-     * LookUntil */
+    /** As Look, for a call: waits while the news goes to the handler under way first. @return as LookUntil */
     [[nodiscard]] EnError LookAndWait(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
-    /** Forgets the connection, which the device ended or the network broke. */
+    /** Forgets a connection that the device ended or the network broke. */
     void Lose(EnError error, bool ended) REQUIRES_LOCK(m_mutex);
 
-    /** Closes the connection from here. */
+    /** Closes the connection from this side. */
     void Drop() REQUIRES_LOCK(m_mutex);
 
     const SNetPortConfig m_record;
     std::unique_ptr<CTcpLink> m_link GUARDED_BY(m_mutex);  ///< null when not connected and not connecting
-    /** Tells handlers of an earlier link from those of this one. */
+    /** Number of the link. A handler with another number belongs to an earlier link. */
     std::uint64_t m_generation GUARDED_BY(m_mutex) = 0;
     bool m_connected GUARDED_BY(m_mutex) = false;
     bool m_writable GUARDED_BY(m_mutex) = false;
     bool m_used GUARDED_BY(m_mutex) = false;  ///< a command went out on this connection
     EnError m_lostError GUARDED_BY(m_mutex) = ErrorReset;
     Clock::time_point m_connectedAt GUARDED_BY(m_mutex);
-    int m_shortLived GUARDED_BY(m_mutex) = 0;           ///< connections in a row that were good for nothing
-    EnError m_failure GUARDED_BY(m_mutex) = ErrorNone;  ///< code of the last attempt, 0 after a good one
+    int m_shortLived GUARDED_BY(m_mutex) = 0;  ///< connections in a row that ended before they were of use
+    EnError m_failure GUARDED_BY(m_mutex) =
+        ErrorNone;  ///< error number of the last attempt, 0 when it succeeded
     Clock::time_point m_failedAt GUARDED_BY(m_mutex);
 
     bool m_attempting GUARDED_BY(m_mutex) = false;
     bool m_isProbe GUARDED_BY(m_mutex) = false;        ///< nobody asked for the attempt under way
     bool m_isForSend GUARDED_BY(m_mutex) = false;      ///< a send waits for it, or waited
-    bool m_wasSilent GUARDED_BY(m_mutex) = false;      ///< an address of it did not answer
+    bool m_wasSilent GUARDED_BY(m_mutex) = false;      ///< an address of the device did not answer
     std::uint64_t m_attempts GUARDED_BY(m_mutex) = 0;  ///< attempts that have begun
     std::uint64_t m_finished GUARDED_BY(m_mutex) = 0;  ///< attempts that have ended
-    /** Tells handlers of an earlier step from those of this one. */
+    /** Number of the step. A handler with another number belongs to an earlier step. */
     std::uint64_t m_step GUARDED_BY(m_mutex) = 0;
     Clock::time_point m_attemptAt GUARDED_BY(m_mutex);
     std::vector<boost::asio::ip::address> m_untried GUARDED_BY(m_mutex);  ///< in reverse order
     EnError m_attemptError GUARDED_BY(m_mutex) = ErrorNone;
-    boost::asio::steady_timer m_timer GUARDED_BY(m_mutex);  ///< of the step, or until the next probe
+    boost::asio::steady_timer m_timer
+        GUARDED_BY(m_mutex);  ///< limit of the step, or the pause before the next probe
 
     bool m_silent GUARDED_BY(m_mutex) = false;
     Clock::duration m_probePause GUARDED_BY(m_mutex){};

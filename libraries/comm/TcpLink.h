@@ -9,12 +9,12 @@
 
 namespace comm {
 
-/** One end of a TCP connection. It never waits: its owner does that, and guards it with its lock. */
+/** One end of a TCP connection. It never waits. Its owner does, and guards it with the owner's lock. */
 class CTcpLink {
   public:
     using Socket = boost::asio::ip::tcp::socket;
 
-    /** State of the peer, as reading shows it. */
+    /** State of the peer, as seen by reading. */
     enum class EnPeer {
         Alive,
         Unknown,  ///< received bytes go to the handler of WhenReadable first

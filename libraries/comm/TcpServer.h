@@ -49,21 +49,21 @@ class CTcpServer final : public CNetPort {
     void AcceptLater() REQUIRES_LOCK(m_mutex);
 
     void Watch(std::uint64_t id, SPeer& peer) REQUIRES_LOCK(m_mutex);
-    /** Looks whether the peer has gone; it is forgotten then. */
+    /** Looks whether the peer has disconnected, and forgets it if so. */
     CTcpLink::EnPeer Look(std::uint64_t id) REQUIRES_LOCK(m_mutex);
-    /** The same for all that are meant by a call, which waits for what their handlers know; takes those that
-     * have gone off targets. @return as LookUntil */
+    /** As Look, for all targets of a call: waits while the news goes to their handlers first, and removes
+     * those that have disconnected from targets. @return as LookUntil */
     [[nodiscard]] EnError LookAndWait(Lock& lock, Clock::time_point deadline,
                                       std::set<std::uint64_t>& targets) REQUIRES_LOCK(m_mutex);
     void Forget(std::uint64_t id, std::string_view why, EnError error) REQUIRES_LOCK(m_mutex);
 
-    /** The devices that are meant; none given: all. */
+    /** The devices with these addresses; all devices when there are none. */
     std::set<std::uint64_t> Targets(const Addresses& meant) const REQUIRES_LOCK(m_mutex);
 
     const SNetPortConfig m_record;
     boost::asio::ip::tcp::acceptor m_acceptor GUARDED_BY(m_mutex);
-    boost::asio::ip::tcp::socket m_next GUARDED_BY(m_mutex);  ///< of the device that is waited for
-    /** The next device is waited for, or will be after a pause. */
+    boost::asio::ip::tcp::socket m_next GUARDED_BY(m_mutex);  ///< socket for the next device
+    /** The server waits for the next device, or will after a pause. */
     bool m_accepting GUARDED_BY(m_mutex) = false;
     boost::asio::steady_timer m_pause GUARDED_BY(m_mutex);
     std::map<std::uint64_t, SPeer> m_peers GUARDED_BY(m_mutex);

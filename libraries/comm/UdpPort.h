@@ -28,27 +28,28 @@ class CUdpPort final : public CNetPort {
     EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
-    /** Leaves those that the local address can reach, IPv4 first unless that is an IPv6 address. */
+    /** Keeps the addresses that the local address can reach. IPv4 comes first, unless the local address is
+     * IPv6. */
     [[nodiscard]] EnError Choose(Addresses& addresses) const;
 
-    /** Sends to one address, in the turn of a call. */
+    /** Sends to one address; the call has the turn. */
     [[nodiscard]] EnError SendToAddress(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
                                         Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
 
-    /** Binds the socket for a destination of that version. */
+    /** Binds the socket for destinations of one IP version. */
     [[nodiscard]] EnError Bind(bool v6) REQUIRES_LOCK(m_mutex);
     [[nodiscard]] EnError TryBind(Udp::socket& socket, bool v6) const REQUIRES_LOCK(m_mutex);
     [[nodiscard]] EnError SendTo(Lock& lock, const Udp::endpoint& destination, std::string_view bytes,
                                  Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
     void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
-    /** Reads and drops what came in. */
+    /** Reads and discards what has arrived. */
     void Drain(Udp::socket& socket);
 
     const SNetPortConfig m_record;
     std::array<std::unique_ptr<Udp::socket>, 2> m_sockets GUARDED_BY(m_mutex);  ///< IPv4, IPv6
     bool m_writable GUARDED_BY(m_mutex) = false;
-    /** Ports of this library with other local addresses have the same local port. */
+    /** Ports of this library with other local addresses use the same local port number. */
     bool m_shared GUARDED_BY(m_mutex) = false;
 };
 
