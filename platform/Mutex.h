@@ -28,7 +28,17 @@
 class THREAD_ATTRIBUTE(capability("mutex")) CMutex : public std::mutex {};
 
 /** A reader-writer lock for GUARDED_BY. */
-class THREAD_ATTRIBUTE(capability("mutex")) CSharedMutex : public std::shared_mutex {};
+class THREAD_ATTRIBUTE(capability("mutex")) CSharedMutex : public std::shared_mutex {
+  public:
+    /**
+     * Takes the lock once, since MinGW's makes itself at its first use: two threads that come first at the
+     * same moment would both get it.
+     */
+    CSharedMutex() {
+        lock();
+        unlock();
+    }
+};
 
 /** Holds a CMutex or a CSharedMutex exclusively for the length of a scope. */
 template <typename Mutex>
