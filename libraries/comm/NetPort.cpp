@@ -9,18 +9,13 @@ namespace comm {
 EnError CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& opening) {
     const EnError error = AwaitOpen(opening);
     if (error == ErrorNone) {
+        const Lock lock(m_mutex);
         Use(record);
     }
     return error;
 }
 
-EnError CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
-    Use(record);
-    return SendBytes(record, bytes);
-}
-
 void CNetPort::Use(const SNetPortConfig& record) {
-    const Lock lock(m_mutex);
     if (!IsUser(record)) {
         m_users.emplace(record.ipAddress, record.dstIpAddress, record.dstPort);
     }

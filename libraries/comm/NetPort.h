@@ -52,7 +52,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     /** Sends at least one byte to what the record names, within the limit of the settings. @return 0 or an
      * error number */
-    [[nodiscard]] EnError Send(const SNetPortConfig& record, std::string_view bytes);
+    [[nodiscard]] virtual EnError Send(const SNetPortConfig& record, std::string_view bytes) = 0;
 
     /** Takes back the use of a deleted record. @return true when no other record uses the port: the caller
      * closes it */
@@ -72,8 +72,11 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     /** Waits for the end of an opening that has begun. @return as FinishOpen */
     virtual EnError AwaitOpen(const SOpening& opening) { return opening.error; }
 
-    /** The part of Send that differs between the kinds of ports. */
-    virtual EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) = 0;
+    /**
+     * Notes that a record uses the port: the port is ready for it, or a send names it. Each send calls it
+     * under the first lock that it takes.
+     */
+    void Use(const SNetPortConfig& record) REQUIRES_LOCK(m_mutex);
 
     /** True when the record has used the port and has not been deleted since. */
     bool IsUser(const SNetPortConfig& record) const REQUIRES_LOCK(m_mutex) {
@@ -118,9 +121,6 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     const SNetContext m_context;
 
   private:
-    /** Notes that a record uses the port: the port is ready for it, or a send names it. */
-    void Use(const SNetPortConfig& record);
-
     using User = std::tuple<std::string, std::string, std::int32_t>;
     using UserView = std::tuple<std::string_view, std::string_view, std::int32_t>;
     struct SUserLess {

@@ -63,9 +63,9 @@ EnError CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::tim
     return m_failure != ErrorNone ? m_failure : m_lostError;
 }
 
-EnError CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view bytes) {
+EnError CTcpClient::Send(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
-    if (const EnError error = FailAtOnce(); error != ErrorNone) {
+    if (const EnError error = BeginSend(record); error != ErrorNone) {
         return error;
     }
     CTurn turn(*this, deadline);
@@ -95,8 +95,9 @@ EnError CTcpClient::SendBytes(const SNetPortConfig& /*record*/, std::string_view
     }
 }
 
-EnError CTcpClient::FailAtOnce() {
+EnError CTcpClient::BeginSend(const SNetPortConfig& record) {
     const Lock lock(m_mutex);
+    Use(record);
     m_lastSend = Clock::now();
     return m_connected ? ErrorNone : KnownFailure();
 }

@@ -23,13 +23,13 @@ class CTcpClient final : public CNetPort {
     CTcpClient(const SNetContext& context, const SNetPortConfig& record);
 
     SOpening BeginOpen(const SNetPortConfig& record) override;
+    EnError Send(const SNetPortConfig& record, std::string_view bytes) override;
     void Close() override;
 
   private:
     using Endpoint = boost::asio::ip::tcp::endpoint;
 
     EnError AwaitOpen(const SOpening& opening) override;
-    EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) {
         return m_link == nullptr && !m_attempting && !m_silent;
     }
@@ -51,8 +51,9 @@ class CTcpClient final : public CNetPort {
     /** The error number of a send that makes no attempt, since the device is silent or failed a moment ago;
      * 0: none. */
     EnError KnownFailure() const REQUIRES_LOCK(m_mutex);
-    /** As KnownFailure, for a send that has no turn yet: it need not wait for one to fail. */
-    EnError FailAtOnce();
+    /** Notes that a send of the record begins. @return as KnownFailure: such a send need not wait for its
+     * turn to fail */
+    EnError BeginSend(const SNetPortConfig& record);
 
     // The steps of an attempt (TcpConnect.cpp). They follow each other on threads of the library, under the
     // lock.

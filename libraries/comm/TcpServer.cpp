@@ -26,9 +26,10 @@ CNetPort::SOpening CTcpServer::BeginOpen(const SNetPortConfig& /*record*/) {
     return opening;
 }
 
-EnError CTcpServer::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
+EnError CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
     Lock lock(m_mutex);
+    Use(record);
     if (m_closed) {
         return ErrorCut;
     }

@@ -23,6 +23,7 @@ class CTcpServer final : public CNetPort {
     CTcpServer(const SNetContext& context, const SNetPortConfig& record);
 
     SOpening BeginOpen(const SNetPortConfig& record) override;
+    EnError Send(const SNetPortConfig& record, std::string_view bytes) override;
     void Close() override;
 
   private:
@@ -39,7 +40,6 @@ class CTcpServer final : public CNetPort {
 
     class CDelivery;
 
-    EnError SendBytes(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
     EnError Listen() REQUIRES_LOCK(m_mutex);

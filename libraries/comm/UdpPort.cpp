@@ -34,7 +34,7 @@ CNetPort::SOpening CUdpPort::BeginOpen(const SNetPortConfig& record) {
     return opening;
 }
 
-EnError CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes) {
+EnError CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
     if (bytes.size() > kLongestDatagram) {
         return ErrorTooLong;
     }
@@ -45,6 +45,7 @@ EnError CUdpPort::SendBytes(const SNetPortConfig& record, std::string_view bytes
     Addresses addresses;
     {
         Lock lock(m_mutex);
+        Use(record);
         if (const EnError error = Resolve(lock, record.dstIpAddress, deadline, addresses);
             error != ErrorNone) {
             return error;
