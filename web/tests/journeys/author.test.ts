@@ -1,9 +1,9 @@
 import { afterAll, beforeAll, describe, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
-import { connected, newPage, save, screens, startBrowser } from "../support/browser.ts";
+import { connected, draftKept, newPage, save, screens, startBrowser } from "../support/browser.ts";
 import { SerialDevice, TcpDevice, UdpDevice } from "../support/equipment.ts";
 import { Host, type StoredComponent } from "../support/host.ts";
-import { longest, waitFor } from "../support/wait.ts";
+import { longest } from "../support/wait.ts";
 
 let browser: Browser;
 beforeAll(async () => void (browser = await startBrowser(["--host-resolver-rules=MAP control.lan 127.0.0.1"])));
@@ -198,21 +198,7 @@ describe("the editor", () => {
       await using host = await Host.start();
       const { page } = await openEditor(host, [button(1, 100, 100)]);
       await drag(page, [150, 130], [250, 230]);
-      await waitFor("the draft", () =>
-        page.evaluate(
-          () =>
-            new Promise<number>((resolve) => {
-              const request = indexedDB.open("control-author");
-              request.onsuccess = () => {
-                const count = request.result.transaction("drafts").objectStore("drafts").count();
-                count.onsuccess = () => {
-                  request.result.close();
-                  resolve(count.result);
-                };
-              };
-            }),
-        ),
-      );
+      await draftKept(page);
       await page.reload();
       await page.getByText("Your unsaved work of").waitFor();
       await connected(page);

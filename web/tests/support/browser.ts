@@ -1,4 +1,5 @@
 import { type Browser, type BrowserContext, chromium, type Page } from "playwright-core";
+import { waitFor } from "./wait.ts";
 
 const flags = [
   "--no-sandbox",
@@ -31,6 +32,25 @@ export async function save(page: Page): Promise<void> {
   await page.getByRole("button", { name: "Save", exact: true }).waitFor();
   await page.keyboard.press("Control+S");
   await page.getByRole("button", { name: "Saved" }).waitFor();
+}
+
+/** Waits until the browser has kept what is unsaved. */
+export function draftKept(page: Page): Promise<unknown> {
+  return waitFor("the draft", () =>
+    page.evaluate(
+      () =>
+        new Promise<number>((resolve) => {
+          const request = indexedDB.open("control-author");
+          request.onsuccess = () => {
+            const count = request.result.transaction("drafts").objectStore("drafts").count();
+            count.onsuccess = () => {
+              request.result.close();
+              resolve(count.result);
+            };
+          };
+        }),
+    ),
+  );
 }
 
 /** A page in a profile of its own. Errors that nothing caught are collected, for the test to look at. */
