@@ -19,6 +19,12 @@ export function step<State>(history: History<State>, next: State): History<State
   return { past: [...history.past, history.present].slice(-historySteps), present: next, future: [] };
 }
 
+/** The history with each state replaced by the result of `change`. */
+export function mapHistory<State>(history: History<State>, change: (state: State) => State): History<State> {
+  const { past, present, future } = history;
+  return { past: past.map(change), present: change(present), future: future.map(change) };
+}
+
 export function undo<State>(history: History<State>): History<State> {
   const previous = history.past.at(-1);
   if (previous === undefined) return history;

@@ -4,7 +4,7 @@ import type { Connection, ConnectionState } from "../../api/connection.ts";
 import type { ReportError } from "../../api/errors.ts";
 import type { PageEvents } from "../../api/pageEvents.ts";
 import { codes, type Server, ServerError } from "../../api/server.ts";
-import { type History, redo, startHistory, step, undo } from "../../model/history.ts";
+import { type History, mapHistory, redo, startHistory, step, undo } from "../../model/history.ts";
 import { type Command, mapCommands, writeCommand } from "../../model/interactions.ts";
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
 import { asArray, asObject, isObject } from "../../model/json.ts";
@@ -118,8 +118,11 @@ export class ProjectStore {
     try {
       this.interfaces = readInterfaces(await this.needs.server.interfaces());
       if (this.isDirty || this.saving) return;
+      const { base } = this;
       const { project: stored } = await readStored(this.needs.server);
-      if (this.isDirty || this.saving || isRefused(stored) || sameProject(stored, this.base)) return;
+      // After a save in between, what was read is out of date.
+      if (this.isDirty || this.saving || this.base !== base) return;
+      if (isRefused(stored) || sameProject(stored, base)) return;
       this.base = stored;
       this.history = startHistory(stored);
     } catch {
@@ -170,10 +173,11 @@ export class ProjectStore {
     kept.catch((error: unknown) => this.needs.reportError(error, "draft"));
   }
 
-  /** Goes back to what is stored. The step can be undone. */
+  /** Goes back to what is stored, unless the project is changed or saved meanwhile. The step can be undone. */
   async discard(): Promise<void> {
+    const { project, base } = this;
     const { project: stored } = await readStored(this.needs.server);
-    if (isRefused(stored)) return;
+    if (isRefused(stored) || this.saving || this.project !== project || this.base !== base) return;
     this.#adopt(stored);
     this.restored = 0;
   }
@@ -231,12 +235,14 @@ export class ProjectStore {
 
   /** @returns false when something else has been stored meanwhile */
   async #write(stored: Snapshot): Promise<boolean> {
-    const project = this.#withoutStrayIds(this.project);
+    const current = this.project;
+    const project = this.#withoutStrayIds(current);
+    // What is changed from here on is a step of its own, on top of the project that is being written.
+    this.#lastTag = "";
     if (!(await writeStored(this.needs.server, project, stored, this.needs.clock.date()))) return false;
-    this.history = { ...this.history, present: project };
+    this.history = mapHistory(this.history, (one) => (one === current ? project : one));
     this.base = project;
     this.restored = 0;
-    this.#lastTag = "";
     this.#keepDraft();
     return true;
   }
@@ -298,7 +304,7 @@ export class ProjectStore {
       ...before,
       triggers: { ...before.triggers, [trigger]: commands },
     });
-    this.base = sameProject(base, this.project) ? this.project : base;
+    this.base = [this.project, this.base].find((one) => sameProject(one, base)) ?? base;
     this.#keepDraft();
   }
 
