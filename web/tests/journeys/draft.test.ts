@@ -1,7 +1,7 @@
 import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
 import sample from "../../../demo/sample_project.json" with { type: "json" };
-import { connected, draftKept, newPage, startBrowser } from "../support/browser.ts";
+import { connected, draftKept, newPage, save, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
 
 let browser: Browser;
@@ -31,5 +31,16 @@ it("unsaved work comes back after a reload, and its notice can be closed", async
   await notice.getByRole("button", { name: "Close" }).click();
   await notice.waitFor({ state: "detached" });
   expect(await nameField(page).inputValue()).toBe("Foyer");
+  expect(errors).toEqual([]);
+});
+
+it("the offer to discard unsaved work goes with the first edit", async () => {
+  await using host = await Host.start();
+  const { page, errors } = await reloaded(host, "Foyer");
+  const notice = page.locator(".notice");
+  await nameField(page).fill("Lobby");
+  await notice.waitFor({ state: "detached" });
+  await save(page);
+  expect((await host.read("getPageLayoutInfo")).pages[0]?.name).toBe("Lobby");
   expect(errors).toEqual([]);
 });

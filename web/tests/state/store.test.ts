@@ -186,6 +186,26 @@ describe("the draft", () => {
     expect([pageNames(store.project), store.isDirty]).toEqual([["Mine"], true]);
   });
 
+  it.each<[string, () => unknown]>([
+    ["an edit", () => store.change(renamed(store.project, "Newer"))],
+    ["an undo", () => store.undo()],
+    ["a save", () => store.save()],
+    [
+      "taking what others have stored",
+      async () => {
+        around.server.put(renamed(first, "Theirs"));
+        await store.save();
+        await store.resolve("theirs");
+      },
+    ],
+    ["the author's wish", () => store.acceptDraft()],
+  ])("is offered to be thrown away no more after %s", async (_name, act) => {
+    around.draft = draftOf(first, renamed(first, "Mine"));
+    await load();
+    await act();
+    expect(store.restored).toBe(0);
+  });
+
   it("that the browser can't keep is reported, and work goes on", async () => {
     around.draftError = new Error("no database");
     await load();

@@ -41,13 +41,15 @@ export class ProjectStore {
   saving = $state(false);
   /** What somebody else has stored meanwhile; the author has to choose. */
   conflict = $state.raw<Project | undefined>();
-  /** The time of the draft with which this session continues; 0: none. */
-  restored = $state(0);
   /** What is stored, as far as this session knows. */
   base = $state.raw<Project>(emptyProject);
 
   readonly project = $derived(this.history.present);
   readonly isDirty = $derived(this.project !== this.base);
+  /** The draft with which this session has begun, until it is stored or given up. */
+  #draft = $state.raw<{ project: Project; time: number } | undefined>();
+  /** The time of the draft, as long as it is what the author sees; otherwise 0. */
+  readonly restored = $derived(this.isDirty && this.#draft?.project === this.project ? this.#draft.time : 0);
   readonly interfaceIds = $derived(new Set(this.interfaces.map((one) => one.nodeId)));
   readonly pictures: Pictures = $derived.by(() => this.#pictureStore.update(this.project.materials));
 
@@ -95,7 +97,7 @@ export class ProjectStore {
       // Undo leads back to the stored project, even when the notice that offers to discard the draft is gone.
       if (!sameProject(draft.base, this.base)) this.base = draft.base;
       this.history = step(this.history, draft.project);
-      this.restored = draft.time;
+      this.#draft = draft;
       await this.needs.drafts.keep(draft.base, draft.project);
     } catch (error) {
       // Without the browser's database there are no drafts; everything else works.
@@ -179,14 +181,19 @@ export class ProjectStore {
     const { project: stored } = await readStored(this.needs.server);
     if (isRefused(stored) || this.saving || this.project !== project || this.base !== base) return;
     this.#adopt(stored);
-    this.restored = 0;
   }
 
   #adopt(stored: Project): void {
     this.history = step(this.history, stored);
     this.base = stored;
+    this.#draft = undefined;
     this.#lastTag = "";
     this.#keepDraft();
+  }
+
+  /** Goes on with the draft: `restored` is 0 from now on. */
+  acceptDraft(): void {
+    this.#draft = undefined;
   }
 
   /**
@@ -242,7 +249,7 @@ export class ProjectStore {
     if (!(await writeStored(this.needs.server, project, stored, this.needs.clock.date()))) return false;
     this.history = mapHistory(this.history, (one) => (one === current ? project : one));
     this.base = project;
-    this.restored = 0;
+    this.#draft = undefined;
     this.#keepDraft();
     return true;
   }
