@@ -29,7 +29,7 @@ export interface ComponentCommands {
 export type Interactions = Readonly<Record<number, ComponentCommands>>;
 
 /** Placeholder in a slider's template for the position's number. */
-export const placeholder = /\{value(?::(\d))?\}/g;
+const placeholder = /\{value(?::(\d))?\}/g;
 
 /** The triggers that a component can fire, in the order in which they are shown. */
 export function triggersOf(component: Component): string[] {
@@ -66,18 +66,29 @@ export function sliderValue(component: SliderComponent, position: number): numbe
 export function expandTemplate(component: SliderComponent, template: readonly Command[]): ComponentCommands {
   const triggers: Record<string, Command[]> = {};
   for (let position = 0; position < component.steps; ++position) {
-    const value = sliderValue(component, position);
     triggers[sliderTrigger(position)] = template.map((command) => ({
       ...command,
-      content: command.content.replace(placeholder, (_, digits?: string) => paddedValue(value, digits, command)),
+      content: contentAt(component, position, command),
     }));
   }
   return { triggers, template };
 }
 
-function paddedValue(value: number, digits: string | undefined, command: Command): string {
+type Content = Pick<Command, "content" | "contentFormat">;
+
+function contentAt(component: SliderComponent, position: number, { content, contentFormat }: Content): string {
+  const value = sliderValue(component, position);
+  return content.replace(placeholder, (_, digits?: string) => paddedValue(value, digits, contentFormat));
+}
+
+/** The content as it goes out from the slider's middle position; without a slider, as it stands. */
+export function sampleContent(template: Content, slider: SliderComponent | undefined): string {
+  return slider ? contentAt(slider, middlePosition(slider), template) : template.content;
+}
+
+function paddedValue(value: number, digits: string | undefined, contentFormat: number): string {
   const whole = Math.round(value);
-  if (command.contentFormat !== 0) return (whole & 0xff).toString(16).toUpperCase().padStart(2, "0");
+  if (contentFormat !== 0) return (whole & 0xff).toString(16).toUpperCase().padStart(2, "0");
   if (!digits) return String(value);
   return (whole < 0 ? "-" : "") + String(Math.abs(whole)).padStart(Number(digits), "0");
 }

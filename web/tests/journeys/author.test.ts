@@ -268,7 +268,7 @@ describe("the editor", () => {
     await page.mouse.move(...to);
     await page.mouse.up();
     await addCommand(page, "Device", "Volume", "VOL {value:3}");
-    await page.getByText("56 4F 4C 20 35 30").waitFor();
+    await page.getByText("56 4F 4C 20 30 35 30").waitFor();
     // What is stored for the slider alone does not hide what somebody else has stored for another component.
     const another = {
       triggerType: "click",

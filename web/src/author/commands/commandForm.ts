@@ -1,7 +1,8 @@
 /** The command editor's fields, and their meaning: a stored command, or the place of a fault. */
 import { bytesToHex, bytesToText, type Bytes, contentToBytes, type Fault, isFault } from "../../model/content.ts";
 import { escapeText, placeInNotation, splitTerminator, unescapeText } from "../../model/escapes.ts";
-import { type Command, placeholder } from "../../model/interactions.ts";
+import { type Command, sampleContent } from "../../model/interactions.ts";
+import type { SliderComponent } from "../../model/layout.ts";
 
 export interface CommandFields {
   isText: boolean;
@@ -27,23 +28,21 @@ export interface Meaning {
 
 /**
  * The meaning of the fields. The place of a fault is a place in the notation.
- * @param sample  replaces the placeholders of a slider's template; nothing where there are none
+ * @param slider  whose template this is, if it is one: the bytes are those of its middle position
  */
-export function meaningOf(fields: CommandFields, sample?: { text: string; hex: string }): Meaning | Fault {
+export function meaningOf(fields: CommandFields, slider?: SliderComponent): Meaning | Fault {
+  const bytesOf = (content: string, contentFormat: number) =>
+    contentToBytes(sampleContent({ content, contentFormat }, slider), contentFormat, fields.asciiEncode);
   if (!fields.isText) {
-    const bytes = contentToBytes(sampled(fields.notation, sample?.hex), 1, 0);
+    const bytes = bytesOf(fields.notation, 1);
     return isFault(bytes) ? bytes : { content: fields.notation, bytes };
   }
   const body = unescapeText(fields.notation);
   if (isFault(body)) return body;
   const content = body + fields.terminator;
-  const bytes = contentToBytes(sampled(content, sample?.text), 0, fields.asciiEncode);
+  const bytes = bytesOf(content, 0);
   if (isFault(bytes)) return { fault: bytes.fault, at: placeInNotation(fields.notation, bytes.at) };
   return { content, bytes };
-}
-
-function sampled(text: string, value: string | undefined): string {
-  return value === undefined ? text : text.replace(placeholder, value);
 }
 
 /** The same bytes in the other notation, or nothing when it can't express them without loss. */
