@@ -99,7 +99,6 @@ async function call(...request: Parameters<typeof exchange>): Promise<unknown> {
 }
 
 const base = "/api/centralControl/";
-const get = (route: string) => call("GET", base + route);
 const post = (route: string, body?: unknown) => call("POST", base + route, body);
 
 /**
@@ -137,7 +136,7 @@ export function createServer() {
       post(controlType === "comInfo" ? "editComInfo" : "editNetPortInfo", { data: { nodeId, info } }),
     deleteInterface: (nodeId: number) => post("deleteInterfaceConfig", { nodeId }),
     deleteAllInterfaces: () => post("deleteAllInterfaceConfig"),
-    serialPorts: () => get("getServerComList"),
+    serialPorts: () => call("GET", "/api/getServerComList"),
 
     click: (componentId: number, triggerType: string) =>
       call("POST", `${base}useComponent`, { data: { componentId, interactionArr: [{ triggerType }] } }, clickLimit),

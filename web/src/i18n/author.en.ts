@@ -127,6 +127,7 @@ export const authorEn = {
   setLocal: "Set local address and port…",
   serialPort: "Serial port",
   portsFound: "Found on the server: {0}",
+  portsNotListed: "The list of the serial ports could not be read. You can type a name.",
   noPortsFound: "The server has found no serial port. You can type a name.",
   baudRate: "Speed (baud)",
   wordLength: "Data bits",

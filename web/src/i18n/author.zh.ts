@@ -123,6 +123,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   setLocal: "设置本地地址和端口…",
   serialPort: "串口",
   portsFound: "服务器上的串口：{0}",
+  portsNotListed: "无法读取串口列表，可直接输入名称。",
   noPortsFound: "服务器未发现串口，可直接输入名称。",
   baudRate: "波特率",
   wordLength: "数据位",
