@@ -40,8 +40,11 @@ export const openWebSocket: OpenSocket = (address, events) => {
 };
 
 export interface ConnectionNeeds {
-  /** Asked before each attempt, since settings can change. @param hasFailed  the last attempt ended without an echo */
-  address(hasFailed: boolean): Promise<string>;
+  /**
+   * Asked before each attempt, since settings can change. @param hasFailed  the last attempt ended without an echo
+   * @returns undefined when it is not known at the moment
+   */
+  address(hasFailed: boolean): Promise<string | undefined>;
   readonly openSocket: OpenSocket;
   readonly clock: Clock;
   readonly events: PageEvents;
@@ -84,6 +87,7 @@ export class Connection {
     this.#next?.cancel();
     const address = await this.needs.address(this.#hasFailed);
     this.#drop();
+    if (address === undefined) return this.#lose();
     this.#hasFailed = true;
     try {
       const socket = this.needs.openSocket(address, {

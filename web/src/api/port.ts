@@ -16,17 +16,34 @@ export function choosePort(port: number): void {
   else localStorage.removeItem(key);
 }
 
-/** @param hasFailed  there was no answer at the previous address */
-export async function webSocketAddress(hasFailed: boolean): Promise<string> {
-  const [first, other] = webSocketAddresses(location, chosenPort(), await readSettings());
-  return other && hasFailed && (await isMissing(sharedPath)) ? other : first!;
+/**
+ * Finds the address for each attempt. Without an answer from the server, what it has told before counts: at the default
+ * port there may be another server.
+ */
+export function createWebSocketAddress() {
+  let settings: Settings | undefined;
+
+  /** @param hasFailed  there was no echo at the previous address  @returns undefined when the server has told nothing */
+  return async (hasFailed: boolean): Promise<string | undefined> => {
+    const chosen = chosenPort();
+    settings = (await readSettings()) ?? settings;
+    if (!settings && !chosen) return undefined;
+    const [first, other] = webSocketAddresses(location, chosen, settings?.told);
+    return other && hasFailed && (await isMissing(sharedPath)) ? other : first;
+  };
 }
 
-/** The server writes settings.json at its start if it has the right; without that file the defaults count. */
-async function readSettings(): Promise<unknown> {
+interface Settings {
+  /** The content of settings.json, which the server writes at its start if it has the right; otherwise nothing. */
+  readonly told: unknown;
+}
+
+/** @returns undefined when the server does not answer */
+async function readSettings(): Promise<Settings | undefined> {
   try {
     const response = await fetch("settings.json", { cache: "no-store", signal: AbortSignal.timeout(answerLimit) });
-    return response.ok ? await response.json() : undefined;
+    if (response.status === 404) return { told: undefined };
+    return response.ok ? { told: await response.json() } : undefined;
   } catch {
     return undefined;
   }

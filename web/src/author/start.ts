@@ -3,7 +3,7 @@ import { browserClock as clock } from "../api/clock.ts";
 import { Connection, openWebSocket } from "../api/connection.ts";
 import type { ReportError } from "../api/errors.ts";
 import { browserEvents as events } from "../api/pageEvents.ts";
-import { webSocketAddress } from "../api/port.ts";
+import { createWebSocketAddress } from "../api/port.ts";
 import { createServer } from "../api/server.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { Drafts } from "./project/draft.ts";
@@ -15,7 +15,7 @@ import { Route } from "./shell/route.svelte.ts";
 export async function start(place: HTMLElement, reportError: ReportError): Promise<void> {
   language.startWith(navigator.language);
   const server = createServer();
-  const connection = new Connection({ address: webSocketAddress, openSocket: openWebSocket, clock, events });
+  const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
   const store = new ProjectStore({ server, drafts: new Drafts(clock), connection, clock, events, reportError });
   const app = { server, store, notices: new Notices(clock, reportError), route: new Route() };
   await Promise.all([language.load(server), store.load()]);

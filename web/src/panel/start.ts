@@ -3,14 +3,14 @@ import { browserClock as clock } from "../api/clock.ts";
 import { Connection, openWebSocket } from "../api/connection.ts";
 import type { ReportError } from "../api/errors.ts";
 import { browserEvents as events } from "../api/pageEvents.ts";
-import { webSocketAddress } from "../api/port.ts";
+import { createWebSocketAddress } from "../api/port.ts";
 import { createServer } from "../api/server.ts";
 import { language } from "../i18n/language.svelte.ts";
 import Panel from "./Panel.svelte";
 
 export function start(place: HTMLElement, reportError: ReportError): void {
   language.startWith(navigator.language);
-  const connection = new Connection({ address: webSocketAddress, openSocket: openWebSocket, clock, events });
+  const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
   const needs = { server: createServer(), connection, clock, events, storage: localStorage, reportError };
   mount(Panel, { target: place, props: { needs } });
 }

@@ -3,7 +3,7 @@ import type { Browser, Page } from "playwright-core";
 import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
-import { longest } from "../support/wait.ts";
+import { longest, waitFor } from "../support/wait.ts";
 
 let browser: Browser;
 beforeAll(async () => void (browser = await startBrowser()));
@@ -183,10 +183,14 @@ describe("a panel", () => {
 
   it("refuses presses while the server is away, and reads everything again when it is back", async () => {
     const [x, y] = await middle("Click");
+    const sockets: string[] = [];
+    page.on("websocket", (socket) => sockets.push(socket.url()));
     await host.stop();
     await page.getByText("Reconnecting…").first().waitFor();
     await page.mouse.click(x, y);
     await page.getByText("Not connected. Nothing was sent.").waitFor();
+    await waitFor("two attempts to connect", () => sockets.length >= 2);
+    expect(new Set(sockets)).toEqual(new Set([`ws://127.0.0.1:${host.webSocketPort}/`]));
     const layout = host.file("layout.json").replace('"Click"', '"Again"');
     const { writeFileSync } = await import("node:fs");
     writeFileSync(`${host.userData}/layout.json`, layout);

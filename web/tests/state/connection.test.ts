@@ -52,7 +52,7 @@ let connection: Connection;
 
 const last = () => sockets.at(-1)!;
 
-async function start(address = () => "ws://here/"): Promise<void> {
+async function start(address: () => string | undefined = () => "ws://here/"): Promise<void> {
   connection = new Connection({
     address: (hasFailed) => {
       asked.push(hasFailed);
@@ -164,8 +164,8 @@ describe("a lost connection", () => {
     expect(asked).toEqual([false, true, false]);
   });
 
-  it("is tried again where the address is none", async () => {
-    let address = "none";
+  it.each([["is none"], ["is not known"]])("is tried again where the address %s", async (what) => {
+    let address: string | undefined = what === "is none" ? "none" : undefined;
     await start(() => address);
     expect(states).toEqual(["lost"]);
     address = "ws://there/";
