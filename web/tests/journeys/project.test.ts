@@ -128,7 +128,10 @@ describe("a project as a file", () => {
     await dialog.getByRole("button", { name: "Add the missing interfaces" }).click();
     await dialog.getByText("1 / 2 found here").waitFor();
     await dialog.getByRole("button", { name: "Replace everything" }).click();
+    const toSave = page.getByText("Imported. Save to store it.");
+    await toSave.waitFor();
     await save(page);
+    expect(await toSave.count()).toBe(0);
 
     const [saved] = await Promise.all([
       page.waitForEvent("download"),

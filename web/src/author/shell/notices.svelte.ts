@@ -9,7 +9,12 @@ export interface Notice {
   readonly id: number;
   readonly kind: "good" | "bad" | "plain";
   readonly text: string;
-  readonly action?: { readonly label: string; readonly run: () => void };
+  readonly action?: {
+    readonly label: string;
+    readonly run: () => void;
+    /** Whether it can still be done: otherwise the notice is not shown. Absent: always. */
+    readonly holds?: () => boolean;
+  };
 }
 
 export interface Question {
@@ -24,7 +29,8 @@ export interface Question {
 const times = { good: 2500, plain: 5000, bad: 9000, action: 15_000 };
 
 export class Notices {
-  list = $state.raw<readonly Notice[]>([]);
+  #list = $state.raw<readonly Notice[]>([]);
+  readonly list = $derived(this.#list.filter(({ action }) => action?.holds?.() ?? true));
   question = $state.raw<Question | undefined>();
   #next = 1;
 
@@ -35,12 +41,12 @@ export class Notices {
 
   tell(kind: Notice["kind"], text: string, action?: Notice["action"]): void {
     const notice: Notice = { id: this.#next++, kind, text, ...(action && { action }) };
-    this.list = [...this.list.filter((one) => one.text !== text), notice].slice(-3);
+    this.#list = [...this.list.filter((one) => one.text !== text), notice].slice(-3);
     this.clock.after(action ? times.action : times[kind], () => this.drop(notice.id));
   }
 
   drop(id: number): void {
-    this.list = this.list.filter((one) => one.id !== id);
+    this.#list = this.#list.filter((one) => one.id !== id);
   }
 
   ask(title: string, text: string, yes: string, isDangerous = false): Promise<boolean> {
