@@ -141,6 +141,7 @@ export const authorEn = {
   fault_empty: "This is needed.",
   fault_port: "A port is a whole number from 1 to 65535.",
   fault_address: "An address has no blanks and no slashes.",
+  fault_addressPort: "The port belongs in its own field.",
   fault_stopBits: "One and a half stop bits go with 5 data bits only, two with 6 to 8.",
   nameTaken: "The name is taken. Choose another one.",
   duplicateSettings: "Another interface has the same settings. Use that one, or change an address or port.",

@@ -137,6 +137,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   fault_empty: "此项必填。",
   fault_port: "端口须为 1 到 65535 的整数。",
   fault_address: "地址中不能有空格和斜杠。",
+  fault_addressPort: "端口请填写在端口栏中。",
   fault_stopBits: "1.5 个停止位只用于 5 个数据位，2 个停止位用于 6 到 8 个数据位。",
   nameTaken: "名称已被使用，请换一个。",
   duplicateSettings: "已有相同设置的接口，请使用该接口，或更改地址或端口。",

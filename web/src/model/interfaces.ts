@@ -85,7 +85,7 @@ function bracketed(address: string): string {
 }
 
 /** The key of a field that can't be valid, before the server is asked. */
-export type FieldFault = "empty" | "port" | "address" | "stopBits";
+export type FieldFault = "empty" | "port" | "address" | "addressPort" | "stopBits";
 
 export function checkNetInfo(info: NetInfo): Partial<Record<keyof NetInfo, FieldFault>> {
   const faults: Partial<Record<keyof NetInfo, FieldFault>> = {};
@@ -97,8 +97,11 @@ export function checkNetInfo(info: NetInfo): Partial<Record<keyof NetInfo, Field
     if (wrongPort(info.dstPort, 1)) faults.dstPort = "port";
     if (!info.dstIpAddress.trim()) faults.dstIpAddress = "empty";
   }
-  if (/[\s/]/.test(info.dstIpAddress.trim())) faults.dstIpAddress = "address";
-  if (/[\s/]/.test(info.ipAddress.trim())) faults.ipAddress = "address";
+  for (const field of ["dstIpAddress", "ipAddress"] as const) {
+    const address = info[field].trim();
+    if (/[\s/]/.test(address)) faults[field] = "address";
+    else if (/^[^:]*:\d*$|\]:/.test(address)) faults[field] = "addressPort";
+  }
   return faults;
 }
 

@@ -136,6 +136,9 @@ describe("interfaces", () => {
       { ...newNetInfo, dstIpAddress: "10.0.0.7/24", dstPort: 0 },
       { netPortName: "empty", dstPort: "port", dstIpAddress: "address" },
     ],
+    [{ ...newNetInfo, netPortName: "A", dstIpAddress: "10.0.0.7:4352" }, { dstIpAddress: "addressPort" }],
+    [{ ...newNetInfo, netPortName: "A", dstIpAddress: "[fe80::1]:80" }, { dstIpAddress: "addressPort" }],
+    [{ ...newNetInfo, netPortName: "A", dstIpAddress: "fe80::1", ipAddress: "::" }, {}],
     [{ ...newNetInfo, netPortName: "A", netMode: "TCP_Server" as const }, { port: "port" }],
     [{ ...newNetInfo, netPortName: "A", netMode: "TCP_Server" as const, port: 5000 }, {}],
   ])("checks %j", (info, faults) => expect(checkNetInfo(info)).toEqual(faults));
