@@ -5,8 +5,11 @@ import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
 import { retries } from "./build/retries.ts";
 
-/** Maximum size of an entry, gzipped, with everything that it loads. The build fails above it. */
-const limits = { panel: 40_000, author: 90_000 };
+/**
+ * Maximum size of an entry, gzipped, with everything that it loads. The build fails above it. The author's part had
+ * 90 kB until its fields began to say what is wrong with them.
+ */
+const limits = { panel: 40_000, author: 95_000 };
 
 const server = process.env["SERVER_URL"] ?? "http://127.0.0.1:8086";
 const webSocket = process.env["SERVER_WEBSOCKET"] ?? "ws://127.0.0.1:8081";

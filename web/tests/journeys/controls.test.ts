@@ -123,6 +123,9 @@ describe("what is wrong with a field is told with the field", () => {
     const [width, height] = [page.getByLabel("Width"), page.getByLabel("Height")];
     await width.fill("1");
     expect(await described(height)).toBe("");
+    const name = page.getByLabel("Name of the page");
+    await name.fill(" ");
+    await isToldWith(name, "This is needed.", () => name.fill("Hall"));
     await isToldWith(width, "Width and height are whole numbers", () => width.fill("800"));
     await page.getByRole("button", { name: "Cancel" }).click();
 
@@ -135,7 +138,20 @@ describe("what is wrong with a field is told with the field", () => {
   });
 
   it("of a component and its commands", async () => {
+    const lamps = {
+      netPortName: "Lamps",
+      netMode: "UDP",
+      ipAddress: "",
+      port: 0,
+      dstIpAddress: "127.0.0.1",
+      dstPort: 9,
+    };
+    await host.post("addNetPortInfo", { data: { info: lamps } });
     await open("#/edit/p-hall");
+    const name = page.getByLabel("Name of the page");
+    await name.fill("");
+    await isToldWith(name, "This is needed.", () => name.press("Tab"));
+    expect(await name.inputValue()).toBe("Hall");
     await page.getByRole("tab", { name: "List" }).click();
     await page.getByRole("tabpanel").getByRole("button", { name: "On", exact: true }).click();
     const width = page.getByRole("complementary", { name: "Properties" }).getByLabel("Width");
@@ -148,6 +164,8 @@ describe("what is wrong with a field is told with the field", () => {
     await page.getByRole("button", { name: "New command" }).click();
     const content = page.locator("#content");
     expect(await described(content)).not.toBe("");
+    await page.getByRole("button", { name: "OK" }).click();
+    await isToldWith(content, "This is needed.", () => content.fill("A"));
     await content.fill("\\q");
     await isToldWith(content, "there is no such escape", () => content.fill("\\xff"));
     await page.getByRole("radio", { name: "Hexadecimal" }).click();
