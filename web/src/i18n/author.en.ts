@@ -26,6 +26,7 @@ export const authorEn = {
   unreachable: "The server can't be reached. Check that it runs and that the network is up.",
   tryAgain: "Try again",
   draftRestored: "Your unsaved work of {0} is back.",
+  filledLost: "What you have entered here is not kept.",
   discardDraft: "Discard it",
   newerTitle: "These pages were made with a newer version",
   newerText:

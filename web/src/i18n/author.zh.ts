@@ -28,6 +28,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   unreachable: "无法连接服务器。请检查服务器是否运行、网络是否正常。",
   tryAgain: "重试",
   draftRestored: "已恢复 {0} 的未保存内容。",
+  filledLost: "此处填写的内容不会保留。",
   discardDraft: "放弃",
   newerTitle: "这些页面由更新的版本制作",
   newerText: "保存的页面版本为 {0}，此应用无法识别。请更新服务器后再编辑；在此之前不会改动任何内容。",

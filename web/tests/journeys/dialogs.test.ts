@@ -1,0 +1,34 @@
+import { afterAll, beforeAll, expect, it } from "vitest";
+import type { Browser } from "playwright-core";
+import { connected, newPage, startBrowser } from "../support/browser.ts";
+import { Host } from "../support/host.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser()));
+afterAll(() => browser.close());
+
+it("Escape closes an empty form at once, and asks before it closes a filled one", async () => {
+  await using host = await Host.start();
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/interfaces`);
+  await connected(page);
+  const open = page.getByRole("button", { name: "New interface" });
+  const dialogs = page.getByRole("dialog");
+  await open.click();
+  await page.keyboard.press("Escape");
+  await dialogs.waitFor({ state: "detached" });
+
+  await open.click();
+  await page.keyboard.type("Lamps");
+  await page.keyboard.press("Escape");
+  await dialogs.getByText("What you have entered here is not kept.").waitFor();
+  await page.keyboard.press("Escape");
+  await dialogs.getByText("What you have entered here is not kept.").waitFor({ state: "detached" });
+  await page.keyboard.type(" 2");
+  expect(await dialogs.getByLabel("Name").inputValue()).toBe("Lamps 2");
+
+  await dialogs.getByRole("button", { name: "Close" }).click();
+  await page.getByRole("button", { name: "Discard it" }).click();
+  await dialogs.waitFor({ state: "detached" });
+  expect(errors).toEqual([]);
+});
