@@ -4,6 +4,7 @@ import type { Browser, Locator, Page } from "playwright-core";
 import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { connected, newPage, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
+import { storeSample } from "../support/places.ts";
 
 let browser: Browser;
 let host: Host;
@@ -12,7 +13,7 @@ let errors: string[];
 beforeAll(async () => {
   browser = await startBrowser();
   host = await Host.start();
-  await host.post("setCentralControlWebLayout", { data: sample.layout });
+  await storeSample(host);
 });
 beforeEach(async () => ({ page, errors } = await newPage(browser)));
 afterEach(async () => {
@@ -34,13 +35,8 @@ describe("arrow keys", () => {
     await open("#/edit/p-hall");
     await page.keyboard.press("Control+A");
     await page.getByRole("tab", { name: "Add" }).focus();
-    for (const [key, name] of [
-      ["ArrowRight", "List"],
-      ["End", "Problems"],
-      ["ArrowRight", "Add"],
-      ["ArrowLeft", "Problems"],
-      ["Home", "Add"],
-    ] as const) {
+    for (const step of ["ArrowRight List", "End Problems", "ArrowRight Add", "ArrowLeft Problems", "Home Add"]) {
+      const [key, name] = step.split(" ") as [string, string];
       await page.keyboard.press(key);
       await page.getByRole("tab", { name, selected: true }).and(page.locator(":focus")).waitFor();
       await page.getByRole("tabpanel", { name }).waitFor();
@@ -54,14 +50,8 @@ describe("arrow keys", () => {
   it("choose in a radio group, around its ends", async () => {
     await open("#/settings");
     await page.getByRole("radio", { name: "As the system" }).focus();
-    for (const [key, name] of [
-      ["ArrowUp", "Dark"],
-      ["ArrowRight", "As the system"],
-      ["ArrowDown", "Light"],
-      ["ArrowLeft", "As the system"],
-      ["End", "Dark"],
-      ["Home", "As the system"],
-    ] as const) {
+    for (const step of ["ArrowUp Dark", "ArrowRight As", "ArrowDown Light", "ArrowLeft As", "End Dark", "Home As"]) {
+      const [key, name] = step.split(" ") as [string, string];
       await page.keyboard.press(key);
       await page.getByRole("radio", { name, checked: true }).and(page.locator(":focus")).waitFor();
     }

@@ -1,6 +1,7 @@
+import { writeFileSync } from "node:fs";
 import { afterAll, beforeAll, beforeEach, afterEach, describe, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
-import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
+import { connected, fingersOn, newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 import { longest, waitFor } from "../support/wait.ts";
@@ -22,20 +23,18 @@ const components = [
   { ...base, id: 9, type: "link", x: 500, y: 600, target: "p2", look: { text: "Next" } },
   { ...base, id: 10, type: "button", x: 900, y: 600, mode: "press", look: { text: "Press" } },
 ];
-const triggers: [number, string][] = [
-  [1, "click"],
-  [2, "press"],
-  [2, "release"],
-  [3, "repeat"],
-  [4, "longPress"],
-  [5, "click"],
-  [6, "on"],
-  [6, "off"],
-  [7, "position0"],
-  [7, "position1"],
-  [7, "position2"],
-  [8, "click"],
-  [10, "press"],
+/** Each component has a command for each trigger that there is: what it sends tells its own from the others. */
+const triggers = [
+  "click",
+  "press",
+  "release",
+  "repeat",
+  "longPress",
+  "on",
+  "off",
+  "position0",
+  "position1",
+  "position2",
 ];
 
 let host: Host;
@@ -54,21 +53,13 @@ beforeEach(async () => {
   await host.post("setCentralControlWebLayout", {
     data: { form: "control pages", version: 1, startPage: "p1", pages },
   });
+  const command = { portIndex: 1, controlType: "netPortInfo", commandName: "C" };
   const componentArr = components.map(({ id }) => ({
     componentId: id,
-    interactionArr: triggers
-      .filter(([one]) => one === id)
-      .map(([, triggerType]) => ({
-        triggerType,
-        commandArr: [
-          {
-            portIndex: 1,
-            controlType: "netPortInfo",
-            commandName: "C",
-            netPortInfo: { content: `<${id}${triggerType}>` },
-          },
-        ],
-      })),
+    interactionArr: triggers.map((triggerType) => ({
+      triggerType,
+      commandArr: [{ ...command, netPortInfo: { content: `<${id}${triggerType}>` } }],
+    })),
   }));
   await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
   ({ page, errors } = await newPage(browser));
@@ -90,14 +81,16 @@ async function middle(name: string): Promise<[number, number]> {
   return [box.x + box.width / 2, box.y + box.height / 2];
 }
 
-async function downOn(name: string): Promise<void> {
+/** Holds a component until the device has those bytes. */
+async function hold(name: string, bytes: string): Promise<void> {
   await page.mouse.move(...(await middle(name)));
   await page.mouse.down();
+  await device.has(bytes);
 }
 
 describe("a panel", () => {
   it("sends in each way of pressing, and only then", async () => {
-    await downOn("Click");
+    await hold("Click", "");
     await page.locator(".part.pressed").waitFor();
     await page.mouse.move(10, 10);
     await page.mouse.up();
@@ -105,20 +98,17 @@ describe("a panel", () => {
     await device.has("<1click>");
     await part("Click").and(page.locator(".done")).waitFor();
 
-    await downOn("Hold");
-    await device.has("<2press>");
+    await hold("Hold", "<2press>");
     expect(device.bytes).not.toContain("release");
     await page.mouse.move(10, 10);
     await page.mouse.up();
     await device.has("<2press><2release>");
 
-    await downOn("Repeat");
-    await device.has("<3repeat><3repeat><3repeat>");
+    await hold("Repeat", "<3repeat><3repeat><3repeat>");
     await page.mouse.up();
 
     await part("Long").click();
-    await downOn("Long");
-    await device.has("<4longPress>");
+    await hold("Long", "<4longPress>");
     await page.mouse.up();
 
     await part("Ask").click();
@@ -127,8 +117,7 @@ describe("a panel", () => {
     await page.getByRole("dialog").getByRole("button", { name: "Send" }).click();
     await device.has("<5click>");
 
-    await downOn("Press");
-    await device.has("<10press>");
+    await hold("Press", "<10press>");
     await page.mouse.up();
 
     await page.getByRole("switch").click();
@@ -192,7 +181,6 @@ describe("a panel", () => {
     await waitFor("two attempts to connect", () => sockets.length >= 2);
     expect(new Set(sockets)).toEqual(new Set([`ws://127.0.0.1:${host.webSocketPort}/`]));
     const layout = host.file("layout.json").replace('"Click"', '"Again"');
-    const { writeFileSync } = await import("node:fs");
     writeFileSync(`${host.userData}/layout.json`, layout);
     await host.launch();
     await part("Again").waitFor();
@@ -208,23 +196,17 @@ describe("a panel", () => {
     await connected(phone.page);
     await phone.page.getByRole("button", { name: "Click", exact: true }).tap();
     await device.has("<1click>");
-    const client = await phone.context.newCDPSession(phone.page);
-    const at = async (name: string) => {
+    const touch = await fingersOn(phone.page);
+    const at = async (name: string): Promise<[number, number]> => {
       const box = (await phone.page.getByRole("button", { name, exact: true }).boundingBox())!;
-      return { x: box.x + box.width / 2, y: box.y + box.height / 2 };
+      return [box.x + box.width / 2, box.y + box.height / 2];
     };
     const [hold, press] = [await at("Hold"), await at("Press")];
-    await client.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: [{ ...hold, id: 1 }] });
-    await client.send("Input.dispatchTouchEvent", {
-      type: "touchStart",
-      touchPoints: [
-        { ...hold, id: 1 },
-        { ...press, id: 2 },
-      ],
-    });
+    await touch("touchStart", hold);
+    await touch("touchStart", hold, press);
     await device.has("<10press>");
     expect(device.bytes).not.toContain("<2release>");
-    await client.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
+    await touch("touchEnd");
     await device.has("<2release>");
     await phone.context.close();
     expect(phone.errors).toEqual([]);

@@ -12,32 +12,18 @@ interface TraceEvent {
 }
 
 /** What the events of the page's main thread count as; those of other names are the browser's own work. */
-const kinds: Record<string, "scripting" | "layout" | "painting"> = {
-  EventDispatch: "scripting",
-  FunctionCall: "scripting",
-  EvaluateScript: "scripting",
-  RunMicrotasks: "scripting",
-  FireAnimationFrame: "scripting",
-  TimerFire: "scripting",
-  MinorGC: "scripting",
-  MajorGC: "scripting",
-  UpdateLayoutTree: "layout",
-  Layout: "layout",
-  PrePaint: "painting",
-  Paint: "painting",
-  Layerize: "painting",
-  Commit: "painting",
+const names = {
+  scripting: "EventDispatch FunctionCall EvaluateScript RunMicrotasks FireAnimationFrame TimerFire MinorGC MajorGC",
+  layout: "UpdateLayoutTree Layout",
+  painting: "PrePaint Paint Layerize Commit",
 };
+type Kind = keyof typeof names;
+const kinds = new Map(
+  (Object.keys(names) as Kind[]).flatMap((kind) => names[kind].split(" ").map((one) => [one, kind])),
+);
 
 /** The page's main thread while something was done: lengths in ms. */
-export interface MainThread {
-  duration: number;
-  longest: number;
-  busy: number;
-  scripting: number;
-  layout: number;
-  painting: number;
-}
+export type MainThread = Record<"duration" | "longest" | "busy" | Kind, number>;
 
 /** Records a trace of the browser while `act` runs, and adds up what the page's main thread did. */
 export async function traced(browser: Browser, page: Page, act: () => Promise<void>): Promise<MainThread> {
@@ -58,7 +44,7 @@ export async function traced(browser: Browser, page: Page, act: () => Promise<vo
   const sums = { duration: (end!.ts - begin!.ts) / 1000, longest: 0, busy: 0, scripting: 0, layout: 0, painting: 0 };
   const isTask = (name: string) => name.endsWith("RunTask");
   // Each event's time without that of the events inside it, so that layout which a script asks for counts as layout.
-  const open: { until: number; kind: "scripting" | "layout" | "painting" | undefined }[] = [];
+  const open: { until: number; kind: Kind | undefined }[] = [];
   for (const one of own) {
     const length = (one.dur ?? 0) / 1000;
     while (open.length && open.at(-1)!.until <= one.ts) open.pop();
@@ -67,7 +53,7 @@ export async function traced(browser: Browser, page: Page, act: () => Promise<vo
       sums.longest = Math.max(sums.longest, length);
     }
     const outer = open.at(-1)?.kind;
-    const kind = kinds[one.name] ?? outer;
+    const kind = kinds.get(one.name) ?? outer;
     if (kind !== outer) {
       if (kind) sums[kind] += length;
       if (outer) sums[outer] -= length;

@@ -49,11 +49,8 @@ it("fits a page into a room", () => {
 describe("snapping", () => {
   const targets = { page: { width: 1000, height: 800 }, others: [box(300, 300)] };
   it.each([
-    ["an edge to another's edge", box(296, 100), 10, 6, { dx: 4, dy: 0 }],
     ["a middle to the page's middle", box(448, 100), 10, 6, { dx: 2, dy: 0 }],
-    ["the grid where nothing is near", box(123, 104), 10, 6, { dx: -3, dy: -4 }],
     ["components before the grid", box(202, 104), 10, 6, { dx: -2, dy: -4 }],
-    ["nothing at all", box(296, 104), 0, 0, { dx: 0, dy: 0 }],
   ])("%s", (_, moved, grid, reach, expected) => {
     expect(snapMove(moved, targets, { grid, reach })).toMatchObject(expected);
   });
@@ -64,10 +61,8 @@ describe("snapping", () => {
   });
 
   it("moves only the edges of the handle", () => {
-    expect(snapEdges(box(100, 100, 197, 197), "end", "", targets, { grid: 0, reach: 6 })).toMatchObject({
-      dx: 3,
-      dy: 0,
-    });
+    const snapped = snapEdges(box(100, 100, 197, 197), "end", "", targets, { grid: 0, reach: 6 });
+    expect(snapped).toMatchObject({ dx: 3, dy: 0 });
   });
 });
 

@@ -16,45 +16,32 @@ const outside = at(900, 900);
 
 const button = (mode: PressMode, more: Partial<ButtonComponent> = {}): ButtonComponent => ({
   ...newComponent("button", 0, 0),
-  id: 1,
-  mode,
-  hold: 800,
-  interval: 300,
-  ...more,
+  ...{ id: 1, mode, hold: 800, interval: 300, ...more },
 });
 const toggle = (confirm = "") => ({ ...newComponent("switch", 0, 0), id: 1, confirm });
 const link = { ...newComponent("link", 0, 0), id: 1, target: "p2" };
 /** Its rail has 256 px from x 32 on, and 11 positions, 25.6 px apart. */
-const slider = (more: Partial<SliderComponent> = {}): SliderComponent => ({
-  ...newComponent("slider", 0, 0),
-  id: 1,
-  ...more,
-});
+const slider = (more: Partial<SliderComponent> = {}) => ({ ...newComponent("slider", 0, 0), id: 1, ...more });
 const rail = (position: number) => at(32 + 25.6 * position, 40);
 
 let clock: FakeClock;
 let presses: Presses;
-/** The calls of the hooks, in order. */
+/** The calls of the hooks, in order, and the answers to what was sent. */
 let log: string[];
 let targets: Component[];
 let values: Map<number, number>;
 let isAllowed: boolean;
-/** Whether what is sent next arrives; and with `held`, what waits for its answer. */
-let arrives: boolean;
-let held: ((arrived: boolean) => void)[] | undefined;
 let agrees: boolean;
+/** What was sent and waits for its answer; all of it arrives at once where this is not set. */
+let held: ((arrived: boolean) => void)[] | undefined;
 
 const shown = (id = 1) => values.get(id) ?? 0;
-
-async function answer(arrived: boolean): Promise<void> {
-  held!.shift()!(arrived);
-  await settled();
-}
 
 beforeEach(() => {
   clock = new FakeClock();
   [log, targets, values, held] = [[], [], new Map<number, number>(), undefined];
-  [isAllowed, arrives, agrees] = [true, true, true];
+  [isAllowed, agrees] = [true, true];
+  const note = (word: string, id: number) => log.push(id === 1 ? word : `${word} ${id}`);
   presses = new Presses(
     {
       targets: () => targets,
@@ -63,14 +50,14 @@ beforeEach(() => {
         if (!isAllowed) log.push("refused");
         return isAllowed;
       },
-      setPressed: (id, pressed) => log.push(`${pressed ? "pressed" : "free"}${id === 1 ? "" : ` ${id}`}`),
+      setPressed: (id, pressed) => note(pressed ? "pressed" : "free", id),
       confirm: (component) => {
         if (component.confirm) log.push(component.confirm);
         return Promise.resolve(!component.confirm || agrees);
       },
       fire: ({ id }, trigger) => {
-        log.push(id === 1 ? trigger : `${trigger} ${id}`);
-        return held ? new Promise((resolve) => held!.push(resolve)) : Promise.resolve(arrives);
+        note(trigger, id);
+        return held ? new Promise((resolve) => held!.push(resolve)) : Promise.resolve(true);
       },
       isOn: (id) => shown(id) === 1,
       setOn: (id, on) => values.set(id, on ? 1 : 0),
@@ -82,154 +69,76 @@ beforeEach(() => {
   );
 });
 
-/** What one finger does: it goes down, leaves, comes back, is lifted, is taken away; a number: so many ms pass. */
-type Step = "down" | "out" | "back" | "up" | "upOutside" | "cancel" | number;
-
-async function finger(...steps: Step[]): Promise<void> {
-  for (const step of steps) {
-    if (step === "down") presses.down(1, inside);
-    else if (step === "out") presses.move(1, outside);
-    else if (step === "back") presses.move(1, inside);
-    else if (step === "up") presses.up(1, inside);
-    else if (step === "upOutside") presses.up(1, outside);
-    else if (step === "cancel") presses.cancel(1);
-    else await clock.pass(step);
+/**
+ * What one finger does: it goes down, leaves, comes back, is lifted, is lifted off the component, is taken away; at a
+ * position of a slider's rail where there is a number. A number alone: so many ms pass. `yes`, `no`: what was sent has
+ * arrived or not.
+ */
+async function finger(steps: string): Promise<void> {
+  for (const step of steps.split(" ")) {
+    const [, word, number] = /^([a-z]*)(.*)$/.exec(step)!;
+    const place = number ? rail(Number(number)) : inside;
+    if (word === "down") presses.down(1, place);
+    else if (word === "to") presses.move(1, place);
+    else if (word === "out") presses.move(1, outside);
+    else if (word === "up") presses.up(1, place);
+    else if (word === "off") presses.up(1, outside);
+    else if (word === "gone") presses.cancel(1);
+    else if (word === "") await clock.pass(Number(number));
+    else {
+      log.push(word!);
+      held!.shift()!(word === "yes");
+    }
     await settled();
   }
 }
 
 describe("a finger on a button", () => {
-  it.each<[string, Component, Step[], string[]]>([
-    ["click: sends when it is lifted", button("click"), ["down", 5000, "up"], ["pressed", "free", "click"]],
-    [
-      "click: sends nothing when it is lifted elsewhere",
-      button("click"),
-      ["down", "out", "upOutside"],
-      ["pressed", "free", "free"],
-    ],
-    [
-      "click: can come back",
-      button("click"),
-      ["down", "out", "back", "up"],
-      ["pressed", "free", "pressed", "free", "click"],
-    ],
-    ["click: sends nothing when it is taken away", button("click"), ["down", "cancel", "up"], ["pressed", "free"]],
-    [
-      "press: sends when it goes down, and only then",
-      button("press"),
-      ["down", "out", "upOutside"],
-      ["pressed", "press", "free"],
-    ],
-    ["pressRelease: sends both", button("pressRelease"), ["down", 5000, "up"], ["pressed", "press", "free", "release"]],
-    [
-      "pressRelease: stays pressed until it is lifted, wherever",
-      button("pressRelease"),
-      ["down", "out", "upOutside"],
-      ["pressed", "press", "free", "release"],
-    ],
-    [
-      "pressRelease: is released when it is taken away",
-      button("pressRelease"),
-      ["down", "cancel"],
-      ["pressed", "press", "free", "release"],
-    ],
-    [
-      "repeat: sends at once and after each pause",
-      button("repeat"),
-      ["down", 299, 1, 300, "up", 5000],
-      ["pressed", "repeat", "repeat", "repeat", "free"],
-    ],
-    ["repeat: ends when it is taken away", button("repeat"), ["down", "cancel", 5000], ["pressed", "repeat", "free"]],
-    [
-      "long: sends when it was held long enough",
-      button("long"),
-      ["down", 800, "up"],
-      ["pressed", "free", "longPress", "free"],
-    ],
-    [
-      "long: does not look pressed again once it has sent",
-      button("long"),
-      ["down", 800, "back", "up"],
-      ["pressed", "free", "longPress", "free"],
-    ],
-    ["long: sends nothing when it was too short", button("long"), ["down", 799, "up", 5000], ["pressed", "free"]],
-    [
-      "long: sends nothing when it left, also when it came back",
-      button("long"),
-      ["down", 400, "out", "back", 5000, "up"],
-      ["pressed", "free", "pressed", "free"],
-    ],
-    ["long: sends nothing when it is taken away", button("long"), ["down", "cancel", 5000], ["pressed", "free"]],
-  ])("%s", async (_, component, steps, expected) => {
-    targets = [component];
-    await finger(...steps);
-    expect(log).toEqual(expected);
+  it.each<[string, PressMode, string, string]>([
+    ["sends when it is lifted", "click", "down 5000 up", "pressed free click"],
+    ["sends nothing when it is lifted elsewhere", "click", "down out off", "pressed free free"],
+    ["can come back", "click", "down out to up", "pressed free pressed free click"],
+    ["sends nothing when it is taken away", "click", "down gone up", "pressed free"],
+    ["sends when it goes down, and only then", "press", "down out off", "pressed press free"],
+    ["sends both, wherever it is lifted", "pressRelease", "down out off", "pressed press free release"],
+    ["is released when it is taken away", "pressRelease", "down gone", "pressed press free release"],
+    ["releases once the press was answered", "pressRelease", "down up yes", "pressed press free yes release"],
+    ["sends at once and after each pause", "repeat", "down 299 1 300 up 5000", "pressed repeat repeat repeat free"],
+    ["ends when it is taken away", "repeat", "down gone 5000", "pressed repeat free"],
+    ["repeats only what arrived", "repeat", "down 5000 yes 300 no 5000", "pressed repeat yes repeat no"],
+    ["sends once when it was held long enough", "long", "down 800 to up", "pressed free longPress free"],
+    ["sends nothing when it was too short", "long", "down 799 up 5000", "pressed free"],
+    ["sends nothing when it has left", "long", "down 400 out to 5000 up", "pressed free pressed free"],
+    ["sends nothing when it is taken away", "long", "down gone 5000", "pressed free"],
+  ])("%s (%s: %s)", async (_, mode, steps, expected) => {
+    targets = [button(mode)];
+    if (/yes|no/.test(steps)) held = [];
+    await finger(steps);
+    expect(log.join(" ")).toBe(expected);
   });
 
   it.each(["click", "press", "long"] as const)("asks before it sends (%s)", async (mode) => {
     targets = [button(mode, { confirm: "sure?" })];
     const trigger = mode === "long" ? "longPress" : mode;
-    await finger("down", 800, "up");
-    expect(log.filter((one) => one === "sure?" || one === trigger)).toEqual(["sure?", trigger]);
+    const asked = () => log.filter((one) => one === "sure?" || one === trigger);
+    await finger("down 800 up");
+    expect(asked()).toEqual(["sure?", trigger]);
     [agrees, log] = [false, []];
-    await finger("down", 800, "up");
-    expect(log.filter((one) => one === "sure?" || one === trigger)).toEqual(["sure?"]);
-  });
-
-  it("releases only after the press has been answered", async () => {
-    [targets, held] = [[button("pressRelease")], []];
-    await finger("down", "up");
-    expect(log).toEqual(["pressed", "press", "free"]);
-    await answer(true);
-    expect(log.at(-1)).toBe("release");
-  });
-
-  it("repeats not before the answer, and no more after a failure", async () => {
-    [targets, held] = [[button("repeat")], []];
-    await finger("down", 5000);
-    expect(log).toEqual(["pressed", "repeat"]);
-    await answer(true);
-    await finger(300);
-    await answer(false);
-    await finger(5000);
-    expect(log).toEqual(["pressed", "repeat", "repeat"]);
+    await finger("down 800 up");
+    expect(asked()).toEqual(["sure?"]);
   });
 
   it("is refused without a connection, but for a link", async () => {
-    isAllowed = false;
-    targets = [button("click")];
+    [isAllowed, targets] = [false, [button("click")]];
     expect(presses.down(1, inside)).toBe(false);
     targets = [link];
-    await finger("down", "up");
+    await finger("down up");
     expect(log).toEqual(["refused", "pressed", "free", "to p2"]);
   });
 
   it("presses nothing where nothing is near", () => {
     targets = [button("press")];
     expect([presses.down(1, outside), log]).toEqual([false, []]);
-  });
-});
-
-describe("a switch", () => {
-  beforeEach(() => (targets = [toggle()]));
-
-  it("sends on and off in turn", async () => {
-    await finger("down", "up", "down", "up");
-    expect([log.filter((one) => one.startsWith("o")), shown()]).toEqual([["on", "off"], 0]);
-  });
-
-  it("shows its new state at once, and goes back when it did not arrive", async () => {
-    held = [];
-    await finger("down", "up");
-    expect(shown()).toBe(1);
-    await answer(false);
-    expect(shown()).toBe(0);
-  });
-
-  it("stays as it is when the operator says no", async () => {
-    [targets, agrees] = [[toggle("sure?")], false];
-    await finger("down", "up");
-    expect([log, shown()]).toEqual([["pressed", "free", "sure?"], 0]);
   });
 });
 
@@ -240,9 +149,9 @@ describe("several fingers", () => {
   it("press several components, each for itself", async () => {
     await finger("down");
     presses.down(2, other);
-    await finger("up", 300);
+    await finger("up 300");
     presses.up(2, other);
-    await finger(5000);
+    await finger("5000");
     expect(log).toEqual(["pressed", "press", "pressed 2", "repeat 2", "free", "release", "repeat 2", "free 2"]);
   });
 
@@ -258,98 +167,58 @@ describe("several fingers", () => {
     await finger("down");
     presses.down(2, other);
     presses.cancelAll();
-    await finger("up", 5000);
+    await finger("up 5000");
     expect(log).toEqual(["pressed", "press", "pressed 2", "repeat 2", "free", "free 2", "release"]);
     expect(presses.down(1, inside)).toBe(true);
   });
 });
 
-describe("a slider", () => {
-  const sent = () => log.filter((one) => one.startsWith("position"));
+describe("a finger on what has a state", () => {
+  const asking = slider({ live: true, confirm: "sure?" });
 
-  it.each([
-    ["its rail", slider(), rail(3), 3],
-    ["between two positions", slider(), rail(3.6), 4],
-    ["before its rail", slider(), at(1, 40), 0],
-    ["behind its rail", slider(), at(319, 40), 10],
-    ["the rail of an upright one", slider({ vertical: true, width: 80, height: 316 }), at(40, 316 - 58 - 40), 2],
-  ])("takes the position of a finger on %s", async (_, component, point, position) => {
-    [targets, values] = [[component], new Map([[1, 7]])];
-    presses.down(1, point);
-    presses.up(1, point);
-    await settled();
-    expect([shown(), sent()]).toEqual([position, [`position${position}`]]);
+  it.each<[string, Component, number, string, string, number]>([
+    ["sends on", toggle(), 0, "down up yes", "pressed free on yes", 1],
+    ["sends off", toggle(), 1, "down up yes", "pressed free off yes", 0],
+    ["shows the new state at once", toggle(), 0, "down up", "pressed free on", 1],
+    ["goes back when it did not arrive", toggle(), 0, "down up no", "pressed free on no", 0],
+    ["asks, and heeds the no", toggle("sure?"), 0, "down up", "pressed free sure?", 0],
+    ["takes its position on the rail", slider(), 7, "down3 up3 yes", "pressed free position3 yes", 3],
+    ["takes the nearest position", slider(), 7, "down3.6 up3.6", "pressed free position4", 4],
+    ["takes the first before the rail", slider(), 7, "down-1.2 up-1.2", "pressed free position0", 0],
+    ["takes the last behind the rail", slider(), 7, "down11.2 up11.2", "pressed free position10", 10],
+    ["sends the last position alone", slider(), 0, "down2 to9 up6", "pressed free position6", 6],
+    ["sends nothing where it began", slider(), 6, "down2 to9 up6", "pressed free", 6],
+    ["goes back when it is taken away", slider(), 4, "down8 gone", "pressed free", 4],
+    ["goes back to where it was", slider(), 4, "down8 up8 no", "pressed free position8 no", 4],
+    [
+      "sends while it is moved: the newest position once the last one has arrived",
+      slider({ live: true }),
+      0,
+      "down0 to1 to2 to3 yes up5 yes no",
+      "pressed position1 yes position3 free yes position5 no",
+      3,
+    ],
+    [
+      "goes back to what has arrived",
+      slider({ live: true }),
+      0,
+      "down1 to2 yes to3 no gone",
+      "pressed position2 yes position3 no free",
+      2,
+    ],
+    ["asks at the end alone, and heeds the no", asking, 0, "down1 to2 up3", "pressed free sure?", 0],
+  ])("%s", async (_, component, before, steps, expected, after) => {
+    [targets, values, held, agrees] = [[component], new Map([[1, before]]), [], false];
+    await finger(steps);
+    expect([log.join(" "), shown()]).toEqual([expected, after]);
   });
 
-  it("sends the last position alone, and none where it began", async () => {
-    targets = [slider()];
-    for (const last of [6, 6]) {
-      presses.down(1, rail(2));
-      presses.move(1, rail(9));
-      presses.up(1, rail(last));
-      await settled();
-    }
-    expect(sent()).toEqual(["position6"]);
-  });
-
-  it.each([
-    ["taken away", () => presses.cancel(1)],
-    ["answered with a failure", () => presses.up(1, rail(8))],
-  ])("goes back to where it was when it is %s", async (_, end) => {
-    [targets, values, arrives] = [[slider()], new Map([[1, 4]]), false];
-    presses.down(1, rail(8));
-    end();
+  it("follows the rail of an upright slider from below", async () => {
+    targets = [slider({ vertical: true, width: 80, height: 316 })];
+    presses.down(1, at(40, 316 - 58 - 40));
+    presses.up(1, at(40, 316 - 58 - 40));
     await settled();
-    expect(shown()).toBe(4);
-  });
-
-  it("sends while it is moved: the newest position once the last one has arrived", async () => {
-    [targets, held] = [[slider({ live: true })], []];
-    presses.down(1, rail(0));
-    for (const position of [1, 2, 3]) presses.move(1, rail(position));
-    expect(sent()).toEqual(["position1"]);
-    await answer(true);
-    expect(sent()).toEqual(["position1", "position3"]);
-    presses.up(1, rail(5));
-    await settled();
-    expect(sent()).toEqual(["position1", "position3"]);
-    await answer(true);
-    expect(sent()).toEqual(["position1", "position3", "position5"]);
-    await answer(false);
-    expect(shown()).toBe(3);
-  });
-
-  it("that sends while it is moved goes back to what has arrived", async () => {
-    targets = [slider({ live: true })];
-    presses.down(1, rail(1));
-    presses.move(1, rail(2));
-    await settled();
-    arrives = false;
-    presses.move(1, rail(3));
-    await settled();
-    presses.cancel(1);
-    expect([sent(), shown()]).toEqual([["position2", "position3"], 2]);
-  });
-
-  it("that asks sends at the end alone, and goes back when the operator says no", async () => {
-    [targets, agrees] = [[slider({ live: true, confirm: "sure?" })], false];
-    presses.down(1, rail(1));
-    presses.move(1, rail(2));
-    await settled();
-    presses.up(1, rail(3));
-    await settled();
-    expect([log, shown()]).toEqual([["pressed", "free", "sure?"], 0]);
-  });
-
-  it.each([
-    [3, 1, 4],
-    [3, -10, 0],
-    [3, 1000, 10],
-  ])("at %i goes by %i to %i by key", async (before, by, after) => {
-    values.set(1, before);
-    presses.stepSlider(slider(), by);
-    await settled();
-    expect([shown(), sent()]).toEqual([after, [`position${after}`]]);
+    expect(shown()).toBe(2);
   });
 });
 
@@ -366,6 +235,17 @@ describe("without a pointer", () => {
     presses.activate(component);
     await clock.pass(5000);
     expect(log).toEqual(expected);
+  });
+
+  it.each([
+    [3, 1, 4],
+    [3, -10, 0],
+    [3, 1000, 10],
+  ])("a slider at %i goes by %i to %i", async (before, by, after) => {
+    values.set(1, before);
+    presses.stepSlider(slider(), by);
+    await settled();
+    expect([shown(), log]).toEqual([after, [`position${after}`]]);
   });
 
   it("nothing is done without a connection", async () => {

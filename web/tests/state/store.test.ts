@@ -1,5 +1,5 @@
 import { beforeEach, describe, expect, it } from "vitest";
-import { codes, ServerError } from "../../src/api/server.ts";
+import { codes } from "../../src/api/server.ts";
 import { ProjectStore } from "../../src/author/project/store.svelte.ts";
 import { readInteractions } from "../../src/model/interactions.ts";
 import { emptyProject, type Project, withCommands, withPages, writeProject } from "../../src/model/project.ts";
@@ -13,23 +13,13 @@ const material = { id: "m1", name: "Logo", width: 1, height: 1, size: 3, data: "
 let around: FakeSurroundings;
 let store: ProjectStore;
 
-/** The server is away for calls whose name has this in it. */
-const cutOff = (part: string) => {
-  around.server.before = (call) => {
-    if (call.includes(part)) throw new ServerError(codes.unreachable);
-  };
-};
-/** Somebody else does this once, when a call of that name comes in. */
-const meanwhile = (name: string, act: () => void) => {
-  let isDone = false;
-  around.server.before = (call) => {
-    if (call !== name || isDone) return;
-    isDone = true;
-    act();
-  };
-};
-const storedNames = () => (around.server.get("layout") as { pages: { name: string }[] }).pages.map((page) => page.name);
+/** The names of the pages that the author sees, and whether something of it is unsaved. */
+const shown = () => [pageNames(store.project).join(), store.isDirty];
+const stored = () => around.server.pageNames.join();
 const storedCommands = () => readInteractions(around.server.get("interactions"));
+/** The contents of the stored click commands, by component. */
+const storedClicks = () =>
+  Object.entries(storedCommands()).map(([id, { triggers }]) => `${id} ${triggers["click"]![0]!.content}`);
 
 async function load(stored: Project | undefined = first): Promise<void> {
   around.server.put(stored);
@@ -44,14 +34,24 @@ beforeEach(() => {
 describe("loading", () => {
   it("takes what is stored, and starts with nothing to save and nothing to undo", async () => {
     await load();
-    expect([store.status, store.isDirty, store.history.past]).toEqual(["ready", false, []]);
+    expect([store.status, store.isDirty, store.history.past, [...store.interfaceIds]]).toEqual([
+      "ready",
+      false,
+      [],
+      [1],
+    ]);
     expect(store.project).toEqual(first);
-    expect([...store.interfaceIds]).toEqual([1]);
+  });
+
+  it("starts empty on a new server", async () => {
+    store = new ProjectStore(around);
+    await store.load();
+    expect([store.status, store.project]).toEqual(["ready", emptyProject]);
   });
 
   it("is tried again when the connection is open, or by hand", async () => {
     store = new ProjectStore(around);
-    cutOff("read");
+    around.server.cutOff("read");
     await store.load();
     expect(store.status).toBe("unreachable");
     around.server.before = () => undefined;
@@ -71,7 +71,7 @@ describe("loading", () => {
     store.startAnew();
     expect([store.status, store.isDirty, around.server.get("layout")]).toEqual(["ready", true, layout]);
     expect(await store.save()).toBe("saved");
-    expect(storedNames()).toEqual([]);
+    expect(stored()).toBe("");
   });
 });
 
@@ -91,9 +91,9 @@ describe("steps", () => {
     types("Hall 1");
     expect(store.history.past.length).toBe(count);
     for (let left = count; left; --left) store.undo();
-    expect(pageNames(store.project)).toEqual(["Hall"]);
+    expect(shown()).toEqual(["Hall", false]);
     for (let left = count; left; --left) store.redo();
-    expect(pageNames(store.project)).toEqual(["Hall 1"]);
+    expect(shown()).toEqual(["Hall 1", true]);
   });
 
   it("without a tag are steps of their own, and the same project is none", () => {
@@ -113,17 +113,13 @@ describe("steps", () => {
     store.undo();
     expect(pageNames(store.project)).toEqual(["A"]);
   });
-
-  it("back to what is stored leave nothing to save", () => {
-    types("A");
-    expect(store.isDirty).toBe(true);
-    store.undo();
-    expect(store.isDirty).toBe(false);
-  });
 });
 
 describe("the draft", () => {
-  const draftOf = (base: Project, project: Project) => ({ tab: "t1", time: 1234, base, project });
+  const loadWithDraft = (stored = first, base = first) => {
+    around.draft = { tab: "t1", time: 1234, base, project: renamed(base, "Mine") };
+    return load(stored);
+  };
 
   it("is written at most every 300 ms, with the newest state, and goes when nothing is unsaved", async () => {
     await load();
@@ -132,76 +128,60 @@ describe("the draft", () => {
       await around.clock.pass(100);
     }
     await around.clock.pass(300);
-    expect([around.draftWrites, pageNames(around.draft!.project), pageNames(around.draft!.base)]).toEqual([
-      2,
-      ["C"],
-      ["Hall"],
-    ]);
+    const { project, base } = around.draft!;
+    expect([around.draftWrites, pageNames(project), pageNames(base)]).toEqual([2, ["C"], ["Hall"]]);
     for (let count = 3; count; --count) store.undo();
     await around.clock.pass(300);
     expect(around.draft).toBeUndefined();
   });
 
   it("is gone on with, and undo leads to what is stored", async () => {
-    around.draft = draftOf(first, renamed(first, "Mine"));
-    await load();
-    expect([pageNames(store.project), store.restored, store.isDirty]).toEqual([["Mine"], 1234, true]);
+    await loadWithDraft();
+    expect([shown(), store.restored]).toEqual([["Mine", true], 1234]);
     store.undo();
-    expect([pageNames(store.project), store.isDirty]).toEqual([["Hall"], false]);
+    expect(shown()).toEqual(["Hall", false]);
   });
 
   it("that is stored already is cleared", async () => {
-    around.draft = draftOf(first, renamed(first, "Mine"));
-    await load(renamed(first, "Mine"));
+    await loadWithDraft(renamed(first, "Mine"));
     expect([around.draft, store.restored, store.isDirty]).toEqual([undefined, 0, false]);
   });
 
   it("of an older project meets a conflict when it is saved", async () => {
-    around.draft = draftOf(first, renamed(first, "Mine"));
-    await load(renamed(first, "Theirs"));
+    await loadWithDraft(renamed(first, "Theirs"));
     expect(await store.save()).toBe("conflict");
-    expect([pageNames(store.conflict!), pageNames(store.project), storedNames()]).toEqual([
-      ["Theirs"],
-      ["Mine"],
-      ["Theirs"],
-    ]);
+    expect([pageNames(store.conflict!), shown(), stored()]).toEqual([["Theirs"], ["Mine", true], "Theirs"]);
   });
 
   it("with fields that are read no more meets no conflict for their sake", async () => {
     const [page] = first.layout.pages;
     const components = page!.components.map((one) => Object.assign({ steps: 11 }, one));
-    const older = withPages(first, [{ ...page!, components }]);
-    around.draft = draftOf(older, renamed(older, "Mine"));
-    await load();
-    expect(await store.save()).toBe("saved");
-    expect(pageNames(store.project)).toEqual(["Mine"]);
+    await loadWithDraft(first, withPages(first, [{ ...page!, components }]));
+    expect([await store.save(), shown()]).toEqual(["saved", ["Mine", false]]);
   });
 
   it("can be thrown away, and undo brings it back", async () => {
-    around.draft = draftOf(first, renamed(first, "Mine"));
-    await load();
+    await loadWithDraft();
     await store.discard();
-    expect([pageNames(store.project), store.isDirty, store.restored]).toEqual([["Hall"], false, 0]);
+    expect([shown(), store.restored]).toEqual([["Hall", false], 0]);
     store.undo();
-    expect([pageNames(store.project), store.isDirty]).toEqual([["Mine"], true]);
+    expect(shown()).toEqual(["Mine", true]);
   });
+
+  async function takeTheirs(): Promise<void> {
+    around.server.put(renamed(first, "Theirs"));
+    await store.save();
+    await store.resolve("theirs");
+  }
 
   it.each<[string, () => unknown]>([
     ["an edit", () => store.change(renamed(store.project, "Newer"))],
     ["an undo", () => store.undo()],
     ["a save", () => store.save()],
-    [
-      "taking what others have stored",
-      async () => {
-        around.server.put(renamed(first, "Theirs"));
-        await store.save();
-        await store.resolve("theirs");
-      },
-    ],
+    ["taking what others have stored", takeTheirs],
     ["the author's wish", () => store.acceptDraft()],
   ])("is offered to be thrown away no more after %s", async (_name, act) => {
-    around.draft = draftOf(first, renamed(first, "Mine"));
-    await load();
+    await loadWithDraft();
     await act();
     expect(store.restored).toBe(0);
   });
@@ -211,18 +191,15 @@ describe("the draft", () => {
     await load();
     store.change(renamed(first, "A"));
     await around.clock.pass(300);
-    expect([store.status, around.errors]).toEqual([
-      "ready",
-      ["draft: Error: no database", "draft: Error: no database"],
-    ]);
-    expect(await store.save()).toBe("saved");
+    const error = "draft: Error: no database";
+    expect([store.status, around.errors, await store.save()]).toEqual(["ready", [error, error], "saved"]);
   });
 });
 
 describe("saving", () => {
   beforeEach(() => load());
 
-  it("writes commands, then the layout with its time; and clears the draft", async () => {
+  it("writes materials that have changed, commands, then the layout with its time; and clears the draft", async () => {
     store.change(renamed(first, "Mine"));
     await around.clock.pass(300);
     expect(await store.save()).toBe("saved");
@@ -231,43 +208,34 @@ describe("saving", () => {
     expect([store.isDirty, store.saving]).toEqual([false, false]);
     await around.clock.pass(300);
     expect(around.draft).toBeUndefined();
-  });
-
-  it("writes changed materials before all others", async () => {
     store.change({ ...first, materials: [material] });
     await store.save();
-    expect(around.server.calls).toEqual(["materials", "interactions", "layout"]);
+    expect(around.server.calls.slice(2)).toEqual(["materials", "interactions", "layout"]);
   });
 
   it("can be undone, and then saved again", async () => {
     store.change(renamed(first, "Mine"));
     await store.save();
     store.undo();
-    expect([pageNames(store.project), store.isDirty]).toEqual([["Hall"], true]);
+    expect(shown()).toEqual(["Hall", true]);
     await store.save();
-    expect(storedNames()).toEqual(["Hall"]);
+    expect(stored()).toBe("Hall");
   });
 
   it.each(["read layout", "read interfaces", "write materials", "write interactions", "write layout"])(
     'that fails at "%s" leaves all unsaved, and is whole at the next try',
     async (call) => {
-      const mine = {
-        ...withCommands(renamed(first, "Mine"), 2, { triggers: { click: [command(1)] } }),
-        materials: [material],
-      };
+      const commands = { triggers: { click: [command(1)] } };
+      const mine = { ...withCommands(renamed(first, "Mine"), 2, commands), materials: [material] };
       store.change(mine);
-      cutOff(call);
+      around.server.cutOff(call);
       await expect(store.save()).rejects.toMatchObject({ code: codes.unreachable });
-      expect([store.isDirty, store.saving, storedNames()]).toEqual([true, false, ["Hall"]]);
+      expect([store.isDirty, store.saving, stored()]).toEqual([true, false, "Hall"]);
       around.server.before = () => undefined;
       expect(await store.save()).toBe("saved");
-      const { layout, materials, interactions } = JSON.parse(JSON.stringify(writeProject(mine))) as Record<
-        string,
-        object
-      >;
-      expect(around.server.get("layout")).toMatchObject(layout!);
-      expect(around.server.get("materials")).toEqual(materials);
-      expect(around.server.get("interactions")).toEqual(interactions);
+      const names = ["layout", "materials", "interactions"] as const;
+      const written = JSON.parse(JSON.stringify(writeProject(mine))) as object;
+      expect(Object.fromEntries(names.map((name) => [name, around.server.get(name)]))).toMatchObject(written);
     },
   );
 
@@ -282,147 +250,130 @@ describe("saving", () => {
 
 describe("somebody else", () => {
   const theirs = renamed(first, "Theirs");
-  beforeEach(async () => {
-    await load();
-    store.change(renamed(first, "Mine"));
+  const withTheirCommand = (project: Project) =>
+    withCommands(project, 2, { triggers: { click: [command(1, "THEIRS")] } });
+
+  describe("who has stored something before a save", () => {
+    beforeEach(async () => {
+      await load();
+      store.change(renamed(first, "Mine"));
+      around.server.put(theirs);
+      expect(await store.save()).toBe("conflict");
+      expect([pageNames(store.conflict!), stored(), around.server.calls]).toEqual([["Theirs"], "Theirs", []]);
+    });
+
+    it.each([
+      ["theirs", "Theirs"],
+      ["mine", "Mine"],
+      ["copy", "Theirs,Mine (mine)"],
+    ] as const)("meets the author's choice: %s", async (choice, names) => {
+      expect(await store.resolve(choice)).toBe(true);
+      expect([shown(), stored(), store.conflict]).toEqual([[names, false], names, undefined]);
+    });
+
+    it("is not asked about again when the save after the choice fails", async () => {
+      around.server.cutOff("read");
+      await expect(store.resolve("mine")).rejects.toMatchObject({ code: codes.unreachable });
+      around.server.before = () => undefined;
+      expect([await store.save(), stored()]).toEqual(["saved", "Mine"]);
+    });
+
+    it("and again after the choice has to be chosen about again", async () => {
+      around.server.put(renamed(first, "Theirs again"));
+      expect(await store.resolve("mine")).toBe(false);
+      expect(pageNames(store.conflict!)).toEqual(["Theirs again"]);
+    });
   });
 
-  it("who has stored something is not overwritten", async () => {
-    around.server.put(theirs);
-    expect(await store.save()).toBe("conflict");
-    expect([pageNames(store.conflict!), storedNames(), around.server.calls]).toEqual([["Theirs"], ["Theirs"], []]);
+  describe("who stores something during a save", () => {
+    beforeEach(async () => {
+      await load();
+      store.change(renamed(first, "Mine"));
+    });
+
+    it("is found, and what was written before it is taken back", async () => {
+      store.change({ ...withCommands(store.project, 3, { triggers: { click: [command(1)] } }), materials: [material] });
+      around.server.during("write layout", () => around.server.set("layout", writeProject(theirs).layout));
+      expect(await store.save()).toBe("conflict");
+      expect(around.server.calls).toEqual(["materials", "interactions", "interactions", "materials"]);
+      expect([stored(), storedClicks()]).toEqual(["Theirs", ["1 ON"]]);
+      expect(around.server.get("materials")).toMatchObject({ materialList: [] });
+    });
+
+    it("over all of it keeps what is theirs", async () => {
+      around.server.during("write layout", () => around.server.put(withTheirCommand(theirs)));
+      expect([await store.save(), stored(), storedClicks()]).toEqual(["conflict", "Theirs", ["1 ON", "2 THEIRS"]]);
+    });
+
+    it("that was stored already does not keep a save from its end", async () => {
+      around.server.during("write layout", () => around.server.put(first));
+      expect([await store.save(), stored()]).toEqual(["saved", "Mine"]);
+    });
+
+    it("and is always faster is left to the author's choice in the end", async () => {
+      let times = 0;
+      around.server.before = (call) => {
+        if (call !== "write layout") return;
+        times += 1;
+        around.server.put(first);
+      };
+      expect([await store.save(), times, store.saving]).toEqual(["conflict", 5, false]);
+    });
   });
 
-  it.each([
-    ["theirs", ["Theirs"]],
-    ["mine", ["Mine"]],
-    ["copy", ["Theirs", "Mine (mine)"]],
-  ] as const)("and the author's choice: %s", async (choice, names) => {
-    around.server.put(theirs);
-    await store.save();
-    expect(await store.resolve(choice)).toBe(true);
-    expect([pageNames(store.project), storedNames(), store.isDirty]).toEqual([names, names, false]);
-    expect(store.conflict).toBeUndefined();
-  });
+  describe("who stores commands while some are sent at once", () => {
+    beforeEach(() => load());
+    const send = () => store.sendNow(1, "click", [command(1, "NOW")]);
 
-  it("who is still not reached after the choice: what is mine replaces theirs at the next save", async () => {
-    around.server.put(theirs);
-    await store.save();
-    cutOff("read");
-    await expect(store.resolve("mine")).rejects.toMatchObject({ code: codes.unreachable });
-    around.server.before = () => undefined;
-    expect(await store.save()).toBe("saved");
-    expect(storedNames()).toEqual(["Mine"]);
-  });
+    it("keeps theirs: only those of this trigger are stored, then clicked; the rest stays unsaved", async () => {
+      around.server.put(withTheirCommand(first));
+      store.change(renamed(first, "Mine"));
+      await send();
+      expect(around.server.calls).toEqual(["interactions", "click 1 click"]);
+      expect([storedClicks(), stored(), shown()]).toEqual([["1 NOW", "2 THEIRS"], "Hall", ["Mine", true]]);
+    });
 
-  it("who stores again after the choice has to be chosen about again", async () => {
-    around.server.put(theirs);
-    await store.save();
-    around.server.put(renamed(first, "Theirs again"));
-    expect(await store.resolve("mine")).toBe(false);
-    expect(pageNames(store.conflict!)).toEqual(["Theirs again"]);
-  });
+    it("keeps theirs also at the same time", async () => {
+      around.server.during("write interactions", () => around.server.put(withTheirCommand(first)));
+      await send();
+      expect(storedClicks()).toEqual(["1 NOW", "2 THEIRS"]);
+    });
 
-  it("who stores a layout meanwhile is found, and what was written before it is taken back", async () => {
-    store.change({ ...withCommands(store.project, 3, { triggers: { click: [command(1)] } }), materials: [material] });
-    meanwhile("write layout", () => around.server.set("layout", writeProject(theirs).layout));
-    expect(await store.save()).toBe("conflict");
-    expect(around.server.calls).toEqual(["materials", "interactions", "interactions", "materials"]);
-    expect([storedNames(), Object.keys(storedCommands())]).toEqual([["Theirs"], ["1"]]);
-    expect(around.server.get("materials")).toMatchObject({ materialList: [] });
-  });
+    it("and is always faster: nothing is clicked", async () => {
+      around.server.before = (call) => {
+        if (call === "write interactions") around.server.put(first);
+      };
+      await expect(send()).rejects.toMatchObject({ code: codes.changed });
+      expect(around.server.calls).toEqual([]);
+    });
 
-  it("who stores over all of it meanwhile keeps what is theirs", async () => {
-    meanwhile("write layout", () => around.server.put(withCommands(theirs, 2, { triggers: { click: [command(1)] } })));
-    expect(await store.save()).toBe("conflict");
-    expect([storedNames(), Object.keys(storedCommands())]).toEqual([["Theirs"], ["1", "2"]]);
-  });
-
-  it("who stores the same again meanwhile does not keep a save from its end", async () => {
-    meanwhile("write layout", () => around.server.put(first));
-    expect(await store.save()).toBe("saved");
-    expect(storedNames()).toEqual(["Mine"]);
-  });
-
-  it("who is always faster is left to the author's choice in the end", async () => {
-    let times = 0;
-    around.server.before = (call) => {
-      if (call !== "write layout") return;
-      times += 1;
-      around.server.put(first);
-    };
-    expect([await store.save(), times]).toEqual(["conflict", 5]);
-    expect(store.saving).toBe(false);
+    it("is not there: nothing is left to save when this was the only change", async () => {
+      store.change(withCommands(first, 1, { triggers: { click: [command(1, "NOW")] } }));
+      await send();
+      expect(store.isDirty).toBe(false);
+    });
   });
 });
 
 describe("when the connection is back, or the page is looked at again", () => {
-  beforeEach(() => load());
-  const again = [
-    ["back", () => around.connect("open")],
-    ["looked at", () => around.events.happen("shown")],
-  ] as const;
-
-  it.each(again)("what others have stored is shown (%s)", async (_name, act) => {
+  it.each([
+    ["what others have stored is shown", "back", false, ["Theirs", false]],
+    ["what others have stored is shown", "looked at", false, ["Theirs", false]],
+    ["unsaved work stays", "back", true, ["Mine", true]],
+    ["unsaved work stays", "looked at", true, ["Mine", true]],
+  ] as const)("%s (%s), beside new interfaces", async (_name, event, isChanged, expected) => {
+    await load();
+    if (isChanged) store.change(renamed(first, "Mine"));
     around.server.put(renamed(first, "Theirs"));
     around.server.interfaceIds = [1, 2];
-    await act();
-    expect([pageNames(store.project), store.isDirty, store.interfaces.length]).toEqual([["Theirs"], false, 2]);
-  });
-
-  it.each(again)("unsaved work stays, beside new interfaces (%s)", async (_name, act) => {
-    store.change(renamed(first, "Mine"));
-    around.server.put(renamed(first, "Theirs"));
-    around.server.interfaceIds = [1, 2];
-    await act();
-    expect([pageNames(store.project), store.isDirty, store.interfaces.length]).toEqual([["Mine"], true, 2]);
+    await (event === "back" ? around.connect("open") : around.events.happen("shown"));
+    expect([shown(), store.interfaces.length]).toEqual([expected, 2]);
   });
 
   it("nothing is lost when the server does not answer", async () => {
-    cutOff("read");
+    await load();
+    around.server.cutOff("read");
     await around.connect("open");
-    expect([store.status, pageNames(store.project)]).toEqual(["ready", ["Hall"]]);
+    expect([store.status, shown()]).toEqual(["ready", ["Hall", false]]);
   });
-});
-
-describe("sending at once", () => {
-  beforeEach(() => load());
-  const send = () => store.sendNow(1, "click", [command(1, "NOW")]);
-
-  it("stores the commands of this trigger alone, then clicks; other changes stay unsaved", async () => {
-    around.server.put(withCommands(first, 2, { triggers: { click: [command(1, "THEIRS")] } }));
-    store.change(renamed(first, "Mine"));
-    await send();
-    expect(around.server.calls).toEqual(["interactions", "click 1 click"]);
-    expect([1, 2].map((id) => storedCommands()[id]!.triggers["click"]![0]!.content)).toEqual(["NOW", "THEIRS"]);
-    expect([storedNames(), store.isDirty]).toEqual([["Hall"], true]);
-  });
-
-  it("leaves nothing to save when this was the only change", async () => {
-    store.change(withCommands(first, 1, { triggers: { click: [command(1, "NOW")] } }));
-    await send();
-    expect(store.isDirty).toBe(false);
-  });
-
-  it("stores on top of what somebody else stores at the same time", async () => {
-    meanwhile("write interactions", () =>
-      around.server.put(withCommands(first, 2, { triggers: { click: [command(1, "THEIRS")] } })),
-    );
-    await send();
-    expect([1, 2].map((id) => storedCommands()[id]!.triggers["click"]![0]!.content)).toEqual(["NOW", "THEIRS"]);
-  });
-
-  it("clicks nothing when others are always faster", async () => {
-    around.server.before = (call) => {
-      if (call === "write interactions") around.server.put(first);
-    };
-    await expect(send()).rejects.toMatchObject({ code: codes.changed });
-    expect(around.server.calls).toEqual([]);
-  });
-});
-
-it("starts empty on a new server", async () => {
-  store = new ProjectStore(around);
-  await store.load();
-  expect([store.status, store.project]).toEqual(["ready", emptyProject]);
 });

@@ -9,16 +9,7 @@ const first = sampleProject();
 let around: FakeSurroundings;
 let store: ProjectStore;
 
-const storedNames = () => (around.server.get("layout") as { pages: { name: string }[] }).pages.map((page) => page.name);
 const rename = (name: string) => store.change(renamed(store.project, name), "name");
-/** This happens once, when the server is about to answer a call of that name. */
-const during = (call: string, act: () => void) => {
-  around.server.before = (name) => {
-    if (name !== call) return;
-    around.server.before = () => undefined;
-    act();
-  };
-};
 
 beforeEach(async () => {
   around = new FakeSurroundings();
@@ -31,10 +22,10 @@ it.each(["read layout", "write interactions", "write layout"])(
   'an edit at "%s" of a save is kept, saved next, and undone to what the save has stored',
   async (call) => {
     rename("Saved");
-    during(call, () => rename("Newer"));
+    around.server.during(call, () => rename("Newer"));
     expect(await store.save()).toBe("saved");
     const isTaken = call === "read layout";
-    expect([storedNames(), pageNames(store.project), store.isDirty]).toEqual([
+    expect([around.server.pageNames, pageNames(store.project), store.isDirty]).toEqual([
       [isTaken ? "Newer" : "Saved"],
       ["Newer"],
       !isTaken,
@@ -49,42 +40,45 @@ it.each(["read layout", "write interactions", "write layout"])(
       store.redo();
     }
     await store.save();
-    expect([storedNames(), store.isDirty, store.conflict]).toEqual([["Newer"], false, undefined]);
+    expect([around.server.pageNames, store.isDirty, store.conflict]).toEqual([["Newer"], false, undefined]);
   },
 );
 
 it("an edit is kept beside renumbered commands of a deleted interface", async () => {
   around.server.interfaceIds = [2];
   rename("Saved");
-  during("write layout", () => rename("Newer"));
+  around.server.during("write layout", () => rename("Newer"));
   await store.save();
   expect([pageNames(store.project), store.isDirty]).toEqual([["Newer"], true]);
   store.undo();
   expect([store.project.interactions[1]!.triggers["click"]![0]!.portIndex, store.isDirty]).toEqual([-1, false]);
   store.redo();
   expect(await store.save()).toBe("saved");
-  expect([storedNames(), store.project.interactions[1]!.triggers["click"]![0]!.portIndex]).toEqual([["Newer"], -1]);
+  expect([around.server.pageNames, store.project.interactions[1]!.triggers["click"]![0]!.portIndex]).toEqual([
+    ["Newer"],
+    -1,
+  ]);
 });
 
 it("an edit is kept while a chosen version is stored", async () => {
   rename("Mine");
   around.server.put(renamed(first, "Theirs"));
   await store.save();
-  during("write layout", () => rename("Newer"));
+  around.server.during("write layout", () => rename("Newer"));
   expect(await store.resolve("mine")).toBe(true);
-  expect([storedNames(), pageNames(store.project), store.isDirty]).toEqual([["Mine"], ["Newer"], true]);
+  expect([around.server.pageNames, pageNames(store.project), store.isDirty]).toEqual([["Mine"], ["Newer"], true]);
 });
 
 it("an undo is kept", async () => {
   rename("Saved");
-  during("write layout", () => store.undo());
+  around.server.during("write layout", () => store.undo());
   await store.save();
-  expect([storedNames(), pageNames(store.project), store.isDirty]).toEqual([["Saved"], ["Hall"], true]);
+  expect([around.server.pageNames, pageNames(store.project), store.isDirty]).toEqual([["Saved"], ["Hall"], true]);
 });
 
 it("an edit after the author has asked to discard is kept", async () => {
   rename("Mine");
-  during("read layout", () => rename("Newer"));
+  around.server.during("read layout", () => rename("Newer"));
   await store.discard();
   expect([pageNames(store.project), store.isDirty]).toEqual([["Newer"], true]);
 });
@@ -116,7 +110,7 @@ it("sending a command again that is stored already leaves undo a way back to wha
 it("an edit while a command is sent at once is kept", async () => {
   const list = [command(1, "NOW")];
   store.change(withCommands(first, 1, { triggers: { click: list } }));
-  during("write interactions", () => rename("Newer"));
+  around.server.during("write interactions", () => rename("Newer"));
   await store.sendNow(1, "click", list);
   expect([pageNames(store.project), store.isDirty]).toEqual([["Newer"], true]);
 });

@@ -65,3 +65,10 @@ export async function newPage(
   page.on("pageerror", (error) => errors.push(String(error)));
   return { page, context, errors };
 }
+
+/** Fingers for a page: tells it which touch it from now on, by their places on the screen, always in the same order. */
+export async function fingersOn(page: Page) {
+  const client = await page.context().newCDPSession(page);
+  return (type: "touchStart" | "touchMove" | "touchEnd", ...places: [number, number][]) =>
+    client.send("Input.dispatchTouchEvent", { type, touchPoints: places.map(([x, y], id) => ({ x, y, id })) });
+}

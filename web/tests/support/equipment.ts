@@ -6,9 +6,9 @@ import { tmpdir } from "node:os";
 import { join } from "node:path";
 import { waitFor } from "./wait.ts";
 
-/** Everything that a device has received so far, as text with one byte per character. */
-class Recorder {
-  bytes = "";
+abstract class Recorder {
+  /** Everything that a device has received so far, as text with one byte per character. */
+  abstract bytes: string;
 
   /** Waits until the device has these bytes, at any place. */
   async has(bytes: string): Promise<void> {
@@ -21,6 +21,7 @@ class Recorder {
 
 /** A device on a TCP port. */
 export class TcpDevice extends Recorder {
+  bytes = "";
   port = 0;
   #server: Server = createServer((socket) => {
     this.#sockets.add(socket);
@@ -50,6 +51,7 @@ export class TcpDevice extends Recorder {
 
 /** A device that takes datagrams. */
 export class UdpDevice extends Recorder {
+  bytes = "";
   port = 0;
   #socket: Datagrams = createSocket("udp4", (data) => (this.bytes += data.toString("latin1")));
 
@@ -66,7 +68,7 @@ export class UdpDevice extends Recorder {
 }
 
 /** A serial line, as a pair of pseudo terminals that socat makes; what arrives goes into a file. */
-export class SerialDevice {
+export class SerialDevice extends Recorder {
   readonly folder = mkdtempSync(join(tmpdir(), "line-"));
   readonly path = join(this.folder, "line");
   #process: ChildProcess | undefined;
@@ -88,10 +90,6 @@ export class SerialDevice {
   get bytes(): string {
     const path = join(this.folder, "bytes");
     return existsSync(path) ? readFileSync(path, "latin1") : "";
-  }
-
-  async has(bytes: string): Promise<void> {
-    await waitFor(`the bytes ${JSON.stringify(bytes)}`, () => this.bytes.includes(bytes));
   }
 
   async [Symbol.asyncDispose](): Promise<void> {

@@ -17,6 +17,27 @@ export class FakeServer {
     interactions: { data: null, tag: "" },
   };
 
+  /** It is away for calls whose name has this in it. */
+  cutOff(part: string): void {
+    this.before = (call) => {
+      if (call.includes(part)) throw new ServerError(codes.unreachable);
+    };
+  }
+
+  /** This happens once, when a call of that name comes in. */
+  during(name: string, act: () => void): void {
+    this.before = (call) => {
+      if (call !== name) return;
+      this.before = () => undefined;
+      act();
+    };
+  }
+
+  /** The names of the stored pages. */
+  get pageNames(): string[] {
+    return (this.get("layout") as { pages: { name: string }[] }).pages.map((page) => page.name);
+  }
+
   /** Stores a project, as somebody else does. */
   put(project: Project): void {
     for (const [name, data] of Object.entries(writeProject(project))) this.#set(name as Name, data);

@@ -5,6 +5,7 @@ import { createServer } from "node:net";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 import type { Duplex } from "node:stream";
+import { newNetInfo } from "../../src/model/interfaces.ts";
 import { waitFor } from "./wait.ts";
 
 /** The folder of the built host, with the application in its dist/. */
@@ -193,14 +194,7 @@ export class Host {
   }
 
   addTcp(name: string, port: number): Promise<number> {
-    const info = {
-      netPortName: name,
-      netMode: "TCP_Client",
-      ipAddress: "",
-      port: 0,
-      dstIpAddress: "127.0.0.1",
-      dstPort: port,
-    };
+    const info = { ...newNetInfo, netPortName: name, dstIpAddress: "127.0.0.1", dstPort: port };
     return this.post("addNetPortInfo", { data: { info } });
   }
 }

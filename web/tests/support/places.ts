@@ -1,0 +1,97 @@
+import { join } from "node:path";
+import type { Page } from "playwright-core";
+import sample from "../../../demo/sample_project.json" with { type: "json" };
+import { connected } from "./browser.ts";
+import type { Host } from "./host.ts";
+
+/** A state of the application that shows something of its own, and what leads there; in any language. */
+export type Place = [name: string, hash: string, act?: (page: Page) => Promise<void>];
+
+/** Opens one of the two columns of the editor where they lie over the canvas. */
+async function openColumn(page: Page, place: "first" | "last"): Promise<void> {
+  const open = page.locator(".switches button")[place]();
+  if (await open.isVisible()) await open.click();
+}
+
+async function selectButton(page: Page): Promise<void> {
+  const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
+  await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+  await openColumn(page, "last");
+}
+
+export async function openCommand(page: Page): Promise<void> {
+  await selectButton(page);
+  await page.locator("ol .what").first().click();
+}
+
+/** Opens a dialog of a screen by one of the buttons in its head, or a panel's by one of its components. */
+const click = (selector: string, at: number, shown: string) => async (page: Page) => {
+  await page.locator(selector).nth(at).click();
+  await page.locator(shown).waitFor();
+};
+
+/** All screens, with the sample project on the host. */
+export const places: readonly Place[] = [
+  ["pages", "#/pages"],
+  ["editor", "#/edit/p-hall"],
+  [
+    "editor-selected",
+    "#/edit/p-hall",
+    async (page) => {
+      await selectButton(page);
+      await page.locator("aside.right").evaluate((aside) => aside.scrollTo(0, 0));
+    },
+  ],
+  ["command", "#/edit/p-hall", openCommand],
+  [
+    "problems",
+    "#/edit/p-hall",
+    async (page) => {
+      await openColumn(page, "first");
+      await page.locator("#tab-problems").click();
+    },
+  ],
+  ["keys", "#/edit/p-hall", (page) => page.keyboard.press("?")],
+  ["page-new", "#/pages", click(".head .primary", 0, "dialog")],
+  [
+    "import",
+    "#/pages",
+    async (page) => {
+      await page.locator(".head .button").first().click();
+      await page.locator("dialog input").setInputFiles(join(import.meta.dirname, "../../../demo/sample_project.json"));
+      await page.locator("dialog dl").waitFor();
+    },
+  ],
+  ["interfaces", "#/interfaces"],
+  ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],
+  ["materials", "#/materials"],
+  ["settings", "#/settings"],
+  ["panel", "#/panel/p-hall"],
+  ["panel-failed", "#/panel/p-hall", click(".part.is-switch", 0, ".message")],
+  ["panel-confirm", "#/panel/p-hall", click(".part.is-button", 1, "dialog")],
+  // The last one: its page gets no connection any more.
+  [
+    "panel-away",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.routeWebSocket(/./, (socket) => void socket.close());
+      await page.evaluate(() => dispatchEvent(new Event("offline")));
+      await page.locator(".veil").waitFor();
+    },
+  ],
+];
+
+/** Loads the application anew and goes to a place. */
+export async function goTo([, hash, act]: Place, page: Page, host: Host): Promise<void> {
+  await page.goto("about:blank");
+  await page.goto(`${host.url}/${hash}`);
+  await connected(page);
+  if (hash.startsWith("#/panel")) await page.locator(".part").first().waitFor();
+  await act?.(page);
+}
+
+/** Stores the layout and the commands of the sample project. */
+export async function storeSample(host: Host): Promise<void> {
+  await host.post("setCentralControlWebLayout", { data: sample.layout });
+  await host.post("updateComponentInteraction", { data: sample.interactions });
+}
