@@ -18,4 +18,14 @@ inline std::string Expanded(std::string text) {
     return text;
 }
 
+/** The bytes that hexadecimal digits stand for; blanks between them do not count. */
+inline std::string FromHex(std::string digits) {
+    std::erase(digits, ' ');
+    std::string bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16));
+    }
+    return bytes;
+}
+
 }  // namespace simulation

@@ -1,5 +1,6 @@
 #include "libraries/comm/Content.h"
 #include "simulation/Machine.h"
+#include "simulation/TableText.h"
 
 #include <fstream>
 #include <string>
@@ -8,14 +9,6 @@
 #include <nlohmann/json.hpp>
 
 namespace {
-
-std::string FromHex(const std::string& digits) {
-    std::string bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        bytes.push_back(static_cast<char>(std::stoi(digits.substr(at, 2), nullptr, 16)));
-    }
-    return bytes;
-}
 
 TEST(Content, TurnsIntoTheBytesOfTheVectorFile) {
     std::ifstream file(COMM_CONTENT_VECTORS);
@@ -31,7 +24,7 @@ TEST(Content, TurnsIntoTheBytesOfTheVectorFile) {
         const int error = comm::ContentToBytes(content, vector["contentFormat"] == 0,
                                                vector["asciiEncode"].get<int>(), storage, bytes);
         EXPECT_EQ(error, vector.value("error", 0)) << vector["name"];
-        EXPECT_EQ(bytes, FromHex(vector.value("bytes", ""))) << vector["name"];
+        EXPECT_EQ(bytes, simulation::FromHex(vector.value("bytes", ""))) << vector["name"];
     }
 }
 

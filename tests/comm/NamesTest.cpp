@@ -4,13 +4,8 @@
 #include "simulation/Equipment.h"
 
 #include <atomic>
-#include <functional>
-#include <future>
 #include <memory>
 #include <mutex>
-#include <utility>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -127,36 +122,20 @@ TEST(Names, AreNotLookedUpByEachClickAndNotKeptForEver) {
     server.Answer({});
     comm::SCommSettings settings = Settings();
     settings.maxNames = 3;
-    {
-        CommFixture comm(settings, server.Ask());
-        const auto send = [&](const std::string& name) {
-            EXPECT_EQ(comm.Send(CommFixture::Udp(0, 9, name), "a"), 11001);
-        };
-        for (int click = 0; click < 5; ++click) {
-            send("first");
-        }
-        EXPECT_EQ(server.Questions(), 1) << "a failed look-up rests";
-        for (const char* name : {"second", "third", "fourth", "first"}) {
-            send(name);
-        }
-        EXPECT_EQ(server.Questions(), 5) << "the fourth name took the place of the first";
-    }
     CommFixture comm(settings, server.Ask());
+    const std::pair<const char*, int> questions[] = {{"first", 1}, {"first", 1},  {"second", 2},
+                                                     {"third", 3}, {"fourth", 4}, {"first", 5}};
+    for (const auto& [name, asked] : questions) {
+        EXPECT_EQ(comm.Send(CommFixture::Udp(0, 9, name), "a"), 11001);
+        EXPECT_EQ(server.Questions(), asked)
+            << "a failed look-up rests; the fourth takes the place of the first";
+    }
     std::promise<void> end = server.Hang();
     std::vector<std::future<int>> clicks(4);
     for (auto& click : clicks) {
-        click =
-            std::async(std::launch::async, [&] { return comm.Send(CommFixture::Udp(0, 9, "hangs"), "a"); });
+        click = comm.SendLater(CommFixture::Udp(0, 9, "hangs"), "a");
     }
-    const auto ready = [&] {
-        return std::count_if(clicks.begin(), clicks.end(), [](const auto& click) {
-            return click.wait_for(milliseconds(0)) == std::future_status::ready;
-        });
-    };
-    EXPECT_TRUE(simulation::WaitUntil([&] { return ready() >= 3; }, settings.bound / 2)) << "one waits";
-    for (auto& click : clicks) {
-        EXPECT_EQ(click.get(), 10060);
-    }
+    ExpectOneToWait(clicks, settings.bound);
     end.set_value();
 }
 
@@ -169,7 +148,7 @@ TEST(Names, LetNoSendNoteARecordThatWasReleasedMeanwhile) {
     const auto other = CommFixture::Server(port);
     ASSERT_EQ(comm.Open(named) + comm.Open(other), 0);
     std::promise<void> end = server.Hang();
-    auto sender = std::async(std::launch::async, [&] { return comm.Send(named, "a"); });
+    auto sender = comm.SendLater(named, "a");
     EXPECT_TRUE(simulation::WaitUntil([&] { return server.Questions() == 1; }));
     comm.registry.DeleteTcp(named);
     end.set_value();

@@ -1,19 +1,11 @@
 // Serial lines with a driver that hangs, or still has bytes to send. The program's own calls of the system
 // are passed through: what a pseudo terminal never does is put in their way.
 
-#include "CommFixture.h"
-#include "platform/SerialNames.h"
-#include "simulation/PtyPair.h"
-#include "simulation/TemporaryFolder.h"
+#include "tests/comm/SerialFixture.h"
 
 #include <condition_variable>
 #include <cstdarg>
-#include <future>
 #include <mutex>
-#include <optional>
-
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <asm/termbits.h>
 #include <fcntl.h>
@@ -24,7 +16,6 @@
 namespace {
 
 using comm::Clock;
-using simulation::PtyPair;
 
 class Driver {
   public:
@@ -89,46 +80,40 @@ class Driver {
 
 std::atomic<Driver*> g_driver = nullptr;
 
-class SerialDriver : public testing::Test {
+class SerialDriver : public SerialLine {
   protected:
     SerialDriver() {
-        simulation::WriteFile(m_folder.Path() / "SerialPorts.json", nlohmann::json{{"COM7", m_link}}.dump());
-        SetSerialNameTable(m_folder.Path() / "SerialPorts.json");
-        m_line.emplace(m_link);
+        Begin(std::chrono::seconds(10));
         g_driver = &m_driver;
     }
     ~SerialDriver() override {
         m_driver.Hang(Driver::None);
-        m_fixture.reset();
+        m_comm.reset();
         g_driver = nullptr;
     }
 
-    static comm::SCommSettings Settings(std::chrono::seconds serialBound = std::chrono::seconds(10)) {
+    /** A port library with this limit of a serial send. */
+    void Begin(std::chrono::seconds serialBound) {
         comm::SCommSettings settings = CommFixture::Settings(std::chrono::seconds(3));
         settings.serialBound = serialBound;
-        return settings;
+        m_comm.emplace(settings);
     }
-    int SendSerial(const std::string& text, std::uint32_t speed = 115200) {
-        return m_fixture->registry.SendSerial({"", "COM7", speed}, text, true, 0);
-    }
-    auto Later(const std::string& text, std::uint32_t speed) {
-        return std::async(std::launch::async, [this, text, speed] { return SendSerial(text, speed); });
+    std::future<int> SendLater(const std::string& text, std::uint32_t speed) {
+        return std::async(std::launch::async, [this, text, speed] { return Send(text, speed); });
     }
 
-    simulation::TemporaryFolder m_folder;
-    std::string m_link = m_folder.Path() / "line";
-    std::optional<PtyPair> m_line;
+    const PtyPair m_line{m_link};
     Driver m_driver;
-    std::optional<CommFixture> m_fixture{Settings()};
 };
 
 TEST_F(SerialDriver, ThatHangsHoldsUpNobodyElse) {
-    const auto listener = simulation::Socket::Listen();
+    const simulation::TcpListener device;
+    const auto record = CommFixture::Client(device.Port());
     std::string sent;
-    const auto send = [this, &sent](const std::string& text) {
+    const auto send = [&](const std::string& text) {
         sent += text;
-        EXPECT_EQ(SendSerial(text, 9600), 0);
-        EXPECT_EQ(m_line->Received().WaitBytes(sent.size()), sent);
+        EXPECT_EQ(Send(text, 9600), 0);
+        EXPECT_EQ(m_line.Received().WaitBytes(sent.size()), sent);
     };
     for (const auto call : {Driver::Open, Driver::Settings, Driver::Close}) {
         SCOPED_TRACE(call);
@@ -138,61 +123,62 @@ TEST_F(SerialDriver, ThatHangsHoldsUpNobodyElse) {
         m_driver.Hang(call);
         std::future<int> sender;
         if (call != Driver::Close) {
-            sender = Later("cut", 19200);
+            sender = SendLater("cut", 19200);
             ASSERT_TRUE(m_driver.WaitUntilMet());
             if (call == Driver::Settings) {
-                m_line->Send("news for the line's watcher");
+                m_line.Send("news for the line's watcher");
             }
-            EXPECT_EQ(m_fixture->Send(CommFixture::Client(listener.LocalPort()), "a"), 0);
+            EXPECT_EQ(m_comm->Send(record, "a"), 0);
         }
-        auto deleter = std::async(std::launch::async, [this] { m_fixture->registry.DeleteAll(); });
+        auto deleter = std::async(std::launch::async, [this] { m_comm->registry.DeleteAll(); });
         EXPECT_EQ(deleter.wait_for(std::chrono::seconds(3)), std::future_status::ready);
         EXPECT_TRUE(m_driver.WaitUntilMet());
-        EXPECT_EQ(m_fixture->Send(CommFixture::Client(listener.LocalPort()), "a"), 0);
+        EXPECT_EQ(m_comm->Send(record, "a"), 0);
         if (sender.valid()) {
             EXPECT_EQ(sender.wait_for(std::chrono::seconds(3)), std::future_status::ready);
+            m_driver.Hang(Driver::None);
+            EXPECT_EQ(sender.get(), 995);
         }
         m_driver.Hang(Driver::None);
-        EXPECT_EQ(sender.valid() ? sender.get() : 995, 995);
         send("after");
-        m_fixture->registry.DeleteAll();
+        m_comm->registry.DeleteAll();
     }
 }
 
 TEST_F(SerialDriver, ThatHangsFailsFurtherCallsAtOnceUntilItIsBack) {
-    m_fixture.emplace(Settings(std::chrono::seconds(2)));
-    ASSERT_EQ(SendSerial("a", 9600), 0);
+    Begin(std::chrono::seconds(2));
+    ASSERT_EQ(Send("a", 9600), 0);
     m_driver.Hang(Driver::Settings);
-    auto first = Later("late", 19200);
+    auto first = SendLater("late", 19200);
     ASSERT_TRUE(m_driver.WaitUntilMet());
     ASSERT_EQ(first.wait_for(std::chrono::seconds(8)), std::future_status::ready);
     EXPECT_EQ(first.get(), 121);
     const auto start = Clock::now();
-    EXPECT_EQ(SendSerial("at once"), 121);
-    EXPECT_EQ(m_fixture->registry.CheckSerial({"", "COM7"}), 121);
+    EXPECT_EQ(Send("at once"), 121);
+    EXPECT_EQ(Check(), 121);
     EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1900)) << "a bound was waited for";
     m_driver.Hang(Driver::None);
-    EXPECT_TRUE(simulation::WaitUntil([&] { return SendSerial("b") == 0; }));
-    EXPECT_EQ(m_line->Received().WaitBytes(2), "ab") << "a command that has failed went out later";
+    EXPECT_TRUE(simulation::WaitUntil([&] { return Send("b") == 0; }));
+    EXPECT_EQ(m_line.Received().WaitBytes(2), "ab") << "a command that has failed went out later";
 }
 
 TEST_F(SerialDriver, OtherSettingsWaitUntilTheDeviceHasSentTheLastByte) {
-    m_fixture.emplace(Settings(std::chrono::seconds(1)));
-    ASSERT_EQ(SendSerial("a", 9600), 0);
+    Begin(std::chrono::seconds(1));
+    ASSERT_EQ(Send("a", 9600), 0);
     m_driver.Tell(5);
-    EXPECT_EQ(SendSerial("b", 19200), 0);
+    EXPECT_EQ(Send("b", 19200), 0);
     EXPECT_EQ(m_driver.BusyWhenSet(), 0);
     m_driver.Tell(1000000);
-    EXPECT_EQ(m_fixture->registry.CheckSerial({"", "COM7", 1200}), 0) << "busy, so it is there";
-    EXPECT_EQ(SendSerial("c", 1200), 121);
-    EXPECT_EQ(SendSerial("d", 1200), 0) << "closed with the error, and opened again";
-    EXPECT_EQ(m_line->Received().WaitBytes(3), "abd");
+    EXPECT_EQ(Check(1200), 0) << "busy, so it is there";
+    EXPECT_EQ(Send("c", 1200), 121);
+    EXPECT_EQ(Send("d", 1200), 0) << "closed with the error, and opened again";
+    EXPECT_EQ(m_line.Received().WaitBytes(3), "abd");
 }
 
 TEST_F(SerialDriver, OtherSettingsWaitForTheTimeOfTheBytesWhereTheDeviceTellsNothing) {
     const auto start = Clock::now();
-    ASSERT_EQ(SendSerial(std::string(40, 'a'), 1200), 0);
-    ASSERT_EQ(SendSerial("b", 9600), 0);
+    ASSERT_EQ(Send(std::string(40, 'a'), 1200), 0);
+    ASSERT_EQ(Send("b", 9600), 0);
     EXPECT_GE(m_driver.SetAt() - start, std::chrono::milliseconds(400 * 1000 / 1200));
 }
 

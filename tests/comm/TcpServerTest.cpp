@@ -1,11 +1,7 @@
 #include "CommFixture.h"
 #include "simulation/Equipment.h"
 
-#include <future>
 #include <system_error>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -32,20 +28,21 @@ TEST(TcpServer, SendsToTheDevicesThatARecordNames) {
     const auto all = CommFixture::Server(port);
     const auto second = CommFixture::Server(port, "127.0.0.2");
     const auto nobody = CommFixture::Server(port, "127.0.0.3");
+    const auto anyone = CommFixture::Server(port, "0.0.0.0");
     ASSERT_EQ(comm.Open(all) + comm.Open(second), 0) << "one listener for both";
     Socket one = Socket::Connect(port, "127.0.0.1");
     EXPECT_EQ(SendToNew(comm, all, "1"), 0);
     Socket two = Socket::Connect(port, "127.0.0.2");
     EXPECT_EQ(SendToNew(comm, second, "2"), 0);
     EXPECT_EQ(comm.Send(nobody, "3"), 10057);
-    EXPECT_EQ(comm.Send(CommFixture::Server(port, "0.0.0.0"), "4"), 0);
+    EXPECT_EQ(comm.Send(anyone, "4"), 0);
     EXPECT_EQ(ReceiveUpTo(one, 2), "14");
     EXPECT_EQ(ReceiveUpTo(two, 2), "24");
 
     comm.registry.DeleteTcp(all);
     EXPECT_EQ(comm.Send(second, "5"), 0) << "the listener of the other record went away";
     EXPECT_EQ(ReceiveUpTo(two, 1), "5");
-    for (const auto& record : {second, nobody, CommFixture::Server(port, "0.0.0.0")}) {
+    for (const auto& record : {second, nobody, anyone}) {
         comm.registry.DeleteTcp(record);
     }
     EXPECT_EQ(two.Receive(), "") << "the connections end with the last record";
@@ -77,12 +74,11 @@ TEST(TcpServer, ServesTheOthersWhenOneDeviceIsStuckAndDropsThatOne) {
         ASSERT_EQ(SendToNew(comm, CommFixture::Server(record.port, from), "hello"), 0);
         ASSERT_EQ(ReceiveUpTo(devices.back(), 5), "hello");
     }
-    auto sender = std::async(std::launch::async, [&] { return comm.Send(record, content); });
+    auto sender = comm.SendLater(record, content);
     for (std::size_t i = 1; i < devices.size(); ++i) {
         EXPECT_EQ(ReceiveUpTo(devices[i], content.size()), content) << i;
     }
-    EXPECT_EQ(sender.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout)
-        << "nine had to wait";
+    EXPECT_FALSE(IsReady(sender)) << "nine had to wait";
     EXPECT_EQ(sender.get(), 0);
     EXPECT_LT(ReceiveUpTo(devices[0], content.size()).size(), content.size());
     EXPECT_EQ(comm.Send(record, "next"), 0);
@@ -100,12 +96,12 @@ TEST(TcpServer, ServesADeviceWhileTheCommandOfAnotherIsStuck) {
     Socket reader = Socket::Connect(port, "127.0.0.3");
     ASSERT_EQ(SendToNew(comm, stuck, "1") + SendToNew(comm, live, "1"), 0);
     ASSERT_EQ(ReceiveUpTo(deaf, 1) + ReceiveUpTo(reader, 1), "11");
-    auto sender = std::async(std::launch::async, [&] { return comm.Send(stuck, std::string(1 << 22, 'x')); });
+    auto sender = comm.SendLater(stuck, std::string(1 << 22, 'x'));
     ASSERT_TRUE(deaf.WaitReadable(simulation::kMaxTestWait));
     EXPECT_EQ(comm.Send(live, "2"), 0);
     EXPECT_EQ(comm.Send(CommFixture::Server(port), "3"), 0) << "to both, of which one gets it";
     EXPECT_EQ(comm.Send(stuck, "4"), 10060) << "one call waits for a device that stops reading";
-    EXPECT_EQ(sender.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
+    EXPECT_FALSE(IsReady(sender));
     EXPECT_EQ(ReceiveUpTo(reader, 2), "23");
     EXPECT_EQ(sender.get(), 10060);
     EXPECT_EQ(comm.Send(stuck, "5"), 10057);
