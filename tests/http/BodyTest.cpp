@@ -11,8 +11,7 @@ namespace {
 constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 
 std::string Announcing(const std::string& path, std::size_t bytes, const std::string& headers = "") {
-    return "POST " + path + " HTTP/1.1\r\nHost: a\r\nContent-Length: " + std::to_string(bytes) + "\r\n" +
-           headers + "\r\n";
+    return Request("POST " + path, "Content-Length: " + std::to_string(bytes) + "\r\n" + headers);
 }
 
 class BodyTest : public HttpTest {
@@ -20,8 +19,7 @@ class BodyTest : public HttpTest {
     void SetUp() override {
         for (const char* path : {"/plain", "/large", "/known"}) {
             service.POST(path, [](HttpRequest* request, HttpResponse* response) {
-                response->SetBody(std::to_string(request->body.size()));
-                return 200;
+                return Says(std::to_string(request->body.size()))(request, response);
             });
         }
         SBodyRule rule{.limit = 8 * kMegabyte, .admits = {}, .refuse = {}, .cost = {}};
@@ -32,8 +30,7 @@ class BodyTest : public HttpTest {
             return request.client_addr.ip != "127.0.0.1";
         };
         rule.refuse = [](HttpRequest* request, HttpResponse* response) {
-            response->SetBody("refused" + request->body);
-            return 200;
+            return Says("refused" + request->body)(request, response);
         };
         SetBodyRule(service, "/known", rule);
         limits.memoryBudget = 10 * kMegabyte;
@@ -49,10 +46,8 @@ TEST_F(BodyTest, EachRouteHasItsLimit) {
     EXPECT_EQ(413, Connect().Ask(Announcing("/plain", kMegabyte + 1)).status) << "at once";
     EXPECT_EQ("3145728", Connect().Ask(Post("/large", std::string(3 * kMegabyte, 'b'))).body);
     EXPECT_EQ(413, Connect().Ask(Announcing("/large", 8 * kMegabyte + 1)).status);
-    Client chunks = Connect();
-    chunks.Send("POST /plain HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n200000\r\n" +
-                std::string(2 * kMegabyte, 'c') + "\r\n");
-    EXPECT_EQ(413, chunks.Read().status);
+    const std::string chunk = "200000\r\n" + std::string(2 * kMegabyte, 'c') + "\r\n";
+    EXPECT_EQ(413, Connect().Ask(Request("POST /plain", kChunked, chunk)).status);
 }
 
 TEST_F(BodyTest, AsksBeforeItTakesALargeBody) {
@@ -61,14 +56,14 @@ TEST_F(BodyTest, AsksBeforeItTakesALargeBody) {
     Client client = Connect();
     EXPECT_EQ("5", client.Ask(Post("/known", "small")).body);
     EXPECT_EQ(0, asked) << "the handler may look for itself";
-    EXPECT_EQ("refused", client.Ask(Post("/known", large)).body) << "nothing of the body";
-    EXPECT_EQ("refused", client
-                             .Ask("POST /known HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n"
-                                  "\r\n3\r\nabc\r\n0\r\n\r\n")
-                             .body)
-        << "which might become large";
-    EXPECT_EQ("refused", client.Ask(Announcing("/known", large.size(), "Expect: 100-continue\r\n")).body)
-        << "without a byte of the body";
+    const std::pair<const char*, std::string> cases[] = {
+        {"nothing of the body", Post("/known", large)},
+        {"might become large", Request("POST /known", kChunked, "3\r\nabc\r\n0\r\n\r\n")},
+        {"without a byte of the body", Announcing("/known", large.size(), "Expect: 100-continue\r\n")},
+    };
+    for (const auto& [name, request] : cases) {
+        EXPECT_EQ("refused", client.Ask(request).body) << name;
+    }
     EXPECT_EQ(3, asked);
 }
 
@@ -88,10 +83,8 @@ TEST_F(BodyTest, LargeBodiesShareTheMemory) {
             [&] { return refused(Connect().Ask(Announcing("/large", 5 * kMegabyte))); }));
         EXPECT_EQ("60000", Connect().Ask(Post("/large", std::string(60'000, 'b'))).body)
             << "small ones go on";
-        Client chunks = Connect();
-        chunks.Send("POST /large HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n700000\r\n" +
-                    std::string(7 * kMegabyte, 'c') + "\r\n");
-        EXPECT_TRUE(refused(chunks.Read()));
+        const std::string chunk = "700000\r\n" + std::string(7 * kMegabyte, 'c') + "\r\n";
+        EXPECT_TRUE(refused(Connect().Ask(Request("POST /large", kChunked, chunk))));
         slow.Send(std::string(kMegabyte, 'b'));
         EXPECT_EQ(std::to_string(8 * kMegabyte), slow.Read().body) << "what was let in is let through";
     }

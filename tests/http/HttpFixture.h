@@ -9,12 +9,16 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hv/WebSocketServer.h>
 #include <nlohmann/json.hpp>
 
 using simulation::Expanded;
+using simulation::FromHex;
 using simulation::HttpReply;
+using testing::ElementsAre;
+using testing::HasSubstr;
 
 /**
  * A raw client: sends any bytes, and reads replies, frames, or everything up to the end of the connection.
@@ -47,12 +51,28 @@ class Client {
     std::string m_input;
 };
 
+/** A request: its line without the version, further headers with their line ends, and what follows. */
+inline std::string Request(const std::string& line, const std::string& headers = "",
+                           const std::string& body = "") {
+    return line + " HTTP/1.1\r\nHost: a\r\n" + headers + "\r\n" + body;
+}
+
 inline std::string Get(const std::string& target, const std::string& headers = "") {
-    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n" + headers + "\r\n";
+    return Request("GET " + target, headers);
 }
 
 inline std::string Post(const std::string& target, const std::string& body) {
     return simulation::HttpClient::Request("POST", target, body);
+}
+
+constexpr const char* kChunked = "Transfer-Encoding: chunked\r\n";
+
+/** A handler that replies with this text. */
+inline http_sync_handler Says(const std::string& text) {
+    return [text](HttpRequest*, HttpResponse* response) {
+        response->SetBody(text);
+        return 200;
+    };
 }
 
 /** Rows of a table in the data folder. */

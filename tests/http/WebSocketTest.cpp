@@ -2,22 +2,11 @@
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 
-#include <algorithm>
 #include <atomic>
 #include <stdexcept>
 #include <thread>
 
 namespace {
-
-// Of hexadecimal digits, blanks between.
-std::string Bytes(std::string digits) {
-    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    std::string bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
-    }
-    return bytes;
-}
 
 std::string CloseFrame(int code) {
     return {'\x88', '\x02', static_cast<char>(code >> 8), static_cast<char>(code)};
@@ -57,16 +46,21 @@ class WebSocketTest : public HttpTest {
     Client Open(const char* from = "127.0.0.1") {
         const int before = opened;
         Client client(server.port, from);
-        EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=",
-                  client.Ask(Rows("upgrades.json")[0][1].get<std::string>()).Header("Sec-WebSocket-Accept"));
+        EXPECT_EQ("s3pPLMBiTxaQ9kYGzzhZRbK+xOo=", client.Ask(upgrade).Header("Sec-WebSocket-Accept"));
         EXPECT_GT(opened, before) << "whoever has read the reply is known";
         return client;
+    }
+
+    static void ExpectAnswer(Client& client) {
+        client.Send(FromHex("8980 00000000"));
+        EXPECT_EQ(FromHex("8A00"), client.Take(2)) << "to a ping";
     }
 
     bool WaitForClosed(int number) {
         return simulation::WaitUntil([&] { return closed == number; });
     }
 
+    const std::string upgrade = Rows("upgrades.json")[0][1];
     std::string told;  // by the latest callback; read after the count that it raised
     std::atomic<int> opened = 0;
     std::atomic<int> closed = 0;
@@ -75,19 +69,18 @@ class WebSocketTest : public HttpTest {
 
 TEST_F(WebSocketTest, AnswersTheUpgrade) {
     Run();
-    const std::string valid = Rows("upgrades.json")[0][1];
     for (const auto& row : Rows("upgrades.json")) {
         EXPECT_EQ(row[0], Connect().Ask(Expanded(row[1])).status) << row[1];
     }
     for (const auto& [status, protocol, from, to] :
          Rows("handshakes.json").get<std::vector<std::tuple<int, std::string, std::string, std::string>>>()) {
-        std::string request = valid;
+        std::string request = upgrade;
         const HttpReply reply = Connect().Ask(request.replace(request.find(from), from.size(), to));
         EXPECT_EQ(status, reply.status) << to;
         EXPECT_EQ(status == 426 ? "13" : "", reply.Header("Sec-WebSocket-Version")) << to;
         EXPECT_EQ(protocol, reply.Header("Sec-WebSocket-Protocol")) << to;
     }
-    const std::string start = valid.substr(0, valid.find("Host:"));
+    const std::string start = upgrade.substr(0, upgrade.find("Host:"));
     for (const auto& row : OriginRows()) {
         const int status = Connect().Ask(start + row[1].get<std::string>() + "\r\n").status;
         EXPECT_EQ(row[0] == 200 ? 101 : 403, status) << row[1];
@@ -100,13 +93,13 @@ TEST_F(WebSocketTest, ExchangesMessages) {
     const std::string address = "127.0.0.1:" + std::to_string(client.Socket().LocalPort());
     EXPECT_EQ(address + "/ws?id=7 127.0.0.1", told);
     for (const auto& row : Rows("exchange.json")) {
-        client.Send(Bytes(Expanded(row[1])));
-        const std::string answer = Bytes(Expanded(row[2]));
+        client.Send(FromHex(Expanded(row[1])));
+        const std::string answer = FromHex(Expanded(row[2]));
         EXPECT_EQ(answer, client.Take(answer.size())) << row[0];
     }
     EXPECT_EQ(4, latest->send("late"));
     EXPECT_EQ("\x81\x04late", client.Take(6));
-    client.Send(Bytes("8882 00000000 03E8"));
+    client.Send(FromHex("8882 00000000 03E8"));
     EXPECT_EQ(CloseFrame(1000), client.Rest());
     client.Socket().Close();
     EXPECT_TRUE(WaitForClosed(1));
@@ -122,7 +115,6 @@ TEST_F(WebSocketTest, IsKnownBeforeTheReply) {
     };
     Run();
     EXPECT_EQ("\x81\x05hello", Open().Take(7)) << "what the callback sends follows the reply";
-    const std::string upgrade = Rows("upgrades.json")[0][1];
     for (int i = 0; i < 3; ++i) {
         Connect().Send(upgrade);  // and gone
     }
@@ -137,7 +129,7 @@ TEST_F(WebSocketTest, RefusesMalformedFrames) {
     for (const auto& row : Rows("wrong_frames.json")) {
         SCOPED_TRACE(row[1].dump());
         Client client = Open();
-        client.Send(Bytes(Expanded(row[2])));
+        client.Send(FromHex(Expanded(row[2])));
         EXPECT_EQ(CloseFrame(row[0]), client.Rest());
         client.Socket().Close();
         EXPECT_TRUE(WaitForClosed(++number));
@@ -156,7 +148,6 @@ TEST_F(WebSocketTest, KeepsPlacesForOtherAddresses) {
     for (int i = 0; i < 4; ++i) {
         clients.push_back(Open());
     }
-    const std::string upgrade = Rows("upgrades.json")[0][1];
     for (int i = 0; i < 2; ++i) {
         const HttpReply reply = Connect().Ask(upgrade);
         EXPECT_EQ(503, reply.status) << "half of all places, and all are in use";
@@ -167,16 +158,11 @@ TEST_F(WebSocketTest, KeepsPlacesForOtherAddresses) {
     }
     EXPECT_EQ(0, Client(server.port, "127.0.0.4").Ask(upgrade).status) << "no place at all";
     for (Client& client : clients) {
-        client.Send(Bytes("8980 00000000"));
-        EXPECT_EQ(Bytes("8A00"), client.Take(2)) << "nobody who is there gives way";
+        ExpectAnswer(client);  // nobody who is there gives way
     }
-    const auto lines = TakeLog();
-    EXPECT_EQ(1, std::count_if(lines.begin(), lines.end(),
-                               [](const std::string& line) {
-                                   return line.find("127.0.0.1 has 4 WebSocket connections; refused") !=
-                                          std::string::npos;
-                               }))
-        << "at most one a minute";
+    // At most one a minute.
+    EXPECT_THAT(TakeLog(),
+                testing::Contains(HasSubstr("127.0.0.1 has 4 WebSocket connections; refused")).Times(1));
 }
 
 TEST_F(WebSocketTest, TheSilentGiveWay) {
@@ -187,8 +173,7 @@ TEST_F(WebSocketTest, TheSilentGiveWay) {
     Run();
     Client first = Open();
     Client second = Open();
-    first.Send(Bytes("8980 00000000"));
-    EXPECT_EQ(Bytes("8A00"), first.Take(2));
+    ExpectAnswer(first);
     Client third = Open();
     EXPECT_EQ("", second.Rest()) << "of the same address";
     Client other = Open("127.0.0.2");
@@ -196,8 +181,7 @@ TEST_F(WebSocketTest, TheSilentGiveWay) {
     Client stranger = Open("127.0.0.3");
     EXPECT_EQ("", first.Rest()) << "of all";
     for (Client* client : {&third, &other, &last, &stranger}) {
-        client->Send(Bytes("8980 00000000"));
-        EXPECT_EQ(Bytes("8A00"), client->Take(2));
+        ExpectAnswer(*client);
     }
 }
 
@@ -210,19 +194,18 @@ TEST_F(WebSocketTest, EndsWhatDoesNotEnd) {
     Open().Socket().Close();
     EXPECT_TRUE(WaitForClosed(1));
     Client silent = Open();
-    silent.Send(Bytes("8381 00000000 61"));
+    silent.Send(FromHex("8381 00000000 61"));
     EXPECT_TRUE(WaitForClosed(2)) << "waits for the client's end, but not for ever";
     Client deaf = Open();
     EXPECT_TRUE(simulation::WaitUntil([&] { return latest->send(std::string(50'000, 'x')) < 0; }));
     EXPECT_TRUE(WaitForClosed(3)) << "never reads";
     Client pinging = Open();
-    const std::string pings = Bytes(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
+    const std::string pings = FromHex(Expanded("{3000*89FD 00000000" + std::string(250, '0') + "}"));
     EXPECT_TRUE(simulation::WaitUntil([&] { return !pinging.Send(pings) || closed == 4; }))
         << "never reads what it gets for its pings";
     EXPECT_TRUE(WaitForClosed(4));
     Client kept = Open();
-    kept.Send(Bytes("8980 00000000"));
-    EXPECT_EQ(Bytes("8A00"), kept.Take(2));
+    ExpectAnswer(kept);
     EXPECT_EQ(0, http_server_stop(&server));
     EXPECT_EQ(CloseFrame(1001), kept.Rest());
     EXPECT_EQ(5, closed) << "closed by the stop";

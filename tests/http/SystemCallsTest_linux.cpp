@@ -1,15 +1,15 @@
-// A disk that stands still: what goes on meanwhile. The linker leads the library's calls here (--wrap).
+// Calls of the system that fail or wait: connections that are gone before they are accepted, and a disk that
+// stands still. The linker leads the library's calls here (--wrap).
 #include "simulation/Wait.h"
 #include "tests/http/HttpFixture.h"
 
-#include <array>
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
 
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/sendfile.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 
@@ -19,6 +19,7 @@ enum class Disk { Runs, IsCold, StandsStill };
 
 std::atomic<Disk> g_disk = Disk::Runs;
 std::atomic<int> g_stuck = 0;
+std::atomic<int> g_gone = 0;  // connections that the next calls of accept find to be gone
 
 // What can't be answered from memory waits until the disk runs again.
 void WaitForDisk() {
@@ -32,12 +33,21 @@ void WaitForDisk() {
 // The linker refuses hidden ones, since the shared libraries of the program ask for them too.
 #pragma GCC visibility push(default)
 extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming): the
-// linker's
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the names are the linker's
+int __real_accept(int listener, sockaddr* peer, socklen_t* size);
 ssize_t __real_pread(int file, void* to, size_t size, off_t offset);
 ssize_t __real_preadv2(int file, const iovec* parts, int count, off_t offset, int flags);
 ssize_t __real_sendfile(int socket, int file, off_t* offset, size_t size);
 long __real_syscall(long number, long folder, const void* path, const open_how* how, size_t size);
+
+int __wrap_accept(int listener, sockaddr* peer, socklen_t* size) {
+    if (g_gone > 0) {
+        --g_gone;
+        errno = ECONNABORTED;
+        return -1;
+    }
+    return __real_accept(listener, peer, size);
+}
 
 ssize_t __wrap_pread(int file, void* to, size_t size, off_t offset) {
     WaitForDisk();
@@ -67,11 +77,21 @@ long __wrap_syscall(long number, long folder, const void* path, const open_how* 
     }
     return __real_syscall(number, folder, path, how, size);
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 #pragma GCC visibility pop
 
 namespace {
+
+TEST_F(HttpTest, AConnectionThatIsGoneHoldsUpNoneBehindIt) {
+    service.GET("/", Says("served"));
+    Run();
+    for (const int gone : {1, 3}) {
+        g_gone = gone;
+        EXPECT_EQ(Connect().Ask(Get("/")).body, "served") << gone;
+        EXPECT_EQ(g_gone, 0);
+    }
+}
 
 class StalledDiskTest : public HttpTest {
   protected:
@@ -81,10 +101,7 @@ class StalledDiskTest : public HttpTest {
         Write("page.html", "<html>");
         Write("large.bin", large);
         service.Static("/", folder.Path().string().c_str());
-        service.GET("/quick", [](HttpRequest*, HttpResponse* response) {
-            response->SetBody("quick");
-            return 200;
-        });
+        service.GET("/quick", Says("quick"));
         service.GET("/handed", [file = Path("large.bin")](HttpRequest*, HttpResponse* response) {
             return response->File(file.c_str());
         });
