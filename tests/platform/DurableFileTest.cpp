@@ -4,7 +4,6 @@
 #include "simulation/TemporaryFolder.h"
 
 #include <algorithm>
-#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -39,31 +38,16 @@ TEST_F(DurableFile, HasTheNewBytesAndNothingBesideIt) {
 }
 
 TEST_F(DurableFile, StaysAsItIsWhenItCantBeReplaced) {
-    struct SRow {
-        const char* name;
-        std::function<bool()> prepare;
-        fs::path kept;  ///< what holds "old"
-    };
-    const auto make = [this](const fs::path& folder) { return fs::create_directory(folder); };
-    const SRow rows[] = {
-        {"the temporary file can't be made", [&] { return make(m_temporary); }, m_path},
-        {"the name is a folder's",
-         [&] {
-             fs::remove_all(m_temporary);
-             fs::remove(m_path);
-             simulation::WriteFile(m_path / "file", "old");
-             return true;
-         },
-         m_path / "file"},
-    };
     simulation::WriteFile(m_path, "old");
-    for (const SRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        ASSERT_TRUE(row.prepare());
-        EXPECT_NE(Replace("new"), std::error_code());
-        EXPECT_EQ(simulation::ReadFile(row.kept), "old");
-        EXPECT_FALSE(fs::is_regular_file(m_temporary));
-    }
+    fs::create_directory(m_temporary);
+    EXPECT_NE(Replace("new"), std::error_code()) << "the temporary file can't be made";
+    EXPECT_EQ(simulation::ReadFile(m_path), "old");
+    fs::remove(m_temporary);
+    fs::remove(m_path);
+    simulation::WriteFile(m_path / "file", "old");
+    EXPECT_NE(Replace("new"), std::error_code()) << "the name is a folder's";
+    EXPECT_EQ(simulation::ReadFile(m_path / "file"), "old");
+    EXPECT_FALSE(fs::exists(m_temporary));
     EXPECT_NE(ReplaceFileDurably((m_folder.Path() / "none" / "a").string(), "new"), std::error_code());
 }
 

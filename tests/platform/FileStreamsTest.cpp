@@ -29,8 +29,8 @@ TEST(FileStreams, OpenTextsOfAnyName) {
         EXPECT_EQ(ReadText(path), "one\ntwo\n");
         EXPECT_TRUE(OpenTextForWriting(path) << "three\n") << path;
         EXPECT_EQ(ReadText(path), "three\n");
-        const std::string end = simulation::Differences::kDocumentLineEnd;
-        EXPECT_EQ(simulation::ReadFile(file), "three" + end);
+        EXPECT_EQ(simulation::ReadFile(file),
+                  std::string("three") + simulation::Differences::kDocumentLineEnd);
     }
 }
 

@@ -26,31 +26,23 @@ class Pinned : public testing::Test {
 };
 
 TEST_F(Pinned, TellsWhereAFileOrFolderReallyLies) {
-    struct SRow {
-        const char* name;
-        fs::path path;
-        fs::path real;  ///< empty: it can't be reached
+    const bool hasLinks = simulation::MakeLink(m_file, m_root / "link") &&
+                          simulation::MakeLink(m_root / "none", m_root / "dead");
+    const std::pair<fs::path, fs::path> rows[] = {
+        {m_file, m_file},
+        {m_folder, m_folder},
+        {m_folder / ".." / m_folder.filename() / m_file.filename(), m_file},
+        {m_root / "link", hasLinks ? m_file : fs::path()},
+        {m_root / "dead", {}},
+        {m_root / "none", {}},
+        {m_file / "x", {}},
+        {{}, {}},
     };
-    std::vector<SRow> rows = {
-        {"a file", m_file, m_file},
-        {"a folder", m_folder, m_folder},
-        {"a way round", m_folder / ".." / m_folder.filename() / m_file.filename(), m_file},
-        {"nothing", m_root / "none", {}},
-        {"below a file", m_file / "x", {}},
-        {"no name", {}, {}}};
-    if (simulation::MakeLink(m_file, m_root / "link") &&
-        simulation::MakeLink(m_root / "none", m_root / "dead")) {
-        rows.push_back({"a link", m_root / "link", m_file});
-        rows.push_back({"a link to nothing", m_root / "dead", {}});
-    }
-    for (const SRow& row : rows) {
-        SCOPED_TRACE(row.name);
-        const PinnedFile pinned(row.path);
-        EXPECT_EQ(static_cast<bool>(pinned), !row.real.empty());
-        if (pinned) {
-            EXPECT_EQ(pinned.RealPath(), row.real);
-            EXPECT_EQ(fs::is_regular_file(PathFromNarrow(pinned.OpenName())), row.real == m_file);
-        }
+    for (const auto& [path, real] : rows) {
+        SCOPED_TRACE(path);
+        const PinnedFile pinned(path);
+        EXPECT_EQ(pinned ? pinned.RealPath() : fs::path(), real) << "empty: it can't be reached";
+        EXPECT_TRUE(!pinned || fs::is_regular_file(PathFromNarrow(pinned.OpenName())) == (real == m_file));
     }
 }
 

@@ -14,25 +14,21 @@ TEST(PortProbe, TellsWhatAListenerWouldMeet) {
     const int free = simulation::FreePort();
     const Socket listener = Socket::Listen();
     const Socket elsewhere = Socket::Listen(0, 1, "127.0.0.2");
-    const struct {
-        const char* name;
-        int port;
-        EnPortState state;
-    } rows[] = {
-        {"free", free, EnPortState::Free},
-        {"free after a look", free, EnPortState::Free},
-        {"has a listener", listener.LocalPort(), EnPortState::Taken},
-        {"has a listener on another address", elsewhere.LocalPort(), EnPortState::Taken},
-        {"below the first", 0, EnPortState::Taken},
-        {"negative", -1, EnPortState::Taken},
-        {"above the last", 65536, EnPortState::Taken},
-        {"a free one and 65536", 65536 + free, EnPortState::Taken},
-        {"the largest number", std::numeric_limits<int>::max(), EnPortState::Taken},
+    const std::pair<const char*, int> taken[] = {
+        {"has a listener", listener.LocalPort()},
+        {"has a listener on another address", elsewhere.LocalPort()},
+        {"below the first", 0},
+        {"negative", -1},
+        {"above the last", 65536},
+        {"a free one and 65536", 65536 + free},
+        {"the largest number", std::numeric_limits<int>::max()},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(ProbePort(row.port), row.state) << row.name;
-        EXPECT_EQ(IsPortFree(row.port), row.state == EnPortState::Free) << row.name;
+    for (const auto& [name, port] : taken) {
+        EXPECT_EQ(ProbePort(port), EnPortState::Taken) << name;
+        EXPECT_FALSE(IsPortFree(port)) << name;
     }
+    EXPECT_EQ(ProbePort(free), EnPortState::Free);
+    EXPECT_TRUE(IsPortFree(free));
     EXPECT_NO_THROW(Socket::Listen(free)) << "the look has let go of it";
 }
 
