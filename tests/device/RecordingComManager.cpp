@@ -1,3 +1,4 @@
+// Refuses, like a device that is switched off, local or remote port 1 and a serial port named COM1.
 #include "tests/device/RecordingComManager.h"
 
 #include "platform/ComManager.h"
@@ -5,24 +6,15 @@
 #include "platform/VainWaits.h"
 #include "userdata/UserData.h"
 
-#include <atomic>
 #include <system_error>
 
 namespace {
 
-std::atomic<bool> g_fails = false;
-
-std::vector<std::string>& RecordedCalls() {
-    static std::vector<std::string> calls;
-    return calls;
-}
+bool g_fails = false;
+std::string g_calls;
 
 bool IsRefused(const SNetPortConfig& config) {
     return config.port == 1 || config.dstPort == 1;
-}
-
-std::string NameOf(const SNetPortConfig& config) {
-    return std::to_string(config.dstPort);
 }
 
 /** Notes a call, and how the interfaces stood at that moment: the names in their order. */
@@ -31,22 +23,24 @@ void Record(const std::string& call) {
     const nlohmann::json document = CUserData::GetInstance().GetInterfaceConfig();
     for (const auto& element : document["configList"]) {
         const bool isNet = element["controlType"] == "netPortInfo";
-        names +=
-            (names.empty() ? "" : ",") + (isNet ? element["netPortInfo"]["netPortName"].get<std::string>()
-                                                : element["comInfo"]["comName"].get<std::string>());
+        const nlohmann::json& name =
+            isNet ? element["netPortInfo"]["netPortName"] : element["comInfo"]["comName"];
+        names += (names.empty() ? "" : ",") + name.get<std::string>();
     }
-    RecordedCalls().push_back(call + " {" + names + "}");
+    g_calls += call + " {" + names + "}\n";
 }
 
-/** A command must not wait for dead devices without a bound for the whole click. */
-std::string Bounded() {
-    return CVainWaits::OfThread() != nullptr ? "" : " without a bound";
+/** Notes a command, which must not wait for dead devices without a bound for the whole click. */
+int RecordSend(const std::string& call, const std::string& content, bool isText, int asciiEncode, int error) {
+    g_calls += call + " " + content + (isText ? " text " : " hex ") + std::to_string(asciiEncode) +
+               (CVainWaits::OfThread() != nullptr ? "\n" : " without a bound\n");
+    return error;
 }
 
 }  // namespace
 
-std::vector<std::string> TakePortCalls() {
-    return std::exchange(RecordedCalls(), {});
+std::string TakePortCalls() {
+    return std::exchange(g_calls, {});
 }
 
 CComManager::CComManager() = default;
@@ -64,7 +58,8 @@ CComManager* CComManager::getInstance() {
 }
 
 bool CComManager::InitNetSocket(SNetPortConfig& config) {
-    Record("InitNetSocket " + NameOf(config) + (CPortsTogether::OfThread() != nullptr ? " together" : ""));
+    Record("InitNetSocket " + std::to_string(config.dstPort) +
+           (CPortsTogether::OfThread() != nullptr ? " together" : ""));
     return !IsRefused(config);
 }
 
@@ -74,20 +69,17 @@ bool CComManager::CheckSerial(SSerialPortConfig& config) {
 }
 
 int CComManager::SendNetData(SNetPortConfig& config, std::string& content, bool isText, int asciiEncode) {
-    RecordedCalls().push_back("SendNetData " + NameOf(config) + " " + content +
-                              (isText ? " text " : " hex ") + std::to_string(asciiEncode) + Bounded());
-    return IsRefused(config) ? kRefusedError : 0;
+    return RecordSend("SendNetData " + std::to_string(config.dstPort), content, isText, asciiEncode,
+                      IsRefused(config) ? 10061 : 0);
 }
 
 int CComManager::SendSerialData(SSerialPortConfig& config, std::string& content, bool isText,
                                 int asciiEncode) {
-    RecordedCalls().push_back("SendSerialData " + config.comPort + " " + content +
-                              (isText ? " text " : " hex ") + std::to_string(asciiEncode) + Bounded());
-    return config.comPort == "COM1" ? 2 : 0;
+    return RecordSend("SendSerialData " + config.comPort, content, isText, asciiEncode, 0);
 }
 
 void CComManager::DeleteUserTcp(SNetPortConfig& config) {
-    Record("DeleteUserTcp " + NameOf(config));
+    Record("DeleteUserTcp " + std::to_string(config.dstPort));
 }
 
 void CComManager::DeleteAllConnect() {

@@ -1,13 +1,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-/** The calls of the port library since the last call, in order. */
-std::vector<std::string> TakePortCalls();
-
-/** The error for ports that the stand-in refuses: local or remote port 1, a serial port named COM1. */
-inline constexpr int kRefusedError = 10061;
+/** The calls of the port library since the last call of this function, in order, each with a line end. */
+std::string TakePortCalls();
 
 /** Makes the port library impossible to build, as on a machine without threads. */
 void LetPortLibraryFail(bool fails);
