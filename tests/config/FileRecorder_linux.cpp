@@ -6,12 +6,10 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -43,24 +41,13 @@ std::string PathOf(int fd) {
     return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
 }
 
-int OpenRecorded(const char* name, const char* path, int flags, mode_t mode) {
-    const int fd = Real(name, open)(path, flags, mode);
-    if (fd >= 0 && (flags & O_TRUNC) != 0) {
-        Record(SFileStep::Make, path);
+/** Records a step whose call has succeeded. @return the result of the call */
+template <typename Result>
+Result Recorded(bool isDone, Result result, SFileStep::EnKind kind, const char* path, std::string text = {}) {
+    if (isDone) {
+        Record(kind, path, std::move(text));
     }
-    return fd;
-}
-
-FILE* OpenRecorded(const char* name, const char* path, const char* mode) {
-    FILE* file = Real(name, fopen)(path, mode);
-    if (file != nullptr && mode[0] == 'w') {
-        Record(SFileStep::Make, path);
-    }
-    return file;
-}
-
-mode_t ModeOf(int flags, va_list arguments) {
-    return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    return result;
 }
 
 }  // namespace
@@ -73,43 +60,20 @@ extern "C" {
 int open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
+    const int fd = Real("open", open)(path, flags, (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0);
     va_end(arguments);
-    return OpenRecorded("open", path, flags, mode);
-}
-
-int open64(const char* path, int flags, ...) {
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = ModeOf(flags, arguments);
-    va_end(arguments);
-    return OpenRecorded("open64", path, flags, mode);
-}
-
-FILE* fopen(const char* path, const char* mode) {
-    return OpenRecorded("fopen", path, mode);
+    return Recorded(fd >= 0 && (flags & O_TRUNC) != 0, fd, SFileStep::Make, path);
 }
 
 FILE* fopen64(const char* path, const char* mode) {
-    return OpenRecorded("fopen64", path, mode);
+    FILE* file = Real("fopen64", fopen64)(path, mode);
+    return Recorded(file != nullptr && mode[0] == 'w', file, SFileStep::Make, path);
 }
 
 ssize_t write(int fd, const void* bytes, size_t size) {
     const ssize_t written = Real("write", write)(fd, bytes, size);
     if (written > 0) {
         Record(SFileStep::Write, PathOf(fd), {static_cast<const char*>(bytes), static_cast<size_t>(written)});
-    }
-    return written;
-}
-
-ssize_t writev(int fd, const iovec* parts, int count) {
-    const ssize_t written = Real("writev", writev)(fd, parts, count);
-    std::string bytes;
-    for (int i = 0; i < count; ++i) {
-        bytes.append(static_cast<const char*>(parts[i].iov_base), parts[i].iov_len);
-    }
-    if (written > 0) {
-        Record(SFileStep::Write, PathOf(fd), bytes.substr(0, static_cast<size_t>(written)));
     }
     return written;
 }
@@ -121,34 +85,22 @@ int fsync(int fd) {
 
 int rename(const char* from, const char* to) noexcept {
     const int result = Real("rename", rename)(from, to);
-    if (result == 0) {
-        Record(SFileStep::Rename, from, to);
-    }
-    return result;
+    return Recorded(result == 0, result, SFileStep::Rename, from, to);
 }
 
 int unlink(const char* path) noexcept {
     const int result = Real("unlink", unlink)(path);
-    if (result == 0) {
-        Record(SFileStep::Remove, path);
-    }
-    return result;
+    return Recorded(result == 0, result, SFileStep::Remove, path);
 }
 
 int remove(const char* path) noexcept {
     const int result = Real("remove", remove)(path);
-    if (result == 0) {
-        Record(SFileStep::Remove, path);
-    }
-    return result;
+    return Recorded(result == 0, result, SFileStep::Remove, path);
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
     const int result = Real("mkdir", mkdir)(path, mode);
-    if (result == 0) {
-        Record(SFileStep::MakeFolder, path);
-    }
-    return result;
+    return Recorded(result == 0, result, SFileStep::MakeFolder, path);
 }
 
 }  // extern "C"

@@ -1,5 +1,4 @@
-// The estimate of what a JSON text becomes, against what it takes; and the end of a
-// document.
+// The estimate of what a JSON text becomes, against what it takes; and the end of a document.
 #include "config/JsonMemory.h"
 #include "config/JsonRelease.h"
 
@@ -54,13 +53,12 @@ void operator delete(void* block, std::size_t /*size*/) noexcept {
 namespace {
 
 TEST(JsonMemory, IsEstimatedBeforeItIsTaken) {
-    struct Row {
+    const std::string deep = std::string(250, '[') + Repeated("1,", 10000, "1") + std::string(250, ']');
+    const struct {
         const char* name;
         std::string text;
         double most;  // times what it takes in truth
-    };
-    const std::string deep = std::string(250, '[') + Repeated("1,", 10000, "1") + std::string(250, ']');
-    const Row rows[] = {
+    } rows[] = {
         {"empty arrays", Repeated("[],", 10000, "1"), 2},
         {"empty keys", Repeated(R"({"":0},)", 10000, "1"), 2},
         {"numbers", Repeated("1,", 30000, "1"), 3},
@@ -70,7 +68,7 @@ TEST(JsonMemory, IsEstimatedBeforeItIsTaken) {
          Repeated(R"({"id":123456,"x":10.5,"name":"abc","style":{"color":"#ffffff"}},)", 2000, "1"), 2},
         {"numbers that stand deep", deep, 3},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const std::uint64_t estimate = EstimateJsonMemory(row.text);
         const std::size_t before = g_held;
         g_peak = before;

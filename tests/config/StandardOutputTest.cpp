@@ -4,10 +4,11 @@
 #include "simulation/TemporaryFolder.h"
 #include "simulation/Wait.h"
 
+#include <array>
+#include <list>
 #include <sstream>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,14 +24,13 @@ std::string LineOf(int thread, int number) {
 TEST(StandardOutput, ThatNobodyReadsHoldsUpNobody) {
     const simulation::TemporaryFolder folder;
     ASSERT_EQ(RavLog::StartLogs(folder.Path().string(), "info"), "");
-    const auto isTold = [&folder](const char* text) {
+    const auto isTold = [&folder](const std::string& text) {
         return simulation::ReadFile(folder.Path() / "System.log").find(text) != std::string::npos;
     };
     simulation::OutputPipe output;
     const auto begin = std::chrono::steady_clock::now();
     {
-        std::vector<std::jthread> threads;
-        threads.reserve(kThreads);
+        std::list<std::jthread> threads;
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([thread] {
                 for (int number = 0; number < kLines; ++number) {
@@ -51,18 +51,16 @@ TEST(StandardOutput, ThatNobodyReadsHoldsUpNobody) {
         text += output.Read();
     }
     std::istringstream lines(text);
-    std::vector<int> next(kThreads);
+    std::array<int, kThreads> next{};
     int count = 0;
     for (std::string line; std::getline(lines, line) && line != "last"; ++count) {
-        std::istringstream words(line);
-        int thread = -1;
-        int number = -1;
-        words >> thread >> number;
-        ASSERT_EQ(line, LineOf(thread, number)) << "whole";
-        EXPECT_GE(number, std::exchange(next.at(static_cast<std::size_t>(thread)), number + 1)) << "in order";
+        const auto thread = static_cast<std::size_t>(line.at(0) - '0');
+        const int number = std::stoi(line.substr(2));
+        ASSERT_EQ(line, LineOf(static_cast<int>(thread), number)) << "whole";
+        EXPECT_GE(number, std::exchange(next.at(thread), number + 1)) << "in order";
     }
     EXPECT_GE(count, 20);
-    EXPECT_TRUE(isTold((std::to_string(kThreads * kLines - count) + " were lost").c_str()));
+    EXPECT_TRUE(isTold(std::to_string(kThreads * kLines - count) + " were lost"));
     RavLog::StopLogs();
 }
 
