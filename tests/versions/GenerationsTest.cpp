@@ -3,6 +3,7 @@
 #include "versions/Generations.h"
 
 #include <algorithm>
+#include <numeric>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -12,7 +13,6 @@ using simulation::ReadFile;
 using simulation::WriteFile;
 using std::chrono::hours;
 using std::chrono::local_seconds;
-using std::chrono::minutes;
 
 namespace {
 
@@ -25,7 +25,7 @@ class Generations : public testing::Test {
     Generations() { RavLog::StartLogs((m_folder.Path() / "Log").string(), "info"); }
     ~Generations() override { RavLog::StopLogs(); }
 
-    /** The save of a document, and the generations that are there then. */
+    /** The save of a document, and the generations that are there then, each with a blank behind it. */
     std::string Save(const std::string& text, const char* name = "layout.json") {
         const fs::path document = m_folder.Path() / name;
         m_generations.BeforeSave(document.string());
@@ -33,14 +33,10 @@ class Generations : public testing::Test {
         std::set<std::string> names;
         for (const auto& entry : fs::directory_iterator(m_backups)) {
             if (entry.is_directory()) {
-                names.insert(entry.path().filename().string());
+                names.insert(entry.path().filename().string() + " ");
             }
         }
-        std::string list;
-        for (const std::string& each : names) {
-            list += each + " ";
-        }
-        return list;
+        return std::accumulate(names.begin(), names.end(), std::string());
     }
 
     std::string Kept(const std::string& generation, const char* name = "layout.json") const {
@@ -81,14 +77,13 @@ TEST(GenerationNames, ThirtyOfAYearStay) {
             ASSERT_LE(times.size(), 30U);
         }
     }
-    std::set<local_seconds> wanted;
+    std::set wanted = {end - hours(24), end - hours(25)};  // the 11th and the 12th latest
     for (int hour = 0; hour < 10; ++hour) {
         wanted.insert(end - hours(hour));
     }
     for (int day = 0; day < 12; ++day) {
         wanted.insert(end - hours(24 * day + 9));
     }
-    wanted.insert({end - hours(24), end - hours(25)});  // the 11th and the 12th latest
     for (const char* month : {"07", "08", "09", "10", "11", "12"}) {
         wanted.insert(At(std::string("2026-") + month + "-01_08-00-00"));
     }
@@ -102,50 +97,46 @@ TEST_F(Generations, OneBeforeTheFirstSaveOfADayAndOneAnHour) {
     WriteFile(m_folder.Path() / "interFace.json", "[\"unchanged\"]");
     WriteFile(m_folder.Path() / "materials.json", "{\"broken");
     WriteFile(m_backups / "materials.json", "\"backup\"");
-    const std::string first = "2026-11-22_10-00-00 ";
     EXPECT_EQ(Save("{}", "setting.json"), "2026-01-01_00-00-00.tmp mine ");
-    EXPECT_EQ(Save("1"), first + "mine ");
+    Save("1");
     EXPECT_FALSE(fs::exists(m_backups / "2026-11-22_10-00-00" / "layout.json"));
     EXPECT_EQ(Kept("2026-11-22_10-00-00", "interFace.json"), "[\"unchanged\"]");
     EXPECT_EQ(Kept("2026-11-22_10-00-00", "materials.json"), "\"backup\"");
-    m_now += minutes(59);
-    EXPECT_EQ(Save("2"), first + "mine ");
-    m_now += minutes(1);
-    EXPECT_EQ(Save("3"), first + "2026-11-22_11-00-00 mine ");
-    EXPECT_EQ(Kept("2026-11-22_11-00-00"), "2");
-    m_now = At("2026-11-22_23-50-00");
-    Save("4");
-    m_now = At("2026-11-23_00-01-00");
-    Save("5");
-    EXPECT_EQ(Kept("2026-11-23_00-01-00"), "4");
-    m_now = At("2027-01-01_00-00-00");  // the clock is wrong, and then right again
-    Save("6");
-    m_now = At("2026-11-23_02-00-00");
-    Save("7");
-    EXPECT_EQ(Kept("2026-11-23_02-00-00"), "6");
-    m_now += minutes(1);
-    EXPECT_EQ(Save("8"), first +
-                             "2026-11-22_11-00-00 2026-11-22_23-50-00 2026-11-23_00-01-00 "
-                             "2026-11-23_02-00-00 2027-01-01_00-00-00 mine ");
+    // The clock goes wrong by more than a month, and then right again.
+    const std::pair<const char*, const char*> saves[] = {
+        {"2026-11-22_10-59-00", ""},  {"2026-11-22_11-00-00", "2"}, {"2026-11-22_23-50-00", "3"},
+        {"2026-11-23_00-01-00", "4"}, {"2027-01-01_00-00-00", "5"}, {"2026-11-23_02-00-00", "6"},
+        {"2026-11-23_02-01-00", ""},
+    };
+    int number = 1;
+    std::string all;
+    for (const auto& [time, kept] : saves) {  // kept: the layout in the generation of that time
+        m_now = At(time);
+        all = Save(std::to_string(++number));
+        EXPECT_EQ(Kept(time), kept) << time;
+    }
+    EXPECT_EQ(all,
+              "2026-11-22_10-00-00 2026-11-22_11-00-00 2026-11-22_23-50-00 2026-11-23_00-01-00 "
+              "2026-11-23_02-00-00 2027-01-01_00-00-00 mine ");
 }
 
 TEST_F(Generations, TakeBoundedRoomAndNeverFailTheSave) {
+    const auto document = [](char digit, std::size_t size) { return "\"" + std::string(size, digit) + "\""; };
     WriteFile(m_backups, "a file where the folder belongs");
-    WriteFile(m_folder.Path() / "layout.json", "\"" + std::string(40, '0') + "\"");
+    WriteFile(m_folder.Path() / "layout.json", document('0', 40));
     for (int i = 0; i < 2; ++i) {
         m_generations.BeforeSave((m_folder.Path() / "layout.json").string());
     }
     fs::remove(m_backups);
     fs::create_directory(m_backups);
-    for (int i = 1; i <= 4; ++i) {
-        Save("\"" + std::string(40, static_cast<char>('0' + i)) + "\"");
+    for (const char digit : {'1', '2', '3', '4'}) {
+        Save(document(digit, 40));
         m_now += hours(1);
     }
-    EXPECT_EQ(Save("\"" + std::string(200, '5') + "\""),
-              "2026-11-22_12-00-00 2026-11-22_13-00-00 2026-11-22_14-00-00 ");
+    const std::string kept = "2026-11-22_12-00-00 2026-11-22_13-00-00 2026-11-22_14-00-00 ";
+    EXPECT_EQ(Save(document('5', 200)), kept);
     m_now += hours(1);
-    EXPECT_EQ(Save("6"), "2026-11-22_12-00-00 2026-11-22_13-00-00 2026-11-22_14-00-00 ")
-        << "larger than all room";
+    EXPECT_EQ(Save("6"), kept) << "larger than all room";
     RavLog::StopLogs();
     const std::string log = ReadFile(m_folder.Path() / "Log" / "System.log");
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2) << log;
