@@ -7,7 +7,7 @@
 #include "userdata/UserData.h"
 
 #include <algorithm>
-#include <atomic>
+#include <list>
 #include <thread>
 #include <tuple>
 
@@ -97,11 +97,9 @@ TEST_F(UserData, DocumentsHaveDefaultsThenWhatWasStored) {
             expectText();
         }
     }
-    int generations = 0;
-    for (const auto& entry : fs::directory_iterator(m_path / "Backup")) {
-        generations += entry.is_directory() ? 1 : 0;
-    }
-    EXPECT_GT(generations, 0) << "saves keep no generation";
+    const auto isFolder = [](const fs::directory_entry& entry) { return entry.is_directory(); };
+    EXPECT_TRUE(std::any_of(fs::directory_iterator(m_path / "Backup"), {}, isFolder))
+        << "no generation is kept";
     WriteFile(m_path / "layout.json", "{\"broken");
     EXPECT_EQ(Store().GetLayout(), json({{"of", "layout.json"}})) << "the backup was not used";
 }
@@ -112,35 +110,34 @@ TEST_F(UserData, OfWritersThatReplaceTheSameStateOneGetsThrough) {
         operations[] = {{&CUserData::ReplaceLayout, &CUserData::GetLayoutState},
                         {&CUserData::ReplaceMaterials, &CUserData::GetMaterialsState},
                         {&CUserData::ReplaceComponentConfig, &CUserData::GetComponentConfigState}};
+    const auto commands = [](const std::string& content) {
+        return Interactions(json::array({Command(1, content)}));
+    };
+    const auto always = [](const std::string& /*tag*/) { return true; };
+    const auto never = [](const std::string& /*tag*/) { return false; };
     Store store;
     for (const auto& [replace, get] : operations) {
         for (int round = 0; round < 50; ++round) {
             const std::string known = (store.*get)()->Tag();
-            std::atomic<int> stored{0};
-            std::vector<std::string> tags(4);
-            std::vector<std::thread> writers;
-            for (std::size_t i = 0; i < tags.size(); ++i) {
-                writers.emplace_back([&, i, replace = replace] {
-                    const auto state =
-                        (store.*replace)(Interactions(json::array({Command(1, std::to_string(i))})),
-                                         [&](const std::string& tag) { return tag == known; });
-                    stored += state ? 1 : 0;
-                    tags[i] = state ? state->Tag() : "";
-                });
+            std::vector<std::string> tags(4);  // of what each writer has stored
+            {
+                std::list<std::jthread> writers;
+                for (std::size_t i = 0; i < tags.size(); ++i) {
+                    writers.emplace_back([&, i, replace = replace] {
+                        const auto state =
+                            (store.*replace)(commands(std::to_string(i)),
+                                             [&](const std::string& tag) { return tag == known; });
+                        tags[i] = state ? state->Tag() : "";
+                    });
+                }
             }
-            for (std::thread& writer : writers) {
-                writer.join();
-            }
-            EXPECT_EQ(stored, 1);
+            EXPECT_EQ(std::count(tags.begin(), tags.end(), ""), 3);
             EXPECT_EQ(std::count(tags.begin(), tags.end(), (store.*get)()->Tag()), 1);
-            (store.*replace)(round, [](const std::string& /*tag*/) { return true; });
+            (store.*replace)(round, always);
         }
     }
-    EXPECT_TRUE(store.ReplaceComponentConfig(Interactions(json::array({Command(1, "new")})),
-                                             [](const std::string& /*tag*/) { return true; }));
-    EXPECT_EQ(ContentsOf(store), "new");
-    EXPECT_FALSE(store.ReplaceComponentConfig(Interactions(json::array({Command(1, "refused")})),
-                                              [](const std::string& /*tag*/) { return false; }));
+    EXPECT_TRUE(store.ReplaceComponentConfig(commands("new"), always));
+    EXPECT_FALSE(store.ReplaceComponentConfig(commands("refused"), never));
     EXPECT_EQ(ContentsOf(store), "new");
 }
 
@@ -179,12 +176,12 @@ TEST_F(UserData, TypesThatStopTheStartAndThoseThatDoNot) {
               TestCases("interface list"));
     EXPECT_EQ(ReadFile(m_path / "interFace.json.broken.5"), "\"configList\"");
     RavLog::StopLogs();
-    const std::string told = ReadFile(m_path / "System.log");
-    EXPECT_NE(told.find("interFace.json holds 4 of 9 elements"), std::string::npos) << told;
-    EXPECT_NE(told.find("interFace.json holds no array configList"), std::string::npos) << told;
-    const std::string log = ReadFile(m_path / "Server.log");
-    EXPECT_NE(log.find("[[Load File] Failed UpdateCmdMap!] [[json.exception.type_error.302] "),
-              std::string::npos);
+    const std::string logs = ReadFile(m_path / "System.log") + ReadFile(m_path / "Server.log");
+    for (const char* text :
+         {"interFace.json holds 4 of 9 elements", "interFace.json holds no array configList",
+          "[[Load File] Failed UpdateCmdMap!] [[json.exception.type_error.302] "}) {
+        EXPECT_NE(logs.find(text), std::string::npos) << text << logs;
+    }
 }
 
 TEST_F(UserData, InterfaceValuesAreReadAndWrittenBack) {
@@ -234,20 +231,20 @@ TEST_F(UserData, QuestionsBeforeAnInterfaceIsStored) {
     const Store store;
     for (const json& row : TestCases("names")) {
         SCOPED_TRACE(row);
-        EXPECT_EQ(store.IsInterfaceNameUsed(row[0], row[1], row[2]), row[3]) << row;
+        EXPECT_EQ(store.IsInterfaceNameUsed(row[0], row[1], row[2]), row[3]);
     }
     for (const json& row : TestCases("serial duplicates")) {
         SCOPED_TRACE(row);
         SSerialPortConfig record;
         ASSERT_TRUE(ParseSerialPortRequest(Changed(serial["comInfo"], row[0]), record));
-        EXPECT_EQ(store.IsSerialConfigDuplicate(record, false, 3), row[1]) << row;
+        EXPECT_EQ(store.IsSerialConfigDuplicate(record, false, 3), row[1]);
         EXPECT_FALSE(store.IsSerialConfigDuplicate(record, true, 3));
     }
     for (const json& row : TestCases("network duplicates")) {
         SCOPED_TRACE(row);
         SNetPortConfig record;
         ASSERT_TRUE(ParseNetPortRequest(Changed(net["netPortInfo"], row[0]), record));
-        EXPECT_EQ(store.IsNetConfigDuplicate(record, false, 2), row[1]) << row;
+        EXPECT_EQ(store.IsNetConfigDuplicate(record, false, 2), row[1]);
         EXPECT_FALSE(store.IsNetConfigDuplicate(record, true, 2));
     }
 }
@@ -256,7 +253,7 @@ TEST_F(UserData, CommandsAreReadReplacedAndKept) {
     for (const json& row : TestCases("commands")) {  // change of a command, its fields; none: it is left out
         SCOPED_TRACE(row);
         SCommandConfig c;
-        ASSERT_EQ(ParseCommand(Changed(Command(5, "x"), row[0]), c), row.size() == 2) << row;
+        ASSERT_EQ(ParseCommand(Changed(Command(5, "x"), row[0]), c), row.size() == 2);
         const json fields = {c.portIndex,   c.interfaceName, c.controlType, c.content,
                              c.commandName, c.contentFormat, c.asciiEncode};
         EXPECT_TRUE(row.size() < 2 || fields == row[1]) << fields;
@@ -344,17 +341,15 @@ TEST_F(UserData, ChangesAtTheSameMomentLeaveDocumentAndCommandsAlike) {
 TEST_F(UserData, LanguagesChosenAtTheSameMomentLeaveOneChoice) {
     for (int round = 0; round < 50; ++round) {
         auto store = std::make_unique<Store>();
-        std::atomic<bool> isOver = false;
         {
             const std::jthread other([&] {
-                for (int choice = 1; !isOver; choice += 2) {
+                for (int choice = 1; choice < 60; choice += 2) {
                     store->SetLanguage(choice, false);
                 }
             });
             for (int choice = 0; choice < 60; choice += 2) {
                 store->SetLanguage(choice, true);
             }
-            isOver = true;
         }
         const int language = store->GetLanguage();
         EXPECT_EQ(store->GetIsAutoLanguage(), language % 2 == 0) << language;
@@ -368,23 +363,22 @@ TEST_F(UserData, LanguagesChosenAtTheSameMomentLeaveOneChoice) {
 // All operations at once; what is on the disk at the end is what was in memory.
 TEST_F(UserData, BearsConcurrentUse) {
     auto store = std::make_unique<Store>();
-    std::vector<std::thread> threads;
-    for (int i = 1; i <= 4; ++i) {
-        threads.emplace_back([&store, i] {
-            for (int round = 0; round < 40; ++round) {
-                store->SetNetPortConfig(i, {});
-                store->SetComponentConfig(Interactions(json::array({Command(i, "x")})));
-                EXPECT_LE(ContentsOf(*store).size(), 1U);
-                store->IsInterfaceNameUsed("a", false, 0);
-                store->SetLanguage(round, false);
-                store->RemoveInterface(i, CUserData::RemovalDeleted);
-                EXPECT_TRUE(store->GetInterfaceConfigState() && store->GetComponentConfigState());
-            }
-            store->SetSerialPortConfig(i, {});
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
+    {
+        std::list<std::jthread> threads;
+        for (int i = 1; i <= 4; ++i) {
+            threads.emplace_back([&store, i] {
+                for (int round = 0; round < 40; ++round) {
+                    store->SetNetPortConfig(i, {});
+                    store->SetComponentConfig(Interactions(json::array({Command(i, "x")})));
+                    EXPECT_LE(ContentsOf(*store).size(), 1U);
+                    store->IsInterfaceNameUsed("a", false, 0);
+                    store->SetLanguage(round, false);
+                    store->RemoveInterface(i, CUserData::RemovalDeleted);
+                    EXPECT_TRUE(store->GetInterfaceConfigState() && store->GetComponentConfigState());
+                }
+                store->SetSerialPortConfig(i, {});
+            });
+        }
     }
     EXPECT_EQ(OrderOf(*store).size(), 12U);
     const json interfaces = store->GetInterfaceConfig();
