@@ -9,13 +9,13 @@ namespace simulation {
 
 /** Options of a host process; the defaults suit most tests. */
 struct HostOptions {
-    std::vector<std::string> environment;        ///< "NAME=value", in addition to HOME and the locale
-    std::optional<std::size_t> descriptorLimit;  ///< maximum of open descriptors
-    std::filesystem::path userData;              ///< the user data folder; empty: the default in the home
-    std::vector<std::string> runner;  ///< a program with its arguments that starts the host, or nothing
-    bool ownInstallation = false;     ///< runs from a copy in the home, with empty folders dist and Resource
-    int httpPort = 0;                 ///< 0: a free one
-    int webSocketPort = 0;            ///< 0: a free one
+    std::vector<std::string> environment{};        ///< "NAME=value", in addition to HOME and the locale
+    std::optional<std::size_t> descriptorLimit{};  ///< maximum of open descriptors
+    std::filesystem::path userData{};              ///< the user data folder; empty: the default in the home
+    std::vector<std::string> runner{};  ///< a program with its arguments that starts the host, or nothing
+    bool ownInstallation = false;  ///< runs from a copy in the home, with empty folders dist and Resource
+    int httpPort = 0;              ///< 0: a free one
+    int webSocketPort = 0;         ///< 0: a free one
 };
 
 /**

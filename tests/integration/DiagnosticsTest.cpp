@@ -1,9 +1,8 @@
 // Error reports of browsers, and the debug console.
 
-#include "simulation/Browser.h"
 #include "simulation/Machine.h"
+#include "tests/integration/Served.h"
 
-#include <algorithm>
 #include <list>
 #include <set>
 #include <sstream>
@@ -14,37 +13,34 @@
 namespace {
 
 using nlohmann::json;
-using simulation::Browser;
-using simulation::HostProcess;
-using simulation::HttpClient;
-using simulation::ReadFile;
+using namespace simulation;
 
 const std::string kReport = "/api/log/reportClientError";
 const std::string kConsole = "/api/device/setDeveloperMode";
 constexpr std::string_view kDone = R"({"code":20000,"message":""})";
 constexpr std::string_view kRefusedReport = R"({"code":30101,"message":""})";
 
-/** The records of ClientError.log from the client's address on; empty ones for lines of another form. */
+using ClientErrors = Served;
+using Console = Served;
+
+/** The records of ClientError.log from the path of the request on; empty ones for lines of another form. */
 std::vector<std::string> Records(const HostProcess& host) {
+    const std::string form = "[0000-00-00 00:00:00] [ClientError] client=127.0.0.1";
     std::vector<std::string> records;
     std::istringstream lines(host.UserFile("ClientError.log"));
     for (std::string line; std::getline(lines, line);) {
-        std::string start = line.substr(0, 22);
-        std::replace_if(
-            start.begin(), start.end(), [](char c) { return c >= '0' && c <= '9'; }, '0');
+        bool isWhole = line.size() > form.size() && line.find('\r') == line.size() - 1;
+        for (std::size_t i = 0; isWhole && i < form.size(); ++i) {
+            isWhole = line[i] == form[i] || (i < 20 && form[i] == '0' && line[i] >= '0' && line[i] <= '9');
+        }
         const std::size_t path = line.find(" path=" + kReport);
-        const bool isWhole = start == "[0000-00-00 00:00:00] " && path != std::string::npos &&
-                             line.find("[ClientError] client=127.0.0.1") == 22 && line.ends_with('\r') &&
-                             line.find('\r') == line.size() - 1;
-        records.push_back(isWhole ? line.substr(path + 6, line.size() - path - 7) : "");
+        records.push_back(isWhole && path != std::string::npos ? line.substr(path + 6, line.size() - path - 7)
+                                                               : "");
     }
     return records;
 }
 
-TEST(ClientErrors, AreRecordsOfOneLine) {
-    HostProcess host;
-    host.Start();
-    Browser browser(host);
+TEST_F(ClientErrors, AreRecordsOfOneLine) {
     std::vector<std::string> expected;
     for (const json& row : json::parse(ReadFile(std::filesystem::path(TEST_TABLES) / "reports.json"))) {
         EXPECT_EQ(browser.Http().Post(kReport, row[0].dump()).body, kDone);
@@ -62,14 +58,14 @@ TEST(ClientErrors, AreRecordsOfOneLine) {
               std::string::npos);
 }
 
-TEST(ClientErrors, NeedAFileOnlyWhenThereCanBeOne) {
+TEST(ClientErrorFile, IsNeededOnlyWhenThereCanBeOne) {
     HostProcess host;
     std::filesystem::create_directories(host.UserData() / "ClientError.log");
     host.Start();
     {
         Browser browser(host);
         EXPECT_EQ(browser.Http().Post(kReport, R"({"message":"kept"})").body, kDone);
-        if (simulation::Differences::kRemovesOpenFiles) {
+        if (Differences::kRemovesOpenFiles) {
             std::filesystem::rename(host.UserData(), host.Home() / "moved");  // the logs write on in there
         } else {
             std::filesystem::remove(host.UserData() / "ClientError.log");
@@ -80,15 +76,12 @@ TEST(ClientErrors, NeedAFileOnlyWhenThereCanBeOne) {
     EXPECT_EQ(host.Stop(), 0);
 }
 
-TEST(ClientErrors, OfFourClientsAtOnceNeverMix) {
+TEST_F(ClientErrors, OfFourClientsAtOnceNeverMix) {
     constexpr int count = 500;
-    HostProcess host;
-    host.Start();
-    const Browser channel(host);
     {
         std::list<std::jthread> threads;
         for (int client = 0; client < 4; ++client) {
-            threads.emplace_back([&host, client] {
+            threads.emplace_back([this, client] {
                 HttpClient http(host.HttpPort());
                 for (int i = 0; i < count; ++i) {
                     const json report = {{"code", client * count + i}, {"message", std::string(300, 'm')}};
@@ -102,37 +95,34 @@ TEST(ClientErrors, OfFourClientsAtOnceNeverMix) {
     EXPECT_EQ(records.size(), 4U * static_cast<std::size_t>(count));
     EXPECT_EQ(different.size(), records.size());
     EXPECT_FALSE(different.contains("")) << "a line that is not whole";
-    EXPECT_EQ(host.Stop(), 0);
 }
 
-TEST(Console, ShowsBothLogsWhileItIsOn) {
-    HostProcess host;
-    host.Start();
-    HttpClient client(host.HttpPort());
-    const auto shown = [&host](const std::string& text) {
+TEST_F(Console, ShowsBothLogsWhileItIsOn) {
+    HttpClient& client = browser.Http();
+    const auto shown = [this](const std::string& text) {
         return host.Process().ErrorOutput().find(text) != std::string::npos;
     };
-    const auto get = [&client](const std::string& name) { client.Get("/api/getResource/" + name); };
+    const auto log = [this](const std::string& name) { return host.UserFile("Log/" + name); };
     EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":true}})").body, kDone);
-    const Browser browser(host);  // leaves a record in Server.log
-    get("seen");
+    const Browser other(host);  // leaves a record in Server.log
+    client.Get("/api/getResource/seen");
     const std::string foreign = "POST /foreign HTTP/1.1\r\nHost: a\r\nOrigin: http://b\r\n";
     EXPECT_EQ(client.Exchange(foreign + "Content-Length: 0\r\n\r\n").status, 403);  // one in System.log
     EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":1}})").body, kRefusedReport);
-    ASSERT_TRUE(simulation::WaitUntil([&] { return shown("isDeveloperMode") || shown("type must be"); }));
+    ASSERT_TRUE(WaitUntil([&] { return shown("isDeveloperMode") || shown("type must be"); }));
     EXPECT_TRUE(shown("[LogRoot][Info]")) << host.Process().ErrorOutput();
     EXPECT_TRUE(shown("/api/getResource/seen] [422] \n"));
     EXPECT_FALSE(shown("LogSystem"));
 
     EXPECT_EQ(client.Post(kConsole, R"({"data":{"isDeveloperMode":false}})").body, kDone);
-    ASSERT_TRUE(simulation::WaitUntil([&] {  // what was on its way then
-        get("past");
-        return host.UserFile("Log/Operation.log").find("past] [422]") != std::string::npos;
+    ASSERT_TRUE(WaitUntil([&] {  // what was on its way then
+        client.Get("/api/getResource/past");
+        return log("Operation.log").find("past] [422]") != std::string::npos;
     }));
-    get("hidden");
+    client.Get("/api/getResource/hidden");
     EXPECT_EQ(host.Stop(), 0);
-    EXPECT_NE(host.UserFile("Log/Operation.log").find("/hidden] [422]"), std::string::npos);
-    EXPECT_NE(host.UserFile("Log/System.log").find("/foreign"), std::string::npos);
+    EXPECT_NE(log("Operation.log").find("/hidden] [422]"), std::string::npos);
+    EXPECT_NE(log("System.log").find("/foreign"), std::string::npos);
     EXPECT_FALSE(shown("/hidden"));
 }
 

@@ -3,22 +3,22 @@
 
 #include "simulation/Browser.h"
 #include "simulation/Equipment.h"
+#include "tests/integration/FailingAllocations.h"
 
-#include <array>
 #include <cstring>
-#include <fstream>
 #include <list>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 namespace {
 
 using nlohmann::json;
-using simulation::Browser;
-using simulation::HostOptions;
-using simulation::HostProcess;
-using simulation::HttpClient;
+using namespace simulation;
 
 bool Serves(HostProcess& host) {
     try {
@@ -32,62 +32,58 @@ bool IsUp(HostProcess& host) {
     return host.Process().Output().find("is running.") != std::string::npos;
 }
 
-/** The control file of the preloaded allocator, see fail_allocation_linux.cpp. */
+/** Tells the preloaded allocator which allocations fail. */
 class FailingAllocations {
   public:
     explicit FailingAllocations(std::int64_t count) : m_count(count) {
-        simulation::ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
-        simulation::WaitUntil([&] { return !symbols.Running(); });
+        WriteFile(m_file, std::string(sizeof(SFailingAllocations), '\0'));
+        const int file = open(m_file.c_str(), O_RDWR | O_CLOEXEC);
+        m_control = static_cast<SFailingAllocations*>(
+            mmap(nullptr, sizeof(SFailingAllocations), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0));
+        close(file);
+        ChildProcess symbols({{"nm", "-CS", SERVER_MODULE}, {}, m_folder.Path(), {}});
+        WaitUntil([&] { return !symbols.Running(); });
         std::istringstream lines(symbols.Output());
-        std::size_t used = kFirstSpared;
-        for (std::string line; std::getline(lines, line) && used + 2 < m_numbers.size();) {
+        std::size_t used = 0;
+        for (std::string line; std::getline(lines, line) && used + 1 < m_control->spared.size();) {
             if (line.find("json_value::destroy(") != std::string::npos) {
                 const std::int64_t begin = std::stoll(line, nullptr, 16);
-                m_numbers[used++] = begin;
-                m_numbers[used++] = begin + std::stoll(line.substr(17), nullptr, 16);
+                m_control->spared[used++] = {begin, begin + std::stoll(line.substr(17), nullptr, 16)};
             }
         }
-        EXPECT_GT(used, kFirstSpared) << "what must be passed over is not found in " SERVER_MODULE;
-        Write(0, 0, 0);
+        EXPECT_GT(used, 0U) << "what must be passed over is not found in " SERVER_MODULE;
     }
+    ~FailingAllocations() { munmap(m_control, sizeof *m_control); }
+    FailingAllocations(const FailingAllocations&) = delete;
+    FailingAllocations& operator=(const FailingAllocations&) = delete;
 
-    std::vector<std::string> Environment() const {
-        return {"LD_PRELOAD=" FAIL_ALLOCATION_LIBRARY, "FAIL_ALLOCATION=" + m_file.string()};
+    /** Options of a host whose allocations fail. */
+    HostOptions Options() const {
+        return {.environment = {"LD_PRELOAD=" FAIL_ALLOCATION_LIBRARY, "FAIL_ALLOCATION=" + m_file.string()}};
     }
 
     /** Lets the allocations after `left` others fail. */
-    void Arm(std::int64_t left) { Write(left, m_count, 0); }
+    void Arm(std::int64_t left) {
+        Disarm();
+        m_control->reached = 0;
+        m_control->left = left;
+        m_control->count = m_count;
+    }
 
     /** The same, counted from the start of main. */
-    void ArmAtMain(std::int64_t left) { Write(-m_count, m_count, left); }
-
-    void Disarm() { Write(0, 0, 0); }
-
-    bool WasReached() const {
-        std::int64_t reached = 0;
-        std::memcpy(&reached, simulation::ReadFile(m_file).data() + 2 * sizeof reached, sizeof reached);
-        return reached > 0;
+    void ArmAtMain(std::int64_t left) {
+        Arm(-m_count);
+        m_control->leftAtMain = left;
     }
+
+    void Disarm() { m_control->count = 0; }
+    bool WasReached() const { return m_control->reached != 0; }
 
   private:
-    static constexpr std::size_t kFirstSpared = 4;
-
-    void Write(std::int64_t left, std::int64_t count, std::int64_t leftAtMain) {
-        m_numbers[0] = left;
-        m_numbers[1] = count;
-        m_numbers[2] = 0;
-        m_numbers[3] = leftAtMain;
-        std::fstream file(m_file, std::ios::binary | std::ios::in | std::ios::out);
-        if (!file) {
-            file.open(m_file, std::ios::binary | std::ios::out);
-        }
-        file.write(static_cast<const char*>(static_cast<const void*>(m_numbers.data())), sizeof m_numbers);
-    }
-
     std::int64_t m_count;
-    simulation::TemporaryFolder m_folder;
+    TemporaryFolder m_folder;
     std::filesystem::path m_file = m_folder.Path() / "allocations";
-    std::array<std::int64_t, kFirstSpared + 64> m_numbers{};
+    SFailingAllocations* m_control = nullptr;
 };
 
 /** How many allocations fail in a row: with more than one, what handles the first failure meets another. */
@@ -97,16 +93,14 @@ INSTANTIATE_TEST_SUITE_P(InARow, Allocation, testing::Values(1, 2, 5));
 
 TEST_P(Allocation, FailsDuringTheStart) {
     FailingAllocations allocations(GetParam());
-    HostOptions options;
-    options.environment = allocations.Environment();
     bool reached = true;
     for (std::int64_t left = 0; reached; left += 1 + left / 50) {
         SCOPED_TRACE("after allocation " + std::to_string(left));
-        HostProcess host(options);
+        HostProcess host(allocations.Options());
         allocations.ArmAtMain(left);
         host.Launch();
         // A configuration that could not be read leaves the default ports, so look at what the host says.
-        EXPECT_TRUE(simulation::WaitUntil([&] { return IsUp(host) || !host.Process().Running(); }));
+        EXPECT_TRUE(WaitUntil([&] { return IsUp(host) || !host.Process().Running(); }));
         reached = allocations.WasReached();
         EXPECT_TRUE(IsUp(host) || !host.Process().ErrorOutput().empty());
         const bool wasUp = IsUp(host);
@@ -118,16 +112,13 @@ TEST_P(Allocation, FailsDuringTheStart) {
 
 TEST_P(Allocation, FailsDuringEachRequest) {
     FailingAllocations allocations(GetParam());
-    HostOptions options;
-    options.environment = allocations.Environment();
-    HostProcess host(options);
-    const simulation::TcpListener device;
-    const simulation::UdpListener udp;
+    HostProcess host(allocations.Options());
+    const TcpListener device;
+    const UdpListener udp;
     host.Start();
     Browser browser(host);
     ASSERT_EQ(browser.AddNet("Live", "TCP_Client", 0, device.Port()), 20000);
-    const std::vector<simulation::Command> commands = {
-        {1, "click", browser.NodeId("Live"), true, "On", "x", 0}};
+    const std::vector<Command> commands = {{1, "click", browser.NodeId("Live"), true, "On", "x", 0}};
     const std::vector<std::pair<std::string, json>> posts = {
         {"setCentralControlWebLayout", {{"data", {1, 2, 3}}}},
         {"updateComponentInteraction", {{"data", Browser::Interactions(commands)}}},
@@ -161,26 +152,23 @@ TEST_P(Allocation, FailsDuringEachRequest) {
 
 TEST_P(Allocation, FailsWhileADeviceConnects) {
     FailingAllocations allocations(GetParam());
-    HostOptions options;
-    options.environment = allocations.Environment();
-    HostProcess host(options);
+    HostProcess host(allocations.Options());
     host.Start();
     Browser browser(host);
-    const int port = simulation::FreePort();
+    const int port = FreePort();
     ASSERT_EQ(browser.AddNet("Devices", "TCP_Server", port, 0), 20000);
     ASSERT_EQ(browser.Store({{1, "click", browser.NodeId("Devices"), true, "On", "x", 0}}), 20000);
     bool reached = true;
     for (std::int64_t left = 0; reached && left < 100; ++left) {
         SCOPED_TRACE("after allocation " + std::to_string(left));
         allocations.Arm(left);
-        const simulation::Socket first = simulation::Socket::Connect(port);
-        reached =
-            simulation::WaitUntil([&] { return allocations.WasReached(); }, simulation::milliseconds(200));
+        const Socket first = Socket::Connect(port);
+        reached = WaitUntil([&] { return allocations.WasReached(); }, milliseconds(200));
         allocations.Disarm();
-        simulation::Socket next = simulation::Socket::Connect(port);
-        EXPECT_TRUE(simulation::WaitUntil([&] {
+        Socket next = Socket::Connect(port);
+        EXPECT_TRUE(WaitUntil([&] {
             browser.Click(1);
-            return next.WaitReadable(simulation::milliseconds(10));
+            return next.WaitReadable(milliseconds(10));
         })) << "no device is accepted any more";
     }
     EXPECT_EQ(host.Stop(), 0);
@@ -213,59 +201,53 @@ INSTANTIATE_TEST_SUITE_P(Each, SystemCall,
 
 TEST_P(SystemCall, FailsOnce) {
     const std::string call = GetParam();
-    const simulation::TcpListener device;
-    const simulation::TemporaryFolder folder;
+    const TcpListener device;
+    const TemporaryFolder folder;
     const std::filesystem::path trace = folder.Path() / "trace";
     bool reached = true;
     int n = 0;
     for (; reached; n += 1 + n / 10) {
         SCOPED_TRACE(call + " at its time " + std::to_string(n + 1));
-        HostOptions options;
-        options.runner = {"strace", "-D", "-f", "-q", "-o", trace.string()};
-        for (const std::string& filter : {"trace=" + call.substr(0, call.find(':')),
-                                          "inject=" + call + ":when=" + std::to_string(n + 1)}) {
-            options.runner.insert(options.runner.end(), {"-e", filter});
-        }
-        HostProcess host(options);
+        HostProcess host({.runner = {"strace", "-D", "-f", "-q", "-o", trace.string(), "-e",
+                                     "trace=" + call.substr(0, call.find(':')), "-e",
+                                     "inject=" + call + ":when=" + std::to_string(n + 1)}});
         host.Launch();
-        EXPECT_TRUE(simulation::WaitUntil([&] { return IsUp(host) || !host.Process().Running(); }));
+        EXPECT_TRUE(WaitUntil([&] { return IsUp(host) || !host.Process().Running(); }));
         if (IsUp(host)) {
             try {
                 Browser browser(host);
                 browser.AddNet("Live", "TCP_Client", 0, device.Port());
                 browser.Store({{1, "click", 1, true, "On", "x", 0}});
                 browser.Click(1);
-            } catch (const simulation::TimedOut& silence) {
+            } catch (const TimedOut& silence) {
                 ADD_FAILURE() << silence.what();
             } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
                 // Any answer will do, and a closed connection.
             }
-            EXPECT_TRUE(simulation::WaitUntil([&] { return Serves(host); }));
+            EXPECT_TRUE(WaitUntil([&] { return Serves(host); }));
         }
         const auto status = host.Stop();
         EXPECT_TRUE(status == 0 || status == 1 || (status == 127 && !IsUp(host)))  // 127: not even loaded
             << status.value_or(-1) << host.Process().ErrorOutput();
-        EXPECT_TRUE(simulation::WaitUntil([&] { return IsWhole(simulation::ReadFile(trace)); }));
-        reached = simulation::ReadFile(trace).find("(INJECTED)") != std::string::npos;
+        EXPECT_TRUE(WaitUntil([&] { return IsWhole(ReadFile(trace)); }));
+        reached = ReadFile(trace).find("(INJECTED)") != std::string::npos;
     }
     EXPECT_GT(n, 1) << "strace does not work here, or the host makes no such call";
 }
 
 // The real place of a resource can't be determined then.
 TEST(FolderOfResources, ThatCantBeOpenedGivesNothing) {
-    HostOptions options;
-    options.ownInstallation = true;
-    options.runner = {"sh", "-c",
-                      "exec strace -D -f -q -o \"$HOME/trace\" -P \"$HOME/installation/Resource\" "
-                      "-e trace=openat -e inject=openat:error=EMFILE \"$@\"",
-                      "sh"};
-    HostProcess host(options);
-    simulation::WriteFile(host.Installation() / "Resource/lamp.png", "lamp");
+    HostProcess host({.runner = {"sh", "-c",
+                                 "exec strace -D -f -q -o \"$HOME/trace\" -P \"$HOME/installation/Resource\" "
+                                 "-e trace=openat -e inject=openat:error=EMFILE \"$@\"",
+                                 "sh"},
+                      .ownInstallation = true});
+    WriteFile(host.Installation() / "Resource/lamp.png", "lamp");
     host.Start();
     const auto reply = HttpClient(host.HttpPort()).Get("/api/getResource/lamp.png");
     EXPECT_EQ(reply.body, R"({"code":30101,"message":""})");
     EXPECT_EQ(host.Stop(), 0);
-    EXPECT_NE(simulation::ReadFile(host.Home() / "trace").find("(INJECTED)"), std::string::npos);
+    EXPECT_NE(ReadFile(host.Home() / "trace").find("(INJECTED)"), std::string::npos);
 }
 
 }  // namespace

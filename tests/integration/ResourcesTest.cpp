@@ -7,7 +7,6 @@
 #include <atomic>
 #include <list>
 #include <set>
-#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -15,58 +14,32 @@
 namespace {
 
 using nlohmann::json;
-using simulation::HostOptions;
-using simulation::HostProcess;
-using simulation::HttpClient;
-using simulation::HttpReply;
+using namespace simulation;
 namespace fs = std::filesystem;
 
 const std::string kRoute = "/api/getResource/";
 constexpr std::string_view kRefusal = R"({"code":30101,"message":""})";
 
-HostOptions OwnInstallation() {
-    HostOptions options;
-    options.ownInstallation = true;
-    return options;
-}
-
 class Resources : public ::testing::Test {
   protected:
-    Resources() : host(OwnInstallation()), folder(host.Installation() / "Resource") {}
+    void Write(const std::string& name, std::string_view text) { WriteFile(folder / name, text); }
+    bool Link(const std::string& name, const fs::path& to) { return MakeLink(to, folder / name); }
 
-    void Write(const std::string& name, std::string_view text) { simulation::WriteFile(folder / name, text); }
-    bool Link(const std::string& name, const fs::path& to) { return simulation::MakeLink(to, folder / name); }
-
-    HostProcess host;
-    const fs::path folder;
+    HostProcess host{{.ownInstallation = true}};
+    const fs::path folder = host.Installation() / "Resource";
 };
 
-std::string Replaced(std::string text, const std::string& what, const std::string& by) {
-    const std::size_t at = text.find(what);
-    return at == std::string::npos ? text : text.replace(at, what.size(), by);
-}
-
 /** A name of the table: {installation} is its path, percent-encoded. */
-std::string NameInRequest(const std::string& name, const fs::path& installation) {
-    std::string encoded;
-    for (const fs::path& element : installation.relative_path()) {
-        encoded += "%2F" + element.string();
-    }
-    return simulation::Expanded(Replaced(name, "{installation}", encoded));
-}
-
-/** What the operation log holds of each path: the texts of its records, one behind the other. */
-std::map<std::string, std::string> Outcomes(const std::string& log) {
-    std::map<std::string, std::string> outcomes;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t begin = line.find("][" + kRoute);
-        const std::size_t end = line.find("] ", begin);
-        if (begin != std::string::npos) {
-            outcomes[line.substr(begin + 2, end - begin - 2)] += line.substr(end + 2);
+std::string NameInRequest(std::string name, const fs::path& installation) {
+    const std::string mark = "{installation}";
+    if (name.starts_with(mark)) {
+        std::string encoded;
+        for (const fs::path& element : installation.relative_path()) {
+            encoded += "%2F" + element.string();
         }
+        name.replace(0, mark.size(), encoded);
     }
-    return outcomes;
+    return Expanded(name);
 }
 
 void ExpectReply(const std::string& name, const HttpReply& reply, const std::string& expected,
@@ -86,60 +59,38 @@ bool IsReadOtherwise(const std::string& name) {
 }
 
 TEST_F(Resources, NeverComeFromOutside) {
-    for (const auto& [name, text] : std::map<std::string, std::string>{{"lamp.png", "lamp"},
-                                                                       {"sub/deep.txt", "deep"},
-                                                                       {"a b.txt", "blank"},
-                                                                       {"LAMP.PNG", "upper"},
-                                                                       {"noend", "noend"},
-                                                                       {"end.", "end"},
-                                                                       {"灯.txt", "lantern"},
-                                                                       {"../secret.txt", "secret"},
-                                                                       {"../Resource-other/x.txt", "secret"},
-                                                                       {"../sub/deep.txt", "secret"}}) {
-        Write(name, text);
+    const json table = json::parse(ReadFile(fs::path(TEST_TABLES) / "resource_names.json"));
+    for (const auto& [name, text] : table.at("files").items()) {
+        Write(name, text.get<std::string>());
     }
-    if (simulation::Differences::kNamesAsWritten) {
+    if (Differences::kNamesAsWritten) {
         Write("NUL.txt", "a device elsewhere");
-        Write("com1/deep.txt", "below a device elsewhere");
     }
     std::set<std::string> missing;  // links that this system can't make
-    for (const auto& [name, to] :
-         std::map<std::string, fs::path>{{"inside", "sub/deep.txt"},
-                                         {"insidechain", "inside"},
-                                         {"outandback", "../Resource/lamp.png"},
-                                         {"self", "."},
-                                         {"out", "../secret.txt"},
-                                         {"absolute", host.Installation() / "secret.txt"},
-                                         {"chain", "chain2"},
-                                         {"chain2", "sub/../chain3"},
-                                         {"chain3", "up/secret.txt"},
-                                         {"up", ".."},
-                                         {"loop", "loop"},
-                                         {"dangling", "../missing.txt"},
-                                         {"null", "/dev/null"}}) {
-        if (!Link(name, to)) {
+    for (const auto& [name, to] : table.at("links").items()) {
+        if (!Link(name, to.get<std::string>())) {
             missing.insert(name);
         }
     }
     host.Start();
     HttpClient client(host.HttpPort());
-    std::map<std::string, std::string> expected;
-    for (const json& row : json::parse(simulation::ReadFile(fs::path(TEST_TABLES) / "resource_names.json"))) {
+    std::map<std::string, std::string> records;  // of the operation log, by path
+    for (const json& row : table.at("names")) {
         const std::string name = NameInRequest(row[0], host.Installation());
         if (missing.contains(name.substr(0, name.find('%'))) ||
-            (!simulation::Differences::kNamesAsWritten && (row[1] != "refused" || IsReadOtherwise(name)))) {
+            (!Differences::kNamesAsWritten && (row[1] != "refused" || IsReadOtherwise(name)))) {
             continue;
         }
         ExpectReply(name, client.Get(kRoute + name), row[1], row[2]);
-        expected[kRoute + name] = row[3];
+        records[kRoute + name] = row[3];
     }
     EXPECT_EQ(host.Stop(), 0) << host.Process().ErrorOutput();
-    const auto outcomes = Outcomes(host.UserFile("Log/Operation.log"));
-    for (const auto& [path, text] : expected) {
-        const auto found = outcomes.find(path);
-        const std::string outcome = found == outcomes.end() ? "" : found->second;
-        const std::size_t fixed = std::min(text.find('*'), std::max(text.size(), outcome.size()));
-        EXPECT_EQ(outcome.substr(0, fixed), text.substr(0, fixed)) << path.substr(0, 200);
+    const std::string log = host.UserFile("Log/Operation.log");
+    for (const auto& [path, text] : records) {
+        std::string record = "][";
+        record.append(path).append("] ").append(text, 0, text.find('*'));
+        record += text.ends_with('*') ? "" : "\n";
+        EXPECT_TRUE(text.empty() || log.find(record) != std::string::npos) << record.substr(0, 200);
     }
 }
 
@@ -160,21 +111,14 @@ TEST_F(Resources, NeverComeThroughALinkThatTakesThePlaceOfAFolder) {
             move("away", "folder");
         }
     });
-    std::atomic<int> served = 0;
-    std::atomic<int> refused = 0;
-    {
-        std::list<std::jthread> clients;
-        for (int i = 0; i < 2; ++i) {
-            clients.emplace_back([&] {
-                HttpClient client(host.HttpPort());
-                for (int request = 0; request < 3000; ++request) {
-                    const HttpReply reply = client.Get(kRoute + "folder%2Ffile.txt");
-                    EXPECT_EQ(reply.body.find("secret"), std::string::npos);
-                    served += reply.body == "inside" ? 1 : 0;
-                    refused += reply.body == kRefusal ? 1 : 0;
-                }
-            });
-        }
+    int served = 0;
+    int refused = 0;
+    HttpClient client(host.HttpPort());
+    for (int request = 0; request < 6000; ++request) {
+        const std::string body = client.Get(kRoute + "folder%2Ffile.txt").body;
+        EXPECT_EQ(body.find("secret"), std::string::npos);
+        served += body == "inside" ? 1 : 0;
+        refused += body == kRefusal ? 1 : 0;
     }
     isOver = true;
     EXPECT_GT(served, 0);
@@ -182,7 +126,7 @@ TEST_F(Resources, NeverComeThroughALinkThatTakesThePlaceOfAFolder) {
 }
 
 TEST_F(Resources, OfAnySizeNeedLittleMemory) {
-    constexpr std::size_t size = std::size_t{1} << 30;
+    constexpr std::size_t size = std::size_t{256} << 20;
     Write("large.bin", "");
     fs::resize_file(folder / "large.bin", size);  // without blocks on the disk
     host.Start();
@@ -194,18 +138,18 @@ TEST_F(Resources, OfAnySizeNeedLittleMemory) {
     HttpClient client(host.HttpPort());
     client.Write(request);
     std::string head;
-    std::size_t received = 0;
-    for (std::size_t end = std::string::npos; end == std::string::npos || received < end + 4 + size;) {
-        const std::string bytes = client.Connection().Receive();
-        ASSERT_FALSE(bytes.empty()) << received << " bytes of the reply";
-        received += bytes.size();
-        head += end == std::string::npos ? bytes : "";
-        end = head.find("\r\n\r\n");
+    std::size_t end = std::string::npos;
+    while ((end = head.find("\r\n\r\n")) == std::string::npos) {
+        head += client.Connection().Receive();
     }
-    EXPECT_EQ(received, head.find("\r\n\r\n") + 4 + size);
-    EXPECT_NE(head.find("\r\nContent-Length: 1073741824\r\n"), std::string::npos);
+    EXPECT_NE(head.find("\r\nContent-Length: " + std::to_string(size) + "\r\n"), std::string::npos);
+    for (std::size_t received = head.size() - end - 4; received < size;) {
+        const std::size_t bytes = client.Connection().Receive().size();
+        ASSERT_GT(bytes, 0U) << "the end after " << received;
+        received += bytes;
+    }
 #ifndef TEST_SANITIZED  // a sanitizer has a memory of its own
-    if (simulation::Differences::kMeasuresProcess) {
+    if (Differences::kMeasuresProcess) {
         EXPECT_LT(host.Process().ResidentBytes(), 40000000U) << "with eight clients in the middle of it";
     }
 #endif

@@ -1,13 +1,10 @@
 /**
- * Preloaded into the host: makes some C++ allocations in a row fail, of whatever threads. The file that
- * FAIL_ALLOCATION names is mapped and holds numbers of 64 bits: the allocations left until the first failing
- * one, how many fail (0: none), 1 once the first was reached, the value that the first number takes when main
- * begins, and pairs of begin and end of address ranges in libServer.so, up to a zero. An allocation of a
- * function there is passed over: the destructor of the JSON library takes memory and can't fail.
+ * Preloaded into the host: makes some C++ allocations in a row fail, of whatever threads, as the file says
+ * that FAIL_ALLOCATION names. Those of the destructor of the JSON library are passed over: it takes memory
+ * and can't fail.
  */
-#include <array>
-#include <atomic>
-#include <cstdint>
+#include "tests/integration/FailingAllocations.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -20,15 +17,7 @@
 
 namespace {
 
-struct Control {
-    std::atomic<std::int64_t> left;
-    std::atomic<std::int64_t> count;
-    std::atomic<std::int64_t> reached;
-    std::atomic<std::int64_t> leftAtMain;
-    std::array<std::array<std::int64_t, 2>, 32> spared;
-};
-
-Control* g_control = nullptr;
+SFailingAllocations* g_control = nullptr;
 
 using Main = int (*)(int, char**, char**);
 using LibcStartMain = int (*)(Main, int, char**, void (*)(), void (*)(), void (*)(), void*);
@@ -37,9 +26,9 @@ Main g_main = nullptr;
 
 int RunMain(int count, char** arguments, char** environment) {
     const int handle = open(std::getenv("FAIL_ALLOCATION"), O_RDWR | O_CLOEXEC);
-    void* memory = mmap(nullptr, sizeof(Control), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
+    void* memory = mmap(nullptr, sizeof(SFailingAllocations), PROT_READ | PROT_WRITE, MAP_SHARED, handle, 0);
     close(handle);
-    g_control = static_cast<Control*>(memory);
+    g_control = static_cast<SFailingAllocations*>(memory);
     g_control->left = g_control->leftAtMain.load();
     return g_main(count, arguments, environment);
 }
