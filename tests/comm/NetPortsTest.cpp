@@ -49,7 +49,9 @@ TEST(NetPorts, TellWhatCannotBeDone) {
         EXPECT_TRUE(opened == 0 || comm.registry.PortCount() == ports) << name << " is not forgotten";
         EXPECT_EQ(comm.Send(record, "a"), sent) << name;
     }
+    const std::size_t ports = comm.registry.PortCount();
     EXPECT_EQ(comm.registry.CheckSerial({"", "COM999"}), 2);
+    EXPECT_EQ(comm.registry.PortCount(), ports) << "a serial port that is not there is not forgotten";
     EXPECT_EQ(comm.Send(CommFixture::Client(closed), ""), 0);
     EXPECT_EQ(comm.registry.SendNet(CommFixture::Client(closed), "4G", false, 0), 13);
     EXPECT_EQ(comm.Send(CommFixture::Udp(0, closed), std::string(65508, 'x')), 10040);
