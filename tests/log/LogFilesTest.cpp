@@ -4,7 +4,6 @@
 #include "simulation/Wait.h"
 
 #include <fstream>
-#include <regex>
 #include <thread>
 #include <vector>
 
@@ -12,6 +11,20 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+/** The text with "#" for each run of digits. */
+std::string ShortDigits(const std::string& text) {
+    std::string shortened;
+    for (const char c : text) {
+        const bool isDigit = c >= '0' && c <= '9';
+        if (!isDigit) {
+            shortened += c;
+        } else if (!shortened.ends_with('#')) {
+            shortened += '#';
+        }
+    }
+    return shortened;
+}
 
 class LogFiles : public testing::Test {
   protected:
@@ -47,10 +60,8 @@ TEST_F(LogFiles, RecordsByThreshold) {
     RavLog::StopLogs();
     WriteRootLog(RavLog::Error, "After", "nobody listens");
 
-    const std::regex digits("[0-9]+");
-    EXPECT_EQ(std::regex_replace(Read("Server.log"), digits, "#"),
-              "#-#-# #:#:#[LogRoot][Error][#][A::B][] [#%s] \n");
-    EXPECT_EQ(std::regex_replace(Read("Operation.log"), digits, "#"),
+    EXPECT_EQ(ShortDigits(Read("Server.log")), "#-#-# #:#:#[LogRoot][Error][#][A::B][] [#%s] \n");
+    EXPECT_EQ(ShortDigits(Read("Operation.log")),
               "#-#-# #:#:#[LogOperation][Unknow][#][#.#.#.#][/a%#b] [#] [] \n"
               "#-#-# #:#:#[LogOperation][Unknow][#][][] \u00E4\u20AC\U0001F600 "
               "\\xFF\\xC#|\\xC#\\xAF|\\xED\\xA#\\x#|\\xE#\\x#|"
