@@ -26,7 +26,7 @@ export function createWebSocketAddress() {
   /** @param hasFailed  there was no echo at the previous address  @returns undefined when the server has told nothing */
   return async (hasFailed: boolean): Promise<string | undefined> => {
     const chosen = chosenPort();
-    settings = (await readSettings()) ?? settings;
+    settings = await readSettings(settings);
     if (!settings && !chosen) return undefined;
     const [first, other] = webSocketAddresses(location, chosen, settings?.told);
     return other && hasFailed && (await isMissing(sharedPath)) ? other : first;
@@ -38,14 +38,15 @@ interface Settings {
   readonly told: unknown;
 }
 
-/** @returns undefined when the server does not answer */
-async function readSettings(): Promise<Settings | undefined> {
+/** @param known  what the server has told before  @returns the same, also undefined, while it does not answer */
+async function readSettings(known: Settings | undefined): Promise<Settings | undefined> {
   try {
     const response = await fetch("settings.json", { cache: "no-store", signal: AbortSignal.timeout(answerLimit) });
     if (response.status === 404) return { told: undefined };
-    return response.ok ? { told: await response.json() } : undefined;
-  } catch {
-    return undefined;
+    return response.ok ? { told: await response.json() } : known;
+  } catch (error) {
+    // A file that is no JSON says as much as none, but takes nothing back: it may be a proxy's apology.
+    return known ?? (error instanceof SyntaxError ? { told: undefined } : undefined);
   }
 }
 

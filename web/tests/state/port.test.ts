@@ -13,6 +13,7 @@ it.each<[string, (() => Promise<Response>)[], (string | undefined)[]]>([
   ["keeps to it while only a proxy answers", [told, status(502)], ["ws://hall:9001/", "ws://hall:9001/"]],
   ["keeps to it while a proxy apologises", [told, json("<p>")], ["ws://hall:9001/", "ws://hall:9001/"]],
   ["is unknown until the server answers", [away, told], [undefined, "ws://hall:9001/"]],
+  ["is the default one while the file is damaged", [json(""), told], ["ws://hall:8081/", "ws://hall:9001/"]],
   ["is the default one when the server tells none", [told, status(404)], ["ws://hall:9001/", "ws://hall:8081/"]],
   [
     "follows the server to another port",
