@@ -160,7 +160,10 @@ std::optional<SFoundLine> Describe(udev_device* device) {
     return line;
 }
 
-/** The library's first hash table creates the seed of all of them, without a lock. */
+/**
+ * The library's first hash table creates the seed of all small ones, without a lock. Two seeds would lose entries, so
+ * the first table is made here. What libudev shares otherwise does no harm (cmake/tsan.suppressions).
+ */
 Context MakeContext() {
     Context context(udev_new());
     static std::once_flag seeded;
