@@ -26,6 +26,9 @@ it("Escape closes an empty form at once, and asks before it closes a filled one"
   await dialogs.getByText("What you have entered here is not kept.").waitFor({ state: "detached" });
   await page.keyboard.type(" 2");
   expect(await dialogs.getByLabel("Name").inputValue()).toBe("Lamps 2");
+  await dialogs.getByLabel("Name").fill("Lamps of the hall ".repeat(5));
+  await dialogs.getByText("At most 80 characters go here, and these are 89.").waitFor();
+  expect(await dialogs.getByLabel("Name").inputValue()).toHaveLength(90);
 
   await dialogs.getByRole("button", { name: "Close" }).click();
   await page.getByRole("button", { name: "Discard it" }).click();

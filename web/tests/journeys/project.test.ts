@@ -105,6 +105,7 @@ describe("a project as a file", () => {
     await dialog.getByText("Hall, Sources").waitFor();
     await dialog.getByRole("button", { name: "Add the missing interfaces" }).click();
     await dialog.getByText("1 / 2 found here").waitFor();
+    await dialog.getByText("Nothing answers at 127.0.0.1:1. Check address and port").waitFor();
     await dialog.getByRole("button", { name: "Replace everything" }).click();
     const toSave = page.getByText("Imported. Save to store it.");
     await toSave.waitFor();

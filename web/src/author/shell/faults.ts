@@ -1,8 +1,17 @@
 /** What ties a field to the sentences about it, so that whoever hears the page hears them with the field. */
+import { ta } from "../../i18n/author.ts";
 
 export interface FaultMarks {
   "aria-invalid": true | undefined;
   "aria-describedby": string | undefined;
+}
+
+/** Greatest lengths of what authors type, in UTF-16 units. */
+export const longest = { name: 80, question: 200 } as const;
+
+/** Why a text is too long for its field; empty when it is not. */
+export function lengthFault(text: string, most: number = longest.name): string {
+  return text.length > most ? ta("fault_long", most, text.length) : "";
 }
 
 /**
