@@ -27,18 +27,25 @@ bool IsOpenToAll(int routeKey) {
 
 }  // namespace
 
-SBodyRule BodyRuleOf(int routeKey) {
+SBodyRule BodyRuleOfWrites() {
     SBodyRule rule;
+    rule.admits = [](const HttpRequest& request) {
+        return CClientsManager::GetInstance()->IsClientConnected(request.client_addr.ip);
+    };
+    rule.refuse = RouterMgr::RefuseUnconnected;
+    rule.cost = [](const std::string& body) { return EstimateJsonMemory(body); };
+    return rule;
+}
+
+SBodyRule BodyRuleOf(int routeKey) {
+    SBodyRule rule = BodyRuleOfWrites();
     if (routeKey == RouteSetCentralControlWebLayout || routeKey == RouteSetMaterialList ||
         routeKey == RouteUpdateComponentInteraction) {
         rule.limit = kDocumentBytes;
     }
-    if (!IsOpenToAll(routeKey)) {
-        rule.admits = [](const HttpRequest& request) {
-            return CClientsManager::GetInstance()->IsClientConnected(request.client_addr.ip);
-        };
-        rule.refuse = RouterMgr::RefuseUnconnected;
+    if (IsOpenToAll(routeKey)) {
+        rule.admits = nullptr;
+        rule.refuse = nullptr;
     }
-    rule.cost = [](const std::string& body) { return EstimateJsonMemory(body); };
     return rule;
 }

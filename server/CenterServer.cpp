@@ -7,6 +7,7 @@
 #include "server/ClientsManager.h"
 #include "server/LogText.h"
 #include "server/RouteTable.h"
+#include "versions/api/VersionRoutes.h"
 
 #include <hv/hpath.h>
 
@@ -81,6 +82,13 @@ void CCenterServer::InitServer() {
     }
     for (const auto& [key, path] : g_postRoutes) {
         registerRoute(false, path, key);
+    }
+    for (const auto& [path, handler] : g_versionGetRoutes) {
+        m_httpService.GET(path.c_str(), handler);
+    }
+    for (const auto& [path, handler] : g_versionPostRoutes) {
+        m_httpService.POST(path.c_str(), handler);
+        SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
     }
     m_httpServer.service = &m_httpService;
     m_httpServer.port = m_config->http_port;

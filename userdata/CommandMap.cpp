@@ -152,6 +152,14 @@ void BuildCmdMap(const nlohmann::json& document, CmdMap& cmdMap) {
     cmdMap.swap(built);
 }
 
+CmdMap CommandsOf(const nlohmann::json& componentConfig) {
+    CmdMap commands;
+    if (const json* interactions = Find(componentConfig, "componentInteractionInfo")) {
+        BuildCmdMap(*interactions, commands);
+    }
+    return commands;
+}
+
 void RemoveCommandsOfPort(CmdMap& cmdMap, std::int32_t nodeId) {
     for (auto& [componentId, triggers] : cmdMap) {
         for (auto& [triggerType, records] : triggers) {

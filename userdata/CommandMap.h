@@ -36,6 +36,10 @@ using CmdMap = std::unordered_map<std::int32_t, std::unordered_map<std::string, 
  */
 void BuildCmdMap(const nlohmann::json& document, CmdMap& cmdMap);
 
+/** The map of a whole document of component interactions. @throw nlohmann::json::type_error as ParseCommand
+ */
+CmdMap CommandsOf(const nlohmann::json& componentConfig);
+
 /** Removes the commands of one interface. Lists that become empty remain under their keys. */
 void RemoveCommandsOfPort(CmdMap& cmdMap, std::int32_t nodeId);
 

@@ -51,6 +51,7 @@ void CUserData::UpdateCmdMap() {
 }
 
 void CUserData::RemovePortCommands(std::int32_t nodeId) {
+    const CSharedLock sharing(projectMutex);
     const CLock changing(componentChangeMutex);
     {
         const CLock lock(cmdMapMutex);

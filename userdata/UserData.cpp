@@ -96,6 +96,7 @@ nlohmann::json CUserData::GetLayout() const {
 }
 
 void CUserData::SetLayout(nlohmann::json document) {
+    const CSharedLock sharing(projectMutex);
     layoutDocument.Set(std::move(document));
 }
 
@@ -104,6 +105,7 @@ nlohmann::json CUserData::GetMaterials() const {
 }
 
 void CUserData::SetMaterials(nlohmann::json document) {
+    const CSharedLock sharing(projectMutex);
     materialsDocument.Set(std::move(document));
 }
 
@@ -112,6 +114,7 @@ nlohmann::json CUserData::GetComponentConfig() const {
 }
 
 void CUserData::SetComponentConfig(nlohmann::json document) {
+    const CSharedLock sharing(projectMutex);
     const CLock changing(componentChangeMutex);
     componentDocument.Set(std::move(document));
     UpdateCmdMap();
@@ -138,15 +141,18 @@ nlohmann::json CUserData::GetInterfaceConfig() const {
 }
 
 CDocument::State CUserData::ReplaceLayout(nlohmann::json document, const CDocument::StateCheck& check) {
+    const CSharedLock sharing(projectMutex);
     return layoutDocument.ReplaceIf(std::move(document), check);
 }
 
 CDocument::State CUserData::ReplaceMaterials(nlohmann::json document, const CDocument::StateCheck& check) {
+    const CSharedLock sharing(projectMutex);
     return materialsDocument.ReplaceIf(std::move(document), check);
 }
 
 CDocument::State CUserData::ReplaceComponentConfig(nlohmann::json document,
                                                    const CDocument::StateCheck& check) {
+    const CSharedLock sharing(projectMutex);
     const CLock changing(componentChangeMutex);
     auto stored = componentDocument.ReplaceIf(std::move(document), check);
     if (stored) {

@@ -16,6 +16,21 @@
 
 #include <nlohmann/json.hpp>
 
+/** Pages, materials and component interactions. */
+struct SProject {  // NOLINT(bugprone-exception-escape): the JSON library moves without throwing
+    nlohmann::json layout;
+    nlohmann::json materials;
+    nlohmann::json componentConfig;
+};
+
+/** States of the documents at about the same moment; none is null. */
+struct SProjectStates {
+    CDocument::State layout;
+    CDocument::State materials;
+    CDocument::State componentConfig;
+    CDocument::State interfaces;
+};
+
 /**
  * Everything that the user has configured: documents, interfaces, commands, language. One object per process.
  *
@@ -27,7 +42,8 @@
  * writer's mutex is taken inside a document's lock. And two mutexes are taken before all others: one lets a
  * single thread at a time change the interfaces together with their document, the other the component
  * interactions together with the command map. So of two changes at the same moment the later one's list
- * stays, and no command is lost.
+ * stays, and no command is lost. Changes of pages, materials and component interactions share one more lock,
+ * taken before even these, which the replacement of all three has for itself.
  */
 class CUserData {
   public:
@@ -92,6 +108,19 @@ class CUserData {
                                                     const CDocument::StateCheck& check);
     [[nodiscard]] CDocument::State ReplaceComponentConfig(nlohmann::json document,
                                                           const CDocument::StateCheck& check);
+
+    SProjectStates GetProjectStates();
+
+    /**
+     * Replaces pages, materials and component interactions at once, saves them, and rebuilds the command map,
+     * but only while these documents and the interfaces are in the given states. The interfaces stay.
+     * @return false when another state is stored; nothing has changed then
+     * @throw nlohmann::json::type_error as UpdateCmdMap; nothing has changed then
+     */
+    [[nodiscard]] bool ReplaceProject(SProject project, const SProjectStates& present);
+
+    /** The earlier states of the documents. */
+    CGenerations& GetGenerations() { return generations; }
 
     /** The language in force: 0 Chinese, 1 any other. */
     std::int32_t GetLanguage() const;
@@ -172,11 +201,12 @@ class CUserData {
 
     CGenerations generations;
     CJsonFileWriter writer{SSavePauses(), [this](const std::string& path) { generations.BeforeSave(path); }};
+    CSharedMutex projectMutex;  // taken before all others
     mutable CSharedMutex layoutMutex;
     nlohmann::json layout GUARDED_BY(layoutMutex);
     mutable CSharedMutex materialsMutex;
     nlohmann::json materials GUARDED_BY(materialsMutex);
-    CMutex componentChangeMutex;  // taken before all others
+    CMutex componentChangeMutex;  // taken before all but projectMutex
     mutable CSharedMutex componentMutex;
     nlohmann::json componentConfig GUARDED_BY(componentMutex);
     mutable CSharedMutex apiListMutex;

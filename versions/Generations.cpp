@@ -1,17 +1,12 @@
 #include "versions/Generations.h"
 
-#include "config/DocumentBackup.h"
-#include "config/FileContent.h"
-#include "platform/DurableFile.h"
-#include "platform/FolderNames.h"
 #include "platform/Paths.h"
 #include "platform/RavLog.h"
+#include "versions/VersionProblem.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace fs = std::filesystem;
@@ -19,38 +14,9 @@ using std::chrono::local_seconds;
 
 namespace {
 
-constexpr std::array<const char*, 4> kNames = {"layout.json", "materials.json", "componentConfig.json",
-                                               "interFace.json"};
-constexpr const char* kUnfinished = ".tmp";  // suffix of a generation that is being created or removed
+constexpr const char* kBackups = "Backup";
 
-using Documents = std::vector<std::pair<const char*, std::string>>;
-
-void Insist(const std::error_code& error, const std::string& what) {
-    if (error) {
-        throw std::system_error(error, what);
-    }
-}
-
-/** The documents of a folder as they are, or as a start would load them. Missing ones are left out. */
-Documents ReadDocuments(const fs::path& folder) {
-    Documents documents;
-    for (const char* name : kNames) {
-        const std::string path = NarrowFromPath(folder / name);
-        SFileContent content = ReadFileContent(path);
-        if (content.state == EnFileState::Missing) {
-            continue;
-        }
-        if (!IsWholeJson(content.bytes)) {
-            content = ReadFileContent(BackupPath(path));
-        }
-        if (IsWholeJson(content.bytes)) {
-            documents.emplace_back(name, std::move(content.bytes));
-        }
-    }
-    return documents;
-}
-
-std::uintmax_t SizeOf(const Documents& documents) {
+std::uintmax_t SizeOf(const DocumentTexts& documents) {
     std::uintmax_t size = 0;
     for (const auto& [name, text] : documents) {
         size += text.size();
@@ -58,91 +24,42 @@ std::uintmax_t SizeOf(const Documents& documents) {
     return size;
 }
 
-std::uintmax_t SizeOf(const fs::path& generation) {
-    std::uintmax_t size = 0;
-    for (const char* name : kNames) {
-        std::error_code error;
-        const std::uintmax_t bytes = fs::file_size(generation / name, error);
-        size += error ? 0 : bytes;
+/** The folder of a generation. @throw CVersionProblem when the id has not the form of one */
+fs::path FolderOf(const fs::path& folder, const std::string& id) {
+    if (!GenerationTime(id)) {
+        throw CVersionProblem(EnVersionProblem::Missing, "this is no name of a generation");
     }
-    return size;
+    return folder / kBackups / id;
 }
 
-/** Removes our files from a folder, and the folder if it is empty then. */
-void RemoveUnfinished(const fs::path& generation) {
-    std::error_code ignored;  // the rest is tried again with the next generation
-    for (const char* name : kNames) {
-        fs::remove(generation / name, ignored);
-        fs::remove(generation / (std::string(name) + kUnfinished), ignored);
-    }
-    fs::remove(generation, ignored);
-}
-
-/** Renames it first, so that half a generation never looks like a whole one. */
-void Remove(const fs::path& backups, local_seconds time) {
-    const fs::path generation = backups / GenerationName(time);
-    const fs::path unfinished = backups / (GenerationName(time) + kUnfinished);
-    std::error_code error;
-    fs::rename(generation, unfinished, error);
-    if (!error) {
-        RemoveUnfinished(unfinished);
-    }
-}
-
-/** The existing generations, ascending; removes what an earlier process has left unfinished. */
-std::vector<local_seconds> List(const fs::path& backups) {
-    std::vector<local_seconds> times;
-    for (const std::string& name : NamesInFolder(NarrowFromPath(backups))) {
-        const fs::path path = backups / PathFromNarrow(name);
-        std::error_code ignored;
-        if (!fs::is_directory(fs::symlink_status(path, ignored))) {
-            continue;
-        }
-        if (const auto time = GenerationTime(name)) {
-            times.push_back(*time);
-        } else if (path.extension() == kUnfinished && GenerationTime(NarrowFromPath(path.stem()))) {
-            RemoveUnfinished(path);
-        }
-    }
-    std::sort(times.begin(), times.end());
-    return times;
-}
-
-void Write(const fs::path& backups, local_seconds time, const Documents& documents) {
-    if (fs::create_directory(backups)) {
-        Insist(FlushFolder(NarrowFromPath(backups.parent_path())), "the folder Backup");
-    }
-    const fs::path unfinished = backups / (GenerationName(time) + kUnfinished);
-    try {
-        fs::create_directory(unfinished);
-        for (const auto& [name, text] : documents) {
-            Insist(ReplaceFileDurably(NarrowFromPath(unfinished / name), text), name);
-        }
-        fs::rename(unfinished, backups / GenerationName(time));
-    } catch (...) {
-        RemoveUnfinished(unfinished);
-        throw;
-    }
-    Insist(FlushFolder(NarrowFromPath(backups)), "the folder Backup");
-}
-
-/** Removes superfluous generations and those that take too much space, but never the latest. */
-void Thin(const fs::path& backups, local_seconds now, std::uintmax_t most) {
-    const std::vector<local_seconds> times = List(backups);
+/**
+ * Removes superfluous generations and those that take too much space, but never the latest, and none that
+ * has a name.
+ */
+void Thin(const fs::path& folder, local_seconds now, std::uintmax_t most) {
+    const fs::path backups = folder / kBackups;
+    const std::string narrow = NarrowFromPath(folder);
+    const auto listUnnamed = [&] {
+        std::vector<local_seconds> times = ListGenerations(backups);
+        std::erase_if(
+            times, [&](local_seconds time) { return CVersionNames::IsNamed(narrow, GenerationName(time)); });
+        return times;
+    };
+    const std::vector<local_seconds> times = listUnnamed();
     // Generations of a clock that was ahead don't displace the others.
     const auto ahead = std::upper_bound(times.begin(), times.end(), now);
     for (const auto& part : {std::vector(times.begin(), ahead), std::vector(ahead, times.end())}) {
         for (const local_seconds time : SuperfluousGenerations(part)) {
-            Remove(backups, time);
+            RemoveGeneration(backups, time);
         }
     }
     std::uintmax_t size = 0;
-    std::vector<local_seconds> left = List(backups);
+    std::vector<local_seconds> left = listUnnamed();
     std::stable_partition(left.begin(), left.end(), [now](local_seconds time) { return time > now; });
     for (auto time = left.rbegin(); time != left.rend(); ++time) {
-        size += SizeOf(backups / GenerationName(*time));
+        size += SizeOfGeneration(backups / GenerationName(*time));
         if (size > most && time != left.rbegin()) {
-            Remove(backups, *time);
+            RemoveGeneration(backups, *time);
         }
     }
 }
@@ -156,7 +73,8 @@ void CGenerations::BeforeSave(const std::string& path) noexcept {
     const CLock lock(m_mutex);
     try {
         const fs::path document = PathFromNarrow(path);
-        if (std::find(kNames.begin(), kNames.end(), document.filename()) != kNames.end()) {
+        if (std::find(kGenerationDocuments.begin(), kGenerationDocuments.end(), document.filename()) !=
+            kGenerationDocuments.end()) {
             KeepIfDue(document.parent_path());
             m_isTold = false;
         }
@@ -168,9 +86,8 @@ void CGenerations::BeforeSave(const std::string& path) noexcept {
 }
 
 void CGenerations::KeepIfDue(const fs::path& folder) const {
-    const fs::path backups = folder / "Backup";
     const local_seconds now = m_clock();
-    const std::vector<local_seconds> times = List(backups);
+    const std::vector<local_seconds> times = ListGenerations(folder / kBackups);
     const auto later = std::upper_bound(times.begin(), times.end(), now);
     if (later != times.begin()) {
         const local_seconds last = *std::prev(later);
@@ -179,10 +96,16 @@ void CGenerations::KeepIfDue(const fs::path& folder) const {
             return;
         }
     }
-    const Documents documents = ReadDocuments(folder);
-    if (documents.empty()) {
-        return;
+    const DocumentTexts documents = ReadPresentDocuments(folder);
+    if (!documents.empty()) {
+        static_cast<void>(Make(folder, now, documents));
     }
+}
+
+std::string CGenerations::Make(const fs::path& folder, local_seconds now,
+                               const DocumentTexts& documents) const {
+    const fs::path backups = folder / kBackups;
+    RemoveUnfinishedGenerations(backups);
     const std::uintmax_t size = SizeOf(documents);
     if (size > m_limits.bytes) {
         throw std::runtime_error("no generation of the documents is kept: they are larger than " +
@@ -191,6 +114,70 @@ void CGenerations::KeepIfDue(const fs::path& folder) const {
     if (fs::space(folder).available / m_limits.spareFactor < size) {
         throw std::runtime_error("no generation of the documents is kept: too little room on the disk");
     }
-    Write(backups, now, documents);
-    Thin(backups, now, m_limits.bytes);
+    while (fs::exists(backups / GenerationName(now))) {
+        now += std::chrono::seconds(1);  // two within one second
+    }
+    WriteGeneration(backups, now, documents);
+    Thin(folder, now, m_limits.bytes);
+    return GenerationName(now);
+}
+
+std::string CGenerations::Keep(const std::string& folder, const DocumentTexts& documents) {
+    const CLock lock(m_mutex);
+    return Make(PathFromNarrow(folder), m_clock(), documents);
+}
+
+DocumentTexts CGenerations::Read(const std::string& folder, const std::string& id) {
+    return ReadGeneration(FolderOf(PathFromNarrow(folder), id));
+}
+
+std::string CGenerations::PathOf(const std::string& folder, const std::string& id,
+                                 const std::string& document) {
+    const auto& known = kGenerationDocuments;
+    const fs::path path = FolderOf(PathFromNarrow(folder), id) / document;
+    if (std::find(known.begin(), known.end(), document) == known.end() || !fs::is_regular_file(path)) {
+        throw CVersionProblem(EnVersionProblem::Missing, "the generation has no such document");
+    }
+    return NarrowFromPath(path);
+}
+
+std::vector<SVersion> CGenerations::List(const std::string& folder) {
+    const fs::path backups = PathFromNarrow(folder) / kBackups;
+    const std::vector<local_seconds> times = ListGenerations(backups);
+    CVersionNames::Names names = m_names.Read(folder);
+    std::vector<SVersion> versions;
+    for (auto time = times.rbegin(); time != times.rend(); ++time) {
+        const std::string id = GenerationName(*time);
+        versions.push_back({id, names[id], SizesOfGeneration(backups / id)});
+    }
+    return versions;
+}
+
+void CGenerations::SetName(const std::string& folder, const std::string& id, const std::string& name) {
+    const std::string checked = CheckedVersionName(name);
+    const CLock lock(m_mutex);
+    const fs::path generation = FolderOf(PathFromNarrow(folder), id);
+    if (!fs::is_directory(generation)) {
+        throw CVersionProblem(EnVersionProblem::Missing, "there is no such generation");
+    }
+    CVersionNames::Names names = m_names.Read(folder);
+    if (checked.empty()) {
+        names.erase(id);
+    } else {
+        std::uintmax_t size = SizeOfGeneration(generation);
+        for (const auto& [other, ignored] : names) {
+            size += other == id || !GenerationTime(other)
+                        ? 0
+                        : SizeOfGeneration(FolderOf(PathFromNarrow(folder), other));
+        }
+        if (size > m_limits.bytes || (names.size() >= m_limits.named && !names.contains(id))) {
+            throw CVersionProblem(EnVersionProblem::NamesTakeRoom, "too many generations have names");
+        }
+        names[id] = checked;
+    }
+    try {
+        CVersionNames::Write(folder, names);
+    } catch (const std::system_error& error) {
+        throw CVersionProblem(EnVersionProblem::NameNotStored, error.what());
+    }
 }

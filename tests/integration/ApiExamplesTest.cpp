@@ -107,6 +107,7 @@ TEST(ApiExamples, AreTrue) {
     WriteFile(host.Installation() / "Resource/manuals/projector.pdf", "%PDF");
     const PtyPair line(host.Home() / "line");
     WriteFile(host.UserData() / "SerialPorts.json", nlohmann::json{{"COM5", line.Device().string()}}.dump());
+    WriteFile(host.UserData() / "Backup/2026-11-22_14-05-33/layout.json", "{}");
     std::optional<TcpListener> projector(std::in_place);
     const int port = projector->Port();
     host.Start();

@@ -13,7 +13,8 @@ demo            demo/                  simulation platform
 bench           bench/                 simulation userdata config platform
 simulation      simulation/
 host            host/                  interface platform
-server          server/                device clients envelope log_text config interface platform
+server          server/                versions_api device clients envelope log_text config interface platform
+versions_api    versions/api/          webapi envelope userdata versions config interface platform
 webapi          webapi/                envelope userdata log_text config interface platform
 device          device/                envelope clients userdata log_text config platform
 envelope        server/RouterMgr       clients log_text config platform
@@ -90,5 +91,5 @@ check "a switch of the operating system outside platform/linux, platform/windows
 check "a system header outside platform/linux, platform/windows and libraries/" \
     '^#include <(sys/|netinet/|arpa/|unistd|fcntl|termios|pthread|libudev|windows|winsock)' \
     server webapi device userdata versions config host include platform/*.h
-check "a layer below the handlers that knows a request" '<hv/Http(Message|Service|Server)\.h>' config userdata versions platform
+check "a layer below the handlers that knows a request" '<hv/Http(Message|Service|Server)\.h>' config userdata versions/*.{cpp,h} platform
 exit "$strays"

@@ -1,6 +1,7 @@
 #include "platform/RavLog.h"
 #include "simulation/TemporaryFolder.h"
 #include "versions/Generations.h"
+#include "versions/VersionProblem.h"
 
 #include <algorithm>
 #include <numeric>
@@ -141,4 +142,57 @@ TEST_F(Generations, TakeBoundedRoomAndNeverFailTheSave) {
     const std::string log = ReadFile(m_folder.Path() / "Log" / "System.log");
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2) << log;
     EXPECT_NE(log.find("they are larger than 150 bytes"), std::string::npos) << log;
+}
+
+TEST_F(Generations, WithANameStay) {
+    const std::string folder = m_folder.Path().string();
+    const auto problemOf = [&](const std::string& id, const std::string& name) {
+        try {
+            m_generations.SetName(folder, id, name);
+        } catch (const CVersionProblem& problem) {
+            return std::optional(problem.Kind());
+        }
+        return std::optional<EnVersionProblem>();
+    };
+    const std::string first = m_generations.Keep(folder, {{"layout.json", "\"first\""}});
+    const std::string second = m_generations.Keep(folder, {{"layout.json", "\"second\""}});
+    EXPECT_EQ(second, "2026-11-22_10-00-01") << "within one second";
+    std::string longest = "会";
+    for (int i = 1; i < 80; ++i) {
+        longest += "会";
+    }
+    EXPECT_EQ(problemOf(first, "  " + longest + " "), std::nullopt);
+    EXPECT_EQ(problemOf(first, longest + "!"), EnVersionProblem::NameTooLong);
+    EXPECT_EQ(problemOf(first, "a\nb"), EnVersionProblem::NameUnreadable);
+    EXPECT_EQ(problemOf("2026-11-22_10-00-02", "a"), EnVersionProblem::Missing);
+    EXPECT_EQ(problemOf("..", "a"), EnVersionProblem::Missing);
+    m_generations.SetName(folder, second, "b");
+    m_generations.SetName(folder, second, "  ");
+    for (int month = 0; month < 40; ++month) {
+        m_now += hours(24 * 31);
+        static_cast<void>(m_generations.Keep(folder, {{"layout.json", std::string(50, '1')}}));
+    }
+    std::vector<SVersion> all = m_generations.List(folder);
+    ASSERT_EQ(all.size(), 4U) << "150 bytes of those without a name";
+    EXPECT_EQ(all.back().id, first);
+    EXPECT_EQ(all.back().name, longest);
+    EXPECT_EQ(all.back().sizes, (std::map<std::string, std::uintmax_t>{{"layout.json", 7}}));
+    EXPECT_EQ(problemOf(all[0].id, "1"), std::nullopt);
+    EXPECT_EQ(problemOf(all[1].id, "2"), std::nullopt);
+    EXPECT_EQ(problemOf(all[2].id, "3"), EnVersionProblem::NamesTakeRoom);
+    // Damage costs the names, and nothing else.
+    const std::string damaged = ReadFile(m_folder.Path() / "versions.json").substr(0, 70);
+    WriteFile(m_folder.Path() / "versions.json", damaged);
+    for (int month = 0; month < 5; ++month) {
+        m_now += hours(24 * 31);
+        static_cast<void>(m_generations.Keep(folder, {{"layout.json", std::string(50, '2')}}));
+    }
+    all = m_generations.List(folder);
+    EXPECT_EQ(all.back().id, first);
+    EXPECT_EQ(all.back().name, "");
+    EXPECT_EQ(problemOf(first, "again"), std::nullopt);
+    EXPECT_EQ(ReadFile(m_folder.Path() / "versions.json.broken"), damaged);
+    RavLog::StopLogs();
+    const std::string log = ReadFile(m_folder.Path() / "Log" / "System.log");
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
 }
