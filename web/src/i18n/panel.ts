@@ -9,14 +9,17 @@ export const tp = translator({ en: panelEn, zhCN: panelZh });
 /** The numbers for which a network has no way: one hint serves all. */
 const sameHint: Record<number, number> = { 10050: 10051, 10065: 10051 };
 
-/** What a failed click means, in sentences: first what to do, then the server's own lines. */
-export function failureText(code: number, text: string): { sentence: string; details: string } {
+/**
+ * What a refused call means: what the server says, exactly as it came, and what to do. Where the server says nothing,
+ * the sentence for its code stands in.
+ */
+export function failureText(code: number, text: string): { said: string; advice: string } {
   const known = `code${code}`;
-  const first = known in panelEn ? tp(known as keyof typeof panelEn) : tp("codeOther", code);
+  const first = known in panelEn ? tp(known as keyof typeof panelEn) : text ? "" : tp("codeOther", code);
   const numbers = errorNumbers(text).map((number) => sameHint[number] ?? number);
   const hints = [...new Set(numbers)].flatMap((number) => {
     const hint = `hint${number}`;
     return hint in panelEn ? [tp(hint as keyof typeof panelEn)] : [];
   });
-  return { sentence: [first, ...hints].join(" "), details: text.trim() };
+  return text ? { said: text, advice: [first, ...hints].filter(Boolean).join(" ") } : { said: first, advice: "" };
 }

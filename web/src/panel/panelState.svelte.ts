@@ -7,16 +7,20 @@ import { codes, type Server, ServerError } from "../api/server.ts";
 import { failureText } from "../i18n/panel.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { asNumber, asObject, sameJson } from "../model/json.ts";
-import { type Component, emptyLayout, type Layout } from "../model/layout.ts";
+import { middlePosition } from "../model/interactions.ts";
+import { type Component, componentTitle, emptyLayout, type Layout, type SliderComponent } from "../model/layout.ts";
 import { readMaterials } from "../model/materials.ts";
 import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../view/pictures.ts";
+import type { Presses } from "./presses.ts";
 
 /** The result of the last press: not answered yet, all sent, or failed. */
 export interface Feedback {
   phase: "sent" | "done" | "failed";
-  sentence: string;
-  details: string;
+  /** Of a failure: what was pressed, what the server said of it, exactly as it came, and what to do. */
+  title: string;
+  said: string;
+  advice: string;
   /** Of a failure: whether all of it may have been sent nevertheless. */
   unsure: boolean;
   /** Distinguishes one press from the next on the same component. */
@@ -24,7 +28,7 @@ export interface Feedback {
 }
 
 /** How long "done" and "failed" stay, and how often the pages are read again, in ms. */
-const times = { done: 1200, failed: 12_000, refresh: 30_000 };
+const times = { done: 1200, failed: 20_000, refresh: 30_000 };
 const valuesKey = "panelValues";
 
 /** Everything that the panel uses from outside. */
@@ -49,13 +53,23 @@ export class PanelState {
   pressed = $state<Record<number, boolean>>({});
   feedback = $state<Record<number, Feedback>>({});
 
+  /** The failures that are shown, the latest first. */
+  readonly failures = $derived(
+    Object.entries(this.feedback)
+      .filter(([, { phase }]) => phase === "failed")
+      .map(([id, feedback]) => ({ id: Number(id), ...feedback }))
+      .sort((one, other) => other.serial - one.serial),
+  );
+
   #stored: { layout: unknown; materials: unknown } = { layout: undefined, materials: undefined };
   #pictureStore = new PictureStore();
   #serial = 0;
   /** A reading of everything was requested and has not succeeded since. */
   #isDue = true;
 
-  /** @param lost  called when the connection is gone, so that presses under way can end */
+  #presses = new Set<Presses>();
+
+  /** @param lost  called when the connection is gone; presses under way have ended */
   constructor(
     readonly needs: PanelNeeds,
     lost: () => void,
@@ -63,12 +77,29 @@ export class PanelState {
     this.values = readValues(needs.storage.getItem(valuesKey));
     needs.connection.start((state) => {
       const isBack = state === "open" && this.connection === "lost";
-      if (state === "lost") lost();
+      if (state === "lost") {
+        this.cancelPresses();
+        lost();
+      }
       if (isBack || (state === "open" && !this.loaded)) void this.reload(true);
       this.connection = state;
     });
     needs.clock.every(times.refresh, () => this.connection === "open" && !this.#isBusy() && void this.reload());
     needs.events.on("shown", () => void this.reload(true));
+  }
+
+  /** Presses of a page that is shown now. Returns what ends them when the page goes. */
+  holdPresses(presses: Presses): () => void {
+    this.#presses.add(presses);
+    return () => {
+      presses.cancelAll();
+      this.#presses.delete(presses);
+    };
+  }
+
+  /** Ends all presses under way. */
+  cancelPresses(): void {
+    for (const presses of this.#presses) presses.cancelAll();
   }
 
   #isBusy(): boolean {
@@ -108,8 +139,9 @@ export class PanelState {
   async fire(component: Component, trigger: string): Promise<boolean> {
     const { server, clock } = this.needs;
     const serial = ++this.#serial;
-    const show = (phase: Feedback["phase"], sentence = "", details = "", unsure = false) => {
-      this.feedback[component.id] = { phase, sentence, details, unsure, serial };
+    const title = componentTitle(component);
+    const show = (phase: Feedback["phase"], said = "", advice = "", unsure = false) => {
+      this.feedback[component.id] = { phase, title, said, advice, unsure, serial };
     };
     if (this.connection !== "open") return false;
     show("sent");
@@ -120,8 +152,8 @@ export class PanelState {
       return true;
     } catch (error) {
       const { code, text } = error instanceof ServerError ? error : { code: codes.strange, text: String(error) };
-      const { sentence, details } = failureText(code, text);
-      show("failed", sentence, details, code === codes.unreachable);
+      const { said, advice } = failureText(code, text);
+      show("failed", said, advice, code === codes.unreachable);
       clock.after(times.failed, () => this.dismiss(component.id, serial));
       if (code === codes.unreachable || code === codes.noConnection) this.needs.connection.check();
       return false;
@@ -132,8 +164,15 @@ export class PanelState {
     if (this.feedback[id]?.serial === serial) delete this.feedback[id];
   }
 
-  setValue(id: number, value: number): void {
-    this.values[id] = value;
+  /** The position that a slider shows: until one was sent, the middle, as in the editor. */
+  positionOf(slider: SliderComponent): number {
+    return Math.min(this.values[slider.id] ?? middlePosition(slider), slider.steps - 1);
+  }
+
+  /** @param value  undefined: none was sent */
+  setValue(id: number, value: number | undefined): void {
+    if (value === undefined) delete this.values[id];
+    else this.values[id] = value;
     this.needs.storage.setItem(valuesKey, JSON.stringify(this.values));
   }
 }

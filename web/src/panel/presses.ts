@@ -33,8 +33,10 @@ export interface PressHooks {
   isOn(id: number): boolean;
   setOn(id: number, on: boolean): void;
   /** Position of a slider as it is shown. */
-  setPosition(id: number, position: number): void;
   position(component: SliderComponent): number;
+  /** The position that was set last; undefined as long as none was, or after it was set to undefined. */
+  setTo(component: SliderComponent): number | undefined;
+  setPosition(id: number, position: number | undefined): void;
   follow(component: LinkComponent): void;
 }
 
@@ -47,7 +49,7 @@ interface Press {
   sent: Promise<unknown>;
   longDone: boolean;
   /** Slider: the position before the press, the last one that was sent, and whether one is being sent. */
-  before: number;
+  before?: number | undefined;
   sentPosition?: number;
   sliding?: boolean;
 }
@@ -60,6 +62,11 @@ export class Presses {
     readonly clock: Clock,
   ) {}
 
+  /** Whether a finger is on a component. */
+  get isHeld(): boolean {
+    return this.#presses.size > 0;
+  }
+
   down(pointer: number, at: Point): boolean {
     const component = targetAt(this.hooks.targets(), at, this.hooks.side());
     if (!component || [...this.#presses.values()].some((one) => one.component.id === component.id)) return false;
@@ -69,7 +76,7 @@ export class Presses {
       held: true,
       sent: Promise.resolve(),
       longDone: false,
-      before: component.type === "slider" ? this.hooks.position(component) : 0,
+      before: component.type === "slider" ? this.hooks.setTo(component) : undefined,
     };
     this.#presses.set(pointer, press);
     this.hooks.setPressed(component.id, true);
@@ -149,8 +156,8 @@ export class Presses {
   /** A slider moved by keys, one position or more at a time. */
   stepSlider(component: SliderComponent, by: number): void {
     if (!this.hooks.isAllowed(component)) return;
-    const before = this.hooks.position(component);
-    const position = Math.min(component.steps - 1, Math.max(0, before + by));
+    const before = this.hooks.setTo(component);
+    const position = Math.min(component.steps - 1, Math.max(0, this.hooks.position(component) + by));
     this.hooks.setPosition(component.id, position);
     void this.#sendSlider(component, { component, held: false, sent: Promise.resolve(), longDone: false, before });
   }

@@ -126,6 +126,7 @@ describe("a panel", () => {
     await device.has("<6off>");
 
     const slider = page.getByRole("slider");
+    expect(await slider.getAttribute("aria-valuenow")).toBe("1");
     const box = (await slider.boundingBox())!;
     await page.mouse.click(box.x + box.width - 5, box.y + box.height / 2);
     await device.has("<7position2>");
@@ -156,18 +157,22 @@ describe("a panel", () => {
     expect(errors).toEqual([]);
   });
 
-  it("tells where the click was what failed, and what to do", async () => {
+  it("tells below the page what failed, in the server's words, and what to do", async () => {
     await device.stop();
     await part("Click").click();
-    const message = page.getByRole("alert");
+    const message = page.locator(".message");
     await message.getByText("Nothing listens there.").waitFor();
     expect(await message.innerText()).toContain("Devicefailed to send C,reason:10061");
-    await page.locator(".part.failed").waitFor();
+    const sheet = (await page.locator(".page").boundingBox())!;
+    expect((await message.boundingBox())!.y).toBeGreaterThanOrEqual(sheet.y + sheet.height);
+    await page.getByRole("switch").click();
+    await page.getByText("2 messages").waitFor();
+    expect(await message.first().innerText()).toContain("Screen");
+    expect(await page.getByRole("switch").getAttribute("aria-checked")).toBe("false");
+    await page.locator(".part.failed").first().waitFor();
+    await message.first().getByRole("button", { name: "Close" }).click();
     await message.getByRole("button", { name: "Close" }).click();
     await message.waitFor({ state: "detached" });
-    await page.getByRole("switch").click();
-    await message.waitFor();
-    expect(await page.getByRole("switch").getAttribute("aria-checked")).toBe("false");
   });
 
   it("refuses presses while the server is away, and reads everything again when it is back", async () => {

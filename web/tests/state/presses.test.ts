@@ -61,8 +61,9 @@ beforeEach(() => {
       },
       isOn: (id) => shown(id) === 1,
       setOn: (id, on) => values.set(id, on ? 1 : 0),
-      setPosition: (id, position) => values.set(id, position),
-      position: ({ id }) => shown(id),
+      position: ({ id }) => values.get(id) ?? 5,
+      setTo: ({ id }) => values.get(id),
+      setPosition: (id, position) => void (position === undefined ? values.delete(id) : values.set(id, position)),
       follow: ({ target }) => log.push(`to ${target}`),
     },
     clock,
@@ -211,6 +212,15 @@ describe("a finger on what has a state", () => {
     [targets, values, held, agrees] = [[component], new Map([[1, before]]), [], false];
     await finger(steps);
     expect([log.join(" "), shown()]).toEqual([expected, after]);
+  });
+
+  it.each([
+    ["sends its start when nothing was sent before", "down5 up5 yes", "pressed free position5 yes", 5],
+    ["shows its start again when nothing has arrived", "down3 up3 no", "pressed free position3 no", undefined],
+  ])("a slider %s", async (_, steps, expected, after) => {
+    [targets, held] = [[slider()], []];
+    await finger(steps);
+    expect([log.join(" "), values.get(1)]).toEqual([expected, after]);
   });
 
   it("follows the rail of an upright slider from below", async () => {

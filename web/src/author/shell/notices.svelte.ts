@@ -83,7 +83,7 @@ export class Notices {
     }
     if (error.code === codes.noConnection) return ta("noChannel");
     if (error.code === codes.unreachable) return ta("unreachable");
-    const { sentence, details } = failureText(error.code, error.text);
-    return [sentence, details].filter(Boolean).join("\n");
+    const { said, advice } = failureText(error.code, error.text);
+    return [said.trimEnd(), advice].filter(Boolean).join("\n");
   }
 }
