@@ -63,6 +63,7 @@ export const places: readonly Place[] = [
     },
   ],
   ["interfaces", "#/interfaces"],
+  ["interface-uses", "#/interfaces", click("main button[aria-expanded]", 0, "main [aria-expanded=true]")],
   ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
