@@ -1,5 +1,5 @@
 /** Problems that an author should check before the pages go to an operator. */
-import { type Component, isActive, looksOf, type Page } from "./layout.ts";
+import { type Component, isActive, type Layout, looksOf, type Page } from "./layout.ts";
 import { type Command, commandLists, triggersOf } from "./interactions.ts";
 import { overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
@@ -19,6 +19,22 @@ export interface Problem {
   readonly pageId: string;
   /** 0: the page itself. */
   readonly componentId: number;
+}
+
+/** A problem together with what it is about; `component` is missing where that is the page itself. */
+export interface PlacedProblem {
+  readonly kind: ProblemKind;
+  readonly page: Page;
+  readonly component?: Component;
+}
+
+export function placed(problems: readonly Problem[], layout: Layout): PlacedProblem[] {
+  const pages = new Map(layout.pages.map((page) => [page.id, page]));
+  return problems.flatMap(({ kind, pageId, componentId }) => {
+    const page = pages.get(pageId);
+    const component = page?.components.find((one) => one.id === componentId);
+    return page ? [{ kind, page, ...(component && { component }) }] : [];
+  });
 }
 
 /** Smallest side, in px of the page, of a component for fingers. */
