@@ -3,6 +3,7 @@
  * application. `readLayout` is the only way in, so that the rest can trust every field.
  */
 import { newComponentId, newId } from "./ids.ts";
+import { defaultOptions, type PanelOptions } from "./panelOptions.ts";
 
 /** The version that is written. A document with a higher one is refused, see readLayout. */
 export const layoutVersion = 1;
@@ -20,6 +21,10 @@ export const imageFits = ["contain", "cover", "fill"] as const;
 export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
 export type ClockForm = (typeof clockForms)[number];
+
+/** Where a panel shows a page: listed in its bar, or only by links and by its address. */
+export const pagePlaces = ["bar", "hidden"] as const;
+export type PagePlace = (typeof pagePlaces)[number];
 
 /** The look of a component in one state. An empty field means that of the theme, or that of the normal look. */
 export interface Look {
@@ -124,6 +129,7 @@ export interface Page {
   readonly background: string;
   /** Id of a material behind the components; empty: none. */
   readonly material: string;
+  readonly place: PagePlace;
   /** In drawing order: the last one lies on top. */
   readonly components: readonly Component[];
 }
@@ -132,9 +138,10 @@ export interface Layout {
   /** Id of the page that a panel shows first; empty: the first page. */
   readonly startPage: string;
   readonly pages: readonly Page[];
+  readonly panel: PanelOptions;
 }
 
-export const emptyLayout: Layout = { startPage: "", pages: [] };
+export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };
 
 /** Smallest and largest side of a page and of a component, in px. */
 export const pageSides = { least: 100, most: 8000 };
@@ -198,16 +205,7 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
 }
 
 export function newPage(name: string, width = 1280, height = 800): Page {
-  return { id: newId("p"), name, width, height, background: "", material: "", components: [] };
-}
-
-/**
- * The page that a panel shows for this id: the page itself, otherwise the start page, otherwise the first, otherwise
- * none.
- */
-export function pageToShow(layout: Layout, id: string): Page | undefined {
-  const find = (wanted: string) => layout.pages.find((page) => page.id === wanted);
-  return find(id) ?? find(layout.startPage) ?? layout.pages[0];
+  return { id: newId("p"), name, width, height, background: "", material: "", place: "bar", components: [] };
 }
 
 /** A copy in which all ids are new, and for each old component id the new one. */

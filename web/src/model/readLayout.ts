@@ -14,10 +14,12 @@ import {
   newComponent,
   newPage,
   type Page,
+  pagePlaces,
   pageSides,
   pressModes,
   sliderSteps,
 } from "./layout.ts";
+import { readOptions } from "./panelOptions.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
 const form = "control pages";
@@ -53,7 +55,7 @@ export function readLayout(value: unknown): Layout | Refusal {
       return [read];
     });
   const startPage = asText(document["startPage"]);
-  return { startPage: pageIds.has(startPage) ? startPage : "", pages };
+  return { startPage: pageIds.has(startPage) ? startPage : "", pages, panel: readOptions(document["panel"]) };
 }
 
 export function writeLayout(layout: Layout): object {
@@ -78,6 +80,7 @@ export function readPage(value: unknown, takenIds = new Set<number>()): Page {
     height: Math.round(asNumber(page["height"], fresh.height, least, most)),
     background: asColor(page["background"]),
     material: asText(page["material"]),
+    place: asChoice(page["place"], pagePlaces, fresh.place),
     components,
   };
 }

@@ -1,5 +1,5 @@
 /** Export and import of everything, or of one page, as one file. */
-import { copyPage, isActive, type Layout, looksOf, type Page } from "./layout.ts";
+import { copyPage, emptyLayout, isActive, type Layout, looksOf, type Page } from "./layout.ts";
 import { type Interactions, interfaceUses, mapCommands, readInteractions, writeInteractions } from "./interactions.ts";
 import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
 import { asArray, asObject } from "./json.ts";
@@ -48,7 +48,7 @@ function writeInterface(one: Interface): object {
 
 function onlyPage(project: Project, page: Page): Project {
   const used = new Set([page.material, ...page.components.flatMap(looksOf).map((look) => look.material)]);
-  const layout: Layout = { startPage: "", pages: [page] };
+  const layout: Layout = { ...emptyLayout, pages: [page] };
   const interactions: Record<number, Interactions[number]> = {};
   for (const { id, type } of page.components) {
     const commands = project.interactions[id];

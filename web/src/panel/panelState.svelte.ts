@@ -40,6 +40,8 @@ export interface PanelNeeds {
   /** Keeps texts in this browser. */
   readonly storage: Pick<Storage, "getItem" | "setItem">;
   readonly reportError: ReportError;
+  /** Lets the finger feel that a component was pressed, where the device can. */
+  readonly tick: () => void;
 }
 
 export class PanelState {
@@ -95,6 +97,11 @@ export class PanelState {
       presses.cancelAll();
       this.#presses.delete(presses);
     };
+  }
+
+  /** Whether a finger is on a component. */
+  get isHeld(): boolean {
+    return [...this.#presses].some((one) => one.isHeld);
   }
 
   /** Ends all presses under way. */

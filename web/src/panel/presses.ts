@@ -67,6 +67,16 @@ export class Presses {
     return this.#presses.size > 0;
   }
 
+  /**
+   * Whether a finger may turn into a swipe: it is the only one, and on nothing that follows it or has sent already.
+   */
+  canSwipe(pointer: number): boolean {
+    const component = this.#presses.get(pointer)?.component;
+    const waits =
+      !component || (component.type === "button" ? component.mode === "click" : component.type !== "slider");
+    return waits && this.#presses.size <= (component ? 1 : 0);
+  }
+
   down(pointer: number, at: Point): boolean {
     const component = targetAt(this.hooks.targets(), at, this.hooks.side());
     if (!component || [...this.#presses.values()].some((one) => one.component.id === component.id)) return false;

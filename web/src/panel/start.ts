@@ -8,9 +8,13 @@ import { createServer } from "../api/server.ts";
 import { language } from "../i18n/language.svelte.ts";
 import Panel from "./Panel.svelte";
 
+/** How long the device vibrates at a press, in ms. */
+const tickLength = 12;
+
 export function start(place: HTMLElement, reportError: ReportError): void {
   language.startWith(navigator.language);
   const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
-  const needs = { server: createServer(), connection, clock, events, storage: localStorage, reportError };
+  const tick = () => void (navigator as Partial<Navigator>).vibrate?.(tickLength);
+  const needs = { server: createServer(), connection, clock, events, storage: localStorage, reportError, tick };
   mount(Panel, { target: place, props: { needs } });
 }

@@ -49,9 +49,10 @@ beforeEach(async () => {
   const pages = [
     { id: "p1", name: "Hall", width: 1280, height: 800, components },
     { id: "p2", name: "Lobby", components: [] },
+    { id: "p3", name: "Spare", place: "hidden", components: [] },
   ];
   await host.post("setCentralControlWebLayout", {
-    data: { form: "control pages", version: 1, startPage: "p1", pages },
+    data: { form: "control pages", version: 1, startPage: "p1", pages, panel: { swipe: true } },
   });
   const command = { portIndex: 1, controlType: "netPortInfo", commandName: "C" };
   const componentArr = components.map(({ id }) => ({
@@ -213,6 +214,19 @@ describe("a panel", () => {
     expect(device.bytes).not.toContain("<2release>");
     await touch("touchEnd");
     await device.has("<2release>");
+
+    const pages = phone.page.getByRole("navigation").getByRole("link");
+    expect(await pages.allInnerTexts()).toEqual(["Hall", "Lobby"]);
+    await touch("touchStart", press);
+    await touch("touchMove", [press[0] - 200, press[1]]);
+    expect(await phone.page.title()).toBe("Hall");
+    await touch("touchEnd");
+    const [x, y] = await at("Click");
+    await touch("touchStart", [x + 200, y - 100]);
+    await touch("touchMove", [x + 50, y - 100]);
+    await touch("touchEnd");
+    await expect.poll(() => phone.page.title(), { timeout: longest }).toBe("Lobby");
+    expect(device.bytes).not.toContain("<1click><1click>");
     await phone.context.close();
     expect(phone.errors).toEqual([]);
   });

@@ -12,9 +12,10 @@ import {
   newSerialInfo,
   readInterfaces,
 } from "../../src/model/interfaces.ts";
-import { type Component, newComponent, newPage, pageToShow } from "../../src/model/layout.ts";
+import { type Component, emptyLayout, newComponent, newPage } from "../../src/model/layout.ts";
 import { readMaterials } from "../../src/model/materials.ts";
 import { changedPages, isChanged, mineAsCopy } from "../../src/model/merge.ts";
+import { pageToShow } from "../../src/model/navigation.ts";
 import { findProblems } from "../../src/model/problems.ts";
 import { emptyProject, type Project, withPage, writeProject } from "../../src/model/project.ts";
 import { isRefused, readLayout, writeLayout } from "../../src/model/readLayout.ts";
@@ -38,7 +39,7 @@ describe("the layout document", () => {
   });
 
   it.each([
-    ["nothing stored", undefined, { startPage: "", pages: [] }],
+    ["nothing stored", undefined, emptyLayout],
     ["no object", "text", { refused: "foreign" }],
   ])("%s", (_, value, expected) => {
     expect(readLayout(value)).toEqual(expected);
@@ -159,7 +160,7 @@ describe("two authors", () => {
 describe("problems", () => {
   const kinds = (component: Component, interactions: Project["interactions"]) => {
     const page = { ...newPage("P"), components: [{ ...component, id: 1 }] };
-    return findProblems({ ...emptyProject, layout: { startPage: "", pages: [page] }, interactions }, ids).map(
+    return findProblems({ ...emptyProject, layout: { ...emptyLayout, pages: [page] }, interactions }, ids).map(
       (one) => one.kind,
     );
   };

@@ -232,6 +232,18 @@ describe("a finger on what has a state", () => {
   });
 });
 
+it.each<[string, Component, boolean]>([
+  ["a usual button", button("click"), true],
+  ["a switch", toggle(), true],
+  ["a button that is held", button("repeat"), false],
+  ["a button that sends on press", button("press"), false],
+  ["a slider", slider(), false],
+])("a finger on %s may swipe: %s", (_, component, expected) => {
+  targets = [component];
+  presses.down(1, component.type === "slider" ? rail(3) : inside);
+  expect([presses.canSwipe(1), presses.canSwipe(2)]).toEqual([expected, false]);
+});
+
 describe("without a pointer", () => {
   it.each<[string, Component, string[]]>([
     ["click", button("click"), ["click"]],

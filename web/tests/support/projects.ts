@@ -1,5 +1,5 @@
 import type { Command } from "../../src/model/interactions.ts";
-import { newComponent, newPage } from "../../src/model/layout.ts";
+import { emptyLayout, newComponent, newPage } from "../../src/model/layout.ts";
 import { emptyProject, type Project } from "../../src/model/project.ts";
 
 /** A command through the interface of that number. */
@@ -28,7 +28,7 @@ export function sampleProject(): Project {
   };
   return {
     ...emptyProject,
-    layout: { startPage: "", pages: [page] },
+    layout: { ...emptyLayout, pages: [page] },
     interactions: { 1: { triggers: { click: [command(1)] } } },
   };
 }

@@ -1,0 +1,36 @@
+/** Which pages a panel lists and shows, and where a swipe leads. */
+import type { Layout, Page } from "./layout.ts";
+import type { Point } from "./geometry.ts";
+
+/** The pages in the panel's bar, in their order. */
+export function barPages(layout: Layout): Page[] {
+  return layout.pages.filter((page) => page.place === "bar");
+}
+
+/**
+ * The page that a panel shows for this id: the page itself, otherwise the start page, otherwise the first of the bar,
+ * otherwise the first, otherwise none.
+ */
+export function pageToShow(layout: Layout, id: string): Page | undefined {
+  const find = (wanted: string) => layout.pages.find((page) => page.id === wanted);
+  return find(id) ?? find(layout.startPage) ?? barPages(layout)[0] ?? layout.pages[0];
+}
+
+/** Least length of a swipe, in px of the screen, and its longest duration, in ms. */
+const swipe = { length: 80, duration: 700 };
+
+/**
+ * How many pages a finger goes on that moved by this much in this time: 1 to the next (to the left), -1 to the previous
+ * one, 0 when it was no swipe.
+ */
+export function swipeStep(by: Point, ms: number): -1 | 0 | 1 {
+  const isSwipe = ms <= swipe.duration && Math.abs(by.x) >= swipe.length && Math.abs(by.x) > 2 * Math.abs(by.y);
+  return !isSwipe ? 0 : by.x < 0 ? 1 : -1;
+}
+
+/** The page that lies so many places from another one in the bar; none beyond its ends, or for a page not in it. */
+export function neighbour(layout: Layout, id: string, by: number): Page | undefined {
+  const pages = barPages(layout);
+  const at = pages.findIndex((page) => page.id === id);
+  return at < 0 ? undefined : pages[at + by];
+}

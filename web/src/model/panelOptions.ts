@@ -1,0 +1,22 @@
+/** What holds for all panels of a project; a part of the layout document. */
+import { asNumber, asObject } from "./json.ts";
+
+export interface PanelOptions {
+  /** Whether a swipe goes to the page beside the shown one in the bar. */
+  readonly swipe: boolean;
+  /** After this many seconds without a touch or key a panel goes back to its first page; 0: never. */
+  readonly silence: number;
+}
+
+export const defaultOptions: PanelOptions = { swipe: false, silence: 0 };
+
+export const mostSilence = 86_400;
+
+/** The options in a stored document. What is missing or can't be used is as in a new project. */
+export function readOptions(value: unknown): PanelOptions {
+  const from = asObject(value);
+  return {
+    swipe: from["swipe"] === true,
+    silence: Math.round(asNumber(from["silence"], 0, 0, mostSilence)),
+  };
+}

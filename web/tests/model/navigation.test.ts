@@ -1,0 +1,36 @@
+import { expect, it } from "vitest";
+import { newPage } from "../../src/model/layout.ts";
+import { neighbour, pageToShow, swipeStep } from "../../src/model/navigation.ts";
+import { isRefused, readLayout } from "../../src/model/readLayout.ts";
+
+const page = (id: string, place: unknown) => ({ ...newPage(id), id, place });
+const layout = readLayout({
+  form: "control pages",
+  version: 1,
+  pages: [page("h", "hidden"), page("a", "bar"), page("b", "something new")],
+  panel: { swipe: 1, silence: "60" },
+});
+if (isRefused(layout)) throw new Error("refused");
+
+it("what a document says of panels is read, and what nobody knows is dropped", () => {
+  expect([layout.pages.map((one) => one.place), layout.panel]).toEqual([
+    ["hidden", "bar", "bar"],
+    { swipe: false, silence: 0 },
+  ]);
+});
+
+it("panels begin with a page of the bar, and swipe to those beside it", () => {
+  expect([pageToShow(layout, "")?.id, pageToShow(layout, "h")?.id]).toEqual(["a", "h"]);
+  const ways: [string, number][] = [["a", 1], ["a", -1], ["b", -1], ["b", 1], ["h", 1]]; // prettier-ignore
+  expect(ways.map(([id, by]) => neighbour(layout, id, by)?.id)).toEqual(["b", undefined, "a", undefined, undefined]);
+});
+
+it.each([
+  ["to the left", -120, 10, 200, 1],
+  ["to the right", 120, -30, 200, -1],
+  ["too short", 70, 0, 200, 0],
+  ["too steep", 120, 70, 200, 0],
+  ["too slow", 200, 0, 900, 0],
+])("a finger that moves %s", (_, x, y, ms, step) => {
+  expect(swipeStep({ x, y }, ms)).toBe(step);
+});
