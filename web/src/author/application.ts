@@ -5,6 +5,7 @@
 import { createContext } from "svelte";
 import type { Server } from "../api/server.ts";
 import type { ProjectStore } from "./project/store.svelte.ts";
+import type { Finder } from "./find/finder.svelte.ts";
 import type { Notices } from "./shell/notices.svelte.ts";
 import type { Route } from "./shell/route.svelte.ts";
 
@@ -13,6 +14,7 @@ export interface Application {
   readonly store: ProjectStore;
   readonly notices: Notices;
   readonly route: Route;
+  readonly finder: Finder;
 }
 
 /** `application` is called while a component is made, below the one that has called `provideApplication`. */

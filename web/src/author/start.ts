@@ -6,6 +6,7 @@ import { browserEvents as events } from "../api/pageEvents.ts";
 import { createWebSocketAddress } from "../api/port.ts";
 import { createServer } from "../api/server.ts";
 import { language } from "../i18n/language.svelte.ts";
+import { Finder } from "./find/finder.svelte.ts";
 import { Drafts } from "./project/draft.ts";
 import { ProjectStore } from "./project/store.svelte.ts";
 import App from "./shell/App.svelte";
@@ -17,7 +18,7 @@ export async function start(place: HTMLElement, reportError: ReportError): Promi
   const server = createServer();
   const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
   const store = new ProjectStore({ server, drafts: new Drafts(clock), connection, clock, events, reportError });
-  const app = { server, store, notices: new Notices(clock, reportError), route: new Route() };
+  const app = { server, store, notices: new Notices(clock, reportError), route: new Route(), finder: new Finder() };
   await Promise.all([language.load(server), store.load()]);
   mount(App, { target: place, props: { app } });
 }

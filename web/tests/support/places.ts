@@ -51,6 +51,15 @@ export const places: readonly Place[] = [
       await page.locator("#tab-problems").click();
     },
   ],
+  [
+    "find",
+    "#/edit/p-hall",
+    async (page) => {
+      await page.keyboard.press("Control+F");
+      await page.locator("dialog input[type=search]").fill("A0");
+      await page.locator("dialog input:not([type])").fill("XY");
+    },
+  ],
   ["keys", "#/edit/p-hall", (page) => page.keyboard.press("?")],
   ["page-new", "#/pages", click(".head .primary", 0, "dialog")],
   [

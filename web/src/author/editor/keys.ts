@@ -30,6 +30,7 @@ export interface KeyRow {
     | "keyNone"
     | "keyHelp"
     | "keySave"
+    | "keyFind"
     | "keyPan"
     | "keyWheel"
     | "keyNoSnap"
@@ -69,6 +70,7 @@ export const keyRows: readonly KeyRow[] = [
   { keys: "Ctrl Z", label: "keyUndo" },
   { keys: "Ctrl Y, Ctrl Shift Z", label: "keyRedo" },
   { keys: "Ctrl S", label: "keySave" },
+  { keys: "Ctrl F", label: "keyFind" },
   { keys: "Ctrl C", label: "keyCopy" },
   { keys: "Ctrl X", label: "keyCut" },
   { keys: "Ctrl V", label: "keyPaste" },
