@@ -3,7 +3,7 @@ import { findHits, type Search, type SearchField, searchFields, withReplaced } f
 import { type Command, expandTemplate } from "../../src/model/interactions.ts";
 import { newNetInfo } from "../../src/model/interfaces.ts";
 import { newComponent } from "../../src/model/layout.ts";
-import type { Project } from "../../src/model/project.ts";
+import { type Project, withPages } from "../../src/model/project.ts";
 import { command, sampleProject } from "../support/projects.ts";
 
 const interfaces = [1, 2].map((nodeId) => ({
@@ -106,8 +106,7 @@ it("a slider's list is replaced at all its positions, and checked with a positio
   const page = { ...sampleProject().layout.pages[0]!, components: [slider] };
   const list = [{ ...command(1, "A0 {value}"), contentFormat: 1 }];
   const project = {
-    ...sampleProject(),
-    layout: { startPage: "", pages: [page] },
+    ...withPages(sampleProject(), [page]),
     interactions: { 9: expandTemplate(slider, list) },
   };
   const hits = findHits(project, search("A0", "B0"), around);
