@@ -162,7 +162,7 @@ describe("settings", () => {
     await page.route("**/settings.json", (route) => route.fulfill({ status: 404 }));
     await page.goto(`${host.url}/#/settings`);
     await page.getByText("正在重新连接…").first().waitFor();
-    await page.getByRole("spinbutton").fill(String(host.webSocketPort));
+    await page.getByRole("spinbutton", { name: "WebSocket 端口" }).fill(String(host.webSocketPort));
     await page.getByRole("button", { name: "应用" }).click();
     await page.getByText("已连接").waitFor();
   });
