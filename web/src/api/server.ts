@@ -30,7 +30,7 @@ export const codes = {
 export class ServerError extends Error {
   override name = "ServerError";
 
-  /** @param text  what the server says; empty for all but clicks */
+  /** @param text  what the server says; empty for all but clicks and versions */
   constructor(
     readonly code: number,
     readonly text = "",
@@ -85,8 +85,7 @@ async function exchange(
     if (!response.ok) throw new ServerError(codes.strange, `HTTP ${response.status}`, route);
     envelope = (await response.json()) as typeof envelope;
   } catch (error) {
-    if (error instanceof ServerError) throw error;
-    throw new ServerError(error instanceof SyntaxError ? codes.strange : codes.unreachable, "", route);
+    throw asServerError(error, route);
   }
   if (envelope.code !== codes.done) {
     throw new ServerError(Number(envelope.code) || codes.strange, asText(envelope.message), route);
@@ -96,6 +95,22 @@ async function exchange(
 
 async function call(...request: Parameters<typeof exchange>): Promise<unknown> {
   return (await exchange(...request)).data;
+}
+
+/** A JSON file that the server sends as it is. */
+async function readFile(route: string): Promise<unknown> {
+  try {
+    const response = await fetch(route, { method: "GET", signal: AbortSignal.timeout(answerLimit) });
+    if (!response.ok) throw new ServerError(codes.strange, `HTTP ${response.status}`, route);
+    return (await response.json()) as unknown;
+  } catch (error) {
+    throw asServerError(error, route);
+  }
+}
+
+function asServerError(error: unknown, route: string): ServerError {
+  if (error instanceof ServerError) return error;
+  return new ServerError(error instanceof SyntaxError ? codes.strange : codes.unreachable, "", route);
 }
 
 const base = "/api/centralControl/";
@@ -147,6 +162,13 @@ export function createServer() {
       call("POST", "/api/user/setUserLanguage", { data: { language, isAuto } }),
     setDeveloperMode: (isDeveloperMode: boolean) =>
       call("POST", "/api/device/setDeveloperMode", { data: { isDeveloperMode } }),
+
+    versions: () => call("GET", "/api/versions"),
+    versionDocument: (id: string, name: string) => readFile(`/api/versions/${id}/${name}`),
+    nameVersion: (id: string, name: string) => call("POST", "/api/versions/name", { id, name }),
+    keepVersion: (name: string) => call("POST", "/api/versions/keep", { name }),
+    restoreVersion: (id: string) => call("POST", "/api/versions/restore", { id }),
+
     reportError: (data: object) => call("POST", "/api/log/reportClientError", { data }),
   };
 }

@@ -1,4 +1,6 @@
 /** What the application asks for, at the built host. */
+import { mkdirSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
 import { afterAll, afterEach, beforeAll, expect, it, vi } from "vitest";
 import type { Browser } from "playwright-core";
 import { createServer, type Server } from "../../src/api/server.ts";
@@ -36,6 +38,11 @@ const calls: { [Name in keyof Server]: Parameters<Server[Name]>[] } = {
   language: [[]],
   setLanguage: [["en", false]],
   setDeveloperMode: [[false]],
+  versions: [[]],
+  versionDocument: [["2026-11-22_14-05-33", "layout.json"]],
+  nameVersion: [["", ""]],
+  keepVersion: [[""]],
+  restoreVersion: [[""]],
   reportError: [[{}]],
 };
 
@@ -50,12 +57,15 @@ it("the server has every route that the application names", async () => {
   vi.unstubAllGlobals();
 
   await using host = await Host.start();
+  const version = join(host.userData, "Backup", "2026-11-22_14-05-33");
+  mkdirSync(version, { recursive: true });
+  writeFileSync(join(version, "layout.json"), "{}");
   const status = async ([method, route]: (typeof asked)[number]) =>
     (await fetch(host.url + route, { method, ...(method === "POST" && { body: "{}" }) })).status;
   expect(await status(["GET", "/api/none"])).toBe(404);
   const missing = [];
   for (const one of asked) if ((await status(one)) === 404) missing.push(one.join(" "));
-  expect([missing, asked.length]).toEqual([[], 20]);
+  expect([missing, asked.length]).toEqual([[], 25]);
 });
 
 it("the form of a serial interface lists the server's ports, or says that it can't", async () => {

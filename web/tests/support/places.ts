@@ -71,6 +71,8 @@ export const places: readonly Place[] = [
       await page.locator("dialog dl").waitFor();
     },
   ],
+  ["versions", "#/versions", click(".head .primary", 0, "figure >> nth=0")],
+  ["version-compare", "#/versions", click(".card .tools .button", 0, "dialog .hint")],
   ["interfaces", "#/interfaces"],
   ["interface-uses", "#/interfaces", click("main button[aria-expanded]", 0, "main [aria-expanded=true]")],
   ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],

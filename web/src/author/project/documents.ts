@@ -29,7 +29,12 @@ export async function readStored(server: DocumentServer): Promise<Snapshot> {
   return { project: readProject(layout.data, materials.data, interactions.data), layout, materials, interactions };
 }
 
-function readProject(layoutDocument: unknown, materialsDocument: unknown, interactions: unknown): Project | Refusal {
+/** The project of three documents, or why they can't be used. */
+export function readProject(
+  layoutDocument: unknown,
+  materialsDocument: unknown,
+  interactions: unknown,
+): Project | Refusal {
   const layout = readLayout(layoutDocument);
   if (isRefused(layout)) return layout;
   const materials = readMaterials(materialsDocument);

@@ -1,7 +1,7 @@
 import { hashParts } from "../../model/address.ts";
 
 /** The shown screen, from the address after the hash (docs/decisions/0008-two-bundles-without-a-router.md). */
-export const screens = ["pages", "interfaces", "materials", "settings", "edit"] as const;
+export const screens = ["pages", "versions", "interfaces", "materials", "settings", "edit"] as const;
 export type Screen = (typeof screens)[number];
 
 export class Route {

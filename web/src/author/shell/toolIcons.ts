@@ -15,6 +15,7 @@ export const toolIcons = {
   redo: "M15 6l5 5-5 5M20 11H9.5a5.5 5.5 0 0 0 0 11H13",
   plus: "M12 5v14M5 12h14",
   minus: "M5 12h14",
+  history: "M4.5 9.5A8 8 0 1 1 4 13M4 5v5h5M12 8v5l3 2",
   trash: "M4 7h16M9 7V4h6v3M6 7l1 13h10l1-13M10 11v5M14 11v5",
   copy: "M9 9h11v11H9zM5 15H4V4h11v1",
   edit: "M4 20l1-5L16 4l4 4L9 19z",
