@@ -158,7 +158,7 @@ TEST_F(Versions, LoseNothingThatIsSavedMeanwhile) {
     std::set<json> kept;
     for (int i = 0; i < 10; ++i) {
         const json reply = Ask("restore", {{"id", id}});
-        EXPECT_EQ(reply.at("message") == "", reply.at("code") == 20000) << reply;
+        EXPECT_EQ(reply.at("message").get<std::string>().empty(), reply.at("code") == 20000) << reply;
     }
     isDone = true;
     author.join();
