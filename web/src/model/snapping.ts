@@ -1,4 +1,5 @@
 /** Snapping to other components, to the page and to the grid, with the guides that show it. */
+import { type Gap, snapGap } from "./gaps.ts";
 import type { Box } from "./geometry.ts";
 
 /** A line to draw: `x` a vertical one at that x, `y` a horizontal one, from one end to the other. */
@@ -42,11 +43,29 @@ export function snapMove(
   box: Box,
   targets: SnapTargets,
   settings: SnapSettings,
-): { dx: number; dy: number; guides: Guide[] } {
-  const x = snapAxis(box, "x", lines(box, "x"), targets, settings);
-  const y = snapAxis(box, "y", lines(box, "y"), targets, settings);
+): { dx: number; dy: number; guides: Guide[]; gaps: Gap[] } {
+  const x = snapPlace(box, "x", targets, settings);
+  const y = snapPlace({ ...box, x: box.x + x.shift }, "y", targets, settings);
   const moved = { ...box, x: box.x + x.shift, y: box.y + y.shift };
-  return { dx: x.shift, dy: y.shift, guides: [...guidesOf(moved, "x", x.hit), ...guidesOf(moved, "y", y.hit)] };
+  return {
+    dx: x.shift,
+    dy: y.shift,
+    guides: [...guidesOf(moved, "x", x.hit), ...guidesOf(moved, "y", y.hit)],
+    gaps: [...x.gaps, ...y.gaps],
+  };
+}
+
+/** To an edge or a middle, or to an equal distance when that is nearer or at the same place. */
+function snapPlace(
+  box: Box,
+  axis: "x" | "y",
+  targets: SnapTargets,
+  settings: SnapSettings,
+): { shift: number; hit?: Hit | undefined; gaps: readonly Gap[] } {
+  const edge = snapAxis(box, axis, lines(box, axis), targets, settings);
+  const gap = settings.reach > 0 ? snapGap(box, axis, targets.others, settings.reach) : undefined;
+  if (!gap || (edge.hit && Math.abs(edge.shift) < Math.abs(gap.shift))) return { ...edge, gaps: [] };
+  return { shift: gap.shift, hit: edge.shift === gap.shift ? edge.hit : undefined, gaps: gap.gaps };
 }
 
 /** How far the moved edges of a box have to be shifted further. `edgeX` and `edgeY`: which of them move. */

@@ -138,6 +138,11 @@ describe("the editor", () => {
     await using host = await Host.start();
     const { page, errors } = await openEditor(host, [button(1, 100, 100), button(2, 400, 300)]);
 
+    // Both panels beside it leave room for three quarters of the page's size, also after the window was smaller.
+    await page.setViewportSize({ width: 1440, height: 900 });
+    const zoom = async () => parseInt(await page.locator(".zoom").innerText(), 10);
+    await expect.poll(zoom, { timeout: longest }).toBeGreaterThanOrEqual(75);
+
     // The left edge comes to 398, within reach of the one of B2 at 400.
     await drag(page, [150, 130], [448, 130]);
     await save(page);

@@ -166,7 +166,7 @@ describe("what is wrong with a field is told with the field", () => {
 
   it("of the WebSocket port", async () => {
     await open("#/settings");
-    const port = page.getByRole("spinbutton");
+    const port = page.getByRole("spinbutton", { name: "WebSocket port" });
     await port.fill("70000");
     await page.getByRole("button", { name: "Apply" }).click();
     await isToldWith(port, "A port is a whole number", () => port.fill("8081"));

@@ -135,6 +135,11 @@ describe("a new component", () => {
     expect([places(editor.selected), selected()]).toEqual([expected, [editor.components.at(-1)!.id]]);
   });
 
+  it("finds a free place for each click", () => {
+    for (const _ of [1, 2, 3]) editor.add("button");
+    expect(places(editor.components.slice(3))).toBe("420,20 420,120 20,170");
+  });
+
   it("that frames others goes beneath them", () => {
     editor.add("group", { x: 400, y: 400 });
     expect(editor.components[0]!.type).toBe("group");
@@ -183,7 +188,7 @@ describe("copies", () => {
 });
 
 describe("a drag", () => {
-  const none = { shift: false, alt: false };
+  const none = { shift: false, free: false, copy: false };
   const drag = (made: Drag, to: { x: number; y: number }, keys = none) => {
     made.move(to, keys);
     return made;
@@ -193,7 +198,7 @@ describe("a drag", () => {
   it.each<[string, Point, Partial<typeof none>, () => void, Point]>([
     ["to its neighbours' edges", { x: 605, y: 303 }, {}, () => undefined, { x: 600, y: 300 }],
     ["to the grid where none is near", { x: 437, y: 313 }, {}, () => undefined, { x: 440, y: 310 }],
-    ["to none of them with Alt", { x: 605, y: 303 }, { alt: true }, () => undefined, { x: 605, y: 303 }],
+    ["to none of them with Ctrl", { x: 605, y: 303 }, { free: true }, () => undefined, { x: 605, y: 303 }],
     ["but stays on its line with Shift", { x: 437, y: 111 }, { shift: true }, () => undefined, { x: 440, y: 100 }],
     ["to the grid alone", { x: 605, y: 303 }, {}, () => (editor.snapsToParts = false), { x: 610, y: 300 }],
     ["to parts alone", { x: 437, y: 313 }, {}, () => (editor.snapsToGrid = false), { x: 437, y: 313 }],
@@ -208,10 +213,17 @@ describe("a drag", () => {
     expect([steps(), part(2), editor.isMoving, editor.guides]).toMatchObject([1, expected, false, []]);
   });
 
+  it("leaves the originals and brings copies, with their commands, in one step with Alt", () => {
+    editor.select([1]);
+    drag(moveDrag(editor, { x: 0, y: 0 }), { x: 0, y: 200 }, { ...none, copy: true }).end();
+    expect([places(), steps(), editor.isCopying]).toEqual(["100,100 300,100 600,100 100,300", 1, false]);
+    expect(store.project.interactions[editor.selected[0]!.id]).toBeDefined();
+  });
+
   it("moves all of the selection but what is locked, as one step", () => {
     set(2, { locked: true });
     editor.select([1, 2, 3]);
-    drag(moveDrag(editor, { x: 0, y: 0 }), { x: 0, y: 200 }, { ...none, alt: true }).end();
+    drag(moveDrag(editor, { x: 0, y: 0 }), { x: 0, y: 200 }, { ...none, free: true }).end();
     expect([places(), steps()]).toEqual(["100,300 300,100 600,300", 2]);
   });
 
@@ -229,8 +241,8 @@ describe("a drag", () => {
     ["w", -98, 0, none, { x: 200, width: 200 }],
     ["s", 0, 47, none, { y: 100, height: 100 }],
     ["n", 0, -47, none, { y: 50, height: 100 }],
-    ["se", 37, 0, { shift: true, alt: false }, { width: 137, height: 69 }],
-    ["e", -500, 0, { shift: false, alt: true }, { x: 300, width: 8 }],
+    ["se", 37, 0, { ...none, shift: true }, { width: 137, height: 69 }],
+    ["e", -500, 0, { ...none, free: true }, { x: 300, width: 8 }],
   ])("of handle %s by %i, %i changes the size", (handle, x, y, keys, expected) => {
     editor.select([2]);
     drag(resizeDrag(editor, handle, { x: 0, y: 0 }), { x, y }, keys).end();
@@ -239,7 +251,7 @@ describe("a drag", () => {
 
   it("of a handle scales all of the selection", () => {
     editor.select([1, 2]);
-    drag(resizeDrag(editor, "e", { x: 0, y: 0 }), { x: 300, y: 0 }, { ...none, alt: true }).end();
+    drag(resizeDrag(editor, "e", { x: 0, y: 0 }), { x: 300, y: 0 }, { ...none, free: true }).end();
     expect([part(1), part(2)]).toMatchObject([
       { x: 100, width: 200 },
       { x: 500, width: 200 },
@@ -262,7 +274,7 @@ describe("the view", () => {
   it("shows the page as a whole, and never larger than it is", () => {
     editor.resize({ width: 640, height: 2000 });
     editor.fit();
-    const [left, right] = [32, 608].map((x) => editor.toPage({ x, y: 1000 }));
+    const [left, right] = [12, 628].map((x) => editor.toPage({ x, y: 1000 }));
     expect([left!.x, left!.y, right!.x].map(Math.round)).toEqual([0, 400, 1000]);
     editor.resize({ width: 5000, height: 5000 });
     editor.fit();
@@ -289,8 +301,17 @@ describe("the view", () => {
   });
 
   it("keeps its middle when the room changes", () => {
-    const before = editor.viewMiddle();
+    const before = editor.toPage({ x: 400, y: 300 });
     editor.resize({ width: 400, height: 900 });
-    expect(editor.viewMiddle()).toEqual(before);
+    expect(editor.toPage({ x: 200, y: 450 })).toEqual(before);
+  });
+
+  it("goes on showing the whole page in another room, until it is moved", () => {
+    editor.fit();
+    editor.resize({ width: 424, height: 900 });
+    expect(editor.zoom).toBeCloseTo(0.4);
+    editor.panBy(1, 0);
+    editor.resize({ width: 800, height: 900 });
+    expect(editor.zoom).toBeCloseTo(0.4);
   });
 });

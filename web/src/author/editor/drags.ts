@@ -20,7 +20,9 @@ export interface Keys {
   /** Keep to one direction, or keep the proportions. */
   shift: boolean;
   /** No snapping. */
-  alt: boolean;
+  free: boolean;
+  /** Move copies, and leave the originals where they are. */
+  copy: boolean;
 }
 
 export interface Drag {
@@ -39,20 +41,22 @@ function targetsFor(editor: Editor): SnapTargets {
 
 function settings(editor: Editor, keys: Keys) {
   return {
-    grid: editor.snapsToGrid && !keys.alt ? editor.grid : 0,
-    reach: editor.snapsToParts && !keys.alt ? reach / editor.zoom : 0,
+    grid: editor.snapsToGrid && !keys.free ? editor.grid : 0,
+    reach: editor.snapsToParts && !keys.free ? reach / editor.zoom : 0,
   };
 }
 
 function clear(editor: Editor): void {
   editor.isMoving = false;
+  editor.isCopying = false;
   editor.shift = { x: 0, y: 0 };
   editor.preview = new Map();
   editor.guides = [];
+  editor.gaps = [];
   editor.marquee = undefined;
 }
 
-/** Moves the selection. */
+/** Moves the selection, or copies of it. */
 export function moveDrag(editor: Editor, start: Point): Drag {
   const parts = editor.movable;
   const around = boxAround(parts);
@@ -72,12 +76,17 @@ export function moveDrag(editor: Editor, start: Point): Drag {
       const shiftY = keys.shift && dy === 0 ? 0 : box.y + snapped.dy - around.y;
       editor.shift = { x: shiftX, y: shiftY };
       editor.isMoving = true;
+      editor.isCopying = keys.copy;
       editor.guides = snapped.guides;
+      editor.gaps = snapped.gaps;
     },
     end() {
-      const { x, y } = editor.shift;
+      const { isCopying, shift } = editor;
+      const { x, y } = shift;
       clear(editor);
-      if (x || y) editor.placeBoxes(new Map(parts.map((one) => [one.id, { ...one, x: one.x + x, y: one.y + y }])));
+      if (!x && !y) return;
+      if (isCopying) editor.duplicate(shift, parts);
+      else editor.placeBoxes(new Map(parts.map((one) => [one.id, { ...one, x: one.x + x, y: one.y + y }])));
     },
     cancel: () => clear(editor),
   };

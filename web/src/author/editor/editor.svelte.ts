@@ -2,6 +2,8 @@
 import { ta } from "../../i18n/author.ts";
 import { aligned, type Alignment, distributed, type Order, reordered } from "../../model/arrange.ts";
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
+import { freePlace } from "../../model/freePlace.ts";
+import type { Gap } from "../../model/gaps.ts";
 import { boxAround, type Box, fitInto, type Point } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
 import type { Interactions } from "../../model/interactions.ts";
@@ -30,9 +32,13 @@ export class Editor {
   /** How far the selection is dragged; the project changes when the drag ends. */
   shift = $state.raw<Point>({ x: 0, y: 0 });
   isMoving = $state(false);
+  /** Whether copies are dragged, and the selection itself stays. */
+  isCopying = $state(false);
   /** Boxes of components while they are resized. */
   preview = $state.raw<ReadonlyMap<number, Box>>(new Map());
   guides = $state.raw<readonly Guide[]>([]);
+  /** Distances that are equal at the place to which the selection is dragged. */
+  gaps = $state.raw<readonly Gap[]>([]);
   marquee = $state.raw<Box | undefined>();
   /** A component that is being dragged from the palette, in px of the screen. */
   ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
@@ -51,6 +57,8 @@ export class Editor {
   readonly components: readonly Component[] = $derived(this.page?.components ?? []);
   readonly selected: readonly Component[] = $derived(this.components.filter((one) => this.selection.has(one.id)));
   readonly movable: readonly Component[] = $derived(this.selected.filter((one) => !one.locked));
+  /** Whether the view shows the page as a whole, and has not been moved since. */
+  #isFitted = false;
   #pastes = 0;
   #lastClip = "";
 
@@ -70,19 +78,22 @@ export class Editor {
   /** The page as a whole, with a margin. */
   fit(): void {
     if (!this.page) return;
-    const margin = Math.min(32, this.room.width / 20);
+    const margin = Math.min(12, this.room.width / 20);
     const fit = fitInto(this.page, { width: this.room.width - 2 * margin, height: this.room.height - 2 * margin });
     this.zoom = Math.min(fit.scale, 1);
     this.pan = {
       x: (this.room.width - this.page.width * this.zoom) / 2,
       y: (this.room.height - this.page.height * this.zoom) / 2,
     };
+    this.#isFitted = true;
   }
 
-  /** Another room on the screen; what was in its middle stays there. */
+  /** Another room on the screen: a page that was shown as a whole still is, otherwise what was in the middle stays. */
   resize(room: { width: number; height: number }): void {
-    this.panBy((room.width - this.room.width) / 2, (room.height - this.room.height) / 2);
+    const isFitted = this.#isFitted;
+    if (!isFitted) this.panBy((room.width - this.room.width) / 2, (room.height - this.room.height) / 2);
     this.room = room;
+    if (isFitted) this.fit();
   }
 
   /** Another zoom; what lies under that point of the canvas stays there. */
@@ -93,10 +104,12 @@ export class Editor {
       y: at.y - ((at.y - this.pan.y) * next) / this.zoom,
     };
     this.zoom = next;
+    this.#isFitted = false;
   }
 
   panBy(dx: number, dy: number): void {
     this.pan = { x: this.pan.x + dx, y: this.pan.y + dy };
+    this.#isFitted = false;
   }
 
   /** Selects components, and with each of them its whole group. */
@@ -161,8 +174,8 @@ export class Editor {
     );
   }
 
-  /** Adds a component with its middle at that point of the page, and selects it. */
-  add(type: ComponentType, at: Point): void {
+  /** Adds a component with its middle at that point of the page, or at the next free place; and selects it. */
+  add(type: ComponentType, at?: Point): void {
     const words = {
       button: "newButton",
       switch: "newSwitch",
@@ -174,7 +187,10 @@ export class Editor {
     const text = type in words ? ta(words[type as keyof typeof words]) : "";
     const fresh = newComponent(type, 0, 0, text);
     const snap = (value: number) => (this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value));
-    const component = { ...fresh, x: snap(at.x - fresh.width / 2), y: snap(at.y - fresh.height / 2) };
+    const place = at
+      ? { x: snap(at.x - fresh.width / 2), y: snap(at.y - fresh.height / 2) }
+      : freePlace(fresh, this.#seen(), this.components, this.snapsToGrid ? this.grid : 1);
+    const component = { ...fresh, ...place };
     this.store.endStep();
     // A group box goes beneath what is there, so that it doesn't cover what it shall frame.
     this.changePage((page) => ({
@@ -184,9 +200,15 @@ export class Editor {
     this.select([component.id]);
   }
 
-  /** The middle of what is seen of the page. */
-  viewMiddle(): Point {
-    return { x: (this.room.width / 2 - this.pan.x) / this.zoom, y: (this.room.height / 2 - this.pan.y) / this.zoom };
+  /** The part of the page that is seen; all of it while none is. */
+  #seen(): Box {
+    const { width, height } = this.page ?? this.room;
+    const left = Math.max(0, -this.pan.x / this.zoom);
+    const top = Math.max(0, -this.pan.y / this.zoom);
+    const right = Math.min(width, (this.room.width - this.pan.x) / this.zoom);
+    const bottom = Math.min(height, (this.room.height - this.pan.y) / this.zoom);
+    if (right <= left || bottom <= top) return { x: 0, y: 0, width, height };
+    return { x: left, y: top, width: right - left, height: bottom - top };
   }
 
   remove(): void {
@@ -197,11 +219,12 @@ export class Editor {
     this.selection = new Set();
   }
 
-  duplicate(): void {
-    if (this.selected.length === 0) return;
-    const { components, ids } = copyComponents(this.selected);
+  /** Copies components, by default the selection, to a place that is shifted by that much; selects the copies. */
+  duplicate(by: Point = { x: copyShift, y: copyShift }, of: readonly Component[] = this.selected): void {
+    if (of.length === 0) return;
+    const { components, ids } = copyComponents(of);
     this.#insert(
-      components.map((one) => ({ ...one, x: one.x + copyShift, y: one.y + copyShift, locked: false })),
+      components.map((one) => ({ ...one, x: one.x + by.x, y: one.y + by.y, locked: false })),
       ids,
       this.store.project.interactions,
     );

@@ -33,6 +33,7 @@ export interface KeyRow {
     | "keyFind"
     | "keyPan"
     | "keyWheel"
+    | "keyCopyDrag"
     | "keyNoSnap"
     | "keyAxis"
     | "keyResize"
@@ -150,7 +151,8 @@ export const keyRows: readonly KeyRow[] = [
   { keys: "1", label: "keyZoomWhole", matches: plain("1"), run: (editor) => editor.zoomTo(1) },
   { keys: "␣ + drag", label: "keyPan" },
   { keys: "Ctrl + wheel", label: "keyWheel" },
-  { keys: "Alt + drag", label: "keyNoSnap" },
+  { keys: "Alt + drag", label: "keyCopyDrag" },
+  { keys: "Ctrl + drag", label: "keyNoSnap" },
   { keys: "Shift + drag", label: "keyAxis" },
   { keys: "?", label: "keyHelp" },
 ];

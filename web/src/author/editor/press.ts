@@ -56,7 +56,11 @@ export class Press {
     const { x, y } = this.#start;
     if (!this.#drag && Math.hypot(event.clientX - x, event.clientY - y) < trembling) return;
     this.#drag ??= this.#meaning.drag();
-    this.#drag.move(this.#editor.toPage(placeOf(event)), { shift: event.shiftKey, alt: event.altKey });
+    this.#drag.move(this.#editor.toPage(placeOf(event)), {
+      shift: event.shiftKey,
+      free: event.ctrlKey || event.metaKey,
+      copy: event.altKey,
+    });
   }
 
   /** The pointer was lifted. */
