@@ -419,6 +419,7 @@ export const authorEn = {
   content: "Content",
   textHint: "Escapes: \\r \\n \\t \\0 \\\\ \\xHH \\uHHHH. What is stored are the characters themselves.",
   hexHint: "Pairs of digits: 1B 0D, 0x1B 0x0D, \\x1B\\x0D, $1B or 1Bh. Blanks and , ; : - separate.",
+  enterHint: "Enter stores the command, Shift Enter begins a new line.",
   templateHint: "{value} stands for the number of the position, {value:3} for the same with three digits.",
   terminator: "Ends with",
   endNone: "nothing",

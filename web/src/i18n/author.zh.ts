@@ -410,6 +410,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   content: "内容",
   textHint: "转义：\\r \\n \\t \\0 \\\\ \\xHH \\uHHHH，保存的是字符本身。",
   hexHint: "成对的数字：1B 0D、0x1B 0x0D、\\x1B\\x0D、$1B 或 1Bh，以空格和 , ; : - 分隔。",
+  enterHint: "Enter 保存命令，Shift Enter 换行。",
   templateHint: "{value} 代表档位的数值，{value:3} 代表三位数值。",
   terminator: "结尾",
   endNone: "无",

@@ -87,6 +87,12 @@ function bracketed(address: string): string {
 /** The key of a field that can't be valid, before the server is asked. */
 export type FieldFault = "empty" | "port" | "address" | "addressPort" | "stopBits";
 
+/** An address typed or pasted together with its port, as its two parts; nothing when it has none. */
+export function splitAddress(text: string): { address: string; port: number } | undefined {
+  const found = /^([^:]+|\[[^\]]+\]):(\d{1,5})$/.exec(text.trim());
+  return found ? { address: found[1]!.replace(/^\[|\]$/g, ""), port: Number(found[2]) } : undefined;
+}
+
 export function checkNetInfo(info: NetInfo): Partial<Record<keyof NetInfo, FieldFault>> {
   const faults: Partial<Record<keyof NetInfo, FieldFault>> = {};
   if (!info.netPortName.trim()) faults.netPortName = "empty";

@@ -152,7 +152,7 @@ export const sliderSteps = { least: 2, most: 201 };
 
 const sizes: Record<ComponentType, [number, number]> = {
   button: [160, 80],
-  switch: [160, 80],
+  switch: [240, 80],
   slider: [320, 80],
   text: [240, 48],
   image: [240, 160],

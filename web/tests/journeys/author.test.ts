@@ -24,10 +24,79 @@ async function addCommand(page: Page, through: string, name: string, content: st
   const option = dialog.locator("option", { hasText: through });
   await dialog.getByLabel("Through the interface").selectOption(await option.getAttribute("value"));
   await dialog.getByLabel("Name of the command").fill(name);
-  if (hex) await dialog.getByRole("radio", { name: "Hexadecimal" }).click();
+  await dialog.getByRole("radio", { name: hex ? "Hexadecimal" : "Text" }).click();
   await dialog.locator("#content").fill(content);
   await dialog.getByRole("button", { name: "OK" }).click();
 }
+
+/** An author who does one thing after the other, each of them counted. */
+class Counted {
+  actions = 0;
+
+  constructor(readonly page: Page) {}
+
+  async click(at: Locator): Promise<void> {
+    ++this.actions;
+    await at.click();
+  }
+
+  async key(name: string): Promise<void> {
+    ++this.actions;
+    await this.page.keyboard.press(name);
+  }
+
+  /** Types where the focus is. */
+  async type(text: string): Promise<void> {
+    ++this.actions;
+    await this.page.keyboard.type(text);
+  }
+
+  async choose(at: Locator, text: string): Promise<void> {
+    ++this.actions;
+    await at.focus();
+    await at.selectOption({ label: text });
+  }
+}
+
+it("leads from an empty server to a click that reaches the device in at most 12 actions", async () => {
+  await using host = await Host.start();
+  await using projector = await TcpDevice.start();
+  const { page, context, errors } = await newPage(browser);
+  await page.goto(host.url);
+  await connected(page);
+  const author = new Counted(page);
+  const focused = (label: string) => page.getByLabel(label, { exact: true }).and(page.locator(":focus")).waitFor();
+
+  await author.click(page.getByRole("listitem").filter({ hasText: "Add an interface" }).getByText("Go"));
+  await focused("Address of the device");
+  await author.type(`127.0.0.1:${projector.port}`);
+  await author.key("Enter");
+  await focused("Name of the page");
+  await author.key("Enter");
+  await author.click(page.getByRole("button", { name: "Button", exact: true }));
+  await author.click(page.getByRole("button", { name: "New command" }));
+  await focused("Content");
+  await author.type("PWR ON");
+  await author.choose(page.getByLabel("Ends with"), "CR (0D)");
+  await author.click(page.getByRole("button", { name: "OK" }));
+  await page.getByText("50 57 52 20 4F 4E 0D").waitFor();
+  await page.getByText("PWR ON", { exact: true }).waitFor();
+  await author.key("Control+S");
+  const panelOpened = context.waitForEvent("page");
+  await page.getByText("Saved. Panels show it").waitFor();
+  await author.click(page.getByRole("link", { name: "Open panel" }));
+  const panel = await panelOpened;
+  await panel.getByText("Connected").waitFor();
+  await author.click(panel.getByRole("button", { name: "Button" }));
+  await projector.has("PWR ON\r");
+  expect(author.actions).toBeLessThanOrEqual(12);
+
+  // The next command ends as the last one did.
+  await page.getByRole("button", { name: "New command" }).click();
+  await focused("Content");
+  expect(await page.getByLabel("Ends with").inputValue()).toBe("\r");
+  expect(errors).toEqual([]);
+});
 
 describe("an author on an empty server, by host name and over plain HTTP", () => {
   it("comes from nothing to clicks that reach TCP, UDP and serial equipment", async () => {
@@ -40,7 +109,7 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
     expect(await page.evaluate(() => [isSecureContext, typeof crypto.randomUUID])).toEqual([false, "undefined"]);
     await connected(page);
 
-    await page.getByRole("listitem").filter({ hasText: "Add an interface" }).getByText("Go").click();
+    await page.getByRole("link", { name: "Interfaces", exact: true }).click();
     const at = (port: number) => ({ "Address of the device": "127.0.0.1", Port: String(port) });
     for (const [kind, name, fields] of [
       ["TCP client", "Projector", at(projector.port)],

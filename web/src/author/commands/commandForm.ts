@@ -1,7 +1,8 @@
 /** The command editor's fields, and their meaning: a stored command, or the place of a fault. */
 import { bytesToHex, bytesToText, type Bytes, contentToBytes, type Fault, isFault } from "../../model/content.ts";
-import { escapeText, placeInNotation, splitTerminator, unescapeText } from "../../model/escapes.ts";
+import { escapeText, placeInNotation, splitTerminator, terminators, unescapeText } from "../../model/escapes.ts";
 import { type Command, sampleContent } from "../../model/interactions.ts";
+import { asObject } from "../../model/json.ts";
 import type { SliderComponent } from "../../model/layout.ts";
 
 export interface CommandFields {
@@ -18,6 +19,33 @@ export function fieldsOf(command: Pick<Command, "content" | "contentFormat" | "a
   if (contentFormat !== 0) return { isText: false, notation: content, terminator: "", asciiEncode };
   const { body, terminator } = splitTerminator(content);
   return { isText: true, notation: escapeText(body), terminator, asciiEncode };
+}
+
+const choiceKey = "command-choice";
+const nameLength = 40;
+
+/** The fields of a new command: empty, with format, ending and encoding as they were chosen last in this browser. */
+export function newFields(storage: Pick<Storage, "getItem">): CommandFields {
+  const fields: CommandFields = { isText: true, notation: "", terminator: "", asciiEncode: 0 };
+  try {
+    const kept = asObject(JSON.parse(storage.getItem(choiceKey) ?? "{}"));
+    const terminator = terminators.find((one) => one === kept["terminator"]) ?? "";
+    const asciiEncode = [0, 1, 2].find((one) => one === kept["asciiEncode"]) ?? 0;
+    return { ...fields, isText: kept["isText"] !== false, terminator, asciiEncode };
+  } catch {
+    return fields; // what is kept there is not ours
+  }
+}
+
+export function keepChoice(storage: Pick<Storage, "setItem">, fields: CommandFields): void {
+  const { isText, terminator, asciiEncode } = fields;
+  storage.setItem(choiceKey, JSON.stringify({ isText, terminator, asciiEncode }));
+}
+
+/** What an empty name stands for: the content as it is typed, in one line and not too long. */
+export function nameOfContent(fields: CommandFields): string {
+  const line = [...fields.notation.trim().replace(/\s+/g, " ")];
+  return line.length > nameLength ? `${line.slice(0, nameLength - 1).join("")}…` : line.join("");
 }
 
 export interface Meaning {
