@@ -247,6 +247,21 @@ describe("the editor", () => {
     expect(to?.components).toHaveLength(2);
     expect(to?.components[0]?.id).not.toBe(from?.components[0]?.id);
 
+    await page.mouse.click(...(await onScreen(page, to!.components[0]!.x + 20, to!.components[0]!.y + 20)), {
+      button: "right",
+    });
+    await page.getByRole("menuitem", { name: "Align: Left" }).waitFor();
+    await page.keyboard.press("Escape");
+    await page.keyboard.press("Control+Shift+G");
+    await page.keyboard.press("Escape");
+    await page.mouse.dblclick(...(await onScreen(page, to!.components[0]!.x + 20, to!.components[0]!.y + 20)));
+    await page.keyboard.type("Lamp");
+    await page.keyboard.press("Enter");
+    await page.keyboard.press("Shift+F10");
+    await page.getByRole("menuitem", { name: "Duplicate" }).click();
+    await expect.poll(() => page.locator(".part", { hasText: "Lamp" }).count(), { timeout: longest }).toBe(2);
+    await save(page);
+
     await page.keyboard.press("?");
     await page.getByRole("dialog", { name: "Keyboard" }).waitFor();
     expect(errors).toEqual([]);

@@ -116,6 +116,19 @@ describe("what is done to the selection", () => {
     expect(selected()).toEqual([2]);
   });
 
+  it("gets the text that was written, in one step, and none that was given up", () => {
+    editor.select([1]);
+    for (const text of ["New", undefined, "New"]) {
+      editor.startWriting();
+      expect(editor.writing).toBe(1);
+      editor.endWriting(text);
+    }
+    expect([part(1).look.text, steps(), editor.writing]).toEqual(["New", 1, 0]);
+    set(1, { locked: true });
+    editor.startWriting();
+    expect(editor.writing).toBe(0);
+  });
+
   it("makes no step without a selection", () => {
     editor.remove();
     editor.duplicate();
@@ -180,6 +193,15 @@ describe("copies", () => {
     editor.paste("text of another program");
     expect([places(), contents()]).toEqual(["100,100", ["ON"]]);
     expect(store.project.layout.pages[0]!.components.map((one) => one.id)).toEqual([2, 3]);
+  });
+
+  it("are pasted at a place, and come before what the clipboard of the system held before", () => {
+    editor.select([3]);
+    const older = editor.copy();
+    editor.select([1]);
+    editor.copy(false);
+    editor.paste(older, { x: 403, y: 397 });
+    expect([places(editor.selected), contents()]).toEqual(["400,400", ["ON"]]);
   });
 
   it("come of a component, and of nothing else", () => {

@@ -4,7 +4,7 @@ import { aligned, type Alignment, distributed, type Order, reordered } from "../
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { freePlace } from "../../model/freePlace.ts";
 import type { Gap } from "../../model/gaps.ts";
-import { boxAround, type Box, fitInto, type Point } from "../../model/geometry.ts";
+import { boxAround, type Box, contains, fitInto, type Point } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
 import type { Interactions } from "../../model/interactions.ts";
 import {
@@ -23,6 +23,8 @@ import type { ProjectStore } from "../project/store.svelte.ts";
 const copyShift = 20;
 const zooms = { least: 0.1, most: 4 };
 const clipKey = "clipboard";
+/** What the clipboard of the system still holds after the menu has copied something else. */
+const staleKey = "clipboardBefore";
 
 /** What the editor does with the project; its changes are steps that the store can undo. */
 export type EditedProject = Pick<ProjectStore, "project" | "change" | "endStep">;
@@ -42,6 +44,8 @@ export class Editor {
   marquee = $state.raw<Box | undefined>();
   /** A component that is being dragged from the palette, in px of the screen. */
   ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
+  /** Id of the component whose text is being written on the page; 0: none. */
+  writing = $state(0);
   zoom = $state(1);
   pan = $state.raw<Point>({ x: 0, y: 0 });
   grid = $state(10);
@@ -129,6 +133,13 @@ export class Editor {
     this.selection = new Set(this.selected.filter((one) => !isOut(one)).map((one) => one.id));
   }
 
+  /** Selects what lies at that point of the page, unless that is selected. */
+  selectForMenu(at: Point): void {
+    const hit = this.components.findLast((one) => contains(one, at));
+    if (!hit) this.select([]);
+    else if (!this.selection.has(hit.id)) this.select([hit.id]);
+  }
+
   selectAll(): void {
     this.select(this.components.filter((one) => !one.locked).map((one) => one.id));
   }
@@ -186,9 +197,8 @@ export class Editor {
     } as const;
     const text = type in words ? ta(words[type as keyof typeof words]) : "";
     const fresh = newComponent(type, 0, 0, text);
-    const snap = (value: number) => (this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value));
     const place = at
-      ? { x: snap(at.x - fresh.width / 2), y: snap(at.y - fresh.height / 2) }
+      ? { x: this.#snap(at.x - fresh.width / 2), y: this.#snap(at.y - fresh.height / 2) }
       : freePlace(fresh, this.#seen(), this.components, this.snapsToGrid ? this.grid : 1);
     const component = { ...fresh, ...place };
     this.store.endStep();
@@ -198,6 +208,10 @@ export class Editor {
       components: type === "group" ? [component, ...page.components] : [...page.components, component],
     }));
     this.select([component.id]);
+  }
+
+  #snap(value: number): number {
+    return this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value);
   }
 
   /** The part of the page that is seen; all of it while none is. */
@@ -240,32 +254,54 @@ export class Editor {
     this.select(components.map((one) => one.id));
   }
 
-  /** The selection as a text for the clipboard; empty when nothing is selected. */
-  copy(): string {
+  #kept(): string {
+    return this.storage.getItem(clipKey) ?? "";
+  }
+
+  get canPaste(): boolean {
+    return readClip(this.#kept()) !== undefined;
+  }
+
+  /**
+   * The selection as a text for the clipboard; empty when nothing is selected.
+   * @param isSystems  the text goes to the clipboard of the system too
+   */
+  copy(isSystems = true): string {
     if (this.selected.length === 0) return "";
     const text = writeClip(this.selected, this.store.project.interactions);
     // The clipboard of the system is only reached by key; the menu's copy and other tabs use this.
+    this.storage.setItem(staleKey, isSystems ? "" : this.#kept());
     this.storage.setItem(clipKey, text);
     this.#pastes = 0;
     this.#lastClip = text;
     return text;
   }
 
-  cut(): string {
-    const text = this.copy();
+  cut(isSystems = true): string {
+    const text = this.copy(isSystems);
     this.remove();
     return text;
   }
 
-  /** Pastes what the text holds, or else what was copied last in this browser. False when there is nothing. */
-  paste(text = ""): boolean {
-    const source = readClip(text) ? text : (this.storage.getItem(clipKey) ?? "");
+  /**
+   * Pastes what the text holds, or else what was copied last in this browser. False when there is nothing.
+   * @param at  the left upper corner of what is pasted; without it the place that it had, each time further on
+   */
+  paste(text = "", at?: Point): boolean {
+    const isNewest = readClip(text) && text !== this.storage.getItem(staleKey);
+    const source = isNewest ? text : this.#kept();
     const clip = readClip(source);
     if (!clip) return false;
     this.#pastes = source === this.#lastClip ? this.#pastes + 1 : 0;
     this.#lastClip = source;
-    const { components, ids } = pasted(clip, this.#pastes * copyShift);
-    this.#insert(components, ids, clip.interactions);
+    const { components, ids } = pasted(clip, at ? 0 : this.#pastes * copyShift);
+    const from = at && boxAround(components);
+    const by = from ? { x: this.#snap(at.x) - from.x, y: this.#snap(at.y) - from.y } : { x: 0, y: 0 };
+    this.#insert(
+      components.map((one) => ({ ...one, x: one.x + by.x, y: one.y + by.y })),
+      ids,
+      clip.interactions,
+    );
     return true;
   }
 
@@ -314,6 +350,26 @@ export class Editor {
   frame(): Box | undefined {
     const box = boxAround(this.selected.map((one) => this.preview.get(one.id) ?? one));
     return box && { ...box, x: box.x + this.shift.x, y: box.y + this.shift.y };
+  }
+
+  /** Whether one component is selected whose text can be written where it stands. */
+  get canWrite(): boolean {
+    const [one] = this.selected;
+    return this.movable.length === 1 && this.selected.length === 1 && one!.type !== "clock" && one!.type !== "image";
+  }
+
+  startWriting(): void {
+    if (this.canWrite) this.writing = this.selected[0]!.id;
+  }
+
+  /** Keeps the text that was written, as one step; without one it stays as it was. */
+  endWriting(text?: string): void {
+    const id = this.writing;
+    this.writing = 0;
+    if (text === undefined || this.components.find((one) => one.id === id)?.look.text === text) return;
+    this.store.endStep();
+    this.changeParts([id], (one) => ({ ...one, look: { ...one.look, text } }));
+    this.store.endStep();
   }
 
   get hasActive(): boolean {

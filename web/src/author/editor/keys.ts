@@ -16,6 +16,8 @@ export interface KeyRow {
     | "keyNudge"
     | "keyNudgeFar"
     | "keyNext"
+    | "keyText"
+    | "keyMenu"
     | "keyGroup"
     | "keyUngroup"
     | "keyLock"
@@ -84,6 +86,8 @@ export const keyRows: readonly KeyRow[] = [
   },
   { keys: "Ctrl A", label: "keyAll", matches: withCtrl("a"), run: (editor) => editor.selectAll() },
   { keys: "Esc", label: "keyNone", matches: plain("escape"), run: (editor) => editor.select([]) },
+  { keys: "Enter", label: "keyText", matches: plain("enter"), run: (editor) => editor.startWriting() },
+  { keys: "Shift F10", label: "keyMenu" },
   {
     keys: "N, Shift N",
     label: "keyNext",

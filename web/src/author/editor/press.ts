@@ -63,6 +63,10 @@ export class Press {
     });
   }
 
+  get isDrag(): boolean {
+    return this.#drag !== undefined;
+  }
+
   /** The pointer was lifted. */
   end(): void {
     if (this.#drag) this.#drag.end();

@@ -1,0 +1,41 @@
+/** What the menu of the canvas offers for the selection. */
+import { ta } from "../../i18n/author.ts";
+import type { Point } from "../../model/geometry.ts";
+import { alignmentIcons } from "./alignmentIcons.ts";
+import type { Editor } from "./editor.svelte.ts";
+
+export interface MenuItem {
+  readonly label: string;
+  readonly run: () => void;
+  /** A line above it parts it from what stands before. */
+  readonly isFirst?: boolean;
+}
+
+/** @param at  where the menu was opened, in px of the page: there the clipboard is pasted */
+export function menuOf(editor: Editor, at: Point): MenuItem[] {
+  const paste = editor.canPaste ? [{ label: ta("pasteHere"), run: () => void editor.paste("", at) }] : [];
+  if (editor.selected.length === 0) return [...paste, { label: ta("keyAll"), run: () => editor.selectAll() }];
+  const orders = ["front", "forward", "backward", "back"] as const;
+  const words = { front: "keyFront", forward: "keyForward", backward: "keyBackward", back: "keyBack" } as const;
+  const isLocked = editor.selected.every((one) => one.locked);
+  const aligned = alignmentIcons.map(([alignment], index) => ({
+    label: ta("alignTo", ta(`align_${alignment}`)),
+    run: () => editor.align(alignment),
+    isFirst: index === 0,
+  }));
+  return [
+    ...(editor.canWrite ? [{ label: ta("keyText"), run: () => editor.startWriting() }] : []),
+    { label: ta("keyCut"), run: () => void editor.cut(false) },
+    { label: ta("keyCopy"), run: () => void editor.copy(false) },
+    ...paste,
+    { label: ta("keyDuplicate"), run: () => editor.duplicate() },
+    { label: ta("keyDelete"), run: () => editor.remove() },
+    ...orders.map((order, index) => ({
+      label: ta(words[order]),
+      run: () => editor.order(order),
+      isFirst: index === 0,
+    })),
+    { label: ta(isLocked ? "unlock" : "lock"), run: () => editor.toggleLock(), isFirst: true },
+    ...(editor.movable.length > 1 ? aligned : []),
+  ];
+}
