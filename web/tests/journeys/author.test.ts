@@ -328,7 +328,7 @@ describe("the editor", () => {
     });
 
     await page.goto(`${host.url}/#/interfaces`);
-    await page.getByText("used 1×").waitFor();
+    await page.getByText("1 command on 1 page").waitFor();
     await page.getByRole("button", { name: "Delete: Device" }).click();
     await page.getByRole("dialog").getByText("1 command uses it. It stops working at once.").waitFor();
     await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
