@@ -47,6 +47,11 @@ export function escapeText(text: string): string {
     .join("");
 }
 
+/** A stored content as the command form shows it: hexadecimal digits as they are, text with escapes. */
+export function notationOf({ content, contentFormat }: { content: string; contentFormat: number }): string {
+  return contentFormat === 0 ? escapeText(content) : content;
+}
+
 /** The terminators of a text command that the editor offers. */
 export const terminators = ["", "\r", "\n", "\r\n", "\0"] as const;
 

@@ -3,7 +3,7 @@
  * notation of the command form. A match never splits an escape, nor a byte of hexadecimal digits.
  */
 import { type ContentFault, contentToBytes, isFault } from "./content.ts";
-import { escapeText, placeInNotation, unescapeText } from "./escapes.ts";
+import { notationOf, placeInNotation, unescapeText } from "./escapes.ts";
 import {
   type Command,
   type ComponentCommands,
@@ -247,7 +247,7 @@ function walkCommand(
   if (commandName !== command.commandName) result = { ...result, commandName };
 
   const isHex = command.contentFormat !== 0;
-  const notation = isHex ? command.content : escapeText(command.content);
+  const notation = notationOf(command);
   const isTemplate = of.trigger === "";
   const typed = visit({
     ...of,

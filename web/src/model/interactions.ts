@@ -86,6 +86,11 @@ export function sampleContent(template: Content, slider: SliderComponent | undef
   return slider ? contentAt(slider, middlePosition(slider), template) : template.content;
 }
 
+/** A content of a template with a number of any position, to see whether it has bytes. */
+export function withoutPlaceholders({ content, contentFormat }: Content): string {
+  return content.replace(placeholder, contentFormat ? "00" : "0");
+}
+
 function paddedValue(value: number, digits: string | undefined, contentFormat: number): string {
   const whole = Math.round(value);
   if (contentFormat !== 0) return (whole & 0xff).toString(16).toUpperCase().padStart(2, "0");

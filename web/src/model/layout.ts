@@ -2,6 +2,7 @@
  * The layout document: pages and the components on them. The server stores it unchanged; its format belongs to this
  * application. `readLayout` is the only way in, so that the rest can trust every field.
  */
+import type { DeviceList } from "./devices.ts";
 import { newComponentId, newId } from "./ids.ts";
 import { defaultOptions, type PanelOptions } from "./panelOptions.ts";
 
@@ -139,6 +140,8 @@ export interface Layout {
   readonly startPage: string;
   readonly pages: readonly Page[];
   readonly panel: PanelOptions;
+  /** What the devices understand; absent: nothing is listed. */
+  readonly devices?: readonly DeviceList[];
 }
 
 export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };

@@ -1,5 +1,6 @@
 /** For two authors who have changed the same documents: who changed what, and my changes kept as a copy. */
 import { copyPage, type Page } from "./layout.ts";
+import { withMissingDevices } from "./devices.ts";
 import { mapCommands } from "./interactions.ts";
 import { sameJson } from "./json.ts";
 import { type Project, retarget, withCopiedCommands, withPages, writeProject } from "./project.ts";
@@ -36,7 +37,7 @@ export function changedPages(project: Project, from: Project): Page[] {
 
 /**
  * Their project, with copies of the pages that I have changed since `base`. Links between these copies lead to the
- * copies; materials that only I have are added.
+ * copies; materials and lists of devices that only I have are added.
  * @param nameOf  the copy's name
  */
 export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf: (page: Page) => string): Project {
@@ -51,7 +52,8 @@ export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf
   }
   const known = new Set(theirs.materials.map((one) => one.id));
   const materials = [...theirs.materials, ...mine.materials.filter((one) => !known.has(one.id))];
-  return withPages({ ...result, materials }, [
+  const layout = withMissingDevices(result.layout, mine.layout);
+  return withPages({ ...result, layout, materials }, [
     ...theirs.layout.pages,
     ...copies.map((page) => retarget(page, pageIds)),
   ]);

@@ -1,6 +1,6 @@
 /** Problems that an author should check before the pages go to an operator. */
 import { type Component, isActive, type Layout, looksOf, type Page } from "./layout.ts";
-import { type Command, commandLists, triggersOf } from "./interactions.ts";
+import { type Command, commandLists, triggersOf, withoutPlaceholders } from "./interactions.ts";
 import { overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
 import type { Project } from "./project.ts";
@@ -84,6 +84,5 @@ function problemsOf(
 }
 
 function isBad(command: Command): boolean {
-  const content = command.content.replace(/\{value(?::\d)?\}/g, command.contentFormat ? "00" : "0");
-  return isFault(contentToBytes(content, command.contentFormat, command.asciiEncode));
+  return isFault(contentToBytes(withoutPlaceholders(command), command.contentFormat, command.asciiEncode));
 }

@@ -19,6 +19,7 @@ import {
   pressModes,
   sliderSteps,
 } from "./layout.ts";
+import { readDevices } from "./devices.ts";
 import { readOptions } from "./panelOptions.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
@@ -55,7 +56,9 @@ export function readLayout(value: unknown): Layout | Refusal {
       return [read];
     });
   const startPage = asText(document["startPage"]);
-  return { startPage: pageIds.has(startPage) ? startPage : "", pages, panel: readOptions(document["panel"]) };
+  const devices = readDevices(document["devices"]);
+  const panel = readOptions(document["panel"]);
+  return { startPage: pageIds.has(startPage) ? startPage : "", pages, panel, ...(devices.length && { devices }) };
 }
 
 export function writeLayout(layout: Layout): object {

@@ -1,7 +1,8 @@
 /** Export and import of everything, or of one page, as one file. */
-import { copyPage, emptyLayout, isActive, type Layout, looksOf, type Page } from "./layout.ts";
+import { copyPage, emptyLayout, isActive, looksOf, type Page } from "./layout.ts";
 import { type Interactions, interfaceUses, mapCommands, readInteractions, writeInteractions } from "./interactions.ts";
 import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
+import { withDevices, withMissingDevices } from "./devices.ts";
 import { asArray, asObject } from "./json.ts";
 import { type Material, readMaterials, writeMaterials } from "./materials.ts";
 import { isRefused, readLayout, refusal, type Refusal, writeLayout } from "./readLayout.ts";
@@ -20,7 +21,7 @@ export interface Transfer {
 
 /** The text of the file. With a page: only what that page uses. */
 export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
-  const content = page ? onlyPage(project, page) : project;
+  const content = page ? onlyPage(project, page, interfaces) : project;
   const uses = interfaceUses(content.interactions);
   return JSON.stringify(
     {
@@ -46,14 +47,17 @@ function writeInterface(one: Interface): object {
   return { nodeId: one.nodeId, controlType: one.controlType, [one.controlType]: one.info };
 }
 
-function onlyPage(project: Project, page: Page): Project {
+function onlyPage(project: Project, page: Page, interfaces: readonly Interface[]): Project {
   const used = new Set([page.material, ...page.components.flatMap(looksOf).map((look) => look.material)]);
-  const layout: Layout = { ...emptyLayout, pages: [page] };
   const interactions: Record<number, Interactions[number]> = {};
   for (const { id, type } of page.components) {
     const commands = project.interactions[id];
     if (commands && isActive(type)) interactions[id] = commands;
   }
+  const uses = interfaceUses(interactions);
+  const names = new Set(interfaces.filter((one) => uses.has(one.nodeId)).map(interfaceName));
+  const devices = (project.layout.devices ?? []).filter((one) => names.has(one.interfaceName));
+  const layout = withDevices({ ...emptyLayout, pages: [page] }, devices);
   return { layout, interactions, materials: project.materials.filter((one) => used.has(one.id)) };
 }
 
@@ -115,7 +119,8 @@ function withAddedPages(project: Project, content: Project): Project {
   }
   const known = new Set(project.materials.map((one: Material) => one.id));
   const materials = [...project.materials, ...content.materials.filter((one) => !known.has(one.id))];
-  return withPages({ ...result, materials }, [
+  const layout = withMissingDevices(result.layout, content.layout);
+  return withPages({ ...result, layout, materials }, [
     ...project.layout.pages,
     ...added.map((page) => retarget(page, pageIds)),
   ]);

@@ -1,13 +1,9 @@
-import { readFileSync } from "node:fs";
-import { createRequire } from "node:module";
-import type { run } from "axe-core";
 import type { Browser } from "playwright-core";
 import { afterAll, beforeAll, expect, it } from "vitest";
+import { axeFindings } from "../support/axe.ts";
 import { newPage, screens, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
 import { goTo, openCommand, type Place, places, storeSample } from "../support/places.ts";
-
-const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
 
 let browser: Browser;
 let host: Host;
@@ -49,11 +45,7 @@ it.each([
   const found: string[] = [];
   for (const place of [...faulty, ...places]) {
     await goTo(place, page, host);
-    await page.addScriptTag({ content: axe });
-    const { violations } = await page.evaluate(() => (window as unknown as { axe: { run: typeof run } }).axe.run());
-    for (const { id, impact, nodes } of violations) {
-      if (impact !== "minor") found.push(`${place[0]}: ${id}: ${nodes.map((node) => node.html).join(" | ")}`);
-    }
+    found.push(...(await axeFindings(page)).map((one) => `${place[0]}: ${one}`));
   }
   await context.close();
   expect(found).toEqual([]);

@@ -1,9 +1,11 @@
+import { readFileSync } from "node:fs";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser } from "playwright-core";
 import { newNetInfo } from "../../src/model/interfaces.ts";
+import { axeFindings } from "../support/axe.ts";
 import { connected, newPage, save, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
-import { storeSample } from "../support/places.ts";
+import { selectButton, storeSample } from "../support/places.ts";
 
 let browser: Browser;
 beforeAll(async () => void (browser = await startBrowser()));
@@ -63,5 +65,39 @@ it("what is found on all pages is replaced where it is chosen and stays valid, a
   await page.keyboard.press("Control+Z");
   await save(page);
   expect(JSON.stringify(await host.read("getComponentInteractionInfo"))).not.toContain("B0 0");
+  expect(errors).toEqual([]);
+});
+
+it("the commands of a device come from a table, are kept with the project, and are offered to a command", async () => {
+  await using host = await start();
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/interfaces`);
+  await connected(page);
+  await page.getByRole("button", { name: "Commands of this device: Projector" }).click();
+  const dialog = page.getByRole("dialog");
+  await dialog.getByLabel("Paste a table").fill("Lamp;LAMP?\\r\nMute;4D 5;hex\nBlank;4D 05 0;hexa\n=Zoom;5A 01;hex");
+  await dialog.getByText("Line 3: “hexa” is no format.").waitFor();
+  expect((await axeFindings(page)).join("\n")).toBe("");
+  await dialog.getByRole("button", { name: "Take 3 commands" }).click();
+  await page.getByText("The list of Projector has 3 commands now.").waitFor();
+  await save(page);
+  expect(JSON.stringify(await host.read("getPageLayoutInfo"))).toContain('"content":"LAMP?\\r"');
+
+  await page.getByRole("button", { name: "Commands of this device: Projector" }).click();
+  const [saved] = await Promise.all([
+    page.waitForEvent("download"),
+    dialog.getByRole("button", { name: "Save as a table (CSV)" }).click(),
+  ]);
+  expect(readFileSync(await saved.path(), "utf8").split("\r\n")[3]).toBe("'=Zoom,5A 01,hex,none,UTF-8");
+
+  await page.goto(`${host.url}/#/edit/p-hall`);
+  await selectButton(page);
+  await page.getByRole("button", { name: "New command" }).click();
+  await dialog.getByRole("button", { name: "Choose from the list of the device (3)" }).click();
+  await dialog.getByLabel("Search name or content").fill("lamp");
+  expect((await axeFindings(page)).join("\n")).toBe("");
+  await dialog.getByRole("button", { name: "Lamp LAMP?\\r" }).click();
+  const values = [dialog.getByLabel("Name of the command"), dialog.locator("#content"), dialog.getByLabel("Ends with")];
+  expect(await Promise.all(values.map((one) => one.inputValue()))).toEqual(["Lamp", "LAMP?", "\r"]);
   expect(errors).toEqual([]);
 });

@@ -13,7 +13,8 @@ async function openColumn(page: Page, place: "first" | "last"): Promise<void> {
   if (await open.isVisible()) await open.click();
 }
 
-async function selectButton(page: Page): Promise<void> {
+/** Selects the first button in the editor of the sample's first page. */
+export async function selectButton(page: Page): Promise<void> {
   const box = (await page.locator(".sheet .part").nth(1).boundingBox())!;
   await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
   await openColumn(page, "last");
