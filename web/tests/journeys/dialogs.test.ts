@@ -19,6 +19,7 @@ it("Escape closes an empty form at once, and asks before it closes a filled one"
   await dialogs.waitFor({ state: "detached" });
 
   await open.click();
+  await dialogs.getByLabel("Name").focus();
   await page.keyboard.type("Lamps");
   await page.keyboard.press("Escape");
   await dialogs.getByText("What you have entered here is not kept.").waitFor();
