@@ -23,8 +23,8 @@ export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
 export type ClockForm = (typeof clockForms)[number];
 
-/** Where a panel shows a page: listed in its bar, or only by links and by its address. */
-export const pagePlaces = ["bar", "hidden"] as const;
+/** Where a panel shows a page: listed in its bar, only by links and by its address, or over the page of a link. */
+export const pagePlaces = ["bar", "hidden", "popup"] as const;
 export type PagePlace = (typeof pagePlaces)[number];
 
 /** The look of a component in one state. An empty field means that of the theme, or that of the normal look. */
@@ -94,8 +94,11 @@ export interface ImageComponent extends Common<"image"> {
   readonly fit: ImageFit;
 }
 
+/** Target of a link that closes its pop-up; on other pages it leads to the page before. */
+export const backTarget = "back";
+
 export interface LinkComponent extends Common<"link"> {
-  /** Id of the page that it leads to. */
+  /** Id of the page that it leads to, or `backTarget`; empty: none. */
   readonly target: string;
 }
 
@@ -131,6 +134,8 @@ export interface Page {
   /** Id of a material behind the components; empty: none. */
   readonly material: string;
   readonly place: PagePlace;
+  /** Of a pop-up: whether a touch beside it closes it. */
+  readonly closesOutside: boolean;
   /** In drawing order: the last one lies on top. */
   readonly components: readonly Component[];
 }
@@ -208,7 +213,17 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
 }
 
 export function newPage(name: string, width = 1280, height = 800): Page {
-  return { id: newId("p"), name, width, height, background: "", material: "", place: "bar", components: [] };
+  return {
+    id: newId("p"),
+    name,
+    width,
+    height,
+    background: "",
+    material: "",
+    place: "bar",
+    closesOutside: true,
+    components: [],
+  };
 }
 
 /** A copy in which all ids are new, and for each old component id the new one. */

@@ -1,5 +1,5 @@
 /** Which pages a panel lists and shows, and where a swipe leads. */
-import type { Layout, Page } from "./layout.ts";
+import { backTarget, type Layout, type Page } from "./layout.ts";
 import type { Point } from "./geometry.ts";
 
 /** The pages in the panel's bar, in their order. */
@@ -9,11 +9,29 @@ export function barPages(layout: Layout): Page[] {
 
 /**
  * The page that a panel shows for this id: the page itself, otherwise the start page, otherwise the first of the bar,
- * otherwise the first, otherwise none.
+ * otherwise the first, otherwise none. A pop-up is shown by itself only where there is nothing else.
  */
 export function pageToShow(layout: Layout, id: string): Page | undefined {
-  const find = (wanted: string) => layout.pages.find((page) => page.id === wanted);
-  return find(id) ?? find(layout.startPage) ?? barPages(layout)[0] ?? layout.pages[0];
+  const pages = layout.pages.filter(({ place }) => place !== "popup");
+  const find = (wanted: string) => pages.find((page) => page.id === wanted);
+  return find(id) ?? find(layout.startPage) ?? barPages(layout)[0] ?? pages[0] ?? layout.pages[0];
+}
+
+/** Where a page link leads: to a page, a pop-up over the shown page, the page before, or merely out of a pop-up. */
+export type Step = { to: "page" | "popup"; id: string } | { to: "back" | "close" | "nowhere" };
+
+/**
+ * @param target  of the link
+ * @param from  the shown page, and whether the link is in a pop-up above it
+ */
+export function stepOf(layout: Layout, target: string, from: { page: string; isAbove: boolean }): Step {
+  const page = layout.pages.find(({ id }) => id === target);
+  if (page) {
+    if (page.id === from.page) return { to: "close" };
+    return { to: page.place === "popup" ? "popup" : "page", id: page.id };
+  }
+  if (target !== backTarget) return { to: "nowhere" };
+  return { to: from.isAbove ? "close" : "back" };
 }
 
 /** Least length of a swipe, in px of the screen, and its longest duration, in ms. */

@@ -1,5 +1,5 @@
 /** Problems that an author should check before the pages go to an operator. */
-import { type Component, isActive, type Layout, looksOf, type Page } from "./layout.ts";
+import { backTarget, type Component, isActive, type Layout, looksOf, type Page } from "./layout.ts";
 import { type Command, commandLists, triggersOf, withoutPlaceholders } from "./interactions.ts";
 import { overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
@@ -42,7 +42,7 @@ export const touchSide = 48;
 
 export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {
   const materials = new Set(project.materials.map((one) => one.id));
-  const pages = new Set(project.layout.pages.map((one) => one.id));
+  const pages = new Set([backTarget, ...project.layout.pages.map((one) => one.id)]);
   return project.layout.pages.flatMap((page) => {
     const lostBackground = page.material !== "" && !materials.has(page.material);
     const ofPage: Problem[] = lostBackground ? [{ kind: "lostMaterial", pageId: page.id, componentId: 0 }] : [];

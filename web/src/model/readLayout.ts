@@ -84,6 +84,7 @@ export function readPage(value: unknown, takenIds = new Set<number>()): Page {
     background: asColor(page["background"]),
     material: asText(page["material"]),
     place: asChoice(page["place"], pagePlaces, fresh.place),
+    closesOutside: page["closesOutside"] !== false,
     components,
   };
 }

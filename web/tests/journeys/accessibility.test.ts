@@ -3,14 +3,14 @@ import { afterAll, beforeAll, expect, it } from "vitest";
 import { axeFindings } from "../support/axe.ts";
 import { newPage, screens, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
-import { goTo, openCommand, type Place, places, storeSample } from "../support/places.ts";
+import { goTo, openCommand, type Place, places, popUp, storeSample } from "../support/places.ts";
 
 let browser: Browser;
 let host: Host;
 beforeAll(async () => {
   browser = await startBrowser();
   host = await Host.start();
-  await storeSample(host);
+  await storeSample(host, [popUp]);
 });
 afterAll(async () => {
   await browser.close();

@@ -21,7 +21,12 @@ const components = [
   { ...base, id: 7, type: "slider", x: 300, y: 300, width: 400, steps: 3, min: 0, max: 2, look: { text: "Volume" } },
   { id: 8, type: "button", x: 100, y: 600, width: 20, height: 20, look: { text: "s" } },
   { ...base, id: 9, type: "link", x: 500, y: 600, target: "p2", look: { text: "Next" } },
+  { ...base, id: 11, type: "link", x: 700, y: 600, target: "p4", look: { text: "More" } },
   { ...base, id: 10, type: "button", x: 900, y: 600, mode: "press", look: { text: "Press" } },
+];
+const above = [
+  { ...base, id: 20, type: "button", x: 20, y: 20, look: { text: "Above" } },
+  { ...base, id: 21, type: "link", x: 220, y: 20, target: "back", look: { text: "Back" } },
 ];
 /** Each component has a command for each trigger that there is: what it sends tells its own from the others. */
 const triggers = [
@@ -50,12 +55,13 @@ beforeEach(async () => {
     { id: "p1", name: "Hall", width: 1280, height: 800, components },
     { id: "p2", name: "Lobby", components: [] },
     { id: "p3", name: "Spare", place: "hidden", components: [] },
+    { id: "p4", name: "More", place: "popup", width: 400, height: 200, components: above },
   ];
   await host.post("setCentralControlWebLayout", {
     data: { form: "control pages", version: 1, startPage: "p1", pages, panel: { swipe: true } },
   });
   const command = { portIndex: 1, controlType: "netPortInfo", commandName: "C" };
-  const componentArr = components.map(({ id }) => ({
+  const componentArr = [...components, ...above].map(({ id }) => ({
     componentId: id,
     interactionArr: triggers.map((triggerType) => ({
       triggerType,
@@ -174,6 +180,29 @@ describe("a panel", () => {
     await message.first().getByRole("button", { name: "Close" }).click();
     await message.getByRole("button", { name: "Close" }).click();
     await message.waitFor({ state: "detached" });
+  });
+
+  it("shows a pop-up over the page until it is closed", async () => {
+    const popUp = page.getByRole("dialog", { name: "More" });
+    const ways: [string, () => Promise<void>][] = [
+      ["its cross", () => popUp.getByRole("button", { name: "Close" }).click()],
+      ["Escape", () => page.keyboard.press("Escape")],
+      ["a touch beside it", () => page.mouse.click(20, 20)],
+      ["a link back", () => part("Back").click()],
+    ];
+    for (const [way, close] of ways) {
+      await part("More").click();
+      await popUp.waitFor();
+      await close();
+      await expect.poll(() => popUp.count(), { timeout: longest, message: way }).toBe(0);
+    }
+    await part("More").click();
+    await part("Above").click();
+    await device.has("<20click>");
+    await device.stop();
+    await part("Above").click();
+    await popUp.locator(".message").getByText("Nothing listens there.").waitFor();
+    expect([await page.title(), errors]).toEqual(["Hall", []]);
   });
 
   it("refuses presses while the server is away, and reads everything again when it is back", async () => {

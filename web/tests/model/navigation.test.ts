@@ -1,26 +1,38 @@
 import { expect, it } from "vitest";
 import { newPage } from "../../src/model/layout.ts";
-import { neighbour, pageToShow, swipeStep } from "../../src/model/navigation.ts";
+import { neighbour, pageToShow, stepOf, swipeStep } from "../../src/model/navigation.ts";
 import { isRefused, readLayout } from "../../src/model/readLayout.ts";
 
 const page = (id: string, place: unknown) => ({ ...newPage(id), id, place });
 const layout = readLayout({
   form: "control pages",
   version: 1,
-  pages: [page("h", "hidden"), page("a", "bar"), page("b", "something new")],
+  pages: [page("u", "popup"), page("h", "hidden"), page("a", "bar"), page("b", "something new")],
   panel: { swipe: 1, silence: "60" },
 });
 if (isRefused(layout)) throw new Error("refused");
 
 it("what a document says of panels is read, and what nobody knows is dropped", () => {
   expect([layout.pages.map((one) => one.place), layout.panel]).toEqual([
-    ["hidden", "bar", "bar"],
+    ["popup", "hidden", "bar", "bar"],
     { swipe: false, silence: 0 },
   ]);
 });
 
+it.each([
+  ["a page", "b", false, { to: "page", id: "b" }],
+  ["a pop-up", "u", false, { to: "popup", id: "u" }],
+  ["a page, from a pop-up", "b", true, { to: "page", id: "b" }],
+  ["the page below the pop-up", "a", true, { to: "close" }],
+  ["back from a page", "back", false, { to: "back" }],
+  ["back from a pop-up", "back", true, { to: "close" }],
+  ["a deleted page", "x", false, { to: "nowhere" }],
+])("a link leads to %s", (_, target, isAbove, step) => {
+  expect(stepOf(layout, target, { page: "a", isAbove })).toEqual(step);
+});
+
 it("panels begin with a page of the bar, and swipe to those beside it", () => {
-  expect([pageToShow(layout, "")?.id, pageToShow(layout, "h")?.id]).toEqual(["a", "h"]);
+  expect(["", "h", "u"].map((id) => pageToShow(layout, id)?.id)).toEqual(["a", "h", "a"]);
   const ways: [string, number][] = [["a", 1], ["a", -1], ["b", -1], ["b", 1], ["h", 1]]; // prettier-ignore
   expect(ways.map(([id, by]) => neighbour(layout, id, by)?.id)).toEqual(["b", undefined, "a", undefined, undefined]);
 });

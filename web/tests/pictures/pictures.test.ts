@@ -6,7 +6,7 @@ import type { Browser, Page } from "playwright-core";
 import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
-import { goTo, places, storeSample } from "../support/places.ts";
+import { goTo, places, popUp, storeSample } from "../support/places.ts";
 
 const folder = process.env["PICTURES"] ?? join(import.meta.dirname, "../../../build/pictures");
 
@@ -22,7 +22,7 @@ beforeAll(async () => {
   [projector, matrix] = [await TcpDevice.start(), await TcpDevice.start()];
   await host.addTcp("Projector", projector.port);
   await host.addTcp("Matrix", matrix.port);
-  await storeSample(host);
+  await storeSample(host, [popUp]);
 });
 
 afterAll(async () => {

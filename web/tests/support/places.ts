@@ -31,7 +31,7 @@ const click = (selector: string, at: number, shown: string) => async (page: Page
   await page.locator(shown).waitFor();
 };
 
-/** All screens, with the sample project on the host. */
+/** All screens, with the sample project and the pop-up on the host. */
 export const places: readonly Place[] = [
   ["pages", "#/pages"],
   ["editor", "#/edit/p-hall"],
@@ -82,6 +82,7 @@ export const places: readonly Place[] = [
   ["panel", "#/panel/p-hall"],
   ["panel-failed", "#/panel/p-hall", click(".part.is-switch", 0, ".message")],
   ["panel-confirm", "#/panel/p-hall", click(".part.is-button", 1, "dialog")],
+  ["panel-popup", "#/panel/p-off", click("dialog .part.is-button", 0, "dialog .message")],
   // The last one: its page gets no connection any more.
   [
     "panel-away",
@@ -103,8 +104,18 @@ export async function goTo([, hash, act]: Place, page: Page, host: Host): Promis
   await act?.(page);
 }
 
-/** Stores the layout and the commands of the sample project. */
-export async function storeSample(host: Host): Promise<void> {
-  await host.post("setCentralControlWebLayout", { data: sample.layout });
+/** A pop-up beside the pages of the sample project. */
+export const popUp = {
+  ...{ id: "p-off", name: "Switch all off?", place: "popup", width: 480, height: 200 },
+  components: [
+    { id: 901, type: "link", x: 40, y: 60, width: 180, height: 80, target: "back", look: { text: "Back" } },
+    { id: 902, type: "button", x: 260, y: 60, width: 180, height: 80, look: { text: "All off" } },
+  ],
+};
+
+/** Stores the layout and the commands of the sample project, and these pages after its own. */
+export async function storeSample(host: Host, more: object[] = []): Promise<void> {
+  const pages = [...sample.layout.pages, ...more];
+  await host.post("setCentralControlWebLayout", { data: { ...sample.layout, pages } });
   await host.post("updateComponentInteraction", { data: sample.interactions });
 }
