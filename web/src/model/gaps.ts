@@ -49,7 +49,7 @@ export function snapGap(box: Box, axis: Axis, others: readonly Box[], reach: num
   const places: { at: number; between: (moved: Box) => [Box, Box][] }[] = [];
   if (left && right) {
     const room = start(right, axis) - end(left, axis) - size;
-    if (room > 0)
+    if (room > 0) {
       places.push({
         at: end(left, axis) + room / 2,
         between: (moved) => [
@@ -57,6 +57,7 @@ export function snapGap(box: Box, axis: Axis, others: readonly Box[], reach: num
           [moved, right],
         ],
       });
+    }
   }
   const further = left && before(left);
   if (left && further) {
