@@ -1,5 +1,6 @@
 import { svelte } from "@sveltejs/vite-plugin-svelte";
 import { defineConfig, type TestProjectConfiguration } from "vitest/config";
+import { iconLibrary } from "./build/iconLibrary.ts";
 import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
@@ -30,7 +31,7 @@ const driven = (name: string): TestProjectConfiguration => ({
 });
 
 export default defineConfig({
-  plugins: [svelte(), panelBundle(), checkSizes(limits), precompress()],
+  plugins: [svelte(), iconLibrary(), panelBundle(), checkSizes(limits), precompress()],
   base: "./",
   build: {
     outDir: process.env["WEB_OUT"] ?? "../build/web",

@@ -33,6 +33,7 @@ export interface Look {
   fill: string;
   color: string;
   border: string;
+  /** A name or a path, see icons.ts. */
   icon: string;
   material: string;
 }

@@ -20,6 +20,7 @@ import {
   sliderSteps,
 } from "./layout.ts";
 import { readDevices } from "./devices.ts";
+import { asIcon } from "./icons.ts";
 import { readOptions } from "./panelOptions.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
@@ -96,7 +97,7 @@ function readLook(value: unknown): Look {
     fill: asColor(look["fill"]),
     color: asColor(look["color"]),
     border: asColor(look["border"]),
-    icon: asText(look["icon"]),
+    icon: asIcon(asText(look["icon"])),
     material: asText(look["material"]),
   };
 }

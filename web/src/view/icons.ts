@@ -1,6 +1,8 @@
+import { isIconPath } from "../model/icons.ts";
+
 /** Icons of the application and of components: strokes on a field of 24 by 24. */
 
-/** Those that an author can give to a component. */
+/** Those to which a look may refer by their name. */
 export const partIcons = {
   power: "M12 3v9M6.3 6.8a8 8 0 1 0 11.4 0",
   play: "M7 4.5v15l12-7.5z",
@@ -42,8 +44,8 @@ export const partIcons = {
   bell: "M6 16V11a6 6 0 0 1 12 0v5l1.5 2h-15zM10 21h4",
 } as const;
 
-export type PartIcon = keyof typeof partIcons;
-
-export function isPartIcon(name: string): name is PartIcon {
-  return Object.hasOwn(partIcons, name);
+/** The path of a look's icon; none when the look has none, or one of a name that is unknown. */
+export function iconPath(icon: string): string | undefined {
+  if (Object.hasOwn(partIcons, icon)) return partIcons[icon as keyof typeof partIcons];
+  return isIconPath(icon) ? icon : undefined;
 }

@@ -2,6 +2,7 @@ import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser } from "playwright-core";
 import { connected, newPage, startBrowser } from "../support/browser.ts";
 import { Host } from "../support/host.ts";
+import { goTo, places, storeSample } from "../support/places.ts";
 
 let browser: Browser;
 beforeAll(async () => void (browser = await startBrowser()));
@@ -34,5 +35,24 @@ it("Escape closes an empty form at once, and asks before it closes a filled one"
   await dialogs.getByRole("button", { name: "Close" }).click();
   await page.getByRole("button", { name: "Discard it" }).click();
   await dialogs.waitFor({ state: "detached" });
+  expect(errors).toEqual([]);
+});
+
+it("an icon is found in Chinese and chosen by keyboard, and the component shows it", async () => {
+  await using host = await Host.start();
+  await storeSample(host);
+  const { page, errors } = await newPage(browser);
+  await goTo(
+    places.find(([name]) => name === "icons")!,
+    page,
+    host,
+  );
+  await page.getByRole("searchbox").fill("投影");
+  await page.getByRole("option", { name: "device projector" }).waitFor();
+  await page.keyboard.press("ArrowDown");
+  const path = await page.locator("[role=option]:focus path").getAttribute("d");
+  await page.keyboard.press("Enter");
+  await page.getByRole("dialog").waitFor({ state: "detached" });
+  await page.locator(".sheet .part").nth(1).locator(`path[d="${path}"]`).waitFor();
   expect(errors).toEqual([]);
 });

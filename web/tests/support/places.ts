@@ -61,6 +61,15 @@ export const places: readonly Place[] = [
       await page.locator("dialog input:not([type])").fill("XY");
     },
   ],
+  [
+    "icons",
+    "#/edit/p-hall",
+    async (page) => {
+      await selectButton(page);
+      await page.locator("button.icon-field").click();
+      await page.locator("dialog [role=option]").first().waitFor();
+    },
+  ],
   ["keys", "#/edit/p-hall", (page) => page.keyboard.press("?")],
   ["page-new", "#/pages", click(".head .primary", 0, "dialog")],
   [
