@@ -370,6 +370,8 @@ export const authorEn = {
   unlock: "Unlock",
   nameHint: "for your lists; empty: its text",
   position: "Position",
+  widthShort: "W",
+  heightShort: "H",
   look: "Look",
   state: "State",
   stateNormal: "Normal",

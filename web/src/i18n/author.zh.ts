@@ -359,6 +359,8 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   unlock: "解锁",
   nameHint: "用于列表，留空则用其文字",
   position: "位置",
+  widthShort: "宽",
+  heightShort: "高",
   look: "外观",
   state: "状态",
   stateNormal: "正常",

@@ -134,7 +134,9 @@ describe("an author on an empty server, by host name and over plain HTTP", () =>
 
     // The text goes out with real characters in place of escapes; hexadecimal and the other two lines follow.
     await page.getByRole("button", { name: "Button", exact: true }).click();
+    await page.getByRole("tab", { name: "Look" }).click();
     await page.getByLabel("Text", { exact: true }).fill("On");
+    await page.getByRole("tab", { name: "Commands" }).click();
     await addCommand(page, "Projector", "Power on", "PWR ON\\r\\x02");
     await addCommand(page, "Lamps", "Scene", "53 00 FF", true);
     await addCommand(page, "Relay", "Close", "$AA $11");

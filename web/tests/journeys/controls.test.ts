@@ -151,6 +151,7 @@ describe("what is wrong with a field is told with the field", () => {
     await isToldWith(width, "A number from 8 to", () => width.press("Tab"));
     expect(await width.inputValue()).toBe(before);
 
+    await page.getByRole("tab", { name: "Commands" }).click();
     await page.getByRole("button", { name: "New command" }).click();
     const content = page.locator("#content");
     expect(await described(content)).not.toBe("");

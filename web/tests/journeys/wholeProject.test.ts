@@ -92,6 +92,7 @@ it("the commands of a device come from a table, are kept with the project, and a
 
   await page.goto(`${host.url}/#/edit/p-hall`);
   await selectButton(page);
+  await page.getByRole("tab", { name: "Commands" }).click();
   await page.getByRole("button", { name: "New command" }).click();
   await dialog.getByRole("button", { name: "Choose from the list of the device (3)" }).click();
   await dialog.getByLabel("Search name or content").fill("lamp");

@@ -35,6 +35,20 @@ beforeEach(async () => {
   editor = new Editor("hall", store, storage);
 });
 
+describe("the box of the selection", () => {
+  it.each<[Parameters<Editor["placeFrame"]>[0], string, number[]]>([
+    [{ x: 0 }, "0,100 200,100 500,100", [100, 100, 100]],
+    [{ width: 300 }, "100,100 200,100 350,100", [50, 50, 50]],
+  ])("takes all components along: %j", (change, expected, widths) => {
+    editor.selectAll();
+    editor.placeFrame(change, "");
+    expect([places(), editor.components.map((one) => one.width)]).toEqual([expected, widths]);
+    expect(editor.frame()).toMatchObject(change);
+    store.undo();
+    expect(places()).toBe("100,100 300,100 600,100");
+  });
+});
+
 describe("the selection", () => {
   it.each<[string, () => void, number[]]>([
     ["takes the whole group along", () => editor.select([1]), [1, 2]],

@@ -22,6 +22,7 @@ export async function selectButton(page: Page): Promise<void> {
 
 export async function openCommand(page: Page): Promise<void> {
   await selectButton(page);
+  await page.locator("#about-commands").click();
   await page.locator("ol .what").first().click();
 }
 

@@ -4,11 +4,12 @@ import { aligned, type Alignment, distributed, type Order, reordered } from "../
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { freePlace } from "../../model/freePlace.ts";
 import type { Gap } from "../../model/gaps.ts";
-import { boxAround, type Box, contains, fitInto, type Point } from "../../model/geometry.ts";
+import { boxAround, type Box, contains, fitInto, type Point, scaledInto } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
 import type { Interactions } from "../../model/interactions.ts";
 import {
   type Component,
+  componentSides,
   type ComponentType,
   copyComponents,
   isActive,
@@ -175,6 +176,16 @@ export class Editor {
       },
       tag,
     );
+  }
+
+  /** Gives the box around the selection another place or size. Within it the components keep their proportions. */
+  placeFrame(change: Partial<Box>, tag: string): void {
+    const around = boxAround(this.selected);
+    if (!around) return;
+    const box = { ...around, ...change };
+    const fitted = (one: Component): Box =>
+      this.selected.length === 1 ? box : scaledInto(one, around, box, componentSides.least);
+    this.placeBoxes(new Map(this.selected.map((one) => [one.id, fitted(one)])), `${tag} ${[...this.selection].join()}`);
   }
 
   nudge(dx: number, dy: number): void {
