@@ -6,6 +6,8 @@ export type PageEvent = "shown" | "online" | "offline";
 export interface PageEvents {
   /** Calls each time, as long as the page exists. */
   on(event: PageEvent, act: () => void): void;
+  /** Whether the page is visible now. */
+  isShown(): boolean;
 }
 
 export const browserEvents: PageEvents = {
@@ -13,4 +15,5 @@ export const browserEvents: PageEvents = {
     if (event !== "shown") addEventListener(event, act);
     else document.addEventListener("visibilitychange", () => document.visibilityState === "visible" && act());
   },
+  isShown: () => document.visibilityState === "visible",
 };

@@ -1,7 +1,6 @@
-/** For two authors who have changed the same documents: who changed what, and my changes kept as a copy. */
-import { copyPage, type Page } from "./layout.ts";
-import { withMissingDevices } from "./devices.ts";
-import { mapCommands } from "./interactions.ts";
+/** For two authors who have changed the same documents: who changed what, and my pages kept as copies. */
+import { allComponents, copyPage, type Page } from "./layout.ts";
+import { type ComponentCommands, mapCommands, writeInteractions } from "./interactions.ts";
 import { sameJson } from "./json.ts";
 import { type Project, retarget, withCopiedCommands, withPages, writeProject } from "./project.ts";
 
@@ -36,25 +35,42 @@ export function changedPages(project: Project, from: Project): Page[] {
 }
 
 /**
- * Their project, with copies of the pages that I have changed since `base`. Links between these copies lead to the
- * copies; materials and lists of devices that only I have are added.
+ * What somebody else has stored, with the commands as `known` has them wherever they are stored in the same way. Those
+ * that no trigger of a component fires are not in the document, nor are those of deleted interfaces.
+ */
+export function withKnownCommands(
+  stored: Project,
+  known: readonly Project[],
+  interfaceIds: ReadonlySet<number>,
+): Project {
+  const interactions: Record<number, ComponentCommands> = { ...stored.interactions };
+  const bare = [stored, ...known].map((one) => withoutLostCommands(one, interfaceIds).interactions);
+  for (const component of allComponents(stored.layout)) {
+    const [now, ...forms] = bare.map((one) => writeInteractions(one, [component]));
+    const commands = known[forms.findIndex((one) => sameJson(one, now))]?.interactions[component.id];
+    if (commands) interactions[component.id] = commands;
+  }
+  return { ...stored, interactions };
+}
+
+/**
+ * The project with copies of some pages of mine at its end. Links between these copies lead to the copies.
  * @param nameOf  the copy's name
  */
-export function mineAsCopy(base: Project, mine: Project, theirs: Project, nameOf: (page: Page) => string): Project {
+export function withCopies(
+  project: Project,
+  mine: Project,
+  pageIds: ReadonlySet<string>,
+  nameOf: (page: Page) => string,
+): Project {
   const copies: Page[] = [];
-  const pageIds = new Map<string, string>();
-  let result: Project = theirs;
-  for (const page of changedPages(mine, base)) {
+  const targets = new Map<string, string>();
+  let result = project;
+  for (const page of mine.layout.pages.filter((one) => pageIds.has(one.id))) {
     const copy = copyPage(page, nameOf(page));
-    pageIds.set(page.id, copy.page.id);
+    targets.set(page.id, copy.page.id);
     copies.push(copy.page);
     result = withCopiedCommands(result, mine.interactions, copy.ids);
   }
-  const known = new Set(theirs.materials.map((one) => one.id));
-  const materials = [...theirs.materials, ...mine.materials.filter((one) => !known.has(one.id))];
-  const layout = withMissingDevices(result.layout, mine.layout);
-  return withPages({ ...result, layout, materials }, [
-    ...theirs.layout.pages,
-    ...copies.map((page) => retarget(page, pageIds)),
-  ]);
+  return withPages(result, [...result.layout.pages, ...copies.map((page) => retarget(page, targets))]);
 }

@@ -270,39 +270,48 @@ describe("the editor", () => {
   });
 
   it.each([
-    ["Keep mine as a copy", ["Hall", "Theirs", "Hall (mine)"], [100, undefined, 200]],
-    ["Keep mine", ["Hall", "Lobby"], [200, undefined]],
-    ["Take theirs", ["Hall", "Theirs"], [100, undefined]],
-  ])("lets the author choose when somebody else saves in the same moment: %s", async (choice, names, heights) => {
-    await using host = await Host.start();
-    await using device = await TcpDevice.start();
-    await host.addTcp("Device", device.port);
-    const { page } = await openEditor(host, [button(1, 100, 100)]);
-    const theirs = await host.read("getPageLayoutInfo");
-    theirs.pages[1]!.name = "Theirs";
-    await drag(page, [150, 130], [250, 230]);
-    const commands = await host.read("getComponentInteractionInfo");
-    await addCommand(page, "Device", "On", "ON");
-    await page.route(
-      "**/setCentralControlWebLayout",
-      async (route) => {
+    ["Mine", ["Hall", "Lobby"], [200, 300]],
+    ["Theirs", ["Hall", "Lobby", "Hall (mine)"], [150, 300, 200]],
+  ])(
+    "merges with what somebody else saves in the same moment, and asks for what both have changed: %s",
+    async (choice, names, heights) => {
+      await using host = await Host.start();
+      await using device = await TcpDevice.start();
+      await host.addTcp("Device", device.port);
+      const { page } = await openEditor(host, [button(1, 100, 100)]);
+      const theirs = await host.read("getPageLayoutInfo");
+      theirs.pages[1]!.components.push({ ...theirs.pages[0]!.components[0]!, id: 7, y: 300 });
+      const save = async (y: number) => {
+        theirs.pages[0]!.components[0]!.y = y;
         await host.post("setCentralControlWebLayout", { data: theirs });
-        await route.continue();
-      },
-      { times: 1 },
-    );
-    await page.keyboard.press("Control+S");
-    const dialog = page.getByRole("dialog", { name: "Somebody else has saved meanwhile" });
-    await dialog.getByText("Theirs", { exact: true }).waitFor();
-    // The write that was refused takes back what was written before it.
-    expect(await host.read("getComponentInteractionInfo")).toEqual(commands);
-    expect((await host.read("getPageLayoutInfo")).pages[1]?.name).toBe("Theirs");
-    await dialog.getByText(choice, { exact: true }).click();
-    await page.getByRole("button", { name: "Saved" }).waitFor();
-    const { pages } = await host.read("getPageLayoutInfo");
-    expect(pages.map((one) => one.name)).toEqual(names);
-    expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
-  });
+      };
+      await save(100);
+      await drag(page, [150, 130], [250, 230]);
+      await page.getByText("Somebody else has saved: Lobby.").waitFor();
+      const commands = await host.read("getComponentInteractionInfo");
+      await addCommand(page, "Device", "On", "ON");
+      await page.route(
+        "**/setCentralControlWebLayout",
+        async (route) => {
+          await save(150);
+          await route.continue();
+        },
+        { times: 1 },
+      );
+      await page.keyboard.press("Control+S");
+      const dialog = page.getByRole("dialog", { name: "You and somebody else have changed the same" });
+      await dialog.getByRole("radio", { name: choice }).check();
+      // The write that was refused takes back what was written before it.
+      expect(await host.read("getComponentInteractionInfo")).toEqual(commands);
+      expect((await host.read("getPageLayoutInfo")).pages[0]?.components[0]?.y).toBe(150);
+      if (choice === "Theirs") await dialog.getByLabel("Keep my version of pages as copies").check();
+      await dialog.getByRole("button", { name: "Merge and save" }).click();
+      await page.getByRole("button", { name: "Saved" }).waitFor();
+      const { pages } = await host.read("getPageLayoutInfo");
+      expect(pages.map((one) => one.name)).toEqual(names);
+      expect(pages.map((one) => one.components[0]?.y)).toEqual(heights);
+    },
+  );
 
   it("gives a slider one list for all positions, and lists its command when the interface is deleted", async () => {
     await using host = await Host.start();
@@ -319,10 +328,10 @@ describe("the editor", () => {
     await page.getByRole("button", { name: "Send now" }).click();
     await device.has("VOL 050");
     await page.keyboard.press("Control+S");
-    await page.getByRole("dialog").getByText("Keep mine", { exact: true }).click();
     await page.getByRole("button", { name: "Saved" }).waitFor();
     expect(await stored(host)).toMatchObject([{ id: 2 }, { x: 440, y: 360 }]);
-    const [commands] = (await host.read("getComponentInteractionInfo")).componentInteractionInfo.componentArr;
+    const [others, commands] = (await host.read("getComponentInteractionInfo")).componentInteractionInfo.componentArr;
+    expect(others?.interactionArr).toMatchObject([{ commandArr: [{ netPortInfo: { content: "X" } }] }]);
     expect(commands?.interactionArr).toHaveLength(11);
     expect(commands?.interactionArr[10]).toMatchObject({
       triggerType: "position10",
@@ -330,14 +339,14 @@ describe("the editor", () => {
     });
 
     await page.goto(`${host.url}/#/interfaces`);
-    await page.getByText("1 command on 1 page").waitFor();
+    await page.getByText("2 commands on 1 page").waitFor();
     await page.getByRole("button", { name: "Delete: Device" }).click();
-    await page.getByRole("dialog").getByText("1 command uses it. It stops working at once.").waitFor();
+    await page.getByRole("dialog").getByText("2 commands use it. They stop working at once.").waitFor();
     await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
     await page.getByText("No interface yet").waitFor();
     await page.goto(`${host.url}/#/edit/p1`);
     await page.getByRole("tab", { name: "Problems" }).click();
-    await page.getByRole("button", { name: "A command names a deleted interface." }).click();
+    await page.getByRole("button", { name: "A command names a deleted interface." }).last().click();
     await page.getByRole("heading", { name: "Slider" }).waitFor();
     expect(errors).toEqual([]);
   });

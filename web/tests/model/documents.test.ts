@@ -14,10 +14,9 @@ import {
 } from "../../src/model/interfaces.ts";
 import { type Component, emptyLayout, newComponent, newPage } from "../../src/model/layout.ts";
 import { readMaterials } from "../../src/model/materials.ts";
-import { changedPages, isChanged, mineAsCopy } from "../../src/model/merge.ts";
 import { pageToShow } from "../../src/model/navigation.ts";
 import { findProblems } from "../../src/model/problems.ts";
-import { emptyProject, type Project, withPage, writeProject } from "../../src/model/project.ts";
+import { emptyProject, type Project, writeProject } from "../../src/model/project.ts";
 import { isRefused, readLayout, writeLayout } from "../../src/model/readLayout.ts";
 import { imported, missingInterfaces, readTransfer, type Transfer, writeTransfer } from "../../src/model/transfer.ts";
 import { command } from "../support/projects.ts";
@@ -27,11 +26,6 @@ const { project } = transfer;
 const here = transfer.interfaces;
 const ids = new Set(here.map((one) => one.nodeId));
 const first = project.layout.pages[0]!;
-const moved = (from: Project, y: number) =>
-  withPage(from, first.id, (page) => ({
-    ...page,
-    components: page.components.map((one, at) => (at === 0 ? { ...one, y } : one)),
-  }));
 
 describe("the layout document", () => {
   it("comes back from what was written", () => {
@@ -125,35 +119,6 @@ describe("interfaces", () => {
     [7, 2, {}],
   ])("checks %i data and %d stop bits", (wordLength, stopBits, faults) => {
     expect(checkSerialInfo({ ...newSerialInfo, comName: "A", comPort: "COM1", wordLength, stopBits })).toEqual(faults);
-  });
-});
-
-describe("two authors", () => {
-  it("have nothing to settle when both have made the same change", () => {
-    expect(isChanged(project, moved(project, 5), moved(project, 5), ids)).toBe(false);
-  });
-
-  it("don't take the server's own pruning for a change", () => {
-    const stored = {
-      ...project,
-      interactions: readInteractions(writeProject({ ...project, interactions: {} }).interactions),
-    };
-    expect(isChanged(project, stored, project, new Set())).toBe(false);
-    expect(isChanged(project, stored, project, ids)).toBe(true);
-  });
-
-  it("keep both: theirs, and my changed pages under new ids with their commands", () => {
-    const [mine, theirs] = [moved(project, 7), moved(project, 9)];
-    expect(changedPages(mine, project).map((page) => page.id)).toEqual([first.id]);
-    const merged = mineAsCopy(project, mine, theirs, (page) => `${page.name} (mine)`);
-    expect(merged.layout.pages.map((page) => [page.name, page.components[0]!.y])).toEqual([
-      ["Hall", 9],
-      ["Sources", 60],
-      ["Hall (mine)", 7],
-    ]);
-    const copied = merged.layout.pages[2]!.components.find((one) => one.look.text === "On")!;
-    expect(copied.id).not.toBe(102);
-    expect(merged.interactions[copied.id]).toEqual(project.interactions[102]);
   });
 });
 

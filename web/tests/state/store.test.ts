@@ -2,7 +2,9 @@ import { beforeEach, describe, expect, it } from "vitest";
 import { codes } from "../../src/api/server.ts";
 import { ProjectStore } from "../../src/author/project/store.svelte.ts";
 import { readInteractions } from "../../src/model/interactions.ts";
+import { newPage } from "../../src/model/layout.ts";
 import { emptyProject, type Project, withCommands, withPages, writeProject } from "../../src/model/project.ts";
+import type { Side } from "../../src/model/threeWay.ts";
 import { FakeClock } from "../support/fakeClock.ts";
 import { FakeSurroundings } from "../support/fakeSurroundings.ts";
 import { command, pageNames, renamed, sampleProject } from "../support/projects.ts";
@@ -20,6 +22,10 @@ const storedCommands = () => readInteractions(around.server.get("interactions"))
 /** The contents of the stored click commands, by component. */
 const storedClicks = () =>
   Object.entries(storedCommands()).map(([id, { triggers }]) => `${id} ${triggers["click"]![0]!.content}`);
+
+/** Chooses one side's version of all that both have changed. */
+const choose = (side: Side, isCopied = false) =>
+  store.resolve(new Map(store.clashes.map((one) => [one.key, side])), isCopied);
 
 async function load(stored: Project | undefined = first): Promise<void> {
   around.server.put(stored);
@@ -171,7 +177,7 @@ describe("the draft", () => {
   async function takeTheirs(): Promise<void> {
     around.server.put(renamed(first, "Theirs"));
     await store.save();
-    await store.resolve("theirs");
+    await choose("theirs");
   }
 
   it.each<[string, () => unknown]>([
@@ -263,24 +269,28 @@ describe("somebody else", () => {
     });
 
     it.each([
-      ["theirs", "Theirs"],
-      ["mine", "Mine"],
-      ["copy", "Theirs,Mine (mine)"],
-    ] as const)("meets the author's choice: %s", async (choice, names) => {
-      expect(await store.resolve(choice)).toBe(true);
+      ["theirs", false, "Theirs"],
+      ["mine", false, "Mine"],
+      ["theirs", true, "Theirs,Mine (mine)"],
+    ] as const)("meets the author's choice: %s, copy %s", async (side, isCopied, names) => {
+      expect(await choose(side, isCopied)).toBe(true);
       expect([shown(), stored(), store.conflict]).toEqual([[names, false], names, undefined]);
+      if (side === "theirs" && !isCopied) {
+        store.undo();
+        expect(shown()).toEqual(["Mine", true]);
+      }
     });
 
     it("is not asked about again when the save after the choice fails", async () => {
       around.server.cutOff("read");
-      await expect(store.resolve("mine")).rejects.toMatchObject({ code: codes.unreachable });
+      await expect(choose("mine")).rejects.toMatchObject({ code: codes.unreachable });
       around.server.before = () => undefined;
       expect([await store.save(), stored()]).toEqual(["saved", "Mine"]);
     });
 
     it("and again after the choice has to be chosen about again", async () => {
       around.server.put(renamed(first, "Theirs again"));
-      expect(await store.resolve("mine")).toBe(false);
+      expect(await choose("mine")).toBe(false);
       expect(pageNames(store.conflict!)).toEqual(["Theirs again"]);
     });
   });
@@ -310,14 +320,70 @@ describe("somebody else", () => {
       expect([await store.save(), stored()]).toEqual(["saved", "Mine"]);
     });
 
-    it("and is always faster is left to the author's choice in the end", async () => {
+    it("and is always faster ends the save, and nothing is lost", async () => {
       let times = 0;
       around.server.before = (call) => {
         if (call !== "write layout") return;
         times += 1;
         around.server.put(first);
       };
-      expect([await store.save(), times, store.saving]).toEqual(["conflict", 5, false]);
+      await expect(store.save()).rejects.toMatchObject({ code: codes.changed });
+      expect([shown(), times, store.saving]).toEqual([["Mine", true], 5, false]);
+    });
+  });
+
+  describe("who has changed something else", () => {
+    const withLobby = (project: Project) => withPages(project, [...project.layout.pages, lobby]);
+    const lobby = { ...newPage("Lobby"), id: "lobby" };
+    const pass = () => around.clock.pass(10_000);
+    beforeEach(async () => {
+      await load();
+      store.change(renamed(first, "Mine"));
+    });
+
+    it("is merged with at the save, and undo takes back only what is the author's", async () => {
+      around.server.put(withLobby(withTheirCommand(first)));
+      expect([await store.save(), stored(), storedClicks()]).toEqual(["merged", "Mine,Lobby", ["1 ON", "2 THEIRS"]]);
+      expect(shown()).toEqual(["Mine,Lobby", false]);
+      store.undo();
+      expect(shown()).toEqual(["Hall,Lobby", true]);
+      await store.save();
+      expect([stored(), storedClicks()]).toEqual(["Hall,Lobby", ["1 ON", "2 THEIRS"]]);
+    });
+
+    it("is told within ten seconds, while the page is visible", async () => {
+      around.events.shown = false;
+      around.server.put(withLobby(first));
+      await pass();
+      expect(store.others).toBeUndefined();
+      around.events.shown = true;
+      await pass();
+      expect([pageNames(store.others!), store.clashes, shown()]).toEqual([["Hall", "Lobby"], [], ["Mine", true]]);
+      around.server.put(withLobby(theirs));
+      await pass();
+      expect(store.clashes).toMatchObject([{ kind: "page", pageId: "hall" }]);
+      store.undo();
+      await pass();
+      expect([shown(), store.others]).toEqual([["Theirs,Lobby", false], undefined]);
+    });
+
+    it("is told no more when the author wishes, or has saved", async () => {
+      around.server.put(withLobby(first));
+      await pass();
+      store.ignoreOthers();
+      await pass();
+      expect(store.others).toBeUndefined();
+      await store.save();
+      store.change(renamed(store.project, "Newer"));
+      await pass();
+      expect(store.others).toBeUndefined();
+    });
+
+    it("costs a look of one document when nothing was saved", async () => {
+      const calls: string[] = [];
+      around.server.before = (call) => void calls.push(call);
+      await pass();
+      expect(calls).toEqual(["read layout"]);
     });
   });
 

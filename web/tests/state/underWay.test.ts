@@ -65,7 +65,7 @@ it("an edit is kept while a chosen version is stored", async () => {
   around.server.put(renamed(first, "Theirs"));
   await store.save();
   around.server.during("write layout", () => rename("Newer"));
-  expect(await store.resolve("mine")).toBe(true);
+  expect(await store.resolve(new Map(store.clashes.map((one) => [one.key, "mine"])))).toBe(true);
   expect([around.server.pageNames, pageNames(store.project), store.isDirty]).toEqual([["Mine"], ["Newer"], true]);
 });
 

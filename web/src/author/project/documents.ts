@@ -1,7 +1,7 @@
 /** The three documents of a project: read as one, written as one. */
 import { codes, type Server, ServerError, type Stored } from "../../api/server.ts";
-import { readInteractions } from "../../model/interactions.ts";
-import { sameJson } from "../../model/json.ts";
+import { type Command, readInteractions, writeCommand } from "../../model/interactions.ts";
+import { asArray, asObject, isObject, sameJson } from "../../model/json.ts";
 import { readMaterials } from "../../model/materials.ts";
 import { emptyProject, type Project, writeProject } from "../../model/project.ts";
 import { isRefused, readLayout, type Refusal } from "../../model/readLayout.ts";
@@ -43,7 +43,7 @@ export function readProject(
 }
 
 /** Whether a write was refused because somebody else has stored something in between. */
-export function isOvertaken(error: unknown): boolean {
+function isOvertaken(error: unknown): boolean {
   return error instanceof ServerError && error.code === codes.changed;
 }
 
@@ -86,4 +86,32 @@ export async function writeStored(
     }
   }
   return true;
+}
+
+/**
+ * Stores the commands of one trigger, and nothing else of the project.
+ * @returns false when somebody else has stored commands at the same time
+ */
+export async function storeCommands(
+  server: DocumentServer,
+  componentId: number,
+  trigger: string,
+  commands: readonly Command[],
+): Promise<boolean> {
+  const stored = await server.interactions();
+  const document = asObject(stored.data);
+  const info = asObject(document["componentInteractionInfo"]);
+  const components = asArray(info["componentArr"]).filter(isObject);
+  const component = components.find((one) => one["componentId"] === componentId) ?? { componentId, interactionArr: [] };
+  const others = asArray(component["interactionArr"]).filter((one) => asObject(one)["triggerType"] !== trigger);
+  const interaction = { triggerType: trigger, commandArr: commands.map(writeCommand) };
+  const changed = { ...component, interactionArr: [...others, interaction] };
+  const componentArr = [...components.filter((one) => one["componentId"] !== componentId), changed];
+  try {
+    await server.storeInteractions({ ...document, componentInteractionInfo: { ...info, componentArr } }, stored.tag);
+    return true;
+  } catch (error) {
+    if (!isOvertaken(error)) throw error;
+    return false;
+  }
 }

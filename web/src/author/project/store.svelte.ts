@@ -5,19 +5,22 @@ import type { ReportError } from "../../api/errors.ts";
 import type { PageEvents } from "../../api/pageEvents.ts";
 import { codes, type Server, ServerError } from "../../api/server.ts";
 import { type History, mapHistory, redo, startHistory, step, undo } from "../../model/history.ts";
-import { type Command, mapCommands, writeCommand } from "../../model/interactions.ts";
+import { type Command, mapCommands } from "../../model/interactions.ts";
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
-import { asArray, asObject, isObject } from "../../model/json.ts";
-import { isChanged, mineAsCopy } from "../../model/merge.ts";
+import { isChanged, withCopies, withKnownCommands } from "../../model/merge.ts";
 import { asRead, emptyProject, type Project, sameProject, withCommands } from "../../model/project.ts";
 import { isRefused, type Refusal } from "../../model/readLayout.ts";
+import { type Choices, type Clash, mergeProjects } from "../../model/threeWay.ts";
 import { type Pictures, PictureStore } from "../../view/pictures.ts";
 import { ta } from "../../i18n/author.ts";
 import type { Drafts } from "./draft.ts";
-import { type DocumentServer, isOvertaken, readStored, type Snapshot, writeStored } from "./documents.ts";
+import { type DocumentServer, readStored, type Snapshot, storeCommands, writeStored } from "./documents.ts";
 
-/** Shortest pause between two writes of the draft, and longest pause between two changes of one step, in ms. */
-const times = { draft: 300, step: 3000 };
+/**
+ * In ms: the shortest pause between two writes of the draft, the longest between two changes of one step, and the pause
+ * between two looks whether somebody else has saved.
+ */
+const times = { draft: 300, step: 3000, look: 10_000 };
 /** How often a save is tried again when others were faster. */
 const mostAttempts = 5;
 
@@ -39,7 +42,7 @@ export class ProjectStore {
   interfaces = $state.raw<readonly Interface[]>([]);
   connection = $state<ConnectionState>("connecting");
   saving = $state(false);
-  /** What somebody else has stored meanwhile; the author has to choose. */
+  /** What somebody else has stored meanwhile, while the author has to choose about it. */
   conflict = $state.raw<Project | undefined>();
   /** What is stored, as far as this session knows. */
   base = $state.raw<Project>(emptyProject);
@@ -50,6 +53,14 @@ export class ProjectStore {
   #draft = $state.raw<{ project: Project; time: number } | undefined>();
   /** The time of the draft, as long as it is what the author sees; otherwise 0. */
   readonly restored = $derived(this.isDirty && this.#draft?.project === this.project ? this.#draft.time : 0);
+  #others = $state.raw<Project | undefined>();
+  /** What somebody else has stored meanwhile; the next save merges it with what is unsaved here. */
+  readonly others = $derived(this.isDirty ? this.#others : undefined);
+  /** What both have changed: in `conflict`, otherwise in `others`. */
+  readonly clashes: readonly Clash[] = $derived.by(() => {
+    const theirs = this.conflict ?? this.others;
+    return theirs ? mergeProjects(this.base, this.project, theirs).clashes : [];
+  });
   readonly interfaceIds = $derived(new Set(this.interfaces.map((one) => one.nodeId)));
   readonly pictures: Pictures = $derived.by(() => this.#pictureStore.update(this.project.materials));
 
@@ -58,6 +69,8 @@ export class ProjectStore {
   #draftTime = 0;
   #lastTag = "";
   #lastTime = 0;
+  /** The state of the layout that was read last. */
+  #seen = "";
 
   constructor(readonly needs: StoreNeeds) {
     needs.connection.start((state) => {
@@ -65,14 +78,12 @@ export class ProjectStore {
       if (state === "open") void this.refresh();
     });
     needs.events.on("shown", () => void this.refresh());
+    needs.clock.every(times.look, () => void this.#look());
   }
 
   async load(): Promise<void> {
     try {
-      const [{ project: stored }, interfaces] = await Promise.all([
-        readStored(this.needs.server),
-        this.needs.server.interfaces(),
-      ]);
+      const [stored, interfaces] = await Promise.all([this.#read(), this.needs.server.interfaces()]);
       this.interfaces = readInterfaces(interfaces);
       if (isRefused(stored)) {
         this.refused = stored;
@@ -82,6 +93,7 @@ export class ProjectStore {
       this.base = stored;
       this.history = startHistory(stored);
       await this.#takeDraft();
+      this.#notice(stored);
       this.status = "ready";
     } catch {
       this.status = "unreachable";
@@ -113,23 +125,67 @@ export class ProjectStore {
     this.status = "ready";
   }
 
-  /** Reads the interfaces again, and the documents while nothing is unsaved. */
+  /** Reads the interfaces and the documents again. */
   async refresh(): Promise<void> {
     if (this.status === "unreachable") return this.load();
     if (this.status !== "ready") return;
     try {
       this.interfaces = readInterfaces(await this.needs.server.interfaces());
-      if (this.isDirty || this.saving) return;
-      const { base } = this;
-      const { project: stored } = await readStored(this.needs.server);
-      // After a save in between, what was read is out of date.
-      if (this.isDirty || this.saving || this.base !== base) return;
-      if (isRefused(stored) || sameProject(stored, base)) return;
-      this.base = stored;
-      this.history = startHistory(stored);
+      await this.#readAgain();
     } catch {
       // The connection's state shows it already; the next refresh tries again.
     }
+  }
+
+  /** Whether somebody else has saved. Each save stores another layout, since its time is in it. */
+  async #look(): Promise<void> {
+    if (this.status !== "ready" || this.saving || !this.needs.events.isShown()) return;
+    try {
+      const { tag } = await this.needs.server.layout();
+      if (tag !== this.#seen || (this.#others && !this.isDirty)) await this.#readAgain();
+    } catch {
+      // As in a refresh.
+    }
+  }
+
+  /** What others have stored is taken over while nothing is unsaved; otherwise it is told. */
+  async #readAgain(): Promise<void> {
+    if (this.saving) return;
+    const { base } = this;
+    const stored = await this.#read();
+    // After a save in between, what was read is out of date.
+    if (isRefused(stored) || this.saving || this.base !== base) return;
+    this.#notice(stored);
+    if (this.#others && !this.isDirty) this.#rebase(this.#others);
+  }
+
+  async #read(): Promise<Project | Refusal> {
+    const { project, layout } = await readStored(this.needs.server);
+    this.#seen = layout.tag;
+    return project;
+  }
+
+  #notice(stored: Project): void {
+    const isTheirs = isChanged(this.base, stored, this.project, this.interfaceIds);
+    this.#others = isTheirs ? withKnownCommands(stored, [this.base, this.project], this.interfaceIds) : undefined;
+  }
+
+  /** What others have stored is told no more, until they store something else. */
+  ignoreOthers(): void {
+    this.#others = undefined;
+  }
+
+  /**
+   * Puts every state of the history on top of what somebody else has stored, so that undo never takes back what is not
+   * the author's. Where both have changed the same, the author's version stays.
+   */
+  #rebase(theirs: Project): void {
+    const { base } = this;
+    this.history = mapHistory(this.history, (one) => mergeProjects(base, one, theirs).project);
+    this.base = theirs;
+    this.#others = undefined;
+    this.#lastTag = "";
+    this.#keepDraft();
   }
 
   /** One step of the history. Steps with the same tag in a row become one, as the letters of a text do. */
@@ -178,14 +234,11 @@ export class ProjectStore {
   /** Goes back to what is stored, unless the project is changed or saved meanwhile. The step can be undone. */
   async discard(): Promise<void> {
     const { project, base } = this;
-    const { project: stored } = await readStored(this.needs.server);
+    const stored = await this.#read();
     if (isRefused(stored) || this.saving || this.project !== project || this.base !== base) return;
-    this.#adopt(stored);
-  }
-
-  #adopt(stored: Project): void {
     this.history = step(this.history, stored);
     this.base = stored;
+    this.#others = undefined;
     this.#draft = undefined;
     this.#lastTag = "";
     this.#keepDraft();
@@ -197,47 +250,61 @@ export class ProjectStore {
   }
 
   /**
-   * Stores the project, unless somebody else has stored another one since it was read: then `conflict` is set. That
-   * includes anything stored while the writes are under way: they name the states that they replace.
+   * Stores the project, merged with what somebody else has stored since it was read. That includes anything stored while
+   * the writes are under way: they name the states that they replace. When both have changed the same, nothing is
+   * stored, and `conflict` is set.
    * @throws ServerError when the server can't be reached or refuses
    */
-  async save(): Promise<"saved" | "conflict"> {
+  async save(): Promise<"saved" | "merged" | "conflict"> {
+    let result: "saved" | "merged" = "saved";
     this.saving = true;
     try {
-      for (let attempt = 1; ; ++attempt) {
+      for (let attempt = 1; attempt <= mostAttempts; ++attempt) {
         const [stored, interfaces] = await Promise.all([readStored(this.needs.server), this.needs.server.interfaces()]);
         this.interfaces = readInterfaces(interfaces);
-        if (
-          !isRefused(stored.project) &&
-          (attempt > mostAttempts || isChanged(this.base, stored.project, this.project, this.interfaceIds))
-        ) {
-          this.conflict = stored.project;
-          return "conflict";
+        if (!isRefused(stored.project) && isChanged(this.base, stored.project, this.project, this.interfaceIds)) {
+          if (!this.#merge(stored.project)) return "conflict";
+          result = "merged";
         }
-        if (await this.#write(stored)) return "saved";
+        if (await this.#write(stored)) return result;
       }
+      throw new ServerError(codes.changed);
     } finally {
       this.saving = false;
     }
   }
 
-  /** @returns whether the conflict is over; otherwise yet another one was found, and the author has to choose again */
-  async resolve(choice: "theirs" | "mine" | "copy"): Promise<boolean> {
-    const theirs = this.conflict;
+  /** @returns false when both have changed something about which nothing is chosen */
+  #merge(stored: Project, choices: Choices = new Map()): boolean {
+    const theirs = withKnownCommands(stored, [this.base, this.project], this.interfaceIds);
+    const { project, clashes } = mergeProjects(this.base, this.project, theirs, choices);
+    if (clashes.some((one) => !choices.has(one.key))) {
+      this.conflict = theirs;
+      this.#others = theirs;
+      return false;
+    }
+    this.#rebase(theirs);
+    // A step of its own: undo brings the author's versions back.
+    if ([...choices.values()].includes("theirs")) this.change(sameProject(project, theirs) ? theirs : project);
+    return true;
+  }
+
+  /**
+   * Merges as the author has chosen about `conflict`, and saves.
+   * @param isCopied  pages of mine about which theirs was chosen are kept as copies
+   * @returns whether the conflict is over; otherwise yet another one was found, and the author has to choose again
+   */
+  async resolve(choices: Choices, isCopied = false): Promise<boolean> {
+    const { conflict: theirs, clashes, project } = this;
     this.conflict = undefined;
     if (!theirs) return true;
-    if (choice === "theirs") {
-      this.#adopt(theirs);
-      return true;
+    // From here on the author knows what is replaced, even if the server can't be reached at the moment.
+    if (!this.#merge(theirs, choices)) return false;
+    if (isCopied) {
+      const pageIds = new Set(clashes.map((one) => one.pageId));
+      this.change(withCopies(this.project, project, pageIds, (page) => ta("myCopyOf", page.name)));
     }
-    if (choice === "copy") {
-      this.change(mineAsCopy(this.base, this.project, theirs, (page) => ta("myCopyOf", page.name)));
-    }
-    // From here on the author knows that this project replaces theirs, even if the server can't be reached at the
-    // moment.
-    this.base = theirs;
-    this.#keepDraft();
-    return (await this.save()) === "saved";
+    return !this.isDirty || (await this.save()) !== "conflict";
   }
 
   /** @returns false when something else has been stored meanwhile */
@@ -249,6 +316,7 @@ export class ProjectStore {
     if (!(await writeStored(this.needs.server, project, stored, this.needs.clock.date()))) return false;
     this.history = mapHistory(this.history, (one) => (one === current ? project : one));
     this.base = project;
+    this.#others = undefined;
     this.#draft = undefined;
     this.#keepDraft();
     return true;
@@ -270,35 +338,11 @@ export class ProjectStore {
 
   /** Stores only the commands of one trigger, and fires them. @throws ServerError */
   async sendNow(componentId: number, trigger: string, commands: readonly Command[]): Promise<void> {
-    for (let attempt = 1; !(await this.#storeCommands(componentId, trigger, commands)); ++attempt) {
+    for (let attempt = 1; !(await storeCommands(this.needs.server, componentId, trigger, commands)); ++attempt) {
       if (attempt === mostAttempts) throw new ServerError(codes.changed);
     }
     this.#sent(componentId, trigger, commands);
     await this.needs.server.click(componentId, trigger);
-  }
-
-  /** @returns false when somebody else has stored commands at the same time */
-  async #storeCommands(componentId: number, trigger: string, commands: readonly Command[]): Promise<boolean> {
-    const stored = await this.needs.server.interactions();
-    const document = asObject(stored.data);
-    const info = asObject(document["componentInteractionInfo"]);
-    const components = asArray(info["componentArr"]).filter(isObject);
-    const component = components.find((one) => one["componentId"] === componentId) ?? {
-      componentId,
-      interactionArr: [],
-    };
-    const others = asArray(component["interactionArr"]).filter((one) => asObject(one)["triggerType"] !== trigger);
-    const interaction = { triggerType: trigger, commandArr: commands.map(writeCommand) };
-    const changed = { ...component, interactionArr: [...others, interaction] };
-    const componentArr = [...components.filter((one) => one["componentId"] !== componentId), changed];
-    const next = { ...document, componentInteractionInfo: { ...info, componentArr } };
-    try {
-      await this.needs.server.storeInteractions(next, stored.tag);
-      return true;
-    } catch (error) {
-      if (!isOvertaken(error)) throw error;
-      return false;
-    }
   }
 
   /**

@@ -7,8 +7,9 @@ export async function saveProject({ store, notices }: Application): Promise<bool
   if (!store.isDirty) return true;
   let saved = false;
   await notices.attempt(async () => {
-    saved = (await store.save()) === "saved";
-    if (saved) notices.tell("good", ta("projectSaved"));
+    const result = await store.save();
+    saved = result !== "conflict";
+    if (saved) notices.tell("good", ta(result === "merged" ? "savedMerged" : "projectSaved"));
   });
   return saved;
 }
