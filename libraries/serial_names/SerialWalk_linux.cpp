@@ -161,8 +161,9 @@ std::optional<SFoundLine> Describe(udev_device* device) {
 }
 
 /**
- * The library's first hash table creates the seed of all small ones, without a lock. Two seeds would lose entries, so
- * the first table is made here. What libudev shares otherwise does no harm (cmake/tsan.suppressions).
+ * The library's first hash table creates the seed of all small ones, without a lock. Two seeds would lose
+ * entries, so the first table is made here. What libudev shares otherwise does no harm
+ * (cmake/tsan.suppressions).
  */
 Context MakeContext() {
     Context context(udev_new());
