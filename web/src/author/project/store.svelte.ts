@@ -318,7 +318,9 @@ export class ProjectStore {
     this.base = project;
     this.#others = undefined;
     this.#draft = undefined;
-    this.#keepDraft();
+    // At once: after a reload in between, the draft would seem to be newer work.
+    this.#draftTimer?.cancel();
+    this.#writeDraft();
     return true;
   }
 
