@@ -370,6 +370,7 @@ export const authorEn = {
   newText: "Text",
   newLink: "Page",
   newGroup: "Group",
+  mixed: "mixed",
   manySelected: "{0} components",
   isLocked: "Locked",
   lock: "Lock",

@@ -359,6 +359,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   newText: "文本",
   newLink: "页面",
   newGroup: "分组",
+  mixed: "不同",
   manySelected: "{0} 个组件",
   isLocked: "已锁定",
   lock: "锁定",

@@ -229,6 +229,11 @@ describe("the editor", () => {
     await page.keyboard.press("ArrowDown");
     await save(page);
     const moved = await stored(host);
+    const text = page.getByLabel("Text", { exact: true });
+    expect([await text.inputValue(), await text.getAttribute("placeholder")]).toEqual(["", "mixed"]);
+    await text.press("!");
+    await save(page);
+    expect(await stored(host)).toMatchObject([{ look: { text: "!" } }, { look: { text: "!" } }]);
     const group = expect.stringMatching(/./) as string;
     expect(moved).toMatchObject([
       { x: 110, y: 101, group },
