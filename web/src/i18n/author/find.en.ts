@@ -1,0 +1,22 @@
+/** Find and replace, in English. The keys are those of every language. */
+export const findEn = {
+  findTitle: "Find and replace",
+  find: "Find",
+  replaceWith: "Replace with",
+  matchCase: "Match case",
+  findIn: "Where",
+  findIn_text: "Texts and names",
+  findIn_content: "Contents of commands",
+  findIn_interface: "Interfaces of commands",
+  findHint: "On all pages. Contents are searched as the command form shows them: \\r is one character, 1B one byte.",
+  foundCount: "Found in {0} {0|place|places} on {1} {1|page|pages}.",
+  foundMore: "Only the first {0} are shown and replaced. Type more to find fewer.",
+  becomes: "becomes",
+  showPlace: "Show it in the editor",
+  replaceCount: "Replace {0}",
+  removeCount: "Remove {0}",
+  replacedCount: "Replaced in {0} {0|place|places}. Save to store it.",
+  replaceNot: "Not replaced here.",
+  replaceEmpty: "Nothing would be left.",
+  replaceNoInterface: "There is no interface named “{0}”.",
+};
