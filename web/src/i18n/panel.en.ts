@@ -13,6 +13,7 @@ export const panelEn = {
   newerLayout: "These pages were made with a newer version of this application. Update the server to show them.",
   foreignLayout: "The stored pages come from another program and can't be shown here.",
   confirm: "Send",
+  plainQuestion: "Really send it?",
   cancel: "Cancel",
   close: "Close",
   sending: "Sending",

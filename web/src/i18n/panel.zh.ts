@@ -15,6 +15,7 @@ export const panelZh: Record<keyof typeof panelEn, string> = {
   newerLayout: "这些页面由更新版本的应用制作。请更新服务器后再显示。",
   foreignLayout: "保存的页面来自其他程序，无法在此显示。",
   confirm: "发送",
+  plainQuestion: "确定发送吗？",
   cancel: "取消",
   close: "关闭",
   sending: "正在发送",

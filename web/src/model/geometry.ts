@@ -80,7 +80,15 @@ export function fitInto(
   page: { width: number; height: number },
   room: { width: number; height: number },
 ): Point & { scale: number } {
-  const scale = Math.max(0.01, Math.min(room.width / page.width, room.height / page.height));
+  return centredIn(page, room, Math.max(0.01, Math.min(room.width / page.width, room.height / page.height)));
+}
+
+/** In the middle of a room, at this scale. */
+export function centredIn(
+  page: { width: number; height: number },
+  room: { width: number; height: number },
+  scale: number,
+): Point & { scale: number } {
   return { scale, x: (room.width - page.width * scale) / 2, y: (room.height - page.height * scale) / 2 };
 }
 

@@ -23,8 +23,11 @@ export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
 export type ClockForm = (typeof clockForms)[number];
 
-/** Where a panel shows a page: listed in its bar, only by links and by its address, or over the page of a link. */
-export const pagePlaces = ["bar", "hidden", "popup"] as const;
+/**
+ * Where a panel shows a page: listed in its bar, only by links and by its address, over the page of a link, or above or
+ * below all pages of the first two kinds.
+ */
+export const pagePlaces = ["bar", "hidden", "popup", "header", "footer"] as const;
 export type PagePlace = (typeof pagePlaces)[number];
 
 /** The look of a component in one state. An empty field means that of the theme, or that of the normal look. */
@@ -61,8 +64,10 @@ interface Common<Type extends ComponentType> {
 
 /** Of what can ask the operator before it sends. */
 interface Asking {
-  /** The question; empty: none is asked. */
+  /** The question; empty: none is asked, unless a page asks. */
   readonly confirm: string;
+  /** Id of the pop-up page that asks instead of the text; empty: none. */
+  readonly confirmPage: string;
 }
 
 export interface ButtonComponent extends Common<"button">, Asking {
@@ -98,8 +103,11 @@ export interface ImageComponent extends Common<"image"> {
 /** Target of a link that closes its pop-up; on other pages it leads to the page before. */
 export const backTarget = "back";
 
+/** Target of a link on a pop-up that asks before something is sent: sends it. */
+export const confirmTarget = "confirm";
+
 export interface LinkComponent extends Common<"link"> {
-  /** Id of the page that it leads to, or `backTarget`; empty: none. */
+  /** Id of the page that it leads to, `backTarget` or `confirmTarget`; empty: none. */
   readonly target: string;
 }
 
@@ -137,6 +145,8 @@ export interface Page {
   readonly place: PagePlace;
   /** Of a pop-up: whether a touch beside it closes it. */
   readonly closesOutside: boolean;
+  /** Whether a panel shows it without header and footer, as a start screen. */
+  readonly isBare: boolean;
   /** In drawing order: the last one lies on top. */
   readonly components: readonly Component[];
 }
@@ -158,6 +168,8 @@ export const componentSides = { least: 8, most: 8000 };
 
 /** Limits of a slider's positions: each has a trigger of its own in the stored document. */
 export const sliderSteps = { least: 2, most: 201 };
+
+const noQuestion: Asking = { confirm: "", confirmPage: "" };
 
 const sizes: Record<ComponentType, [number, number]> = {
   button: [160, 80],
@@ -196,11 +208,11 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
   };
   switch (type) {
     case "button":
-      return { ...common, type, activeLook: emptyLook, mode: "click", confirm: "", interval: 300, hold: 800 };
+      return { ...common, type, activeLook: emptyLook, mode: "click", ...noQuestion, interval: 300, hold: 800 };
     case "switch":
-      return { ...common, type, activeLook: emptyLook, confirm: "" };
+      return { ...common, type, activeLook: emptyLook, ...noQuestion };
     case "slider":
-      return { ...common, type, confirm: "", steps: 11, min: 0, max: 100, vertical: false, live: false };
+      return { ...common, type, ...noQuestion, steps: 11, min: 0, max: 100, vertical: false, live: false };
     case "image":
       return { ...common, type, fit: "contain" };
     case "link":
@@ -223,6 +235,7 @@ export function newPage(name: string, width = 1280, height = 800): Page {
     material: "",
     place: "bar",
     closesOutside: true,
+    isBare: false,
     components: [],
   };
 }
@@ -255,6 +268,16 @@ export function allComponents(layout: Layout): Component[] {
 
 export function isActive(type: ComponentType): boolean {
   return type === "button" || type === "switch" || type === "slider" || type === "link";
+}
+
+/** Whether the operator is asked before it sends. What sends while it is held asks nothing. */
+export function asks(component: Component): component is AskingComponent {
+  return canAsk(component) && (component.confirm !== "" || component.confirmPage !== "");
+}
+
+export function canAsk(component: Component): component is AskingComponent {
+  if (component.type === "button") return component.mode !== "repeat" && component.mode !== "pressRelease";
+  return component.type === "switch" || component.type === "slider";
 }
 
 /** Whether a component has a second look, for the time while it is held or on. */

@@ -1,6 +1,16 @@
 /** Problems that an author should check before the pages go to an operator. */
-import { backTarget, type Component, isActive, type Layout, looksOf, type Page } from "./layout.ts";
+import {
+  asks,
+  backTarget,
+  confirmTarget,
+  type Component,
+  isActive,
+  type Layout,
+  looksOf,
+  type Page,
+} from "./layout.ts";
 import { type Command, commandLists, triggersOf, withoutPlaceholders } from "./interactions.ts";
+import { confirmPageOf, isEdge, isSpare } from "./navigation.ts";
 import { overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
 import type { Project } from "./project.ts";
@@ -11,6 +21,8 @@ export type ProblemKind =
   | "badContent" // a command can't be turned into bytes
   | "lostMaterial"
   | "lostPage" // a link leads nowhere
+  | "spareEdge" // of several headers or footers only the first is shown
+  | "lostQuestion" // the page that should ask can't, so a plain question is asked
   | "outside" // no part of the component lies on the page
   | "small"; // hard to hit with a finger
 
@@ -42,10 +54,13 @@ export const touchSide = 48;
 
 export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {
   const materials = new Set(project.materials.map((one) => one.id));
-  const pages = new Set([backTarget, ...project.layout.pages.map((one) => one.id)]);
+  const shown = project.layout.pages.filter((one) => !isEdge(one));
+  const pages = new Set([backTarget, ...shown.map((one) => one.id)]);
   return project.layout.pages.flatMap((page) => {
-    const lostBackground = page.material !== "" && !materials.has(page.material);
-    const ofPage: Problem[] = lostBackground ? [{ kind: "lostMaterial", pageId: page.id, componentId: 0 }] : [];
+    const kinds: ProblemKind[] = [];
+    if (page.material !== "" && !materials.has(page.material)) kinds.push("lostMaterial");
+    if (isSpare(project.layout, page)) kinds.push("spareEdge");
+    const ofPage = kinds.map((kind) => ({ kind, pageId: page.id, componentId: 0 }));
     const ofComponents = page.components.flatMap((component) =>
       problemsOf(component, page, project, interfaceIds, materials, pages).map((kind) => ({
         kind,
@@ -77,7 +92,11 @@ function problemsOf(
     kinds.push("lostMaterial");
   }
   if (component.type === "image" && component.look.material === "") kinds.push("lostMaterial");
-  if (component.type === "link" && !pages.has(component.target)) kinds.push("lostPage");
+  const isAnswer = page.place === "popup" && component.type === "link" && component.target === confirmTarget;
+  if (component.type === "link" && !isAnswer && !pages.has(component.target)) kinds.push("lostPage");
+  if (asks(component) && component.confirmPage && !confirmPageOf(project.layout, component)) {
+    kinds.push("lostQuestion");
+  }
   if (!overlaps(component, { x: 0, y: 0, width: page.width, height: page.height })) kinds.push("outside");
   if (isActive(component.type) && Math.min(component.width, component.height) < touchSide) kinds.push("small");
   return kinds;

@@ -70,9 +70,13 @@ export function withCopiedCommands(project: Project, from: Interactions, ids: Re
   return { ...project, interactions };
 }
 
-/** The page with its links changed according to the table; links that the table lacks stay. */
+/** The page with its links and its questions' pages changed according to the table; what the table lacks stays. */
 export function retarget(page: Page, pages: ReadonlyMap<string, string>): Page {
   const components = page.components.map((one) => {
+    if ("confirmPage" in one) {
+      const confirmPage = pages.get(one.confirmPage);
+      return confirmPage ? { ...one, confirmPage } : one;
+    }
     if (one.type !== "link") return one;
     const target = pages.get(one.target);
     return target ? { ...one, target } : one;

@@ -86,6 +86,7 @@ export function readPage(value: unknown, takenIds = new Set<number>()): Page {
     material: asText(page["material"]),
     place: asChoice(page["place"], pagePlaces, fresh.place),
     closesOutside: page["closesOutside"] !== false,
+    isBare: page["isBare"] === true,
     components,
   };
 }
@@ -121,7 +122,7 @@ export function readComponent(value: unknown): Component | undefined {
   if (!type || !isComponentId(id)) return undefined;
   const fresh: Component = newComponent(type, 0, 0);
   const common = readCommon(from, id, fresh);
-  const confirm = asText(from["confirm"]);
+  const asking = { confirm: asText(from["confirm"]), confirmPage: asText(from["confirmPage"]) };
   switch (fresh.type) {
     case "button":
       return {
@@ -129,17 +130,17 @@ export function readComponent(value: unknown): Component | undefined {
         type: fresh.type,
         activeLook: readLook(from["activeLook"]),
         mode: asChoice(from["mode"], pressModes, fresh.mode),
-        confirm,
+        ...asking,
         interval: Math.round(asNumber(from["interval"], fresh.interval, 50, 60_000)),
         hold: Math.round(asNumber(from["hold"], fresh.hold, 200, 10_000)),
       };
     case "switch":
-      return { ...common, type: fresh.type, activeLook: readLook(from["activeLook"]), confirm };
+      return { ...common, type: fresh.type, activeLook: readLook(from["activeLook"]), ...asking };
     case "slider":
       return {
         ...common,
         type: fresh.type,
-        confirm,
+        ...asking,
         steps: Math.round(asNumber(from["steps"], fresh.steps, sliderSteps.least, sliderSteps.most)),
         min: asNumber(from["min"], fresh.min, -1e6, 1e6),
         max: asNumber(from["max"], fresh.max, -1e6, 1e6),

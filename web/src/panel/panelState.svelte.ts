@@ -53,6 +53,8 @@ export class PanelState {
   /** Switches that are on (1), and positions of sliders: what was sent last from this browser. */
   values = $state<Record<number, number>>({});
   pressed = $state<Record<number, boolean>>({});
+  /** Whether a finger is on a component: until it is lifted, nothing moves under it. */
+  isTouched = $state(false);
   feedback = $state<Record<number, Feedback>>({});
 
   /** The failures that are shown, the latest first. */
@@ -102,6 +104,16 @@ export class PanelState {
   /** Whether a finger is on a component. */
   get isHeld(): boolean {
     return [...this.#presses].some((one) => one.isHeld);
+  }
+
+  /** Whether a finger is on a component of another page than these presses: of the header, say. */
+  isHeldBeside(presses: Presses): boolean {
+    return [...this.#presses].some((one) => one !== presses && one.isHeld);
+  }
+
+  setPressed(id: number, pressed: boolean): void {
+    this.pressed[id] = pressed;
+    this.isTouched = this.isHeld;
   }
 
   /** Ends all presses under way. */

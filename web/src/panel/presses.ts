@@ -3,13 +3,14 @@
  * pressing is defined in one place. Several fingers at once are independent of each other.
  */
 import type { Clock, Timer } from "../api/clock.ts";
-import type {
-  AskingComponent,
-  ButtonComponent,
-  Component,
-  LinkComponent,
-  SliderComponent,
-  SwitchComponent,
+import {
+  asks,
+  type AskingComponent,
+  type ButtonComponent,
+  type Component,
+  type LinkComponent,
+  type SliderComponent,
+  type SwitchComponent,
 } from "../model/layout.ts";
 import { type Point, targetAt } from "../model/geometry.ts";
 import { sliderTrigger } from "../model/interactions.ts";
@@ -123,7 +124,7 @@ export class Presses {
     const { component } = press;
     if (component.type === "slider") {
       this.#slide(component, at);
-      if (component.live && !component.confirm) void this.#sendLive(component, press);
+      if (component.live && !asks(component)) void this.#sendLive(component, press);
       return;
     }
     // Modes that have begun to send stay pressed until the finger leaves the screen.

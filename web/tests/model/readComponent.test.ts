@@ -22,9 +22,9 @@ const common = {
 
 /** What each kind has beyond that, in the order in which it is stored. */
 const own: Record<ComponentType, object> = {
-  button: { activeLook, mode: "long", confirm: "Sure?", interval: 50, hold: 2000 },
-  switch: { activeLook, confirm: "Sure?" },
-  slider: { confirm: "Sure?", steps: 5, min: -12.5, max: 6, vertical: true, live: true },
+  button: { activeLook, mode: "long", confirm: "Sure?", confirmPage: "q1", interval: 50, hold: 2000 },
+  switch: { activeLook, confirm: "Sure?", confirmPage: "q1" },
+  slider: { confirm: "Sure?", confirmPage: "q1", steps: 5, min: -12.5, max: 6, vertical: true, live: true },
   text: {},
   image: { fit: "cover" },
   link: { target: "p2" },

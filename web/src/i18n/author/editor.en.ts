@@ -21,7 +21,10 @@ export const editorEn = {
   problem_lostInterface: "A command names a deleted interface.",
   problem_badContent: "A command can't be turned into bytes.",
   problem_lostMaterial: "Its picture is missing or was deleted.",
-  problem_lostPage: "It leads to no page.",
+  problem_lostPage: "It leads to no page that can be opened.",
+  problem_lostQuestion:
+    "The page that should ask is missing, is no pop-up, or has no link “Confirm”. A plain question is asked.",
+  problem_spareEdge: "Another page is the header or footer already; this one is not shown.",
   problem_outside: "It lies outside the page.",
   problem_small: "It is smaller than 48 px: hard to hit with a finger.",
   type_button: "Button",
@@ -103,6 +106,8 @@ export const editorEn = {
   live: "Sends while it is moved",
   leadsTo: "Leads to",
   linkBack: "Back or close",
+  linkConfirm: "Confirm: send what was asked",
+  cantBeOpened: "a page that can't be opened",
   shows: "Shows",
   clock_time: "Time",
   clock_timeSeconds: "Time with seconds",
@@ -114,4 +119,7 @@ export const editorEn = {
   fit_fill: "stretched",
   confirmation: "Question before sending",
   confirmationHint: "none",
+  questionText: "Text of the question",
+  questionPage: "Page: {0}",
+  questionPageHint: "No link on that page leads to “{0}” yet. Until then, a plain question is asked.",
 };

@@ -26,8 +26,14 @@ export const pagesEn = {
   place_bar: "In the bar",
   place_hidden: "Not in the bar: by links only",
   place_popup: "Pop-up, over the page with the link",
+  place_header: "Header, above every page",
+  place_footer: "Footer, below every page",
   closesOutside: "A touch beside it closes it",
-  popupHint: "Page links open it. Its cross, Escape, and a link “Back or close” close it.",
+  popupHint:
+    "Page links open it. Its cross, Escape, and a link “Back or close” close it. It can also ask before a component sends: a link “Confirm” on it sends.",
+  edgeHint:
+    "Panels show it together with every page of the bar and every hidden one, as wide as the page. A header of 1280 × 80 and a page of 1280 × 720 fill 1280 × 800.",
+  isBare: "Without header and footer",
   copyOf: "{0} (copy)",
   editPage: "Edit the page {0}",
   componentCount: "{0} {0|component|components}",
