@@ -42,7 +42,9 @@ export function panelBundle(): Plugin {
             preserveEntrySignatures: "strict",
             output: {
               entryFileNames: "assets/panel-[hash].js",
-              assetFileNames: "assets/panel-[hash][extname]",
+              // Fonts come when a page shows them, and are not counted among what the panel loads at first.
+              assetFileNames: ({ names }) =>
+                `assets/${names.some((name) => name.endsWith(".woff2")) ? "[name]" : "panel"}-[hash][extname]`,
               codeSplitting: false,
             },
           },

@@ -18,6 +18,12 @@ export type PressMode = (typeof pressModes)[number];
 
 export const alignments = ["left", "center", "right"] as const;
 export type TextAlignment = (typeof alignments)[number];
+/** The shipped families of type; empty: the system's. */
+export const fontFamilyNames = ["", "sans", "condensed", "mono"] as const;
+export type FontFamily = (typeof fontFamilyNames)[number];
+/** Weights of type as in CSS; 0: that of the component's kind. */
+export const fontWeights = [0, 400, 500, 700] as const;
+export type FontWeight = (typeof fontWeights)[number];
 export const imageFits = ["contain", "cover", "fill"] as const;
 export type ImageFit = (typeof imageFits)[number];
 export const clockForms = ["time", "timeSeconds", "date", "dateTime"] as const;
@@ -57,6 +63,8 @@ interface Common<Type extends ComponentType> {
   /** Components with the same text here are selected and moved as one; empty: none. */
   readonly group: string;
   readonly fontSize: number;
+  readonly fontFamily: FontFamily;
+  readonly fontWeight: FontWeight;
   readonly radius: number;
   readonly align: TextAlignment;
   readonly look: Look;
@@ -202,6 +210,8 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
     locked: false,
     group: "",
     fontSize: type === "clock" ? 32 : 20,
+    fontFamily: "",
+    fontWeight: 0,
     radius: 14,
     align: type === "text" ? "left" : "center",
     look: { ...emptyLook, text },

@@ -1,5 +1,17 @@
 /** Converts a component's look to the style of its element. */
-import { type Component, hasStates, type Look } from "../model/layout.ts";
+import { type Component, type FontFamily, hasStates, type Look } from "../model/layout.ts";
+
+/** The shipped families, as fonts.css names them. */
+const fontFamilies: Record<Exclude<FontFamily, "">, string> = {
+  sans: "Inter",
+  condensed: "Sofia Sans Condensed",
+  mono: "JetBrains Mono",
+};
+
+/** The families of a component's text, as CSS lists them; Chinese is found in the system's. */
+export function fontStack({ fontFamily }: Component): string {
+  return fontFamily ? `"${fontFamilies[fontFamily]}",var(--font)` : "var(--font)";
+}
 
 /** The look of a state: empty fields of the active look are those of the normal one. */
 export function lookOf(component: Component, active: boolean): Look {
@@ -15,6 +27,8 @@ export function styleOf(component: Component, look: Look): string {
   return [
     `left:${component.x}px;top:${component.y}px;width:${component.width}px;height:${component.height}px`,
     `font-size:${component.fontSize}px;border-radius:${component.radius}px;text-align:${component.align}`,
+    component.fontFamily && `--family:${fontStack(component)}`,
+    component.fontWeight && `--weight:${component.fontWeight}`,
     look.fill && `--fill:${look.fill}`,
     ink && `--ink-part:${ink}`,
     look.border && `--edge:${look.border}`,

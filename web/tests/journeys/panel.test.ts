@@ -15,7 +15,7 @@ const components = [
   { ...base, id: 1, type: "button", x: 100, look: { text: "Click" } },
   { ...base, id: 2, type: "button", x: 300, mode: "pressRelease", look: { text: "Hold" } },
   { ...base, id: 3, type: "button", x: 500, mode: "repeat", interval: 50, look: { text: "Repeat" } },
-  { ...base, id: 4, type: "button", x: 700, mode: "long", hold: 2000, look: { text: "Long" } },
+  { ...base, id: 4, type: "button", x: 700, fontFamily: "mono", mode: "long", hold: 2000, look: { text: "Long" } },
   { ...base, id: 5, type: "button", x: 900, confirm: "Really?", look: { text: "Ask" } },
   { ...base, id: 6, type: "switch", x: 100, y: 300, look: { text: "Screen" } },
   { ...base, id: 7, type: "slider", x: 300, y: 300, width: 400, steps: 3, min: 0, max: 2, look: { text: "Volume" } },
@@ -180,6 +180,13 @@ describe("a panel", () => {
     await message.first().getByRole("button", { name: "Close" }).click();
     await message.getByRole("button", { name: "Close" }).click();
     await message.waitFor({ state: "detached" });
+  });
+
+  it("loads a shipped font when a page shows it, and no other", async () => {
+    const fonts = () =>
+      page.evaluate(() => [...document.fonts].filter((one) => one.status === "loaded").map((one) => one.family));
+    await waitFor("a font", async () => (await fonts()).length > 0);
+    expect(await fonts()).toEqual(["JetBrains Mono"]);
   });
 
   it("shows a pop-up over the page until it is closed", async () => {

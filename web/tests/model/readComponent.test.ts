@@ -15,6 +15,8 @@ const common = {
   locked: true,
   group: "g1",
   fontSize: 32.5,
+  fontFamily: "mono",
+  fontWeight: 700,
   radius: 0,
   align: "right",
   look,
@@ -67,6 +69,7 @@ it.each([
   ["fractions", { type: "slider", steps: 2.6, min: 0.5 }, { steps: 3, min: 0.5 }],
   ["text for a number, a number for text", { type: "slider", steps: "9", confirm: 5 }, { steps: 11, confirm: "" }],
   ["words that it doesn't know", { type: "button", mode: "never", align: "top" }, { mode: "click", align: "center" }],
+  ["type that is not shipped", { type: "text", fontFamily: "x;y", fontWeight: 450 }, { fontFamily: "", fontWeight: 0 }],
   ["a form of another kind", { type: "image", fit: "time" }, { fit: "contain" }],
 ])("reads %s", (_, value, expected) => {
   expect(readComponent({ id: 1, ...value })).toMatchObject(expected);
