@@ -1,6 +1,7 @@
 #include "include/CenterServer.h"
 
 #include "device/PortContract.h"
+#include "equipment/EquipmentRoutes.h"
 #include "platform/ProcessMemory.h"
 #include "platform/SerialNames.h"
 #include "server/BodyRules.h"
@@ -89,6 +90,9 @@ void CCenterServer::InitServer() {
     for (const auto& [path, handler] : g_versionPostRoutes) {
         m_httpService.POST(path.c_str(), handler);
         SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
+    }
+    for (const auto& [path, handler] : g_equipmentGetRoutes) {
+        m_httpService.GET(path.c_str(), handler);
     }
     m_httpServer.service = &m_httpService;
     m_httpServer.port = m_config->http_port;

@@ -108,6 +108,10 @@ NetPortMap CUserData::GetNetPortMap() const {
     return CopyUnder(netPortMutex, netPortMap);
 }
 
+std::vector<SInterfaceOrderEntry> CUserData::GetInterfaceOrder() const {
+    return CopyUnder(orderMutex, interfaceOrder);
+}
+
 void CUserData::RemoveInterface(std::int32_t nodeId, int mode) {
     {
         const CLock changing(interfaceChangeMutex);
@@ -231,7 +235,7 @@ void CUserData::RemoveInterfaceOrder(std::int32_t nodeId) {
 }
 
 void CUserData::SaveInterfaceDocument() {
-    const std::vector<SInterfaceOrderEntry> order = CopyUnder(orderMutex, interfaceOrder);
+    const std::vector<SInterfaceOrderEntry> order = GetInterfaceOrder();
     const SerialPortMap serialPorts = CopyUnder(serialPortMutex, serialPortMap);
     const NetPortMap netPorts = CopyUnder(netPortMutex, netPortMap);
     json list = json::array();

@@ -139,6 +139,9 @@ class CUserData {
     void SetNetPortConfig(std::int32_t nodeId, const SNetPortConfig& record);
     void SetSerialPortConfig(std::int32_t nodeId, const SSerialPortConfig& record);
 
+    /** All interfaces in the order that the user sees. */
+    std::vector<SInterfaceOrderEntry> GetInterfaceOrder() const;
+
     /** A copy of all network interfaces. */
     NetPortMap GetNetPortMap() const;
 
@@ -223,7 +226,7 @@ class CUserData {
     NetPortMap netPortMap GUARDED_BY(netPortMutex);
     mutable CSharedMutex serialPortMutex;
     SerialPortMap serialPortMap GUARDED_BY(serialPortMutex);
-    CSharedMutex orderMutex;
+    mutable CSharedMutex orderMutex;
     std::vector<SInterfaceOrderEntry> interfaceOrder GUARDED_BY(orderMutex);
     std::unordered_set<std::int32_t> orderedIds GUARDED_BY(orderMutex);  ///< those in interfaceOrder
     mutable CSharedMutex infraredMutex;

@@ -24,3 +24,11 @@ bool AnyEntityTag(std::string_view list,
         list.remove_prefix(end + 1);
     }
 }
+
+bool IsKnownState(const HttpRequest& request, HttpResponse* response, const std::string& tag) {
+    response->SetHeader("Cache-Control", "no-cache");
+    response->SetHeader("ETag", '"' + tag + '"');
+    return AnyEntityTag(
+        HeaderOf(request, "If-None-Match").value_or(""),
+        [&tag](std::string_view known, bool /*isWeak*/) { return known == tag || known == "*"; });
+}

@@ -18,3 +18,9 @@ std::optional<std::string> HeaderOf(const HttpRequest& request, const char* name
  */
 bool AnyEntityTag(std::string_view list,
                   const std::function<bool(std::string_view tag, bool isWeak)>& matches);
+
+/**
+ * Sets the headers of a reply whose state has a tag, so that the client asks again with the tag.
+ * @return whether the request names this state: the reply is 304 then (RFC 9110, 13.1.2)
+ */
+bool IsKnownState(const HttpRequest& request, HttpResponse* response, const std::string& tag);

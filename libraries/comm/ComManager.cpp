@@ -1,6 +1,7 @@
 #include "platform/ComManager.h"
 
 #include "libraries/comm/PortRegistry.h"
+#include "platform/PortReports.h"
 #include "platform/ProcessEnd.h"
 
 namespace {
@@ -49,4 +50,12 @@ void CComManager::DeleteUserTcp(SNetPortConfig& config) {
 
 void CComManager::DeleteAllConnect() {
     Registry().DeleteAll();
+}
+
+SPortReport ReportOfPort(const SNetPortConfig& record) {
+    return Registry().Report(record);
+}
+
+SPortReport ReportOfPort(const SSerialPortConfig& record) {
+    return Registry().Report(record);
 }

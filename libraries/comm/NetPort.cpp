@@ -15,6 +15,12 @@ EnError CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& openi
     return error;
 }
 
+EnError CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+    const EnError error = Deliver(record, bytes);
+    m_tally.CountCommand(bytes.size(), error);
+    return error;
+}
+
 void CNetPort::Use(const SNetPortConfig& record) {
     if (!IsUser(record)) {
         m_users.emplace(record.ipAddress, record.dstIpAddress, record.dstPort);

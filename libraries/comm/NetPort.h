@@ -52,7 +52,10 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     /** Sends at least one byte to what the record names, within the limit of the settings. @return 0 or an
      * error number */
-    [[nodiscard]] virtual EnError Send(const SNetPortConfig& record, std::string_view bytes) = 0;
+    [[nodiscard]] EnError Send(const SNetPortConfig& record, std::string_view bytes);
+
+    /** The number of connected devices that a record names. */
+    virtual std::size_t PeersOf(const SNetPortConfig& /*record*/) { return 0; }
 
     /** Takes back the use of a deleted record. @return true when no other record uses the port: the caller
      * closes it */
@@ -68,6 +71,9 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
     using Addresses = std::vector<boost::asio::ip::address>;
 
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
+
+    /** Sends as Send describes. */
+    [[nodiscard]] virtual EnError Deliver(const SNetPortConfig& record, std::string_view bytes) = 0;
 
     /** Waits for the end of an opening that has begun. @return as FinishOpen */
     virtual EnError AwaitOpen(const SOpening& opening) { return opening.error; }

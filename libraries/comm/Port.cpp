@@ -4,6 +4,12 @@
 
 namespace comm {
 
+SPortReport CPort::Report() const {
+    SPortReport report = m_tally.Report();
+    report.calls = m_calls;
+    return report;
+}
+
 void CPort::SetPatience(Clock::time_point until) {
     m_patience = until;
     m_changed.notify_all();

@@ -3,6 +3,7 @@
 #include "libraries/comm/CommSettings.h"
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/PortLog.h"
+#include "libraries/comm/PortTally.h"
 #include "platform/Mutex.h"
 
 #include <atomic>
@@ -58,6 +59,9 @@ class CPort {
     /** Counts a call that begins or ends to use the port. @return number of calls that use it now */
     int CountCalls(int change) { return m_calls += change; }
 
+    /** What the port has done, without its peers. Any thread; does not wait. */
+    SPortReport Report() const;
+
   protected:
     using Lock = CUniqueLock;
 
@@ -103,6 +107,7 @@ class CPort {
     bool m_busy GUARDED_BY(m_mutex) = false;  ///< some call has the turn
     bool m_closed GUARDED_BY(m_mutex) = false;
     CPortLog m_log GUARDED_BY(m_mutex);
+    CPortTally m_tally;
 
   private:
     std::atomic<int> m_calls = 0;

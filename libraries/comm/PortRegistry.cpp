@@ -95,19 +95,19 @@ EnError CPortRegistry::OpenNet(const SNetPortConfig& record) {
         if (together != nullptr && opening.attempt != 0) {
             together->Leave(
                 [this, record, opening, port = std::make_shared<CPortInHand<CNetPort>>(std::move(port))] {
-                    FinishOpen(record, *port, opening);
+                    FinishOpen(record, *port, opening, true);
                 });
             return ErrorNone;
         }
-        return FinishOpen(record, port, opening);
+        return FinishOpen(record, port, opening, together != nullptr);
     });
 }
 
 EnError CPortRegistry::FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
-                                  const CNetPort::SOpening& opening) {
+                                  const CNetPort::SOpening& opening, bool isSaved) {
     return Guarded([&] {
         const EnError error = port->FinishOpen(record, opening);
-        if (error != ErrorNone) {
+        if (error != ErrorNone && !isSaved) {
             const CLock lock(m_mutex);
             ForgetUnused(m_netPorts, EndPointOf(record), port);
         }
@@ -237,6 +237,27 @@ void CPortRegistry::Stop() {
     m_work.reset();
     m_io.stop();
     m_thread.join();
+}
+
+SPortReport CPortRegistry::Report(const SNetPortConfig& record) {
+    std::shared_ptr<CNetPort> port;
+    {
+        const CSharedLock lock(m_mutex);
+        const auto found = m_netPorts.find(EndPointOf(record));
+        if (found == m_netPorts.end()) {
+            return {};
+        }
+        port = found->second;
+    }
+    SPortReport report = port->Report();
+    report.peers = port->PeersOf(record);
+    return report;
+}
+
+SPortReport CPortRegistry::Report(const SSerialPortConfig& config) {
+    const CSharedLock lock(m_mutex);
+    const auto found = m_serialLines.find(config.comPort);
+    return found == m_serialLines.end() ? SPortReport() : found->second->Report();
 }
 
 std::size_t CPortRegistry::PortCount() {

@@ -8,6 +8,7 @@
 #include "libraries/comm/SerialLine.h"
 #include "platform/Mutex.h"
 #include "platform/PortRecords.h"
+#include "platform/PortReports.h"
 
 #include <atomic>
 #include <memory>
@@ -46,6 +47,10 @@ class CPortRegistry {
     /** Ends the library: closes everything. Calls under way and later ones end with ErrorCut. */
     void Stop();
 
+    /** See ReportOfPort (platform/PortReports.h). */
+    SPortReport Report(const SNetPortConfig& record);
+    SPortReport Report(const SSerialPortConfig& config);
+
     /** Number of ports and lines that have an object. */
     std::size_t PortCount();
 
@@ -57,9 +62,13 @@ class CPortRegistry {
     CPortInHand<CNetPort> NetPortInHand(const SNetPortConfig& record);
     std::shared_ptr<CNetPort> MakeNetPort(const SNetPortConfig& record);
 
-    /** Waits for a port that is being opened. @return 0, or an error number; the port is forgotten then */
+    /**
+     * Waits for a port that is being opened.
+     * @param isSaved  the record is that of a saved interface: its port stays when it fails, for its report
+     * @return 0, or an error number; the port is forgotten then, unless isSaved
+     */
     EnError FinishOpen(const SNetPortConfig& record, const CPortInHand<CNetPort>& port,
-                       const CNetPort::SOpening& opening);
+                       const CNetPort::SOpening& opening, bool isSaved);
 
     /**
      * Allows a new UDP port to have a local port that other ports with another local address hold. Nothing

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/ErrorNumbers.h"
+#include "libraries/comm/PortTally.h"
 #include "platform/PortRecords.h"
 
 #include <functional>
@@ -40,8 +41,8 @@ class CSerialHandle {
     /** True while the path still leads to the open device. */
     bool IsStill(const std::string& device) const;
 
-    /** Reads and discards received bytes. @return false when the device went away */
-    [[nodiscard]] bool Drain();
+    /** Reads, counts and discards received bytes. @return false when the device went away */
+    [[nodiscard]] bool Drain(CPortTally& tally);
 
     /** Writes what the device takes at once, and removes it from rest. */
     [[nodiscard]] EnError Write(std::string_view& rest);

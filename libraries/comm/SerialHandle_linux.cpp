@@ -91,12 +91,15 @@ bool CSerialHandle::IsStill(const std::string& device) const {
            there.st_ino == here.st_ino && there.st_dev == here.st_dev;
 }
 
-bool CSerialHandle::Drain() {
+bool CSerialHandle::Drain(CPortTally& tally) {
     std::array<char, 4096> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     for (int reads = 0; reads < kReadsAtOnce; ++reads) {
         const auto got = read(m_device->Descriptor(), dropped.data(), dropped.size());
         if (got == 0 || (got < 0 && errno != EINTR)) {
             return got < 0 && errno == EAGAIN;
+        }
+        if (got > 0) {
+            tally.CountReceived(static_cast<std::size_t>(got));
         }
     }
     return true;

@@ -38,7 +38,8 @@ struct CSerialHandle::SDevice : std::enable_shared_from_this<CSerialHandle::SDev
 
     boost::asio::io_context& io;
     boost::asio::windows::stream_handle stream;
-    std::array<char, 4096> incoming{};  // what comes in is dropped
+    std::array<char, 4096> incoming{};  // what comes in is counted and dropped
+    std::size_t received = 0;           // not counted yet
 
     bool gone = false;
     std::string outgoing;  // not empty while a write is under way
@@ -128,7 +129,8 @@ bool CSerialHandle::IsStill(const std::string& /*device*/) const {
     return true;
 }
 
-bool CSerialHandle::Drain() {
+bool CSerialHandle::Drain(CPortTally& tally) {
+    tally.CountReceived(std::exchange(m_device->received, 0));
     return !m_device->gone;
 }
 
@@ -172,6 +174,7 @@ void CSerialHandle::WhenReadable(std::function<void()> handler) {
                                          if (code || size == 0) {
                                              device->gone = true;
                                          }
+                                         device->received += size;
                                          handler();
                                      });
 }

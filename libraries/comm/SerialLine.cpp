@@ -41,6 +41,12 @@ EnError CSerialLine::Check(const SSerialPortConfig& config) {
 }
 
 EnError CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
+    const EnError error = Deliver(config, bytes);
+    m_tally.CountCommand(bytes.size(), error);
+    return error;
+}
+
+EnError CSerialLine::Deliver(const SSerialPortConfig& config, std::string_view bytes) {
     const auto bound = Clock::now() + m_settings.serialBound;
     if (const EnError error = CheckSettings(config); error != ErrorNone) {
         return error;
@@ -97,16 +103,18 @@ EnError CSerialLine::Do(Lock& lock, SJob job) {
         m_hangs = true;
         m_changed.notify_all();
         m_log.Failed("the driver hangs", ErrorSerialTimedOut);
+        m_tally.Become(EnPortState::Failed, ErrorSerialTimedOut);
         error = ErrorSerialTimedOut;
     }
     return error == ErrorNone ? mine->error : error;
 }
 
 void CSerialLine::StartThread() {
-    auto session = std::make_shared<CSerialSession>(m_settings, m_comPort, [this](const std::string& text) {
-        const Lock lock(m_mutex);
-        m_log.Note(text);
-    });
+    auto session =
+        std::make_shared<CSerialSession>(m_settings, m_comPort, m_tally, [this](const std::string& text) {
+            const Lock lock(m_mutex);
+            m_log.Note(text);
+        });
     // Not joined: nobody may have to wait for a driver that hangs.
     std::thread([self = shared_from_this(), session] { self->Run(*session); }).detach();
     ++m_threads;
@@ -119,6 +127,7 @@ void CSerialLine::Run(CSerialSession& session) {
         const auto job = m_job;
         lock.Unlock();
         const EnError error = Act(session, job.get());
+        NoteState(session, error);
         lock.Lock();
         if (job) {
             job->error = error;
@@ -134,6 +143,18 @@ void CSerialLine::Run(CSerialSession& session) {
     lock.Lock();
     --m_threads;
     m_changed.notify_all();
+}
+
+void CSerialLine::NoteState(const CSerialSession& session, EnError error) {
+    if (session.IsGone()) {
+        m_tally.Become(EnPortState::Failed, ErrorUnplugged);
+    } else if (session.IsOpen()) {
+        m_tally.Become(EnPortState::Open);
+    } else if (error != ErrorNone) {
+        m_tally.Become(EnPortState::Failed, error);
+    } else {
+        m_tally.Become(EnPortState::Closed);
+    }
 }
 
 EnError CSerialLine::Act(CSerialSession& session, const SJob* job) try {

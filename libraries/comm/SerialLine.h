@@ -58,6 +58,12 @@ class CSerialLine final : public CPort, public std::enable_shared_from_this<CSer
     /** The line's thread. */
     void Run(CSerialSession& session);
 
+    /** Sends as Send describes. */
+    [[nodiscard]] EnError Deliver(const SSerialPortConfig& config, std::string_view bytes);
+
+    /** Notes the state of the line after a job, or after news of the device. */
+    void NoteState(const CSerialSession& session, EnError error);
+
     /** Does a job; without one, waits for news of the device. */
     EnError Act(CSerialSession& session, const SJob* job);
 

@@ -31,9 +31,11 @@ std::chrono::microseconds LongestTimeOnLine(const SSerialPortConfig& config, std
 
 }  // namespace
 
-CSerialSession::CSerialSession(const SCommSettings& settings, std::string comPort, Note note)
+CSerialSession::CSerialSession(const SCommSettings& settings, std::string comPort, CPortTally& tally,
+                               Note note)
     : m_settings(settings),
       m_comPort(std::move(comPort)),
+      m_tally(tally),
       m_note(std::move(note)),
       m_work(boost::asio::make_work_guard(m_io)) {}
 
@@ -96,7 +98,7 @@ void CSerialSession::Cut() {
 }
 
 bool CSerialSession::DropStale(const std::string& device) {
-    if (!m_handle || (!m_gone && m_handle->Drain() && m_handle->IsStill(device))) {
+    if (!m_handle || (!m_gone && m_handle->Drain(m_tally) && m_handle->IsStill(device))) {
         return false;
     }
     m_note("unplugged");
@@ -235,7 +237,7 @@ void CSerialSession::Watch() {
         if (generation != m_generation) {
             return;
         }
-        if (m_handle->Drain()) {
+        if (m_handle->Drain(m_tally)) {
             Watch();
         } else {
             m_gone = true;

@@ -2,6 +2,7 @@
 
 #include "libraries/comm/CommSettings.h"
 #include "libraries/comm/ErrorNumbers.h"
+#include "libraries/comm/PortTally.h"
 #include "libraries/comm/SerialHandle.h"
 #include "platform/PortRecords.h"
 
@@ -26,7 +27,8 @@ class CSerialSession {
     /** Receives texts for the system log. */
     using Note = std::function<void(const std::string& text)>;
 
-    CSerialSession(const SCommSettings& settings, std::string comPort, Note note);
+    /** @param tally  counts what the device sends; outlives the session */
+    CSerialSession(const SCommSettings& settings, std::string comPort, CPortTally& tally, Note note);
     ~CSerialSession();
     CSerialSession(const CSerialSession&) = delete;
     CSerialSession& operator=(const CSerialSession&) = delete;
@@ -49,6 +51,9 @@ class CSerialSession {
 
     /** True while the device is open. Any thread. */
     bool IsOpen() const { return m_isOpen; }
+
+    /** True when the open device went away; the next operation closes it. */
+    bool IsGone() const { return m_gone; }
 
     /** Ends WaitForNews. Any thread. */
     void Wake();
@@ -82,6 +87,7 @@ class CSerialSession {
 
     const SCommSettings m_settings;
     const std::string m_comPort;
+    CPortTally& m_tally;
     const Note m_note;
     boost::asio::io_context m_io;
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> m_work;

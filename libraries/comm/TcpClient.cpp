@@ -63,7 +63,7 @@ EnError CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::tim
     return m_failure != ErrorNone ? m_failure : m_lostError;
 }
 
-EnError CTcpClient::Send(const SNetPortConfig& record, std::string_view bytes) {
+EnError CTcpClient::Deliver(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
     if (const EnError error = BeginSend(record); error != ErrorNone) {
         return error;
@@ -155,6 +155,7 @@ EnError CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point 
         if (error == ErrorTimedOut) {
             Drop();
             m_log.Failed("the device takes no more data, connection closed", error);
+            m_tally.Become(EnPortState::Failed, error);
         }
         if (error != ErrorNone) {
             return error;
@@ -183,7 +184,7 @@ void CTcpClient::OnReadable() {
 
 CTcpLink::EnPeer CTcpClient::Look() {
     EnError error = ErrorNone;
-    const auto peer = m_link->Drain(error);
+    const auto peer = m_link->Drain(error, m_tally);
     if (peer == CTcpLink::EnPeer::Ended || peer == CTcpLink::EnPeer::Broken) {
         Lose(error == ErrorNone ? ErrorReset : error, peer == CTcpLink::EnPeer::Ended);
     }
@@ -211,6 +212,8 @@ void CTcpClient::Lose(EnError error, bool ended) {
         m_failure = ErrorReset;
         m_failedAt = m_connectedAt;
     }
+    const bool isFailure = !ended || m_shortLived > 1;
+    m_tally.Become(isFailure ? EnPortState::Failed : EnPortState::Closed, isFailure ? error : ErrorNone);
     m_changed.notify_all();
 }
 

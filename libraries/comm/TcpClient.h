@@ -23,12 +23,12 @@ class CTcpClient final : public CNetPort {
     CTcpClient(const SNetContext& context, const SNetPortConfig& record);
 
     SOpening BeginOpen(const SNetPortConfig& record) override;
-    EnError Send(const SNetPortConfig& record, std::string_view bytes) override;
     void Close() override;
 
   private:
     using Endpoint = boost::asio::ip::tcp::endpoint;
 
+    EnError Deliver(const SNetPortConfig& record, std::string_view bytes) override;
     EnError AwaitOpen(const SOpening& opening) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) {
         return m_link == nullptr && !m_attempting && !m_silent;

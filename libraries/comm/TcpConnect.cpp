@@ -50,6 +50,9 @@ void CTcpClient::Attempt(bool isProbe) {
     m_attemptAt = Clock::now();
     m_untried.clear();
     ++m_attempts;
+    if (!isProbe) {
+        m_tally.Become(EnPortState::Connecting);
+    }
     Guard([this]() REQUIRES_LOCK(m_mutex) { Resolve(); });
 }
 
@@ -180,6 +183,7 @@ void CTcpClient::Finish(EnError error) {
     m_finished = m_attempts;
     m_attempting = false;
     m_failure = error;
+    m_tally.Become(error == ErrorNone ? EnPortState::Open : EnPortState::Failed, error);
     if (error != ErrorNone) {
         m_failedAt = Clock::now();
     }

@@ -38,12 +38,12 @@ EnError CTcpLink::Prepare() {
     return SocketError(code);
 }
 
-CTcpLink::EnPeer CTcpLink::Drain(EnError& error) {
+CTcpLink::EnPeer CTcpLink::Drain(EnError& error, CPortTally& tally) {
     std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     error = ErrorNone;
     for (int reads = 0; reads < kReadsAtOnce; ++reads) {
         boost::system::error_code code;
-        m_socket.receive(boost::asio::buffer(dropped), 0, code);
+        tally.CountReceived(m_socket.receive(boost::asio::buffer(dropped), 0, code));
         if (IsNotNow(code)) {
             return IsReadOnItsWay(m_socket) ? EnPeer::Unknown : EnPeer::Alive;
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/ErrorNumbers.h"
+#include "libraries/comm/PortTally.h"
 
 #include <string_view>
 #include <utility>
@@ -30,8 +31,8 @@ class CTcpLink {
      */
     [[nodiscard]] EnError Prepare();
 
-    /** Reads and discards what the peer sent. @param error why it is broken, 0 otherwise */
-    [[nodiscard]] EnPeer Drain(EnError& error);
+    /** Reads, counts and discards what the peer sent. @param error why it is broken, 0 otherwise */
+    [[nodiscard]] EnPeer Drain(EnError& error, CPortTally& tally);
 
     /** Sends what the system takes at once, and removes it from rest. @return 0 or an error number */
     [[nodiscard]] EnError Write(std::string_view& rest);

@@ -26,7 +26,7 @@ CNetPort::SOpening CTcpServer::BeginOpen(const SNetPortConfig& /*record*/) {
     return opening;
 }
 
-EnError CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
+EnError CTcpServer::Deliver(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
     Lock lock(m_mutex);
     Use(record);
@@ -58,6 +58,13 @@ EnError CTcpServer::Send(const SNetPortConfig& record, std::string_view bytes) {
     return delivery.Run(lock, deadline);
 }
 
+std::size_t CTcpServer::PeersOf(const SNetPortConfig& record) {
+    // A host name counts all: looking it up would wait.
+    const auto literal = IsAnyAddress(record.dstIpAddress) ? std::nullopt : Literal(record.dstIpAddress);
+    const Lock lock(m_mutex);
+    return Targets(literal ? Addresses{*literal} : Addresses{}).size();
+}
+
 void CTcpServer::Close() {
     const Lock lock(m_mutex);
     m_closed = true;
@@ -80,9 +87,11 @@ EnError CTcpServer::Listen() {
         boost::system::error_code ignored;  // what matters is the error of listening
         m_acceptor.close(ignored);
         m_log.Failed("can't listen", error);
+        m_tally.Become(EnPortState::Failed, error);
         return error;
     }
     m_log.Note("listening");
+    m_tally.Become(EnPortState::Listening);
     Accept();
     return ErrorNone;
 }
@@ -204,7 +213,7 @@ void CTcpServer::Watch(std::uint64_t id, SPeer& peer) {
 
 CTcpLink::EnPeer CTcpServer::Look(std::uint64_t id) {
     EnError error = ErrorNone;
-    const auto seen = m_peers.at(id).link.Drain(error);
+    const auto seen = m_peers.at(id).link.Drain(error, m_tally);
     switch (seen) {
         case CTcpLink::EnPeer::Alive:
         case CTcpLink::EnPeer::Unknown:

@@ -23,7 +23,7 @@ class CTcpServer final : public CNetPort {
     CTcpServer(const SNetContext& context, const SNetPortConfig& record);
 
     SOpening BeginOpen(const SNetPortConfig& record) override;
-    EnError Send(const SNetPortConfig& record, std::string_view bytes) override;
+    std::size_t PeersOf(const SNetPortConfig& record) override;
     void Close() override;
 
   private:
@@ -40,6 +40,7 @@ class CTcpServer final : public CNetPort {
 
     class CDelivery;
 
+    EnError Deliver(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_acceptor.is_open(); }
 
     EnError Listen() REQUIRES_LOCK(m_mutex);

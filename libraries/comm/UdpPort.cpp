@@ -34,7 +34,7 @@ CNetPort::SOpening CUdpPort::BeginOpen(const SNetPortConfig& record) {
     return opening;
 }
 
-EnError CUdpPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+EnError CUdpPort::Deliver(const SNetPortConfig& record, std::string_view bytes) {
     if (bytes.size() > kLongestDatagram) {
         return ErrorTooLong;
     }
@@ -111,10 +111,12 @@ EnError CUdpPort::Bind(bool v6) {
     auto socket = std::make_unique<Udp::socket>(m_context.io);
     if (const EnError error = TryBind(*socket, v6); error != ErrorNone) {
         m_log.Failed("can't bind", error);
+        m_tally.Become(EnPortState::Failed, error);
         return error;
     }
     slot = std::move(socket);
     m_log.Note("bound");
+    m_tally.Become(EnPortState::Open);
     Watch(v6);
     return ErrorNone;
 }
@@ -193,11 +195,11 @@ void CUdpPort::Watch(bool v6) {
 }
 
 void CUdpPort::Drain(Udp::socket& socket) {
-    std::array<char, 64>
-        dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): the rest of a datagram goes too
+    std::array<char, kLongestDatagram>
+        dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     for (int reads = 0; reads < kDatagramsAtOnce; ++reads) {
         boost::system::error_code code;
-        socket.receive(boost::asio::buffer(dropped), 0, code);
+        m_tally.CountReceived(socket.receive(boost::asio::buffer(dropped), 0, code));
         if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {
             return;
         }

@@ -19,13 +19,13 @@ class CUdpPort final : public CNetPort {
     CUdpPort(const SNetContext& context, const SNetPortConfig& record);
 
     SOpening BeginOpen(const SNetPortConfig& record) override;
-    EnError Send(const SNetPortConfig& record, std::string_view bytes) override;
     void Close() override;
     void Share() override;
 
   private:
     using Udp = boost::asio::ip::udp;
 
+    EnError Deliver(const SNetPortConfig& record, std::string_view bytes) override;
     bool IsIdle() const override REQUIRES_LOCK(m_mutex) { return !m_sockets[0] && !m_sockets[1]; }
 
     /** Keeps the addresses that the local address can reach. IPv4 comes first, unless the local address is
@@ -43,7 +43,7 @@ class CUdpPort final : public CNetPort {
                                  Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
     void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
-    /** Reads and discards what has arrived. */
+    /** Reads, counts and discards what has arrived. */
     void Drain(Udp::socket& socket);
 
     const SNetPortConfig m_record;

@@ -29,6 +29,23 @@ TEST_F(SerialLine, HasTheSettingsOfEachCommand) {
     EXPECT_EQ(line.Received().WaitBytes(4), "aaab");
 }
 
+TEST_F(SerialLine, ReportsItsStateAndWhatItHears) {
+    const SSerialPortConfig config{"", "COM7", 115200};
+    const auto report = [&] { return m_comm->registry.Report(config); };
+    EXPECT_EQ(Send("a"), 2);
+    EXPECT_EQ(report().state, EnPortState::Failed);
+    EXPECT_EQ(report().lastError, 2);
+    std::optional<PtyPair> line(m_link);
+    ASSERT_EQ(Send("ab"), 0);
+    line->Send("heard");
+    EXPECT_TRUE(simulation::WaitUntil([&] { return report().bytesIn == 5; }));
+    EXPECT_EQ(report().state, EnPortState::Open);
+    EXPECT_EQ(report().bytesOut, 2U);
+    line.reset();
+    EXPECT_TRUE(simulation::WaitUntil([&] { return report().state == EnPortState::Failed; }));
+    EXPECT_EQ(report().lastError, 1167);
+}
+
 TEST_F(SerialLine, FindsThePortThatItsNameMeansNow) {
     for (const std::string name : {"COM", "COM7/../null", ""}) {
         EXPECT_EQ(Send("a", 9600, name), 2) << name;

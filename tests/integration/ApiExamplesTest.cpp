@@ -139,8 +139,11 @@ TEST(ApiExamples, AreTrue) {
 
 TEST(ApiExamples, TellOfEachRoute) {
     const std::string document = ReadFile(kSources / "docs/http-api.md");
-    const std::string table =
-        ReadFile(kSources / "server/RouteTable.cpp") + ReadFile(kSources / "versions/api/VersionRoutes.cpp");
+    std::string table;
+    for (const char* file :
+         {"server/RouteTable.cpp", "equipment/EquipmentRoutes.cpp", "versions/api/VersionRoutes.cpp"}) {
+        table += ReadFile(kSources / file);
+    }
     int routes = 0;
     for (std::size_t at = 0; (at = table.find("\"/", at)) != std::string::npos; ++routes) {
         const std::string path = table.substr(at + 1, table.find('"', at + 1) - at - 1);

@@ -22,15 +22,6 @@ CGenerations& Generations() {
     return CUserData::GetInstance().GetGenerations();
 }
 
-/** Sets the headers of a reply with a state. @return whether the client has this state already */
-bool IsKnown(const HttpRequest& request, HttpResponse* response, const std::string& tag) {
-    response->SetHeader("Cache-Control", "no-cache");
-    response->SetHeader("ETag", '"' + tag + '"');
-    return AnyEntityTag(
-        HeaderOf(request, "If-None-Match").value_or(""),
-        [&tag](std::string_view known, bool /*isWeak*/) { return known == tag || known == "*"; });
-}
-
 /** The time in an id: "2026-11-22T14:05:33". */
 std::string TimeText(std::string id) {
     id.replace(10, 1, "T");
@@ -51,7 +42,7 @@ int ListVersions(HttpRequest* request, HttpResponse* response) {
                             {"name", version.name},
                             {"documents", version.sizes}});
     }
-    if (IsKnown(*request, response, CDocumentState(content.data).Tag())) {
+    if (IsKnownState(*request, response, CDocumentState(content.data).Tag())) {
         return HTTP_STATUS_NOT_MODIFIED;
     }
     return RouterMgr::WriteEnvelope(response, CodeSuccess, content);
@@ -65,7 +56,7 @@ int GetVersionDocument(HttpRequest* request, HttpResponse* response) {
     try {
         const std::string path = CGenerations::PathOf(Folder(), id, request->GetParam("document"));
         const std::uintmax_t size = std::filesystem::file_size(PathFromNarrow(path));
-        if (IsKnown(*request, response, id + '-' + std::to_string(size))) {
+        if (IsKnownState(*request, response, id + '-' + std::to_string(size))) {
             return HTTP_STATUS_NOT_MODIFIED;
         }
         response->SetContentType("application/json; charset=utf-8");

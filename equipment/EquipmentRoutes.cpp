@@ -1,0 +1,26 @@
+#include "equipment/EquipmentRoutes.h"
+
+#include "equipment/InterfaceStates.h"
+#include "server/RouterMgr.h"
+#include "userdata/Document.h"
+#include "webapi/EntityTags.h"
+
+namespace {
+
+int ListInterfaceStates(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    SResponseData content;
+    content.data["interfaces"] = InterfaceStates();
+    if (IsKnownState(*request, response, CDocumentState(content.data).Tag())) {
+        return HTTP_STATUS_NOT_MODIFIED;
+    }
+    return RouterMgr::WriteEnvelope(response, CodeSuccess, content);
+}
+
+}  // namespace
+
+const std::map<std::string, std::function<int(HttpRequest*, HttpResponse*)>> g_equipmentGetRoutes = {
+    {"/api/equipment/interfaces", ListInterfaceStates},
+};
