@@ -46,7 +46,7 @@ export const editorEn = {
   isLocked: "Locked",
   lock: "Lock",
   unlock: "Unlock",
-  nameHint: "for your lists; empty: its text",
+  nameHint: "empty: its text",
   position: "Position",
   widthShort: "W",
   heightShort: "H",

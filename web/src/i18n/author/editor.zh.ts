@@ -47,7 +47,7 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   isLocked: "已锁定",
   lock: "锁定",
   unlock: "解锁",
-  nameHint: "用于列表，留空则用其文字",
+  nameHint: "留空则用其文字",
   position: "位置",
   widthShort: "宽",
   heightShort: "高",
