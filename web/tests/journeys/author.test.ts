@@ -353,6 +353,7 @@ describe("the editor", () => {
     await page.getByRole("tab", { name: "Problems" }).click();
     await page.getByRole("button", { name: "A command names a deleted interface." }).last().click();
     await page.getByRole("heading", { name: "Slider" }).waitFor();
+    await page.getByRole("tab", { name: "Commands", selected: true }).waitFor();
     expect(errors).toEqual([]);
   });
 

@@ -47,6 +47,13 @@ describe("the box of the selection", () => {
     store.undo();
     expect(places()).toBe("100,100 300,100 600,100");
   });
+
+  it("leaves a locked component of several as it is", () => {
+    set(2, { locked: true });
+    editor.select([1, 2, 3]);
+    editor.placeFrame({ width: 300 }, "");
+    expect(places()).toBe("100,100 300,100 350,100");
+  });
 });
 
 describe("the selection", () => {

@@ -18,6 +18,7 @@ import {
 } from "../../model/layout.ts";
 import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
 import type { Guide } from "../../model/snapping.ts";
+import type { Lead } from "../shell/route.svelte.ts";
 import type { ProjectStore } from "../project/store.svelte.ts";
 
 /** Shift of a copy against its original, in px of the page. */
@@ -47,6 +48,8 @@ export class Editor {
   ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
   /** Id of the component whose text is being written on the page; 0: none. */
   writing = $state(0);
+  /** What the inspector is asked to show of the selection, by a link from elsewhere. */
+  asked = $state.raw<Lead | undefined>();
   zoom = $state(1);
   pan = $state.raw<Point>({ x: 0, y: 0 });
   grid = $state(10);
@@ -178,14 +181,18 @@ export class Editor {
     );
   }
 
-  /** Gives the box around the selection another place or size. Within it the components keep their proportions. */
+  /**
+   * Gives the box around the selection another place or size. Within it the components keep their proportions, and of
+   * several the locked ones stay as they are.
+   */
   placeFrame(change: Partial<Box>, tag: string): void {
     const around = boxAround(this.selected);
     if (!around) return;
     const box = { ...around, ...change };
     const fitted = (one: Component): Box =>
       this.selected.length === 1 ? box : scaledInto(one, around, box, componentSides.least);
-    this.placeBoxes(new Map(this.selected.map((one) => [one.id, fitted(one)])), `${tag} ${[...this.selection].join()}`);
+    const parts = this.selected.length === 1 ? this.selected : this.movable;
+    this.placeBoxes(new Map(parts.map((one) => [one.id, fitted(one)])), `${tag} ${[...this.selection].join()}`);
   }
 
   nudge(dx: number, dy: number): void {

@@ -1,25 +1,26 @@
-import type { Problem } from "../../model/problems.ts";
-import type { Route } from "../shell/route.svelte.ts";
+import type { Problem, ProblemKind } from "../../model/problems.ts";
+import type { Lead, Route } from "../shell/route.svelte.ts";
 import type { Editor } from "./editor.svelte.ts";
 
+const ofCommands: readonly ProblemKind[] = ["noCommand", "lostInterface", "badContent"];
+
 /** Leads to what a problem is about: on this page at once, on another after that one was opened. */
-export function jumpTo(editor: Editor, problem: Problem, route: Route): void {
-  if (problem.pageId !== editor.pageId) {
-    route.go("edit", problem.pageId);
-    route.awaited = problem.componentId;
-    return;
-  }
-  show(editor, problem.componentId);
+export function jumpTo(editor: Editor, { kind, pageId, componentId }: Problem, route: Route): void {
+  const lead: Lead = { componentId, tab: ofCommands.includes(kind) ? "commands" : "look" };
+  if (pageId === editor.pageId) return show(editor, lead);
+  route.go("edit", pageId);
+  route.awaited = lead;
 }
 
-/** Selects what a jump from another page was about. */
+/** Selects and shows what a jump from elsewhere was about. */
 export function arrive(editor: Editor, route: Route): void {
   if (route.awaited) show(editor, route.awaited);
-  route.awaited = 0;
+  route.awaited = undefined;
 }
 
-function show(editor: Editor, componentId: number): void {
-  const component = editor.components.find((one) => one.id === componentId);
+function show(editor: Editor, lead: Lead): void {
+  const component = editor.components.find((one) => one.id === lead.componentId);
+  if (lead.tab) editor.asked = lead;
   if (!component) return editor.select([]);
   editor.select([component.id]);
   const x = editor.pan.x + (component.x + component.width / 2) * editor.zoom;

@@ -23,6 +23,10 @@ export function menuOf(editor: Editor, at: Point): MenuItem[] {
     run: () => editor.align(alignment),
     isFirst: index === 0,
   }));
+  const spread = (["x", "y"] as const).map((axis) => ({
+    label: ta(axis === "x" ? "spreadX" : "spreadY"),
+    run: () => editor.distribute(axis),
+  }));
   return [
     ...(editor.canWrite ? [{ label: ta("keyText"), run: () => editor.startWriting() }] : []),
     { label: ta("keyCut"), run: () => void editor.cut(false) },
@@ -37,5 +41,6 @@ export function menuOf(editor: Editor, at: Point): MenuItem[] {
     })),
     { label: ta(isLocked ? "unlock" : "lock"), run: () => editor.toggleLock(), isFirst: true },
     ...(editor.movable.length > 1 ? aligned : []),
+    ...(editor.movable.length > 2 ? spread : []),
   ];
 }

@@ -4,9 +4,19 @@ import { hashParts } from "../../model/address.ts";
 export const screens = ["pages", "versions", "interfaces", "materials", "settings", "edit"] as const;
 export type Screen = (typeof screens)[number];
 
+/** What a link of a list leads to. */
+export interface Lead {
+  /** 0: the page itself. */
+  readonly componentId: number;
+  /** What the inspector shows of it; without it what the author has chosen. */
+  readonly tab?: "look" | "commands" | undefined;
+  /** Whose commands are shown. */
+  readonly trigger?: string | undefined;
+}
+
 export class Route {
-  /** A component that the editor selects when it opens; 0: none. */
-  awaited = 0;
+  /** What the editor selects and shows when it opens. */
+  awaited: Lead | undefined;
   #parts = $state.raw(parse());
 
   constructor() {

@@ -8,6 +8,7 @@ export const editorEn = {
   inspector: "Properties",
   leftPanel: "Components and problems beside the page",
   rightPanel: "Properties beside the page",
+  moreTools: "More tools",
   canvas: "Page under construction",
   tools: "Tools",
   page: "Page",

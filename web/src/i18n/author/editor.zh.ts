@@ -10,6 +10,7 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   inspector: "属性",
   leftPanel: "页面左侧的组件和问题",
   rightPanel: "页面右侧的属性",
+  moreTools: "更多工具",
   canvas: "正在编辑的页面",
   tools: "工具",
   page: "页面",
