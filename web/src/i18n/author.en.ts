@@ -4,6 +4,7 @@ import { editorEn } from "./author/editor.en.ts";
 import { findEn } from "./author/find.en.ts";
 import { interfacesEn } from "./author/interfaces.en.ts";
 import { keysEn } from "./author/keys.en.ts";
+import { looksEn } from "./author/looks.en.ts";
 import { materialsEn } from "./author/materials.en.ts";
 import { pagesEn } from "./author/pages.en.ts";
 import { settingsEn } from "./author/settings.en.ts";
@@ -18,6 +19,7 @@ export const authorEn = {
   ...versionsEn,
   ...interfacesEn,
   ...devicesEn,
+  ...looksEn,
   ...materialsEn,
   ...settingsEn,
   ...editorEn,

@@ -4,6 +4,7 @@ import { editorZh } from "./author/editor.zh.ts";
 import { findZh } from "./author/find.zh.ts";
 import { interfacesZh } from "./author/interfaces.zh.ts";
 import { keysZh } from "./author/keys.zh.ts";
+import { looksZh } from "./author/looks.zh.ts";
 import { materialsZh } from "./author/materials.zh.ts";
 import { pagesZh } from "./author/pages.zh.ts";
 import { settingsZh } from "./author/settings.zh.ts";
@@ -19,6 +20,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...versionsZh,
   ...interfacesZh,
   ...devicesZh,
+  ...looksZh,
   ...materialsZh,
   ...settingsZh,
   ...editorZh,

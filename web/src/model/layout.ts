@@ -5,6 +5,7 @@
 import type { DeviceList } from "./devices.ts";
 import { newComponentId, newId } from "./ids.ts";
 import { defaultOptions, type PanelOptions } from "./panelOptions.ts";
+import type { ProjectTheme } from "./projectTheme.ts";
 
 /** The version that is written. A document with a higher one is refused, see readLayout. */
 export const layoutVersion = 1;
@@ -35,6 +36,10 @@ export type ClockForm = (typeof clockForms)[number];
  */
 export const pagePlaces = ["bar", "hidden", "popup", "header", "footer"] as const;
 export type PagePlace = (typeof pagePlaces)[number];
+
+/** Looks that a component takes from the theme; its own colours go over them. */
+export const partStyles = ["", "primary", "danger", "quiet", "tile"] as const;
+export type PartStyle = (typeof partStyles)[number];
 
 /** The look of a component in one state. An empty field means that of the theme, or that of the normal look. */
 export interface Look {
@@ -67,6 +72,7 @@ interface Common<Type extends ComponentType> {
   readonly fontWeight: FontWeight;
   readonly radius: number;
   readonly align: TextAlignment;
+  readonly style: PartStyle;
   readonly look: Look;
 }
 
@@ -166,6 +172,8 @@ export interface Layout {
   readonly panel: PanelOptions;
   /** What the devices understand; absent: nothing is listed. */
   readonly devices?: readonly DeviceList[];
+  /** The look of all pages; absent: that of the browser, light or dark. */
+  readonly theme?: ProjectTheme;
 }
 
 export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };
@@ -214,6 +222,7 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
     fontWeight: 0,
     radius: 14,
     align: type === "text" ? "left" : "center",
+    style: "",
     look: { ...emptyLook, text },
   };
   switch (type) {

@@ -20,6 +20,7 @@ export type ProblemKind =
   | "lostInterface" // a command names an interface that is gone
   | "badContent" // a command can't be turned into bytes
   | "lostMaterial"
+  | "lostThemePicture" // listed with the first page
   | "lostPage" // a link leads nowhere
   | "spareEdge" // of several headers or footers only the first is shown
   | "lostQuestion" // the page that should ask can't, so a plain question is asked
@@ -54,12 +55,15 @@ export const touchSide = 48;
 
 export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {
   const materials = new Set(project.materials.map((one) => one.id));
+  const themePicture = project.layout.theme?.material;
+  const lostOfTheme = themePicture !== undefined && !materials.has(themePicture);
   const shown = project.layout.pages.filter((one) => !isEdge(one));
   const pages = new Set([backTarget, ...shown.map((one) => one.id)]);
-  return project.layout.pages.flatMap((page) => {
+  return project.layout.pages.flatMap((page, index) => {
     const kinds: ProblemKind[] = [];
     if (page.material !== "" && !materials.has(page.material)) kinds.push("lostMaterial");
     if (isSpare(project.layout, page)) kinds.push("spareEdge");
+    if (index === 0 && lostOfTheme) kinds.push("lostThemePicture");
     const ofPage = kinds.map((kind) => ({ kind, pageId: page.id, componentId: 0 }));
     const ofComponents = page.components.flatMap((component) =>
       problemsOf(component, page, project, interfaceIds, materials, pages).map((kind) => ({

@@ -18,12 +18,15 @@ import {
   type Page,
   pagePlaces,
   pageSides,
+  partStyles,
   pressModes,
   sliderSteps,
 } from "./layout.ts";
+import { asColor } from "./colors.ts";
 import { readDevices } from "./devices.ts";
 import { asIcon } from "./icons.ts";
 import { readOptions } from "./panelOptions.ts";
+import { readProjectTheme } from "./projectTheme.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
 const form = "control pages";
@@ -61,7 +64,14 @@ export function readLayout(value: unknown): Layout | Refusal {
   const startPage = asText(document["startPage"]);
   const devices = readDevices(document["devices"]);
   const panel = readOptions(document["panel"]);
-  return { startPage: pageIds.has(startPage) ? startPage : "", pages, panel, ...(devices.length && { devices }) };
+  const theme = readProjectTheme(document["theme"]);
+  return {
+    startPage: pageIds.has(startPage) ? startPage : "",
+    pages,
+    panel,
+    ...(devices.length && { devices }),
+    ...(theme && { theme }),
+  };
 }
 
 export function writeLayout(layout: Layout): object {
@@ -103,12 +113,6 @@ function readLook(value: unknown): Look {
     icon: asIcon(asText(look["icon"])),
     material: asText(look["material"]),
   };
-}
-
-/** A colour as #rrggbb or #rrggbbaa, otherwise none: it goes into a style, where any other text could do harm. */
-function asColor(value: unknown): string {
-  const text = asText(value);
-  return /^#([0-9a-f]{6}|[0-9a-f]{8})$/i.test(text) ? text : "";
 }
 
 /** Whether the server's command map can hold this id. */
@@ -179,6 +183,7 @@ function readCommon(from: JsonObject, id: number, fresh: Component): CommonPart 
     fontFamily: asChoice(from["fontFamily"], fontFamilyNames, fresh.fontFamily),
     fontWeight: fontWeights.find((weight) => weight === from["fontWeight"]) ?? fresh.fontWeight,
     radius: asNumber(from["radius"], fresh.radius, 0, 1000),
+    style: asChoice(from["style"], partStyles, fresh.style),
     align: asChoice(from["align"], alignments, fresh.align),
     look: readLook(from["look"]),
   };

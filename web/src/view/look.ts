@@ -1,4 +1,5 @@
 /** Converts a component's look to the style of its element. */
+import { luminance } from "../model/colors.ts";
 import { type Component, type FontFamily, hasStates, type Look } from "../model/layout.ts";
 
 /** The shipped families, as fonts.css names them. */
@@ -21,6 +22,11 @@ export function lookOf(component: Component, active: boolean): Look {
   return { ...look, ...Object.fromEntries(given) };
 }
 
+/** The classes of the element: its kind, and the style from the theme. */
+export function partClass({ type, style }: Component): string {
+  return `part is-${type}${style && ` as-${style}`}`;
+}
+
 /** Style of the element: place, size and the fields of the look; the rest comes from the theme. */
 export function styleOf(component: Component, look: Look): string {
   const ink = look.color || (look.fill && inkOn(look.fill));
@@ -39,10 +45,5 @@ export function styleOf(component: Component, look: Look): string {
 
 /** Black or white, whichever stands out more on a colour. */
 export function inkOn(fill: string): string {
-  const [red = 0, green = 0, blue = 0] = [1, 3, 5].map((at) => {
-    const part = parseInt(fill.slice(at, at + 2), 16) / 255;
-    return part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4;
-  });
-  const luminance = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
-  return luminance > 0.179 ? "#0b1116" : "#ffffff";
+  return luminance(fill) > 0.179 ? "#0b1116" : "#ffffff";
 }

@@ -18,6 +18,7 @@ const common = {
   fontFamily: "mono",
   fontWeight: 700,
   radius: 0,
+  style: "tile",
   align: "right",
   look,
 };
