@@ -269,6 +269,16 @@ describe("the editor", () => {
     await expect.poll(() => page.locator(".part", { hasText: "Lamp" }).count(), { timeout: longest }).toBe(2);
     await save(page);
 
+    // Drawn in the wanted size; what is typed next is its text, and a key after that acts on it.
+    await page.getByRole("button", { name: "Switch", exact: true }).click({ modifiers: ["Shift"] });
+    await drag(page, [700, 500], [900, 620]);
+    await page.keyboard.type("Lamp 2");
+    await page.keyboard.press("Enter");
+    await page.keyboard.press("ArrowRight");
+    await save(page);
+    const drawn = (await host.read("getPageLayoutInfo")).pages[1]!.components.at(-1);
+    expect(drawn).toMatchObject({ type: "switch", x: 701, y: 500, width: 200, height: 120, look: { text: "Lamp 2" } });
+
     await page.keyboard.press("?");
     await page.getByRole("dialog", { name: "Keyboard" }).waitFor();
     expect(errors).toEqual([]);

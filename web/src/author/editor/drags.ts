@@ -12,7 +12,7 @@ import {
   resized,
   scaledInto,
 } from "../../model/geometry.ts";
-import { type Component, componentSides } from "../../model/layout.ts";
+import { type Component, componentSides, type ComponentType } from "../../model/layout.ts";
 import { snapEdges, snapMove, type SnapTargets } from "../../model/snapping.ts";
 import type { Editor } from "./editor.svelte.ts";
 
@@ -136,6 +136,28 @@ function snappedShift(now: Box, before: Box, edge: "start" | "end" | "", axis: "
   const size = axis === "x" ? "width" : "height";
   if (edge === "start") return now[axis] - before[axis];
   return edge === "end" ? now[axis] + now[size] - before[axis] - before[size] : 0;
+}
+
+/** Draws a component of the armed kind; one that is smaller than components can be gets the least size. */
+export function drawDrag(editor: Editor, start: Point, type: ComponentType): Drag {
+  let box: Box | undefined;
+  return {
+    move(at, keys) {
+      const { grid } = settings(editor, keys);
+      const snap = (value: number) => (grid ? Math.round(value / grid) * grid : Math.round(value));
+      const snapped = ({ x, y }: Point) => ({ x: snap(x), y: snap(y) });
+      const drawn = boxBetween(snapped(start), snapped(at));
+      const { least, most } = componentSides;
+      const side = (length: number) => Math.min(most, Math.max(least, length));
+      box = { ...drawn, width: side(drawn.width), height: side(drawn.height) };
+      editor.marquee = box;
+    },
+    end() {
+      clear(editor);
+      if (box) editor.add(type, box);
+    },
+    cancel: () => clear(editor),
+  };
 }
 
 /** Selects everything that a rectangle touches. */

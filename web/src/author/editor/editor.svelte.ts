@@ -1,5 +1,4 @@
 /** The page that is edited: what is selected, how it is looked at, and everything that can be done to it. */
-import { ta } from "../../i18n/author.ts";
 import { aligned, type Alignment, distributed, type Order, reordered } from "../../model/arrange.ts";
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { freePlace } from "../../model/freePlace.ts";
@@ -7,19 +6,12 @@ import type { Gap } from "../../model/gaps.ts";
 import { boxAround, type Box, contains, fitInto, type Point, scaledInto } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
 import type { Interactions } from "../../model/interactions.ts";
-import {
-  type Component,
-  componentSides,
-  type ComponentType,
-  copyComponents,
-  isActive,
-  newComponent,
-  type Page,
-} from "../../model/layout.ts";
+import { type Component, componentSides, type ComponentType, copyComponents, type Page } from "../../model/layout.ts";
 import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
 import type { Guide } from "../../model/snapping.ts";
 import type { Lead } from "../shell/route.svelte.ts";
 import type { ProjectStore } from "../project/store.svelte.ts";
+import { newWithText } from "./newWithText.ts";
 
 /** Shift of a copy against its original, in px of the page. */
 const copyShift = 20;
@@ -46,8 +38,14 @@ export class Editor {
   marquee = $state.raw<Box | undefined>();
   /** A component that is being dragged from the palette, in px of the screen. */
   ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
+  /** The kind that the next drag on the page draws. */
+  armed = $state.raw<ComponentType | undefined>();
+  /** Id of the component that was added last, as long as nothing else was done: typing writes its text. */
+  fresh = 0;
   /** Id of the component whose text is being written on the page; 0: none. */
   writing = $state(0);
+  /** What was typed to begin; empty: it begins with the text that is there. */
+  typed = "";
   /** What the inspector is asked to show of the selection, by a link from elsewhere. */
   asked = $state.raw<Lead | undefined>();
   zoom = $state(1);
@@ -203,22 +201,17 @@ export class Editor {
     );
   }
 
-  /** Adds a component with its middle at that point of the page, or at the next free place; and selects it. */
-  add(type: ComponentType, at?: Point): void {
-    const words = {
-      button: "newButton",
-      switch: "newSwitch",
-      slider: "newSlider",
-      text: "newText",
-      link: "newLink",
-      group: "newGroup",
-    } as const;
-    const text = type in words ? ta(words[type as keyof typeof words]) : "";
-    const fresh = newComponent(type, 0, 0, text);
-    const place = at
-      ? { x: this.#snap(at.x - fresh.width / 2), y: this.#snap(at.y - fresh.height / 2) }
-      : freePlace(fresh, this.#seen(), this.components, this.snapsToGrid ? this.grid : 1);
-    const component = { ...fresh, ...place };
+  /** Adds a component with its middle at that point of the page, in that box, or at the next free place; and selects it. */
+  add(type: ComponentType, at?: Point | Box): void {
+    const fresh = newWithText(type);
+    const drawn = at && "width" in at;
+    const place = drawn
+      ? at
+      : at
+        ? { x: this.#snap(at.x - fresh.width / 2), y: this.#snap(at.y - fresh.height / 2) }
+        : freePlace(fresh, this.#seen(), this.components, this.snapsToGrid ? this.grid : 1);
+    const isUpright = fresh.type === "slider" && drawn && at.height > at.width;
+    const component = { ...fresh, ...place, ...(isUpright && { vertical: true }) };
     this.store.endStep();
     // A group box goes beneath what is there, so that it doesn't cover what it shall frame.
     this.changePage((page) => ({
@@ -226,6 +219,15 @@ export class Editor {
       components: type === "group" ? [component, ...page.components] : [...page.components, component],
     }));
     this.select([component.id]);
+    this.armed = undefined;
+    this.fresh = component.id;
+  }
+
+  /** Has the next drag on the page draw a component of that kind, or no longer. */
+  arm(type: ComponentType): void {
+    const isSame = this.armed === type;
+    this.select([]);
+    this.armed = isSame ? undefined : type;
   }
 
   #snap(value: number): number {
@@ -376,8 +378,10 @@ export class Editor {
     return this.movable.length === 1 && this.selected.length === 1 && one!.type !== "clock" && one!.type !== "image";
   }
 
-  startWriting(): void {
-    if (this.canWrite) this.writing = this.selected[0]!.id;
+  startWriting(typed = ""): void {
+    if (!this.canWrite) return;
+    this.typed = typed;
+    this.writing = this.selected[0]!.id;
   }
 
   /** Keeps the text that was written, as one step; without one it stays as it was. */
@@ -388,9 +392,5 @@ export class Editor {
     this.store.endStep();
     this.changeParts([id], (one) => ({ ...one, look: { ...one.look, text } }));
     this.store.endStep();
-  }
-
-  get hasActive(): boolean {
-    return this.selected.length === 1 && isActive(this.selected[0]!.type);
   }
 }

@@ -35,6 +35,7 @@ export interface KeyRow {
     | "keyFind"
     | "keyPan"
     | "keyWheel"
+    | "keyDraw"
     | "keyCopyDrag"
     | "keyNoSnap"
     | "keyAxis"
@@ -85,7 +86,15 @@ export const keyRows: readonly KeyRow[] = [
     run: (editor) => editor.remove(),
   },
   { keys: "Ctrl A", label: "keyAll", matches: withCtrl("a"), run: (editor) => editor.selectAll() },
-  { keys: "Esc", label: "keyNone", matches: plain("escape"), run: (editor) => editor.select([]) },
+  {
+    keys: "Esc",
+    label: "keyNone",
+    matches: plain("escape"),
+    run: (editor) => {
+      editor.armed = undefined;
+      editor.select([]);
+    },
+  },
   { keys: "Enter", label: "keyText", matches: plain("enter"), run: (editor) => editor.startWriting() },
   { keys: "Shift F10", label: "keyMenu" },
   {
@@ -155,6 +164,7 @@ export const keyRows: readonly KeyRow[] = [
   { keys: "1", label: "keyZoomWhole", matches: plain("1"), run: (editor) => editor.zoomTo(1) },
   { keys: "␣ + drag", label: "keyPan" },
   { keys: "Ctrl + wheel", label: "keyWheel" },
+  { keys: "Shift + click", label: "keyDraw" },
   { keys: "Alt + drag", label: "keyCopyDrag" },
   { keys: "Ctrl + drag", label: "keyNoSnap" },
   { keys: "Shift + drag", label: "keyAxis" },

@@ -1,6 +1,6 @@
 /** A press on the canvas, from the time that the pointer goes down: a click, or a drag once it has moved. */
 import { contains, type Handle, type Point } from "../../model/geometry.ts";
-import { type Drag, marqueeDrag, moveDrag, resizeDrag } from "./drags.ts";
+import { type Drag, drawDrag, marqueeDrag, moveDrag, resizeDrag } from "./drags.ts";
 import type { Editor } from "./editor.svelte.ts";
 import { placeOf } from "./viewGestures.ts";
 
@@ -15,6 +15,8 @@ interface Meaning {
 /** What a press stands for: at a handle, on the page beside the components, or on a component. Selects what it hits. */
 function meaningOf(editor: Editor, event: PointerEvent): Meaning {
   const at = editor.toPage(placeOf(event));
+  const { armed } = editor;
+  if (armed) return { drag: () => drawDrag(editor, at, armed), click: () => editor.add(armed, at) };
   const handle = (event.target as HTMLElement).dataset["handle"] as Handle | undefined;
   if (handle) return { drag: () => resizeDrag(editor, handle, at), click: () => undefined };
   const hit = editor.components.findLast((one) => contains(one, at));

@@ -32,7 +32,7 @@ export const toolIcons = {
   list: "M9 6h11M9 12h11M9 18h11M4.5 6h.01M4.5 12h.01M4.5 18h.01",
   folded: "M9 5l7 7-7 7",
   unfolded: "M5 9l7 7 7-7",
-  more: "M5 12h.01M12 12h.01M19 12h.01",
+  more: "M4.5 12h1M11.5 12h1M18.5 12h1",
   help: "M9 9a3 3 0 1 1 4.5 2.6c-1 .6-1.5 1.2-1.5 2.4M12 17.5h.01M12 22a10 10 0 1 0 0-20 10 10 0 0 0 0 20z",
   fit: "M4 9V4h5M20 9V4h-5M4 15v5h5M20 15v5h-5",
   grid: "M4 4h16v16H4zM4 10h16M4 15h16M10 4v16M15 4v16",

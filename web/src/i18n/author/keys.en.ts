@@ -12,6 +12,7 @@ export const keysEn = {
   keyDelete: "Delete",
   keyAll: "Select all",
   keyNone: "Select nothing, end a drag",
+  keyDraw: "Palette: draw the component on the page",
   keyText: "Write the text",
   keyMenu: "Menu (also by right click)",
   pasteHere: "Paste here",

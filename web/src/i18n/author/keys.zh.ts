@@ -14,6 +14,7 @@ export const keysZh: Record<keyof typeof keysEn, string> = {
   keyDelete: "删除",
   keyAll: "全选",
   keyNone: "取消选择，结束拖动",
+  keyDraw: "组件栏：在页面上画出组件",
   keyText: "编辑文字",
   keyMenu: "菜单（也可右键点击）",
   pasteHere: "粘贴到此处",
