@@ -359,6 +359,17 @@ describe("the editor", () => {
     await page.getByRole("dialog").getByText("2 commands use it. They stop working at once.").waitFor();
     await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
     await page.getByText("No interface yet").waitFor();
+    // It comes back with its commands; a new one of its name is offered them.
+    await page.getByRole("button", { name: "Undo", exact: true }).last().click();
+    await page.getByText("2 commands go through Device now.").waitFor();
+    await page.getByRole("button", { name: "Delete: Device" }).click();
+    await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
+    await page.getByText("No interface yet").waitFor();
+    await addInterface(page, "UDP", "Device", { "Address of the device": "127.0.0.1", Port: "9" });
+    await page.getByRole("button", { name: "Let them" }).waitFor();
+    await page.getByRole("button", { name: "Delete: Device" }).click();
+    await page.getByRole("dialog").getByRole("button", { name: "Delete" }).click();
+    await page.getByText("No interface yet").waitFor();
     await page.goto(`${host.url}/#/edit/p1`);
     await page.getByRole("tab", { name: "Problems" }).click();
     await page.getByRole("button", { name: "A command names a deleted interface." }).last().click();

@@ -14,6 +14,8 @@ export interface Notice {
     readonly run: () => void;
     /** Whether it can still be done: otherwise the notice is not shown. Absent: always. */
     readonly holds?: () => boolean;
+    /** The notice stays until it is closed or the action is done. */
+    readonly stays?: boolean;
   };
 }
 
@@ -42,6 +44,7 @@ export class Notices {
   tell(kind: Notice["kind"], text: string, action?: Notice["action"]): void {
     const notice: Notice = { id: this.#next++, kind, text, ...(action && { action }) };
     this.#list = [...this.list.filter((one) => one.text !== text), notice].slice(-3);
+    if (action?.stays) return;
     this.clock.after(action ? times.action : times[kind], () => this.drop(notice.id));
   }
 

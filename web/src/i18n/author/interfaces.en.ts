@@ -73,5 +73,9 @@ export const interfacesEn = {
   serialRefused: "The server can't use {0}. Check the name, the settings, and that no other program has it.",
   tryAndStore: "Try and store",
   trying: "Trying…",
+  interfaceDeleted: "{0} was deleted.",
+  commandsReturned: "{0} {0|command goes|commands go} through {1} now. Save, so that panels send {0|it|them} again.",
+  offerCommands: "{0} {0|command|commands} of the deleted {1}: let {0|it|them} go through this one?",
+  takeCommands: "Let them",
   interfaceStored: "{0} works and is stored.",
 };

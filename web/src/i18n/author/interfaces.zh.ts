@@ -73,5 +73,9 @@ export const interfacesZh: Record<keyof typeof interfacesEn, string> = {
   serialRefused: "服务器无法使用 {0}。请检查名称、设置，以及是否被其他程序占用。",
   tryAndStore: "测试并保存",
   trying: "正在测试…",
+  interfaceDeleted: "{0}已删除。",
+  commandsReturned: "{0} 条命令现在经由{1}发送。保存后面板才会重新发送。",
+  offerCommands: "已删除的{1}还有 {0} 条命令：改由这个接口发送吗？",
+  takeCommands: "改由它发送",
   interfaceStored: "{0} 可用，已保存。",
 };
