@@ -178,8 +178,8 @@ export interface Layout {
 
 export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };
 
-/** Smallest and largest side of a page and of a component, in px. */
-export const pageSides = { least: 100, most: 8000 };
+/** Smallest and largest side of a page and of a component, in px. A footer can be as low as a line of text. */
+export const pageSides = { least: 40, most: 8000 };
 export const componentSides = { least: 8, most: 8000 };
 
 /** Limits of a slider's positions: each has a trigger of its own in the stored document. */

@@ -59,6 +59,7 @@ it("header and footer stay around changing pages, and a page asks before somethi
   const sheets = () =>
     page.locator(".page").evaluateAll((all) => all.map((one) => one.getBoundingClientRect().toJSON() as DOMRect));
   const [top, middle, bottom] = await sheets();
+  expect(top!.width / top!.height).toBeCloseTo(1280 / 80, 1);
   const gaps = [top!.y, middle!.y - top!.bottom, bottom!.y - middle!.bottom];
   for (const gap of gaps) expect(gap).toBeCloseTo(0, 0);
   for (const one of [middle!, bottom!]) expect(one.width).toBeCloseTo(top!.width, 0);

@@ -132,6 +132,5 @@ export const editorEn = {
   confirmation: "Question before sending",
   confirmationHint: "none",
   questionText: "Text of the question",
-  questionPage: "Page: {0}",
   questionPageHint: "No link on that page leads to “{0}” yet. Until then, a plain question is asked.",
 };

@@ -133,6 +133,5 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   confirmation: "发送前询问",
   confirmationHint: "无",
   questionText: "询问文字",
-  questionPage: "页面：{0}",
   questionPageHint: "该页面上还没有指向“{0}”的链接，在此之前使用普通询问。",
 };
