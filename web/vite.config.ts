@@ -1,7 +1,7 @@
 import { svelte } from "@sveltejs/vite-plugin-svelte";
 import { defineConfig, type TestProjectConfiguration } from "vitest/config";
-import { fontLicences } from "./build/fontLicences.ts";
 import { iconLibrary } from "./build/iconLibrary.ts";
+import { licences } from "./build/licences.ts";
 import { panelBundle } from "./build/panelBundle.ts";
 import { checkSizes } from "./build/sizes.ts";
 import { precompress } from "./build/precompress.ts";
@@ -32,7 +32,7 @@ const driven = (name: string): TestProjectConfiguration => ({
 });
 
 export default defineConfig({
-  plugins: [svelte(), iconLibrary(), fontLicences(), panelBundle(), checkSizes(limits), precompress()],
+  plugins: [svelte(), iconLibrary(), licences(), panelBundle(), checkSizes(limits), precompress()],
   base: "./",
   build: {
     outDir: process.env["WEB_OUT"] ?? "../build/web",

@@ -4,6 +4,7 @@
  */
 import { createContext } from "svelte";
 import type { Server } from "../api/server.ts";
+import type { Gate } from "./lock/gate.svelte.ts";
 import type { ProjectStore } from "./project/store.svelte.ts";
 import type { Finder } from "./find/finder.svelte.ts";
 import type { Notices } from "./shell/notices.svelte.ts";
@@ -15,6 +16,7 @@ export interface Application {
   readonly notices: Notices;
   readonly route: Route;
   readonly finder: Finder;
+  readonly gate: Gate;
 }
 
 /** `application` is called while a component is made, below the one that has called `provideApplication`. */

@@ -9,7 +9,8 @@ import { language } from "../i18n/language.svelte.ts";
 import { Finder } from "./find/finder.svelte.ts";
 import { Drafts } from "./project/draft.ts";
 import { ProjectStore } from "./project/store.svelte.ts";
-import App from "./shell/App.svelte";
+import Entrance from "./lock/Entrance.svelte";
+import { Gate } from "./lock/gate.svelte.ts";
 import { Notices } from "./shell/notices.svelte.ts";
 import { Route } from "./shell/route.svelte.ts";
 
@@ -18,7 +19,9 @@ export async function start(place: HTMLElement, reportError: ReportError): Promi
   const server = createServer();
   const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
   const store = new ProjectStore({ server, drafts: new Drafts(clock), connection, clock, events, reportError });
-  const app = { server, store, notices: new Notices(clock, reportError), route: new Route(), finder: new Finder() };
+  const notices = new Notices(clock, reportError);
+  const gate = new Gate({ store, clock, session: sessionStorage, storage: localStorage });
+  const app = { server, store, notices, route: new Route(), finder: new Finder(), gate };
   await Promise.all([language.load(server), store.load()]);
-  mount(App, { target: place, props: { app } });
+  mount(Entrance, { target: place, props: { app } });
 }

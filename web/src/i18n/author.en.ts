@@ -5,6 +5,7 @@ import { findEn } from "./author/find.en.ts";
 import { interfacesEn } from "./author/interfaces.en.ts";
 import { keysEn } from "./author/keys.en.ts";
 import { looksEn } from "./author/looks.en.ts";
+import { lockEn } from "./author/lock.en.ts";
 import { materialsEn } from "./author/materials.en.ts";
 import { pagesEn } from "./author/pages.en.ts";
 import { settingsEn } from "./author/settings.en.ts";
@@ -22,6 +23,7 @@ export const authorEn = {
   ...looksEn,
   ...materialsEn,
   ...settingsEn,
+  ...lockEn,
   ...editorEn,
   ...commandsEn,
   ...keysEn,

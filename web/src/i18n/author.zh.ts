@@ -5,6 +5,7 @@ import { findZh } from "./author/find.zh.ts";
 import { interfacesZh } from "./author/interfaces.zh.ts";
 import { keysZh } from "./author/keys.zh.ts";
 import { looksZh } from "./author/looks.zh.ts";
+import { lockZh } from "./author/lock.zh.ts";
 import { materialsZh } from "./author/materials.zh.ts";
 import { pagesZh } from "./author/pages.zh.ts";
 import { settingsZh } from "./author/settings.zh.ts";
@@ -23,6 +24,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...looksZh,
   ...materialsZh,
   ...settingsZh,
+  ...lockZh,
   ...editorZh,
   ...commandsZh,
   ...keysZh,

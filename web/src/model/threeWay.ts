@@ -51,7 +51,8 @@ class Merger {
 
   project(base: Project, mine: Project, theirs: Project): Project {
     const of = part("project");
-    const layout = this.#fields(base.layout, mine.layout, theirs.layout, of, ["pages"]);
+    const layout = this.#fields(base.layout, mine.layout, theirs.layout, of, ["pages", "panel"]);
+    const panel = this.#fields(base.layout.panel, mine.layout.panel, theirs.layout.panel, of, []);
     const sheets = merge3(sheetsOf(base), sheetsOf(mine), sheetsOf(theirs), (one) => one.id, this.#sheet);
     const material = (...three: Three<Project["materials"][number]>) =>
       this.#pick(...three, part("material", { materialId: known(three).id }));
@@ -64,7 +65,7 @@ class Merger {
       ...page,
       components: parts.map((one) => one.component),
     }));
-    return { layout: { ...layout, pages }, interactions, materials };
+    return { layout: { ...layout, pages, panel }, interactions, materials };
   }
 
   readonly #sheet = (...three: Three<Sheet>): Sheet | undefined => {

@@ -3,6 +3,8 @@ import { copyPage, emptyLayout, isActive, looksOf, type Page } from "./layout.ts
 import { type Interactions, interfaceUses, mapCommands, readInteractions, writeInteractions } from "./interactions.ts";
 import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
 import { withDevices, withMissingDevices } from "./devices.ts";
+import type { Lock } from "./lock.ts";
+import { withLock } from "./panelOptions.ts";
 import { asArray, asObject } from "./json.ts";
 import { type Material, readMaterials, writeMaterials } from "./materials.ts";
 import { isRefused, readLayout, refusal, type Refusal, writeLayout } from "./readLayout.ts";
@@ -21,7 +23,7 @@ export interface Transfer {
 
 /** The text of the file. With a page: only what that page uses. */
 export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
-  const content = page ? onlyPage(project, page, interfaces) : project;
+  const content = withLockOf(page ? onlyPage(project, page, interfaces) : project, undefined);
   const uses = interfaceUses(content.interactions);
   return JSON.stringify(
     {
@@ -41,6 +43,12 @@ export function writeTransfer(project: Project, interfaces: readonly Interface[]
     null,
     1,
   );
+}
+
+/** Each server has a lock of its own: its PIN is not known to whoever gets the file. */
+function withLockOf(project: Project, lock: Lock | undefined): Project {
+  const { layout } = project;
+  return { ...project, layout: { ...layout, panel: withLock(layout.panel, lock) } };
 }
 
 function writeInterface(one: Interface): object {
@@ -103,7 +111,9 @@ export function imported(project: Project, transfer: Transfer, here: readonly In
     return { ...command, portIndex: found.nodeId, controlType: found.controlType, interfaceName: name };
   });
   const content = { ...transfer.project, interactions };
-  return transfer.scope === "project" ? content : withAddedPages(project, content);
+  return transfer.scope === "project"
+    ? withLockOf(content, project.layout.panel.lock)
+    : withAddedPages(project, content);
 }
 
 /** Adds the pages under new ids, and materials under their own unless they exist already. */

@@ -7,6 +7,7 @@ import { codes, type Server, ServerError } from "../../api/server.ts";
 import { type History, mapHistory, redo, startHistory, step, undo } from "../../model/history.ts";
 import { type Command, mapCommands } from "../../model/interactions.ts";
 import { type Interface, readInterfaces } from "../../model/interfaces.ts";
+import type { Lock } from "../../model/lock.ts";
 import { isChanged, withCopies, withKnownCommands } from "../../model/merge.ts";
 import { asRead, emptyProject, type Project, sameProject, withCommands } from "../../model/project.ts";
 import { isRefused, type Refusal } from "../../model/readLayout.ts";
@@ -39,6 +40,8 @@ export class ProjectStore {
   history = $state.raw<History<Project>>(startHistory(emptyProject));
   status = $state<"loading" | "ready" | "unreachable" | "refused">("loading");
   refused = $state.raw<Refusal | undefined>();
+  /** The lock that was stored when this session began. One that is set later holds from the next start on. */
+  lock = $state.raw<Lock | undefined>();
   interfaces = $state.raw<readonly Interface[]>([]);
   connection = $state<ConnectionState>("connecting");
   saving = $state(false);
@@ -90,6 +93,7 @@ export class ProjectStore {
         this.status = "refused";
         return;
       }
+      this.lock = stored.layout.panel.lock;
       this.base = stored;
       this.history = startHistory(stored);
       await this.#takeDraft();

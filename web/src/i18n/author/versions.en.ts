@@ -27,7 +27,8 @@ export const versionsEn = {
   restoreQuestion: "Restore {0}?",
   restoreText:
     "Pages, commands and materials become what they were then, also on the panels. " +
-    "What is there now is kept as a version, so you can come back. Interfaces stay as they are.",
+    "What is there now is kept as a version, so you can come back. Interfaces stay as they are. " +
+    "The PIN for the author's screens becomes that of then, or none.",
   restored: "Restored. Panels show it within half a minute.",
   restoreUndone: "Taken back.",
   restoreMissing: "Some commands have lost their interface and are not sent: {0}",

@@ -25,7 +25,7 @@ export const versionsZh: Record<keyof typeof versionsEn, string> = {
   restore: "恢复",
   restoreQuestion: "恢复 {0}？",
   restoreText:
-    "页面、命令和素材将恢复为当时的状态，面板也会随之更新。当前状态会保留为一个版本，您可以随时返回。接口保持不变。",
+    "页面、命令和素材将恢复为当时的状态，面板也会随之更新。当前状态会保留为一个版本，您可以随时返回。接口保持不变，编辑界面的 PIN 码恢复为当时的设置。",
   restored: "已恢复。面板将在半分钟内更新。",
   restoreUndone: "已撤回。",
   restoreMissing: "部分命令失去了接口，不会发送：{0}",
