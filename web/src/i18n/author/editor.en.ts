@@ -131,6 +131,8 @@ export const editorEn = {
   fit_fill: "stretched",
   confirmation: "Question before sending",
   confirmationHint: "none",
+  questionBy: "Question",
+  questionByText: "as a text",
   questionText: "Text of the question",
   questionPageHint: "No link on that page leads to “{0}” yet. Until then, a plain question is asked.",
 };

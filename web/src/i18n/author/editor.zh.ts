@@ -132,6 +132,8 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   fit_fill: "拉伸",
   confirmation: "发送前询问",
   confirmationHint: "无",
+  questionBy: "发送前询问",
+  questionByText: "文字",
   questionText: "询问文字",
   questionPageHint: "该页面上还没有指向“{0}”的链接，在此之前使用普通询问。",
 };
