@@ -25,6 +25,7 @@ export type ProblemKind =
   | "spareEdge" // of several headers or footers only the first is shown
   | "lostQuestion" // the page that should ask can't, so a plain question is asked
   | "outside" // no part of the component lies on the page
+  | "cutText" // a part of the text has no room in its component
   | "small"; // hard to hit with a finger
 
 export interface Problem {
@@ -53,7 +54,12 @@ export function placed(problems: readonly Problem[], layout: Layout): PlacedProb
 /** Smallest side, in px of the page, of a component for fingers. */
 export const touchSide = 48;
 
-export function findProblems(project: Project, interfaceIds: ReadonlySet<number>): Problem[] {
+/** @param isCut  whether the text of a component has no room in it, which only a browser knows */
+export function findProblems(
+  project: Project,
+  interfaceIds: ReadonlySet<number>,
+  isCut: (one: Component) => boolean = () => false,
+): Problem[] {
   const materials = new Set(project.materials.map((one) => one.id));
   const themePicture = project.layout.theme?.material;
   const lostOfTheme = themePicture !== undefined && !materials.has(themePicture);
@@ -66,7 +72,10 @@ export function findProblems(project: Project, interfaceIds: ReadonlySet<number>
     if (index === 0 && lostOfTheme) kinds.push("lostThemePicture");
     const ofPage = kinds.map((kind) => ({ kind, pageId: page.id, componentId: 0 }));
     const ofComponents = page.components.flatMap((component) =>
-      problemsOf(component, page, project, interfaceIds, materials, pages).map((kind) => ({
+      [
+        ...problemsOf(component, page, project, interfaceIds, materials, pages),
+        ...(isCut(component) ? (["cutText"] as const) : []),
+      ].map((kind) => ({
         kind,
         pageId: page.id,
         componentId: component.id,

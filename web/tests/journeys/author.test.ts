@@ -279,6 +279,11 @@ describe("the editor", () => {
     const drawn = (await host.read("getPageLayoutInfo")).pages[1]!.components.at(-1);
     expect(drawn).toMatchObject({ type: "switch", x: 701, y: 500, width: 200, height: 120, look: { text: "Lamp 2" } });
 
+    await page.getByRole("tab", { name: "Look" }).click();
+    await text.fill("Lamp ".repeat(60));
+    await page.getByRole("tab", { name: "Problems" }).click();
+    await page.getByRole("button", { name: "Its text has no room and is cut off." }).waitFor();
+    await page.locator("[data-canvas]").focus();
     await page.keyboard.press("?");
     await page.getByRole("dialog", { name: "Keyboard" }).waitFor();
     expect(errors).toEqual([]);

@@ -28,6 +28,7 @@ export const editorEn = {
     "The page that should ask is missing, is no pop-up, or has no link “Confirm”. A plain question is asked.",
   problem_spareEdge: "Another page is the header or footer already; this one is not shown.",
   problem_outside: "It lies outside the page.",
+  problem_cutText: "Its text has no room and is cut off.",
   problem_small: "It is smaller than 48 px: hard to hit with a finger.",
   type_button: "Button",
   type_switch: "Switch",

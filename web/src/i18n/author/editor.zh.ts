@@ -29,6 +29,7 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   problem_lostQuestion: "用于询问的页面不存在、不是弹出页或没有“确认”链接，将使用普通询问。",
   problem_spareEdge: "已有另一页作为页眉或页脚，此页不会显示。",
   problem_outside: "位于页面之外。",
+  problem_cutText: "文字放不下，会被截断。",
   problem_small: "小于 48 像素，手指不易点中。",
   type_button: "按钮",
   type_switch: "开关",
