@@ -1,3 +1,4 @@
+import { blocksEn } from "./author/blocks.en.ts";
 import { commandsEn } from "./author/commands.en.ts";
 import { devicesEn } from "./author/devices.en.ts";
 import { editorEn } from "./author/editor.en.ts";
@@ -25,6 +26,7 @@ export const authorEn = {
   ...settingsEn,
   ...lockEn,
   ...editorEn,
+  ...blocksEn,
   ...commandsEn,
   ...keysEn,
 };

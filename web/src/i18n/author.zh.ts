@@ -1,3 +1,4 @@
+import { blocksZh } from "./author/blocks.zh.ts";
 import { commandsZh } from "./author/commands.zh.ts";
 import { devicesZh } from "./author/devices.zh.ts";
 import { editorZh } from "./author/editor.zh.ts";
@@ -26,6 +27,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...settingsZh,
   ...lockZh,
   ...editorZh,
+  ...blocksZh,
   ...commandsZh,
   ...keysZh,
 };
