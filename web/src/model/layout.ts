@@ -174,6 +174,8 @@ export interface Layout {
   readonly devices?: readonly DeviceList[];
   /** The look of all pages; absent: that of the browser, light or dark. */
   readonly theme?: ProjectTheme;
+  /** Colours of the project, #rrggbb or #rrggbbaa; absent: none. */
+  readonly palette?: readonly string[];
 }
 
 export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };

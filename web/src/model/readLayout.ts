@@ -25,6 +25,7 @@ import {
 import { asColor } from "./colors.ts";
 import { readDevices } from "./devices.ts";
 import { asIcon } from "./icons.ts";
+import { readPalette } from "./palette.ts";
 import { readOptions } from "./panelOptions.ts";
 import { readProjectTheme } from "./projectTheme.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
@@ -65,12 +66,14 @@ export function readLayout(value: unknown): Layout | Refusal {
   const devices = readDevices(document["devices"]);
   const panel = readOptions(document["panel"]);
   const theme = readProjectTheme(document["theme"]);
+  const palette = readPalette(document["palette"]);
   return {
     startPage: pageIds.has(startPage) ? startPage : "",
     pages,
     panel,
     ...(devices.length && { devices }),
     ...(theme && { theme }),
+    ...(palette.length && { palette }),
   };
 }
 

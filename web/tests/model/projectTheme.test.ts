@@ -1,6 +1,46 @@
 import { describe, expect, it } from "vitest";
 import { contrast, inkFor, mixed, readable } from "../../src/model/colors.ts";
+import { emptyLook, newComponent } from "../../src/model/layout.ts";
+import { mostColors, readPalette } from "../../src/model/palette.ts";
+import { withPages } from "../../src/model/project.ts";
+import { withLookOfAll } from "../../src/model/projectLook.ts";
 import { designOf, readProjectTheme, themeColors, themeNames } from "../../src/model/projectTheme.ts";
+import { sampleProject } from "../support/projects.ts";
+
+describe("the look of a project", () => {
+  it("has a palette of colours alone, each once, and not too many", () => {
+    expect(readPalette(["#FF8800", "#ff8800", "red", 7, "#11223344", "url(x)"])).toEqual(["#ff8800", "#11223344"]);
+    const many = Array.from({ length: 99 }, (_, index) => `#0000${String(index).padStart(2, "0")}`);
+    expect(readPalette(many)).toHaveLength(mostColors);
+  });
+
+  it("is given to all of a kind, on a page or on all, without text, icon, picture and size", () => {
+    const [hall] = sampleProject().layout.pages;
+    const text = { ...newComponent("text", 0, 0, "Title"), id: 8 };
+    const project = withPages(sampleProject(), [
+      hall!,
+      { ...hall!, id: "other", components: [text, hall!.components[1]!] },
+    ]);
+    const model = {
+      ...hall!.components[0]!,
+      style: "tile" as const,
+      fontFamily: "mono" as const,
+      width: 9,
+      look: { ...emptyLook, text: "Mine", fill: "#112233", icon: "power", material: "m1" },
+    };
+    const { project: next, changed } = withLookOfAll(project, model);
+    expect(changed).toBe(4);
+    expect(next.layout.pages[0]!.components[1]).toEqual({
+      ...hall!.components[1],
+      style: "tile",
+      fontFamily: "mono",
+      look: { ...hall!.components[1]!.look, fill: "#112233" },
+    });
+    expect(next.layout.pages[1]!.components[0]).toBe(text);
+    expect(withLookOfAll(next, model).changed).toBe(0);
+    expect(withLookOfAll(project, model, "other").changed).toBe(1);
+  });
+});
 
 describe("the theme of a project", () => {
   it.each([

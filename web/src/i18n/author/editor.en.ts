@@ -73,8 +73,6 @@ export const editorEn = {
   fill: "Fill",
   textColor: "Text colour",
   border: "Border",
-  noColor: "No colour",
-  themeColor: "theme",
   fontSize: "Font size",
   radius: "Corners",
   fontFamily: "Font",

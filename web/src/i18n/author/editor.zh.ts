@@ -74,8 +74,6 @@ export const editorZh: Record<keyof typeof editorEn, string> = {
   fill: "填充",
   textColor: "文字颜色",
   border: "边框",
-  noColor: "无颜色",
-  themeColor: "主题",
   fontSize: "字号",
   radius: "圆角",
   fontFamily: "字体",
