@@ -9,6 +9,7 @@ import { looksEn } from "./author/looks.en.ts";
 import { lockEn } from "./author/lock.en.ts";
 import { materialsEn } from "./author/materials.en.ts";
 import { pagesEn } from "./author/pages.en.ts";
+import { phoneEn } from "./author/phone.en.ts";
 import { settingsEn } from "./author/settings.en.ts";
 import { shellEn } from "./author/shell.en.ts";
 import { versionsEn } from "./author/versions.en.ts";
@@ -27,6 +28,7 @@ export const authorEn = {
   ...lockEn,
   ...editorEn,
   ...blocksEn,
+  ...phoneEn,
   ...commandsEn,
   ...keysEn,
 };

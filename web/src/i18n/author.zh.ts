@@ -9,6 +9,7 @@ import { looksZh } from "./author/looks.zh.ts";
 import { lockZh } from "./author/lock.zh.ts";
 import { materialsZh } from "./author/materials.zh.ts";
 import { pagesZh } from "./author/pages.zh.ts";
+import { phoneZh } from "./author/phone.zh.ts";
 import { settingsZh } from "./author/settings.zh.ts";
 import { shellZh } from "./author/shell.zh.ts";
 import { versionsZh } from "./author/versions.zh.ts";
@@ -28,6 +29,7 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...lockZh,
   ...editorZh,
   ...blocksZh,
+  ...phoneZh,
   ...commandsZh,
   ...keysZh,
 };

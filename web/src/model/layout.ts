@@ -5,6 +5,7 @@
 import type { DeviceList } from "./devices.ts";
 import { newComponentId, newId } from "./ids.ts";
 import { defaultOptions, type PanelOptions } from "./panelOptions.ts";
+import type { PhoneLayout, PhonePlace } from "./phoneLayout.ts";
 import type { ProjectTheme } from "./projectTheme.ts";
 
 /** The version that is written. A document with a higher one is refused, see readLayout. */
@@ -163,6 +164,8 @@ export interface Page {
   readonly isBare: boolean;
   /** In drawing order: the last one lies on top. */
   readonly components: readonly Component[];
+  /** Where the components stand on a phone held upright; absent: as on other screens. */
+  readonly phone?: PhoneLayout;
 }
 
 export interface Layout {
@@ -183,6 +186,7 @@ export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOpt
 /** Smallest and largest side of a page and of a component, in px. A footer can be as low as a line of text. */
 export const pageSides = { least: 40, most: 8000 };
 export const componentSides = { least: 8, most: 8000 };
+export const fontSizes = { least: 6, most: 400 };
 
 /** Limits of a slider's positions: each has a trigger of its own in the stored document. */
 export const sliderSteps = { least: 2, most: 201 };
@@ -263,8 +267,12 @@ export function newPage(name: string, width = 1280, height = 800): Page {
 
 /** A copy in which all ids are new, and for each old component id the new one. */
 export function copyPage(page: Page, name: string): { page: Page; ids: Map<number, number> } {
-  const copied = copyComponents(page.components);
-  return { page: { ...page, id: newId("p"), name, components: copied.components }, ids: copied.ids };
+  const { components, ids } = copyComponents(page.components);
+  const copy = { ...page, id: newId("p"), name, components };
+  if (!page.phone) return { page: copy, ids };
+  const places: Record<number, PhonePlace> = {};
+  for (const [id, place] of Object.entries(page.phone.places)) places[ids.get(Number(id)) ?? 0] = place;
+  return { page: { ...copy, phone: { ...page.phone, places } }, ids };
 }
 
 /** Copies with new ids and groups, and for each old component id the new one. */

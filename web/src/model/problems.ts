@@ -11,8 +11,9 @@ import {
 } from "./layout.ts";
 import { type Command, commandLists, triggersOf, withoutPlaceholders } from "./interactions.ts";
 import { confirmPageOf, isEdge, isSpare } from "./navigation.ts";
-import { overlaps } from "./geometry.ts";
+import { fitInto, overlaps } from "./geometry.ts";
 import { contentToBytes, isFault } from "./content.ts";
+import { onPhone, phoneScreen } from "./phoneLayout.ts";
 import type { Project } from "./project.ts";
 
 export type ProblemKind =
@@ -33,6 +34,8 @@ export interface Problem {
   readonly pageId: string;
   /** 0: the page itself. */
   readonly componentId: number;
+  /** Of a place and a size: whether it is that in the layout for phones. */
+  readonly isOnPhone?: boolean;
 }
 
 /** A problem together with what it is about; `component` is missing where that is the page itself. */
@@ -40,14 +43,15 @@ export interface PlacedProblem {
   readonly kind: ProblemKind;
   readonly page: Page;
   readonly component?: Component;
+  readonly isOnPhone?: boolean;
 }
 
 export function placed(problems: readonly Problem[], layout: Layout): PlacedProblem[] {
   const pages = new Map(layout.pages.map((page) => [page.id, page]));
-  return problems.flatMap(({ kind, pageId, componentId }) => {
+  return problems.flatMap(({ kind, pageId, componentId, isOnPhone = false }) => {
     const page = pages.get(pageId);
     const component = page?.components.find((one) => one.id === componentId);
-    return page ? [{ kind, page, ...(component && { component }) }] : [];
+    return page ? [{ kind, page, isOnPhone, ...(component && { component }) }] : [];
   });
 }
 
@@ -81,8 +85,31 @@ export function findProblems(
         componentId: component.id,
       })),
     );
-    return [...ofPage, ...ofComponents];
+    return [...ofPage, ...ofComponents, ...problemsOnPhone(page)];
   });
+}
+
+function problemsOnPhone(page: Page): Problem[] {
+  if (!page.phone) return [];
+  const shown = onPhone(page);
+  const scale = Math.min(1, fitInto(shown, phoneScreen).scale);
+  return shown.components.flatMap((component) =>
+    misplaced(component, shown, scale).map((kind) => ({
+      kind,
+      pageId: page.id,
+      componentId: component.id,
+      isOnPhone: true,
+    })),
+  );
+}
+
+/** @param scale  px of the screen for one of the page */
+function misplaced(component: Component, page: Page, scale = 1): ProblemKind[] {
+  const kinds: ProblemKind[] = [];
+  if (!overlaps(component, { x: 0, y: 0, width: page.width, height: page.height })) kinds.push("outside");
+  const side = Math.min(component.width, component.height) * scale;
+  if (isActive(component.type) && side < touchSide) kinds.push("small");
+  return kinds;
 }
 
 function problemsOf(
@@ -110,9 +137,7 @@ function problemsOf(
   if (asks(component) && component.confirmPage && !confirmPageOf(project.layout, component)) {
     kinds.push("lostQuestion");
   }
-  if (!overlaps(component, { x: 0, y: 0, width: page.width, height: page.height })) kinds.push("outside");
-  if (isActive(component.type) && Math.min(component.width, component.height) < touchSide) kinds.push("small");
-  return kinds;
+  return [...kinds, ...misplaced(component, page)];
 }
 
 function isBad(command: Command): boolean {

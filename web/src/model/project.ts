@@ -3,6 +3,7 @@ import { allComponents, type Component, emptyLayout, type Layout, type Page } fr
 import { type Command, type ComponentCommands, type Interactions, writeInteractions } from "./interactions.ts";
 import { type Material, writeMaterials } from "./materials.ts";
 import { sameJson } from "./json.ts";
+import { withoutStrayPlaces } from "./phoneLayout.ts";
 import { isRefused, readLayout, writeLayout } from "./readLayout.ts";
 
 export interface Project {
@@ -43,7 +44,7 @@ function sameMaterials(one: readonly Material[], other: readonly Material[]): bo
 }
 
 export function withPage(project: Project, pageId: string, change: (page: Page) => Page): Project {
-  const pages = project.layout.pages.map((page) => (page.id === pageId ? change(page) : page));
+  const pages = project.layout.pages.map((page) => (page.id === pageId ? withoutStrayPlaces(change(page)) : page));
   return { ...project, layout: { ...project.layout, pages } };
 }
 

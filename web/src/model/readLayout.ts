@@ -8,6 +8,7 @@ import {
   componentTypes,
   emptyLayout,
   fontFamilyNames,
+  fontSizes,
   fontWeights,
   imageFits,
   type Layout,
@@ -27,6 +28,7 @@ import { readDevices } from "./devices.ts";
 import { asIcon } from "./icons.ts";
 import { readPalette } from "./palette.ts";
 import { readOptions } from "./panelOptions.ts";
+import { readPhone } from "./phoneLayout.ts";
 import { readProjectTheme } from "./projectTheme.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
@@ -92,6 +94,7 @@ export function readPage(value: unknown, takenIds = new Set<number>()): Page {
     takenIds.add(component.id);
     return [component];
   });
+  const phone = readPhone(page["phone"], components);
   return {
     id: asText(page["id"]) || fresh.id,
     name: fresh.name,
@@ -103,6 +106,7 @@ export function readPage(value: unknown, takenIds = new Set<number>()): Page {
     closesOutside: page["closesOutside"] !== false,
     isBare: page["isBare"] === true,
     components,
+    ...(phone && { phone }),
   };
 }
 
@@ -182,7 +186,7 @@ function readCommon(from: JsonObject, id: number, fresh: Component): CommonPart 
     height: side("height"),
     locked: from["locked"] === true,
     group: asText(from["group"]),
-    fontSize: asNumber(from["fontSize"], fresh.fontSize, 6, 400),
+    fontSize: asNumber(from["fontSize"], fresh.fontSize, fontSizes.least, fontSizes.most),
     fontFamily: asChoice(from["fontFamily"], fontFamilyNames, fresh.fontFamily),
     fontWeight: fontWeights.find((weight) => weight === from["fontWeight"]) ?? fresh.fontWeight,
     radius: asNumber(from["radius"], fresh.radius, 0, 1000),

@@ -6,6 +6,7 @@
 import { commandLists, type ComponentCommands, type Interactions } from "./interactions.ts";
 import type { Component, Page } from "./layout.ts";
 import { sameJson } from "./json.ts";
+import { type PhoneLayout, type PhonePlace, withoutStrayPlaces } from "./phoneLayout.ts";
 import type { Project } from "./project.ts";
 
 export type Side = "mine" | "theirs";
@@ -35,8 +36,13 @@ export interface Merged {
 interface Part {
   readonly component: Component;
   readonly commands: ComponentCommands | undefined;
+  /** In the layout for phones. */
+  readonly place: PhonePlace | undefined;
 }
-type Sheet = Omit<Page, "components"> & { readonly parts: readonly Part[] };
+type Sheet = Omit<Page, "components" | "phone"> & {
+  readonly parts: readonly Part[];
+  readonly phone: PhoneLayout | undefined;
+};
 
 export function mergeProjects(base: Project, mine: Project, theirs: Project, choices: Choices = new Map()): Merged {
   if (mine === base) return { project: theirs, clashes: [] };
@@ -61,10 +67,10 @@ class Merger {
     for (const { component, commands } of sheets.flatMap((sheet) => sheet.parts)) {
       if (commands) interactions[component.id] = commands;
     }
-    const pages = sheets.map(({ parts, ...page }): Page => ({
-      ...page,
-      components: parts.map((one) => one.component),
-    }));
+    const pages = sheets.map(({ parts, phone, ...page }): Page => {
+      const components = parts.map((one) => one.component);
+      return withoutStrayPlaces({ ...page, components, ...(phone && { phone }) });
+    });
     return { layout: { ...layout, pages, panel }, interactions, materials };
   }
 
@@ -73,9 +79,20 @@ class Merger {
     const of = part("page", { pageId: known(three).id });
     if (!base || !mine || !theirs) return this.#pick(...three, of);
     const partOf = (...parts: Three<Part>) => this.#part(parts, base.id);
-    const parts = merge3(base.parts, mine.parts, theirs.parts, (one) => one.component.id, partOf);
-    return { ...this.#fields(base, mine, theirs, of, ["parts"]), parts };
+    const hasPlaces = [base, mine, theirs].every((one) => one.phone);
+    const [from, own, others] = [base, mine, theirs].map((one) => (hasPlaces ? one.parts : one.parts.map(unplaced)));
+    const parts = merge3(from!, own!, others!, (one) => one.component.id, partOf);
+    const phone = this.#phone([base.phone, mine.phone, theirs.phone], parts, of);
+    return { ...this.#fields(base, mine, theirs, of, ["parts", "phone"]), parts, phone };
   };
+
+  /** With the places of the joined components; where one of the three has no such layout, as a whole. */
+  #phone(three: Three<PhoneLayout>, parts: readonly Part[], of: Clash): PhoneLayout | undefined {
+    const [base, mine, theirs] = three;
+    if (!base || !mine || !theirs) return this.#pick(...three, of);
+    const placed = parts.flatMap(({ component, place }) => (place ? [[component.id, place] as const] : []));
+    return { ...this.#fields(base, mine, theirs, of, ["places"]), places: Object.fromEntries(placed) };
+  }
 
   #part(three: Three<Part>, pageId: string): Part | undefined {
     const [base, mine, theirs] = three;
@@ -84,6 +101,7 @@ class Merger {
     return {
       component: this.#pick(base.component, mine.component, theirs.component, of),
       commands: this.#pick(base.commands, mine.commands, theirs.commands, of),
+      place: this.#pick(base.place, mine.place, theirs.place, of),
     };
   }
 
@@ -117,10 +135,17 @@ function known<Item>([base, mine, theirs]: Three<Item>): Item {
   return (base ?? mine ?? theirs)!;
 }
 
+const unplaced = (part: Part): Part => ({ ...part, place: undefined });
+
 function sheetsOf(project: Project): Sheet[] {
-  return project.layout.pages.map(({ components, ...page }) => ({
+  return project.layout.pages.map(({ components, phone, ...page }) => ({
     ...page,
-    parts: components.map((component) => ({ component, commands: commandsOf(project.interactions, component.id) })),
+    phone,
+    parts: components.map((component) => ({
+      component,
+      commands: commandsOf(project.interactions, component.id),
+      place: phone?.places[component.id],
+    })),
   }));
 }
 

@@ -10,6 +10,7 @@ import { asNumber, asObject, sameJson } from "../model/json.ts";
 import { middlePosition } from "../model/interactions.ts";
 import { type Component, componentTitle, emptyLayout, type Layout, type SliderComponent } from "../model/layout.ts";
 import { readMaterials } from "../model/materials.ts";
+import { layoutOnPhone } from "../model/phoneLayout.ts";
 import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../view/pictures.ts";
 import type { Presses } from "./presses.ts";
@@ -45,7 +46,10 @@ export interface PanelNeeds {
 }
 
 export class PanelState {
-  layout = $state.raw<Layout>(emptyLayout);
+  #layout = $state.raw<Layout>(emptyLayout);
+  /** Whether the screen is that of a phone held upright: pages are shown as laid out for that. */
+  isPhone = $state(false);
+  readonly layout: Layout = $derived(this.isPhone ? layoutOnPhone(this.#layout) : this.#layout);
   refused = $state.raw<Refusal | undefined>();
   loaded = $state(false);
   connection = $state<ConnectionState>("connecting");
@@ -140,7 +144,7 @@ export class PanelState {
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
         const read = readLayout(layout);
         this.refused = isRefused(read) ? read : undefined;
-        this.layout = isRefused(read) ? emptyLayout : read;
+        this.#layout = isRefused(read) ? emptyLayout : read;
       }
       if (!sameJson(materials, this.#stored.materials)) {
         const read = readMaterials(materials);

@@ -11,12 +11,17 @@ import {
   withPages,
   writeProject,
 } from "../../src/model/project.ts";
+import { changedOnPhone } from "../../src/model/phoneLayout.ts";
 import { mergeProjects, type Side } from "../../src/model/threeWay.ts";
 import { command, renamed, sampleProject } from "../support/projects.ts";
 
 const hall = sampleProject();
 const lobby = { ...newPage("Lobby"), id: "lobby", components: [{ ...newComponent("link", 0, 0), id: 9 }] };
-const base = withPages(hall, [...hall.layout.pages, lobby]);
+const places = Object.fromEntries(
+  [1, 2, 3].map((id) => [id, { x: 10, y: 60 * id, width: 90, height: 50, fontSize: 20, isHidden: false }]),
+);
+const phone = { width: 390, height: 700, places };
+const base = withPages(hall, [...hall.layout.pages.map((page) => ({ ...page, phone })), lobby]);
 const ids = new Set([1]);
 
 type Change = (project: Project) => Project;
@@ -24,6 +29,23 @@ const put =
   (id: number, x: number): Change =>
   (project) =>
     withPage(project, "hall", (page) => withComponents(page, new Set([id]), (one) => ({ ...one, x })));
+const putOnPhone =
+  (id: number, x: number): Change =>
+  (project) =>
+    withPage(project, "hall", (page) =>
+      changedOnPhone(
+        page,
+        (shown) => withComponents(shown, new Set([id]), (one) => ({ ...one, x })),
+        (one) => one,
+      ),
+    );
+const addPhone =
+  (width: number): Change =>
+  (project) =>
+    withPage(project, "lobby", (page) => ({
+      ...page,
+      phone: { ...phone, width, places: { 9: { ...places[1]!, x: width } } },
+    }));
 const send =
   (id: number, content: string): Change =>
   (project) =>
@@ -65,6 +87,8 @@ describe("what doesn't touch", () => {
   const changes: [string, Change][] = [
     ["a component's place", put(1, 5)],
     ["another one's", put(2, 5)],
+    ["its place on phones", putOnPhone(1, 5)],
+    ["another one's", putOnPhone(2, 5)],
     ["its commands", send(1, "OFF")],
     ["commands of another one", send(3, "OFF")],
     ["a page's name", rename("Mine")],
@@ -103,6 +127,9 @@ describe("what doesn't touch", () => {
 describe("what both have changed", () => {
   it.each<[string, Change, Change, string]>([
     ["a place", put(1, 5), put(1, 6), "component/hall/1/"],
+    ["a place on phones", putOnPhone(1, 5), putOnPhone(1, 6), "component/hall/1/"],
+    ["a component deleted and put elsewhere on phones", order(2, 3), putOnPhone(1, 6), "component/hall/1/"],
+    ["a layout for phones", addPhone(360), addPhone(400), "page/lobby/0/"],
     ["commands", send(1, "A"), send(1, "B"), "component/hall/1/"],
     ["a deleted component", order(2, 3), put(1, 6), "component/hall/1/"],
     [
