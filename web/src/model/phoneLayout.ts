@@ -91,40 +91,6 @@ function inLines(components: readonly Component[], width: number, top: number): 
   return boxes;
 }
 
-/**
- * The page after a change to what a phone shows of it. Places, sizes and font sizes go into the layout for phones, all
- * else into both layouts. What `change` adds is added to both, what it leaves out is deleted.
- * @param placeFor  where a component that was added stands on the page itself
- */
-export function changedOnPhone(page: Page, change: (shown: Page) => Page, placeFor: (one: Component) => Box): Page {
-  const { phone } = page;
-  if (!phone) return change(page);
-  const before = onPhone(page);
-  const after = change(before);
-  if (after === before) return page;
-  const { width, height, components: shown, ...common } = after;
-  const own = new Map(page.components.map((one) => [one.id, one]));
-  const places: Record<number, PhonePlace> = {};
-  for (const { id, x, y, width, height, fontSize } of shown) {
-    places[id] = { x, y, width, height, fontSize, isHidden: false };
-  }
-  const changed = shown.map((one): Component => {
-    const from = own.get(one.id);
-    const { x, y, width, height } = from ?? { ...one, ...placeFor(one) };
-    return { ...one, x, y, width, height, fontSize: from?.fontSize ?? one.fontSize };
-  });
-  // What is hidden stays behind the component that it has followed so far.
-  const components = [...changed];
-  page.components.forEach((one, index) => {
-    const place = phone.places[one.id];
-    if (!place?.isHidden) return;
-    places[one.id] = place;
-    const before = page.components[index - 1]?.id;
-    components.splice(components.findIndex(({ id }) => id === before) + 1, 0, one);
-  });
-  return { ...common, width: page.width, height: page.height, components, phone: { width, height, places } };
-}
-
 /** The page without places of components that it no longer has. */
 export function withoutStrayPlaces(page: Page): Page {
   const { phone } = page;

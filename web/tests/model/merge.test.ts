@@ -11,7 +11,7 @@ import {
   withPages,
   writeProject,
 } from "../../src/model/project.ts";
-import { changedOnPhone } from "../../src/model/phoneLayout.ts";
+import { changedOnPhone } from "../../src/model/phoneEdit.ts";
 import { mergeProjects, type Side } from "../../src/model/threeWay.ts";
 import { command, renamed, sampleProject } from "../support/projects.ts";
 
@@ -33,11 +33,7 @@ const putOnPhone =
   (id: number, x: number): Change =>
   (project) =>
     withPage(project, "hall", (page) =>
-      changedOnPhone(
-        page,
-        (shown) => withComponents(shown, new Set([id]), (one) => ({ ...one, x })),
-        (one) => one,
-      ),
+      changedOnPhone(page, (shown) => withComponents(shown, new Set([id]), (one) => ({ ...one, x }))),
     );
 const addPhone =
   (width: number): Change =>

@@ -3,7 +3,8 @@ import { describe, expect, it } from "vitest";
 import { fitInto } from "../../src/model/geometry.ts";
 import { copyPage, newComponent, newPage, type Page } from "../../src/model/layout.ts";
 import { arrangedForPhone } from "../../src/model/phoneArrange.ts";
-import { changedOnPhone, onPhone, phoneScreen, readPhone } from "../../src/model/phoneLayout.ts";
+import { changedOnPhone } from "../../src/model/phoneEdit.ts";
+import { onPhone, phoneScreen, readPhone } from "../../src/model/phoneLayout.ts";
 import { touchSide } from "../../src/model/problems.ts";
 import { withPage } from "../../src/model/project.ts";
 import { sampleProject } from "../support/projects.ts";
@@ -13,7 +14,6 @@ const place = { x: 12, y: 20, width: 200, height: 60, fontSize: 18, isHidden: fa
 const phone = { width: 390, height: 700, places: { 1: place, 2: { ...place, isHidden: true } } };
 const page: Page = { ...hall, phone };
 const shape = ({ components }: Page) => components.map((one) => [one.id, one.x, one.y, one.width, one.fontSize]);
-const elsewhere = () => ({ x: 7, y: 8, width: 50, height: 50 });
 
 describe("the layout for phones", () => {
   it.each<[string, unknown, unknown]>([
@@ -43,19 +43,15 @@ describe("the layout for phones", () => {
 
   it("keeps places and sizes apart from those of the page, and shares all else", () => {
     const fresh = { ...newComponent("text", 30, 300), id: 4 };
-    const changed = changedOnPhone(
-      page,
-      (shown) => ({
-        ...shown,
-        name: "Lobby",
-        components: [{ ...shown.components[0]!, x: 99, fontSize: 30, radius: 3 }, fresh],
-      }),
-      elsewhere,
-    );
+    const changed = changedOnPhone(page, (shown) => ({
+      ...shown,
+      name: "Lobby",
+      components: [{ ...shown.components[0]!, x: 99, fontSize: 30, radius: 3 }, fresh],
+    }));
     expect(shape(changed)).toEqual([
       [1, 100, 100, 100, 20],
       [2, 300, 100, 100, 20],
-      [4, 7, 8, 50, 20],
+      [4, 20, 20, 240, 20],
     ]);
     expect([changed.name, changed.width, changed.components[0]!.radius]).toEqual(["Lobby", 1000, 3]);
     expect(changed.phone!.places).toMatchObject({ 1: { x: 99, fontSize: 30 }, 2: { isHidden: true }, 4: { y: 300 } });

@@ -3,19 +3,21 @@ import { aligned, type Alignment, distributed, type Order, reordered } from "../
 import { pasted, readClip, writeClip } from "../../model/clipboard.ts";
 import { freePlace } from "../../model/freePlace.ts";
 import type { Gap } from "../../model/gaps.ts";
-import { boxAround, type Box, contains, fitInto, type Point, scaledInto } from "../../model/geometry.ts";
+import { boxAround, type Box, contains, type Point, scaledInto } from "../../model/geometry.ts";
 import { newId } from "../../model/ids.ts";
 import type { Interactions } from "../../model/interactions.ts";
 import { type Component, componentSides, type ComponentType, copyComponents, type Page } from "../../model/layout.ts";
-import { withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
+import { changedOnPhone } from "../../model/phoneEdit.ts";
+import { onPhone } from "../../model/phoneLayout.ts";
+import { type Project, withComponents, withCopiedCommands, withPage } from "../../model/project.ts";
 import type { Guide } from "../../model/snapping.ts";
 import type { Lead } from "../shell/route.svelte.ts";
 import type { ProjectStore } from "../project/store.svelte.ts";
+import { CanvasView } from "./canvasView.svelte.ts";
 import { newWithText } from "./newWithText.ts";
 
 /** Shift of a copy against its original, in px of the page. */
 const copyShift = 20;
-const zooms = { least: 0.1, most: 4 };
 const clipKey = "clipboard";
 /** What the clipboard of the system still holds after the menu has copied something else. */
 const staleKey = "clipboardBefore";
@@ -23,7 +25,7 @@ const staleKey = "clipboardBefore";
 /** What the editor does with the project; its changes are steps that the store can undo. */
 export type EditedProject = Pick<ProjectStore, "project" | "change" | "endStep">;
 
-export class Editor {
+export class Editor extends CanvasView {
   selection = $state.raw<ReadonlySet<number>>(new Set());
   /** How far the selection is dragged; the project changes when the drag ends. */
   shift = $state.raw<Point>({ x: 0, y: 0 });
@@ -48,23 +50,25 @@ export class Editor {
   typed = "";
   /** What the inspector is asked to show of the selection, by a link from elsewhere. */
   asked = $state.raw<Lead | undefined>();
-  zoom = $state(1);
-  pan = $state.raw<Point>({ x: 0, y: 0 });
   grid = $state(10);
   snapsToGrid = $state(true);
   snapsToParts = $state(true);
-  room = $state.raw({ width: 800, height: 600 });
-  /** Left upper corner of the canvas on the screen. */
-  origin: () => Point = () => ({ x: 0, y: 0 });
 
-  readonly page: Page | undefined = $derived.by(() =>
+  /** Whether the author wants to lay out the page for phones. */
+  wantsPhone = $state(false);
+  /** The page as it is kept, with both layouts. */
+  readonly bothLayouts: Page | undefined = $derived.by(() =>
     this.store.project.layout.pages.find((one) => one.id === this.pageId),
+  );
+  /** Whether the page is shown, and changed, as it is on phones. */
+  readonly isOnPhone: boolean = $derived(this.wantsPhone && this.bothLayouts?.phone !== undefined);
+  /** The page as it is shown. */
+  readonly page: Page | undefined = $derived(
+    this.bothLayouts && this.isOnPhone ? onPhone(this.bothLayouts) : this.bothLayouts,
   );
   readonly components: readonly Component[] = $derived(this.page?.components ?? []);
   readonly selected: readonly Component[] = $derived(this.components.filter((one) => this.selection.has(one.id)));
   readonly movable: readonly Component[] = $derived(this.selected.filter((one) => !one.locked));
-  /** Whether the view shows the page as a whole, and has not been moved since. */
-  #isFitted = false;
   #pastes = 0;
   #lastClip = "";
 
@@ -73,49 +77,8 @@ export class Editor {
     readonly pageId: string,
     readonly store: EditedProject,
     readonly storage: Pick<Storage, "getItem" | "setItem">,
-  ) {}
-
-  /** A point of the screen as one of the page. */
-  toPage(at: Point): Point {
-    const origin = this.origin();
-    return { x: (at.x - origin.x - this.pan.x) / this.zoom, y: (at.y - origin.y - this.pan.y) / this.zoom };
-  }
-
-  /** The page as a whole, with a margin. */
-  fit(): void {
-    if (!this.page) return;
-    const margin = Math.min(12, this.room.width / 20);
-    const fit = fitInto(this.page, { width: this.room.width - 2 * margin, height: this.room.height - 2 * margin });
-    this.zoom = Math.min(fit.scale, 1);
-    this.pan = {
-      x: (this.room.width - this.page.width * this.zoom) / 2,
-      y: (this.room.height - this.page.height * this.zoom) / 2,
-    };
-    this.#isFitted = true;
-  }
-
-  /** Another room on the screen: a page that was shown as a whole still is, otherwise what was in the middle stays. */
-  resize(room: { width: number; height: number }): void {
-    const isFitted = this.#isFitted;
-    if (!isFitted) this.panBy((room.width - this.room.width) / 2, (room.height - this.room.height) / 2);
-    this.room = room;
-    if (isFitted) this.fit();
-  }
-
-  /** Another zoom; what lies under that point of the canvas stays there. */
-  zoomTo(zoom: number, at: Point = { x: this.room.width / 2, y: this.room.height / 2 }): void {
-    const next = Math.min(zooms.most, Math.max(zooms.least, zoom));
-    this.pan = {
-      x: at.x - ((at.x - this.pan.x) * next) / this.zoom,
-      y: at.y - ((at.y - this.pan.y) * next) / this.zoom,
-    };
-    this.zoom = next;
-    this.#isFitted = false;
-  }
-
-  panBy(dx: number, dy: number): void {
-    this.pan = { x: this.pan.x + dx, y: this.pan.y + dy };
-    this.#isFitted = false;
+  ) {
+    super();
   }
 
   /** Selects components, and with each of them its whole group. */
@@ -155,7 +118,14 @@ export class Editor {
 
   /** Changes the page, in one step; with the same tag in a row, all in one. */
   changePage(change: (page: Page) => Page, tag = ""): void {
-    this.store.change(withPage(this.store.project, this.pageId, change), tag);
+    this.store.change(this.#changed(change), tag);
+  }
+
+  #changed(change: (page: Page) => Page): Project {
+    const { isOnPhone } = this;
+    return withPage(this.store.project, this.pageId, (page) =>
+      isOnPhone ? changedOnPhone(page, change) : change(page),
+    );
   }
 
   /** Changes components by their ids. */
@@ -209,7 +179,7 @@ export class Editor {
       ? at
       : at
         ? { x: this.#snap(at.x - fresh.width / 2), y: this.#snap(at.y - fresh.height / 2) }
-        : freePlace(fresh, this.#seen(), this.components, this.snapsToGrid ? this.grid : 1);
+        : freePlace(fresh, this.seen(), this.components, this.snapsToGrid ? this.grid : 1);
     const isUpright = fresh.type === "slider" && drawn && at.height > at.width;
     const component = { ...fresh, ...place, ...(isUpright && { vertical: true }) };
     this.store.endStep();
@@ -234,17 +204,6 @@ export class Editor {
     return this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value);
   }
 
-  /** The part of the page that is seen; all of it while none is. */
-  #seen(): Box {
-    const { width, height } = this.page ?? this.room;
-    const left = Math.max(0, -this.pan.x / this.zoom);
-    const top = Math.max(0, -this.pan.y / this.zoom);
-    const right = Math.min(width, (this.room.width - this.pan.x) / this.zoom);
-    const bottom = Math.min(height, (this.room.height - this.pan.y) / this.zoom);
-    if (right <= left || bottom <= top) return { x: 0, y: 0, width, height };
-    return { x: left, y: top, width: right - left, height: bottom - top };
-  }
-
   remove(): void {
     const gone = new Set(this.movable.map((one) => one.id));
     if (gone.size === 0) return;
@@ -266,7 +225,7 @@ export class Editor {
 
   #insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: Interactions): void {
     this.store.endStep();
-    const next = withPage(this.store.project, this.pageId, (page) => ({
+    const next = this.#changed((page) => ({
       ...page,
       components: [...page.components, ...components],
     }));

@@ -5,8 +5,8 @@ import type { Editor } from "./editor.svelte.ts";
 const ofCommands: readonly ProblemKind[] = ["noCommand", "lostInterface", "badContent"];
 
 /** Leads to what a problem is about: on this page at once, on another after that one was opened. */
-export function jumpTo(editor: Editor, { kind, pageId, componentId }: Problem, route: Route): void {
-  const lead: Lead = { componentId, tab: ofCommands.includes(kind) ? "commands" : "look" };
+export function jumpTo(editor: Editor, { kind, pageId, componentId, isOnPhone }: Problem, route: Route): void {
+  const lead: Lead = { componentId, isOnPhone, tab: ofCommands.includes(kind) ? "commands" : "look" };
   if (pageId === editor.pageId) return show(editor, lead);
   route.go("edit", pageId);
   route.awaited = lead;
@@ -19,6 +19,10 @@ export function arrive(editor: Editor, route: Route): void {
 }
 
 function show(editor: Editor, lead: Lead): void {
+  if (lead.isOnPhone !== undefined && lead.isOnPhone !== editor.isOnPhone) {
+    editor.wantsPhone = lead.isOnPhone;
+    editor.fit();
+  }
   const component = editor.components.find((one) => one.id === lead.componentId);
   if (lead.tab) editor.asked = lead;
   if (!component) return editor.select([]);

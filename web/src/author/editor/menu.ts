@@ -3,6 +3,7 @@ import { ta } from "../../i18n/author.ts";
 import type { Point } from "../../model/geometry.ts";
 import { alignmentIcons } from "./alignmentIcons.ts";
 import type { Editor } from "./editor.svelte.ts";
+import { setHidden } from "./phone.ts";
 
 export interface MenuItem {
   readonly label: string;
@@ -34,6 +35,7 @@ export function menuOf(editor: Editor, at: Point): MenuItem[] {
     ...paste,
     { label: ta("keyDuplicate"), run: () => editor.duplicate() },
     { label: ta("keyDelete"), run: () => editor.remove() },
+    ...(editor.isOnPhone ? [{ label: ta("hideOnPhone"), run: () => setHidden(editor, editor.selection, true) }] : []),
     ...orders.map((order, index) => ({
       label: ta(words[order]),
       run: () => editor.order(order),

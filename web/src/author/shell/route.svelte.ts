@@ -8,6 +8,8 @@ export type Screen = (typeof screens)[number];
 export interface Lead {
   /** 0: the page itself. */
   readonly componentId: number;
+  /** Whether it is shown in the layout for phones; without it, in the layout that is shown. */
+  readonly isOnPhone?: boolean | undefined;
   /** What the inspector shows of it; without it what the author has chosen. */
   readonly tab?: "look" | "commands" | undefined;
   /** Whose commands are shown. */

@@ -50,6 +50,8 @@ export const toolIcons = {
   spreadY: "M3 4h18M3 20h18M8 9h8v6H8z",
   front: "M9 9h11v11H9zM15 6V4H4v11h2",
   back: "M4 4h11v11H4zM18 9h2v11H9v-2",
+  screen: "M3 5h18v11H3zM9 20h6M12 16v4",
+  phone: "M7 3h10v18H7zM11 18h2",
   panelLeft: "M4 5h16v14H4zM9 5v14",
   panelRight: "M4 5h16v14H4zM15 5v14",
   tools: "M4 6h10M18 6h2M4 12h4M12 12h8M4 18h12M20 18h0M16 4v4M10 10v4M18 16v4",

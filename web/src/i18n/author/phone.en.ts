@@ -3,6 +3,7 @@ export const phoneEn = {
   phoneLayout: "Phone layout",
   wide: "Layout for large screens",
   addPhone: "Add a layout for phones",
+  editPhone: "Edit the layout for phones",
   addPhoneHint: "A phone held upright shows the page with other places and sizes of its components.",
   arrangeAnew: "Arrange anew",
   removePhone: "Remove it",

@@ -5,6 +5,7 @@ export const phoneZh: Record<keyof typeof phoneEn, string> = {
   phoneLayout: "手机布局",
   wide: "大屏布局",
   addPhone: "添加手机布局",
+  editPhone: "编辑手机布局",
   addPhoneHint: "竖屏手机可为同一页面的组件使用另外的位置和大小。",
   arrangeAnew: "重新排列",
   removePhone: "移除",
