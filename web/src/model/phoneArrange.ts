@@ -7,8 +7,8 @@ import { type PhoneLayout, type PhonePlace, phoneGap, phoneScreen } from "./phon
 /** Least width of each type in px; more of them do not stand in one line. */
 const leastWidths: Record<ComponentType, number> = {
   button: 80,
-  switch: 140,
-  slider: 170,
+  switch: 200,
+  slider: 200,
   text: 70,
   image: 60,
   link: 80,
