@@ -85,16 +85,16 @@ export function findProblems(
         componentId: component.id,
       })),
     );
-    return [...ofPage, ...ofComponents, ...problemsOnPhone(page)];
+    return [...ofPage, ...ofComponents, ...problemsOnPhone(page, isCut)];
   });
 }
 
-function problemsOnPhone(page: Page): Problem[] {
+function problemsOnPhone(page: Page, isCut: (one: Component) => boolean): Problem[] {
   if (!page.phone) return [];
   const shown = onPhone(page);
   const scale = Math.min(1, fitInto(shown, phoneScreen).scale);
   return shown.components.flatMap((component) =>
-    misplaced(component, shown, scale).map((kind) => ({
+    [...misplaced(component, shown, scale), ...(isCut(component) ? (["cutText"] as const) : [])].map((kind) => ({
       kind,
       pageId: page.id,
       componentId: component.id,

@@ -1,7 +1,6 @@
 /** What an author does with the layout for phones of the edited page; each is a step that can be undone. */
 import { sameJson } from "../../model/json.ts";
 import type { Page } from "../../model/layout.ts";
-import { arrangedForPhone } from "../../model/phoneArrange.ts";
 import { withHidden, withoutPhone } from "../../model/phoneEdit.ts";
 import { withPage } from "../../model/project.ts";
 import type { Editor } from "./editor.svelte.ts";
@@ -13,14 +12,15 @@ function change(editor: Editor, change: (page: Page) => Page): void {
 }
 
 /** Shows one of the two layouts. Without a layout for phones, one is proposed. */
-export function showLayout(editor: Editor, isOnPhone: boolean): void {
-  if (isOnPhone && !editor.bothLayouts?.phone) arrange(editor);
+export async function showLayout(editor: Editor, isOnPhone: boolean): Promise<void> {
+  if (isOnPhone && !editor.bothLayouts?.phone) await arrange(editor);
   editor.wantsPhone = isOnPhone;
   editor.select([]);
 }
 
 /** Gives the page the layout for phones that is proposed for it. */
-export function arrange(editor: Editor): void {
+export async function arrange(editor: Editor): Promise<void> {
+  const { arrangedForPhone } = await import("../../model/phoneArrange.ts");
   change(editor, (page) => {
     const phone = arrangedForPhone(page);
     return sameJson(phone, page.phone) ? page : { ...page, phone };
@@ -29,7 +29,7 @@ export function arrange(editor: Editor): void {
 
 export function removeLayout(editor: Editor): void {
   change(editor, withoutPhone);
-  showLayout(editor, false);
+  void showLayout(editor, false);
 }
 
 /** Hides components on phones, or shows them there again. */
