@@ -174,6 +174,13 @@ describe("files", () => {
   });
 });
 
+it("no sentence of a screen hides that of another under the same key", () => {
+  const screens = import.meta.glob<Record<string, object>>("../../src/i18n/author/*.en.ts", { eager: true });
+  const keys = Object.values(screens).flatMap((file) => Object.values(file).flatMap((texts) => Object.keys(texts)));
+  expect(keys.filter((key, index) => keys.indexOf(key) !== index)).toEqual([]);
+  expect(new Set(keys)).toEqual(new Set(Object.keys(authorEn)));
+});
+
 it.each([
   ["panel", panelEn, panelZh],
   ["author", authorEn, authorZh],

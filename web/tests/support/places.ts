@@ -73,6 +73,7 @@ export const places: readonly Place[] = [
   ],
   ["keys", "#/edit/p-hall", (page) => page.keyboard.press("?")],
   ["page-new", "#/pages", click(".head .primary", 0, "dialog")],
+  ["themes", "#/pages", click(".head .button", 2, "dialog")],
   [
     "import",
     "#/pages",
@@ -89,6 +90,7 @@ export const places: readonly Place[] = [
   ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
+  ["phone-layout", "#/edit/p-hall", (page) => page.locator(".toolbar .icon-button").nth(2).click()],
   ["panel", "#/panel/p-hall"],
   ["panel-failed", "#/panel/p-hall", click(".part.is-switch", 0, ".message")],
   ["panel-confirm", "#/panel/p-hall", click(".part.is-button", 1, "dialog")],
