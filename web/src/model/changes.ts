@@ -5,7 +5,7 @@ import type { Project } from "./project.ts";
 
 export type Change =
   | { readonly kind: "added" | "removed" | "page" | "commands"; readonly page: Page }
-  | { readonly kind: "materials" | "devices" | "options" };
+  | { readonly kind: "materials" | "devices" | "blocks" | "options" };
 
 /** Each page once: with the commands alone when nothing else of it differs. */
 export function changesBetween(before: Project, after: Project): Change[] {
@@ -22,6 +22,7 @@ export function changesBetween(before: Project, after: Project): Change[] {
   for (const page of before.layout.pages) if (!fresh.has(page.id)) changes.push({ kind: "removed", page });
   if (differ(before.materials, after.materials)) changes.push({ kind: "materials" });
   if (differ(before.layout.devices, after.layout.devices)) changes.push({ kind: "devices" });
+  if (differ(before.layout.blocks, after.layout.blocks)) changes.push({ kind: "blocks" });
   if (differ(optionsOf(before), optionsOf(after))) changes.push({ kind: "options" });
   return changes;
 }
@@ -34,7 +35,7 @@ export function isOnPage(changes: readonly Change[], pageId: string): boolean {
 const pagesOf = ({ layout }: Project) => new Map(layout.pages.map((page) => [page.id, page]));
 
 /** What the layout says of all pages: which are shared by both, in which order, where a panel starts. */
-function optionsOf({ layout: { pages: _, devices: __, ...rest } }: Project): object {
+function optionsOf({ layout: { pages: _, devices: __, blocks: ___, ...rest } }: Project): object {
   return rest;
 }
 

@@ -9,8 +9,8 @@ export function newComponentId(): number {
   return value & 0x7fffffff || 1;
 }
 
-/** Id of a page, a material or a group: a letter for the kind, then ten characters. */
-export function newId(kind: "p" | "m" | "g" | "t"): string {
+/** Id of a page, a material, a group or a block: a letter for the kind, then ten characters. */
+export function newId(kind: "p" | "m" | "g" | "t" | "b"): string {
   const values = crypto.getRandomValues(new Uint8Array(10));
   return kind + [...values].map((value) => (value % 36).toString(36)).join("");
 }

@@ -2,6 +2,7 @@
  * The layout document: pages and the components on them. The server stores it unchanged; its format belongs to this
  * application. `readLayout` is the only way in, so that the rest can trust every field.
  */
+import type { Block } from "./readBlocks.ts";
 import type { DeviceList } from "./devices.ts";
 import { newComponentId, newId } from "./ids.ts";
 import { defaultOptions, type PanelOptions } from "./panelOptions.ts";
@@ -179,6 +180,8 @@ export interface Layout {
   readonly theme?: ProjectTheme;
   /** Colours of the project, #rrggbb or #rrggbbaa; absent: none. */
   readonly palette?: readonly string[];
+  /** The author's own blocks; absent: none. */
+  readonly blocks?: readonly Block[];
 }
 
 export const emptyLayout: Layout = { startPage: "", pages: [], panel: defaultOptions };

@@ -72,7 +72,7 @@ export function dataSize(data: string): number {
   return Math.max(0, (text.length * 3) / 4 - padding);
 }
 
-/** How often each material is used, by its id: the theme, page backgrounds and both looks of the components. */
+/** How often each material is used, by its id: the theme, page backgrounds and both looks of components, also in own blocks. */
 export function materialUses(layout: Layout): Map<string, number> {
   const uses = new Map<string, number>();
   const count = (id: string) => id && uses.set(id, (uses.get(id) ?? 0) + 1);
@@ -80,6 +80,9 @@ export function materialUses(layout: Layout): Map<string, number> {
   for (const page of layout.pages) {
     count(page.material);
     for (const look of page.components.flatMap(looksOf)) count(look.material);
+  }
+  for (const block of layout.blocks ?? []) {
+    for (const look of block.components.flatMap(looksOf)) count(look.material);
   }
   return uses;
 }

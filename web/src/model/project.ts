@@ -4,7 +4,8 @@ import { type Command, type ComponentCommands, type Interactions, writeInteracti
 import { type Material, writeMaterials } from "./materials.ts";
 import { sameJson } from "./json.ts";
 import { withoutStrayPlaces } from "./phoneLayout.ts";
-import { isRefused, readLayout, writeLayout } from "./readLayout.ts";
+import { isRefused } from "./readLayout.ts";
+import { readWholeLayout, writeLayout } from "./wholeLayout.ts";
 
 export interface Project {
   readonly layout: Layout;
@@ -25,7 +26,7 @@ export function writeProject(project: Project): { layout: object; interactions: 
 
 /** The project as this version reads it, when another version may have kept it: with the fields that it knows. */
 export function asRead(project: Project): Project {
-  const layout = readLayout(writeLayout(project.layout));
+  const layout = readWholeLayout(writeLayout(project.layout));
   return isRefused(layout) ? project : { ...project, layout };
 }
 

@@ -1,4 +1,4 @@
-/** Reading and writing of the layout document. */
+/** Reading of what a panel shows of the layout document; see wholeLayout.ts for the rest. */
 import {
   alignments,
   clockForms,
@@ -32,7 +32,7 @@ import { readPhone } from "./phoneLayout.ts";
 import { readProjectTheme } from "./projectTheme.ts";
 import { asArray, asChoice, asNumber, asObject, asText, isObject, type JsonObject } from "./json.ts";
 
-const form = "control pages";
+export const layoutForm = "control pages";
 
 /** Why a stored document can't be used: a newer version of this application wrote it, or another program. */
 export type Refusal = { refused: "newer"; version: number } | { refused: "foreign" };
@@ -48,10 +48,10 @@ export function refusal(value: unknown, expectedForm: string, version: number): 
   return found > version ? { refused: "newer", version: found } : undefined;
 }
 
-/** The layout in a stored document; without a document, an empty layout. */
+/** The layout in a stored document, without the author's own blocks; without a document, an empty layout. */
 export function readLayout(value: unknown): Layout | Refusal {
   if (value === undefined || value === null) return emptyLayout;
-  const refused = refusal(value, form, layoutVersion);
+  const refused = refusal(value, layoutForm, layoutVersion);
   if (refused) return refused;
   const document = asObject(value);
   const pageIds = new Set<string>();
@@ -77,10 +77,6 @@ export function readLayout(value: unknown): Layout | Refusal {
     ...(theme && { theme }),
     ...(palette.length && { palette }),
   };
-}
-
-export function writeLayout(layout: Layout): object {
-  return { form, version: layoutVersion, ...layout };
 }
 
 /** A page in a document or an exported file. Components whose id is taken already are left out. */

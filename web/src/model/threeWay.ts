@@ -1,8 +1,10 @@
 /**
  * Joins what two authors have made of a common state. What only one of them has changed is taken; what both have
  * changed differently is a clash, which the author decides. Parts are compared by their ids: fields of the project,
- * pages, components with their commands, materials.
+ * pages, components with their commands, own blocks, materials.
  */
+import { withBlocks } from "./blocks.ts";
+import type { Block } from "./readBlocks.ts";
 import { commandLists, type ComponentCommands, type Interactions } from "./interactions.ts";
 import type { Component, Page } from "./layout.ts";
 import { sameJson } from "./json.ts";
@@ -57,12 +59,15 @@ class Merger {
 
   project(base: Project, mine: Project, theirs: Project): Project {
     const of = part("project");
-    const layout = this.#fields(base.layout, mine.layout, theirs.layout, of, ["pages", "panel"]);
+    const layout = this.#fields(base.layout, mine.layout, theirs.layout, of, ["pages", "panel", "blocks"]);
     const panel = this.#fields(base.layout.panel, mine.layout.panel, theirs.layout.panel, of, []);
     const sheets = merge3(sheetsOf(base), sheetsOf(mine), sheetsOf(theirs), (one) => one.id, this.#sheet);
     const material = (...three: Three<Project["materials"][number]>) =>
       this.#pick(...three, part("material", { materialId: known(three).id }));
     const materials = merge3(base.materials, mine.materials, theirs.materials, (one) => one.id, material);
+    const block = (...three: Three<Block>) => this.#pick(...three, of);
+    const [from, own, others] = [base, mine, theirs].map((one) => one.layout.blocks ?? []);
+    const blocks = merge3(from!, own!, others!, (one) => one.id, block);
     const interactions: Record<number, ComponentCommands> = {};
     for (const { component, commands } of sheets.flatMap((sheet) => sheet.parts)) {
       if (commands) interactions[component.id] = commands;
@@ -71,7 +76,7 @@ class Merger {
       const components = parts.map((one) => one.component);
       return withoutStrayPlaces({ ...page, components, ...(phone && { phone }) });
     });
-    return { layout: { ...layout, pages, panel }, interactions, materials };
+    return { layout: withBlocks({ ...layout, pages, panel }, blocks), interactions, materials };
   }
 
   readonly #sheet = (...three: Three<Sheet>): Sheet | undefined => {

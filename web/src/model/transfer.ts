@@ -1,13 +1,15 @@
 /** Export and import of everything, or of one page, as one file. */
 import { copyPage, emptyLayout, isActive, looksOf, type Page } from "./layout.ts";
-import { type Interactions, interfaceUses, mapCommands, readInteractions, writeInteractions } from "./interactions.ts";
+import { type Interactions, interfaceUses, readInteractions, writeInteractions } from "./interactions.ts";
 import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
 import { withDevices, withMissingDevices } from "./devices.ts";
+import { fittedCommands } from "./fitCommands.ts";
 import type { Lock } from "./lock.ts";
 import { withLock } from "./panelOptions.ts";
 import { asArray, asObject } from "./json.ts";
 import { type Material, readMaterials, writeMaterials } from "./materials.ts";
-import { isRefused, readLayout, refusal, type Refusal, writeLayout } from "./readLayout.ts";
+import { isRefused, refusal, type Refusal } from "./readLayout.ts";
+import { readWholeLayout, writeLayout } from "./wholeLayout.ts";
 import { type Project, retarget, withCopiedCommands, withPages } from "./project.ts";
 
 const form = "control project";
@@ -80,7 +82,7 @@ export function readTransfer(text: string): Transfer | Refusal {
   const refused = refusal(value, form, transferVersion);
   if (refused) return refused;
   const document = asObject(value);
-  const layout = readLayout(document["layout"]);
+  const layout = readWholeLayout(document["layout"]);
   if (isRefused(layout)) return layout;
   const materials = readMaterials(document["materials"]);
   if (isRefused(materials)) return materials;
@@ -98,18 +100,16 @@ export function missingInterfaces(transfer: Transfer, here: readonly Interface[]
 }
 
 /**
- * The project after an import. Commands are assigned to this server's interfaces of the same names. Commands without
- * one keep a node id that nobody has (a negative one), so that the problems list shows them.
+ * The project after an import. Commands are assigned to this server's interfaces of the same names. Blocks come
+ * with a whole project and replace the ones here; their commands are assigned when a block is put on a page.
  */
 export function imported(project: Project, transfer: Transfer, here: readonly Interface[]): Project {
-  const idsHere = new Map(here.map((one) => [interfaceName(one), one]));
   const namesThere = new Map(transfer.interfaces.map((one) => [one.nodeId, interfaceName(one)]));
-  const interactions = mapCommands(transfer.project.interactions, (command) => {
-    const name = namesThere.get(command.portIndex) ?? command.interfaceName;
-    const found = idsHere.get(name);
-    if (!found) return { ...command, portIndex: -Math.abs(command.portIndex) || -1, interfaceName: name };
-    return { ...command, portIndex: found.nodeId, controlType: found.controlType, interfaceName: name };
-  });
+  const interactions = fittedCommands(
+    transfer.project.interactions,
+    here,
+    (command) => namesThere.get(command.portIndex) ?? command.interfaceName,
+  );
   const content = { ...transfer.project, interactions };
   return transfer.scope === "project"
     ? withLockOf(content, project.layout.panel.lock)

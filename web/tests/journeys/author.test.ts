@@ -248,7 +248,7 @@ describe("the editor", () => {
     await page.getByLabel("Page", { exact: true }).selectOption("Lobby");
     await page.locator("[data-canvas]").focus();
     await page.keyboard.press("Control+V");
-    await page.locator(".part").nth(1).waitFor();
+    await page.locator(".sheet .part").nth(1).waitFor();
     await save(page);
     const [from, to] = (await host.read("getPageLayoutInfo")).pages;
     expect(to?.components).toHaveLength(2);

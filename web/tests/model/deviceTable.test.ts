@@ -3,7 +3,8 @@ import { decodeTable, readTable, type TableRow, writeTable } from "../../src/mod
 import { type DeviceCommand, withDeviceCommands, withRenamedDevice } from "../../src/model/devices.ts";
 import { type ColumnRole, guessColumns, readRows, writeDeviceTable } from "../../src/model/deviceTable.ts";
 import { newNetInfo } from "../../src/model/interfaces.ts";
-import { readLayout, writeLayout } from "../../src/model/readLayout.ts";
+import { readLayout } from "../../src/model/readLayout.ts";
+import { writeLayout } from "../../src/model/wholeLayout.ts";
 import { imported, readTransfer, type Transfer, writeTransfer } from "../../src/model/transfer.ts";
 import { sampleProject } from "../support/projects.ts";
 

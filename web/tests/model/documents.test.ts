@@ -17,7 +17,8 @@ import { readMaterials } from "../../src/model/materials.ts";
 import { pageToShow } from "../../src/model/navigation.ts";
 import { findProblems } from "../../src/model/problems.ts";
 import { emptyProject, type Project, writeProject } from "../../src/model/project.ts";
-import { isRefused, readLayout, writeLayout } from "../../src/model/readLayout.ts";
+import { isRefused, readLayout } from "../../src/model/readLayout.ts";
+import { writeLayout } from "../../src/model/wholeLayout.ts";
 import { imported, missingInterfaces, readTransfer, type Transfer, writeTransfer } from "../../src/model/transfer.ts";
 import { command } from "../support/projects.ts";
 

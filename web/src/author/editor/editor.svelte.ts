@@ -38,8 +38,8 @@ export class Editor extends CanvasView {
   /** Distances that are equal at the place to which the selection is dragged. */
   gaps = $state.raw<readonly Gap[]>([]);
   marquee = $state.raw<Box | undefined>();
-  /** A component that is being dragged from the palette, in px of the screen. */
-  ghost = $state.raw<(Point & { type: ComponentType }) | undefined>();
+  /** What is being dragged from the palette: its middle in px of the screen, its size in px of the page. */
+  ghost = $state.raw<(Box & { readonly icon: string }) | undefined>();
   /** The kind that the next drag on the page draws. */
   armed = $state.raw<ComponentType | undefined>();
   /** Id of the component that was added last, as long as nothing else was done: typing writes its text. */
@@ -178,7 +178,7 @@ export class Editor extends CanvasView {
     const place = drawn
       ? at
       : at
-        ? { x: this.#snap(at.x - fresh.width / 2), y: this.#snap(at.y - fresh.height / 2) }
+        ? { x: this.snap(at.x - fresh.width / 2), y: this.snap(at.y - fresh.height / 2) }
         : freePlace(fresh, this.seen(), this.components, this.snapsToGrid ? this.grid : 1);
     const isUpright = fresh.type === "slider" && drawn && at.height > at.width;
     const component = { ...fresh, ...place, ...(isUpright && { vertical: true }) };
@@ -200,7 +200,7 @@ export class Editor extends CanvasView {
     this.armed = isSame ? undefined : type;
   }
 
-  #snap(value: number): number {
+  snap(value: number): number {
     return this.snapsToGrid ? Math.round(value / this.grid) * this.grid : Math.round(value);
   }
 
@@ -216,14 +216,15 @@ export class Editor extends CanvasView {
   duplicate(by: Point = { x: copyShift, y: copyShift }, of: readonly Component[] = this.selected): void {
     if (of.length === 0) return;
     const { components, ids } = copyComponents(of);
-    this.#insert(
+    this.insert(
       components.map((one) => ({ ...one, x: one.x + by.x, y: one.y + by.y, locked: false })),
       ids,
       this.store.project.interactions,
     );
   }
 
-  #insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: Interactions): void {
+  /** Adds these components with the commands of those that they are copies of, in one step; and selects them. */
+  insert(components: readonly Component[], ids: ReadonlyMap<number, number>, from: Interactions): void {
     this.store.endStep();
     const next = this.#changed((page) => ({
       ...page,
@@ -275,8 +276,8 @@ export class Editor extends CanvasView {
     this.#lastClip = source;
     const { components, ids } = pasted(clip, at ? 0 : this.#pastes * copyShift);
     const from = at && boxAround(components);
-    const by = from ? { x: this.#snap(at.x) - from.x, y: this.#snap(at.y) - from.y } : { x: 0, y: 0 };
-    this.#insert(
+    const by = from ? { x: this.snap(at.x) - from.x, y: this.snap(at.y) - from.y } : { x: 0, y: 0 };
+    this.insert(
       components.map((one) => ({ ...one, x: one.x + by.x, y: one.y + by.y })),
       ids,
       clip.interactions,

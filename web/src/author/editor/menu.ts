@@ -12,8 +12,11 @@ export interface MenuItem {
   readonly isFirst?: boolean;
 }
 
-/** @param at  where the menu was opened, in px of the page: there the clipboard is pasted */
-export function menuOf(editor: Editor, at: Point): MenuItem[] {
+/**
+ * @param at  where the menu was opened, in px of the page: there the clipboard is pasted
+ * @param saveBlock  asks for the name under which the selection is kept as a block
+ */
+export function menuOf(editor: Editor, at: Point, saveBlock: () => void): MenuItem[] {
   const paste = editor.canPaste ? [{ label: ta("pasteHere"), run: () => void editor.paste("", at) }] : [];
   if (editor.selected.length === 0) return [...paste, { label: ta("keyAll"), run: () => editor.selectAll() }];
   const orders = ["front", "forward", "backward", "back"] as const;
@@ -34,6 +37,7 @@ export function menuOf(editor: Editor, at: Point): MenuItem[] {
     { label: ta("keyCopy"), run: () => void editor.copy(false) },
     ...paste,
     { label: ta("keyDuplicate"), run: () => editor.duplicate() },
+    { label: ta("saveBlock"), run: saveBlock },
     { label: ta("keyDelete"), run: () => editor.remove() },
     ...(editor.isOnPhone ? [{ label: ta("hideOnPhone"), run: () => setHidden(editor, editor.selection, true) }] : []),
     ...orders.map((order, index) => ({

@@ -4,7 +4,8 @@ import { type Command, readInteractions, writeCommand } from "../../model/intera
 import { asArray, asObject, isObject, sameJson } from "../../model/json.ts";
 import { readMaterials } from "../../model/materials.ts";
 import { emptyProject, type Project, writeProject } from "../../model/project.ts";
-import { isRefused, readLayout, type Refusal } from "../../model/readLayout.ts";
+import { isRefused, type Refusal } from "../../model/readLayout.ts";
+import { readWholeLayout } from "../../model/wholeLayout.ts";
 
 /** The calls that read and write the documents. */
 export type DocumentServer = Pick<
@@ -35,7 +36,7 @@ export function readProject(
   materialsDocument: unknown,
   interactions: unknown,
 ): Project | Refusal {
-  const layout = readLayout(layoutDocument);
+  const layout = readWholeLayout(layoutDocument);
   if (isRefused(layout)) return layout;
   const materials = readMaterials(materialsDocument);
   if (isRefused(materials)) return materials;

@@ -1,0 +1,40 @@
+import { afterAll, beforeAll, expect, it } from "vitest";
+import type { Browser } from "playwright-core";
+import { writeProject } from "../../src/model/project.ts";
+import { newPage as newLayoutPage } from "../../src/model/layout.ts";
+import { newPage, save, startBrowser } from "../support/browser.ts";
+import { TcpDevice } from "../support/equipment.ts";
+import { Host } from "../support/host.ts";
+import { command, sampleProject } from "../support/projects.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser()));
+afterAll(() => browser.close());
+
+it("a block brings its command to another page, and from there to the device", async () => {
+  await using host = await Host.start();
+  await using device = await TcpDevice.start();
+  await host.addTcp("projector", device.port);
+  const project = sampleProject();
+  const stage = { ...newLayoutPage("Stage"), id: "stage" };
+  const pages = [...project.layout.pages, stage];
+  const sent = { 1: { triggers: { click: [{ ...command(1, "PWR ON"), interfaceName: "projector" }] } } };
+  const stored = writeProject({ ...project, layout: { ...project.layout, pages }, interactions: sent });
+  await host.post("setCentralControlWebLayout", { data: stored.layout });
+  await host.post("updateComponentInteraction", { data: stored.interactions });
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/edit/hall`);
+  await page.locator(".sheet .part", { hasText: "B1" }).click({ button: "right", force: true });
+  await page.getByRole("menuitem", { name: "Save as block…" }).click();
+  await page.getByRole("dialog").getByLabel("Name of the block").fill("Power on");
+  await page.getByRole("dialog").getByRole("button", { name: "OK" }).click();
+  await page.getByText("The block “Power on” is in the palette.").waitFor();
+  await page.getByLabel("Page", { exact: true }).selectOption("Stage");
+  await page.getByRole("button", { name: "Power on", exact: true }).click();
+  await page.locator(".sheet .part", { hasText: "B1" }).waitFor();
+  await save(page);
+  await page.goto(`${host.url}/#/panel/stage`);
+  await page.getByRole("button", { name: "B1" }).click();
+  await device.has("PWR ON");
+  expect(errors).toEqual([]);
+});
