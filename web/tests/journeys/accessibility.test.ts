@@ -1,4 +1,4 @@
-import type { Browser } from "playwright-core";
+import type { Browser, Page } from "playwright-core";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import { axeFindings } from "../support/axe.ts";
 import { newPage, screens, startBrowser } from "../support/browser.ts";
@@ -36,16 +36,25 @@ const faulty: Place[] = [
   ],
 ];
 
+/** Columns, dialogs and screens that are wider than the room that they have. */
+function cutOff(page: Page): Promise<string[]> {
+  return page.evaluate(() =>
+    [...document.querySelectorAll("main, aside, dialog, dialog form, .screen")]
+      .filter((one) => one.scrollWidth > one.clientWidth + 1)
+      .map((one) => `${one.tagName}.${one.className} is cut off at the right`),
+  );
+}
+
 it.each([
   ["tablet", "light"],
   ["tablet", "dark"],
   ["phone", "light"],
-] as const)("axe finds nothing from moderate on up, on a %s in %s", async (size, theme) => {
+] as const)("axe finds nothing from moderate on up, and nothing is cut off, on a %s in %s", async (size, theme) => {
   const { page, context } = await newPage(browser, { ...screens[size], colorScheme: theme, reducedMotion: "reduce" });
   const found: string[] = [];
   for (const place of [...faulty, ...places]) {
     await goTo(place, page, host);
-    found.push(...(await axeFindings(page)).map((one) => `${place[0]}: ${one}`));
+    found.push(...[...(await axeFindings(page)), ...(await cutOff(page))].map((one) => `${place[0]}: ${one}`));
   }
   await context.close();
   expect(found).toEqual([]);
