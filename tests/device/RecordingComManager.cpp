@@ -2,6 +2,7 @@
 #include "tests/device/RecordingComManager.h"
 
 #include "platform/ComManager.h"
+#include "platform/PortReports.h"
 #include "platform/PortsTogether.h"
 #include "platform/VainWaits.h"
 #include "userdata/UserData.h"
@@ -84,4 +85,12 @@ void CComManager::DeleteUserTcp(SNetPortConfig& config) {
 
 void CComManager::DeleteAllConnect() {
     Record("DeleteAllConnect");
+}
+
+SPortReport ReportOfPort(const SNetPortConfig& /*record*/) {
+    return {};
+}
+
+SPortReport ReportOfPort(const SSerialPortConfig& /*record*/) {
+    return {};
 }
