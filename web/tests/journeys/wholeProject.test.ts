@@ -37,6 +37,8 @@ it("the commands of an interface are listed, lead to their components, and move 
   await page.getByRole("button", { name: "Matrix: 3 commands on 2 pages" }).click();
   await page.getByRole("button", { name: "Camera" }).click();
   await page.getByRole("heading", { name: "Button" }).waitFor();
+  // The list leads to the command, so the tab with it is open.
+  await page.getByRole("tab", { name: "Look" }).click();
   expect(await page.getByLabel("Text", { exact: true }).inputValue()).toBe("Camera");
   expect(errors).toEqual([]);
 });
