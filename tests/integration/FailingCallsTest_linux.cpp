@@ -150,6 +150,26 @@ TEST_P(Allocation, FailsDuringEachRequest) {
     EXPECT_EQ(host.Stop(), 0);
 }
 
+// The connections stay open, so that none can reuse what an earlier one has left.
+TEST_P(Allocation, FailsWhileABrowserConnects) {
+    FailingAllocations allocations(GetParam());
+    HostProcess host(allocations.Options());
+    host.Start();
+    ASSERT_TRUE(WaitUntil([&] { return IsUp(host); })) << "it answers before its start is over";
+    std::list<Socket> open;
+    bool reached = true;
+    for (std::int64_t left = 0; reached && left < 100; ++left) {
+        SCOPED_TRACE("after allocation " + std::to_string(left));
+        allocations.Arm(left);
+        open.push_back(Socket::Connect(host.HttpPort()));
+        reached = WaitUntil([&] { return allocations.WasReached(); }, milliseconds(200));
+        allocations.Disarm();
+        ASSERT_TRUE(host.Process().Running()) << host.Process().ErrorOutput();
+        ASSERT_TRUE(Serves(host)) << "no browser is accepted any more";
+    }
+    EXPECT_EQ(host.Stop(), 0);
+}
+
 TEST_P(Allocation, FailsWhileADeviceConnects) {
     FailingAllocations allocations(GetParam());
     HostProcess host(allocations.Options());

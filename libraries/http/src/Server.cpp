@@ -153,16 +153,45 @@ void Server::StopOnFirstLoop() {
     }
 }
 
+/**
+ * Belongs to a wait for a connection. When the wait ends without a word, which happens when no memory is
+ * left for the connection that has come, it makes the server accept again. Otherwise nobody would connect any
+ * more.
+ */
+class Server::AcceptGuard {
+  public:
+    explicit AcceptGuard(std::weak_ptr<Server> server) : m_server(std::move(server)) {}
+    ~AcceptGuard() {
+        if (const auto server = m_server.lock()) {
+            server->AcceptLater();
+        }
+    }
+    AcceptGuard(AcceptGuard&&) noexcept = default;
+    AcceptGuard(const AcceptGuard&) = delete;
+    AcceptGuard& operator=(const AcceptGuard&) = delete;
+    AcceptGuard& operator=(AcceptGuard&&) = delete;
+
+    /** The wait has told how it ended. */
+    void Release() { m_server.reset(); }
+
+  private:
+    std::weak_ptr<Server> m_server;
+};
+
 void Server::Accept() {
-    Insist([this] {
-        ServerLoop& loop = LeastLoaded();
+    ServerLoop& loop = LeastLoaded();
+    try {
         m_acceptor.async_accept(
-            loop.Context(), m_peer, [this, &loop](const error_code& error, Socket socket) {
+            loop.Context(), m_peer,
+            [this, &loop, guard = AcceptGuard(weak_from_this())](const error_code& error,
+                                                                 Socket socket) mutable {
+                guard.Release();
                 if (error != asio::error::operation_aborted) {
                     AcceptAll([&] { return Take(loop, error, std::move(socket), m_peer); });
                 }
             });
-    });
+    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the guard has done what is to do
+    }
 }
 
 template <typename First>

@@ -87,6 +87,8 @@ class Server : public std::enable_shared_from_this<Server> {
     bool IsGone() const { return m_gone; }
 
   private:
+    class AcceptGuard;
+
     void Accept();
 
     /**
