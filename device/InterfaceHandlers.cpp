@@ -2,6 +2,7 @@
 // stored only after the port has accepted it, so that a refused request leaves everything as it was.
 
 #include "config/JsonNumber.h"
+#include "device/InterfaceRecords.h"
 #include "device/PortContract.h"
 #include "platform/ComManager.h"
 #include "platform/GeneratorId.h"
@@ -11,55 +12,6 @@
 #include "userdata/UserData.h"
 
 namespace {
-
-/** Longest name of an interface in bytes; far more than a page can show. */
-constexpr std::size_t kLongestName = 4096;
-
-/** Reads a network interface from a request. @return false when it can't be stored */
-bool ReadNetPort(const nlohmann::json& info, SNetPortConfig& config, SRequestTrace& trace) {
-    if (!ParseNetPortRequest(info, config)) {
-        return false;
-    }
-    if (config.netPortName.size() > kLongestName) {
-        trace.detail = "the interface's name is too long";
-        return false;
-    }
-    return true;
-}
-
-/** Reads a serial interface from a request. @return false when it can't be stored */
-bool ReadSerialPort(const nlohmann::json& info, SSerialPortConfig& config, SRequestTrace& trace) {
-    if (!ParseSerialPortRequest(info, config)) {
-        return false;
-    }
-    if (config.comName.size() > kLongestName) {
-        trace.detail = "the interface's name is too long";
-        return false;
-    }
-    return true;
-}
-
-/** Closes the TCP connection of an abandoned record, unless an interface still has its end points. */
-void CloseIfUnused(SNetPortConfig& old) {
-    if (old.netMode != NetModeUdp && !CUserData::GetInstance().IsNetConfigDuplicate(old, false, 0)) {
-        CComManager::getInstance()->DeleteUserTcp(old);
-    }
-}
-
-/**
- * A node id for a new interface. An edit of an unknown id stores an interface under the client's id, which
- * the pool doesn't know: such an id is skipped.
- */
-int TakeNodeId() {
-    const CUserData& userData = CUserData::GetInstance();
-    SNetPortConfig netPort;
-    SSerialPortConfig serialPort;
-    int nodeId = 0;
-    do {
-        nodeId = CGeneratorId::getInstance()->GetId();
-    } while (userData.GetNetPortConfig(nodeId, netPort) || userData.GetSerialPortConfig(nodeId, serialPort));
-    return nodeId;
-}
 
 int AddNetPort(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
     const int nodeId = TakeNodeId();

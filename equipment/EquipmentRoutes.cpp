@@ -1,6 +1,7 @@
 #include "equipment/EquipmentRoutes.h"
 
 #include "equipment/InterfaceStates.h"
+#include "equipment/InterfaceStoring.h"
 #include "server/RouterMgr.h"
 #include "userdata/Document.h"
 #include "webapi/EntityTags.h"
@@ -21,6 +22,10 @@ int ListInterfaceStates(HttpRequest* request, HttpResponse* response) {
 
 }  // namespace
 
-const std::map<std::string, std::function<int(HttpRequest*, HttpResponse*)>> g_equipmentGetRoutes = {
+const EquipmentRoutes g_equipmentGetRoutes = {
     {"/api/equipment/interfaces", ListInterfaceStates},
+};
+
+const EquipmentRoutes g_equipmentPostRoutes = {
+    {"/api/equipment/store", StoreInterface},
 };

@@ -6,9 +6,13 @@
 
 #include <hv/HttpMessage.h>
 
-/**
- * The routes with the method GET that tell what the equipment does, path to handler. They are bound after
- * those of the system's own tables, and left out of the operation log, since browsers ask again and again.
- * Filled when the module is loaded and only read afterwards.
- */
-extern const std::map<std::string, std::function<int(HttpRequest*, HttpResponse*)>> g_equipmentGetRoutes;
+using EquipmentRoutes = std::map<std::string, std::function<int(HttpRequest*, HttpResponse*)>>;
+
+// The routes about the equipment, path to handler. They are bound after those of the system's own tables. The
+// tables are filled when the module is loaded and only read afterwards.
+
+/** With the method GET. They are left out of the operation log, since browsers ask again and again. */
+extern const EquipmentRoutes g_equipmentGetRoutes;
+
+/** With the method POST. They are writes like any other, with the same check. */
+extern const EquipmentRoutes g_equipmentPostRoutes;

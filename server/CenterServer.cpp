@@ -94,6 +94,10 @@ void CCenterServer::InitServer() {
     for (const auto& [path, handler] : g_equipmentGetRoutes) {
         m_httpService.GET(path.c_str(), handler);
     }
+    for (const auto& [path, handler] : g_equipmentPostRoutes) {
+        m_httpService.POST(path.c_str(), handler);
+        SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
+    }
     m_httpServer.service = &m_httpService;
     m_httpServer.port = m_config->http_port;
     m_httpServer.worker_threads = kHttpWorkerThreads;

@@ -56,4 +56,54 @@ TEST_F(Equipment, HasItsInterfacesReported) {
     EXPECT_GT(error.at("time"), 1'700'000'000'000);
 }
 
+TEST_F(Equipment, IsStoredWhileItIsAway) {
+    const int port = FreePort();
+    const auto store = [&](const std::string& kind, const json& info, int nodeId = 0) {
+        json data = {{"kind", kind}, {"info", info}};
+        if (nodeId != 0) {
+            data["nodeId"] = nodeId;
+        }
+        return json::parse(
+            browser.Http()
+                .Exchange(HttpClient::Request("POST", "/api/equipment/store", json{{"data", data}}.dump()))
+                .body);
+    };
+    const json lamp = Browser::NetInfo("Lamp", "TCP_Client", 0, port);
+    EXPECT_EQ(browser.AddNet("Lamp", "TCP_Client", 0, port), 30302);
+    const int stored = store("net", lamp).at("data").at("nodeId");
+    EXPECT_EQ(stored, States().at(0).at("nodeId"));
+    EXPECT_EQ(States().at(0).at("state"), "failed");
+    EXPECT_EQ(States().at(0).at("lastError").at("code"), 10061);
+
+    const json serial = {{"comName", "Relay"}, {"comPort", "COM250"}, {"parity", "None"},
+                         {"wordLength", 8},    {"stopBits", 1},       {"baudRate", 9600}};
+    EXPECT_EQ(store("serial", serial).at("code"), 20000);
+    json noPort = lamp;
+    noPort["netPortName"] = "Other";
+    noPort["dstPort"] = 70000;
+    const struct {
+        const char* what;
+        json reply;
+        int code;
+    } refusals[] = {
+        {"a name that is taken", store("net", Browser::NetInfo("Relay", "UDP", 0, 9)), 30304},
+        {"end points that are taken", store("net", Browser::NetInfo("Other", "TCP_Client", 0, port)), 30306},
+        {"an interface that is gone", store("net", lamp, 77), 30101},
+        {"no port at all", store("net", noPort), 30101},
+        {"half of the settings", store("serial", {{"comName", "Half"}}), 30101},
+        {"an unknown kind", store("modem", lamp), 30101},
+    };
+    for (const auto& [what, reply, code] : refusals) {
+        EXPECT_EQ(reply.at("code"), code) << what;
+        EXPECT_EQ(reply.at("message") == "", code != 30101) << what;
+    }
+    EXPECT_EQ(States().size(), 2U);
+
+    const TcpListener device;
+    EXPECT_EQ(store("net", Browser::NetInfo("Lamp", "TCP_Client", 0, device.Port()), stored).at("code"),
+              20000);
+    EXPECT_EQ(States().at(1).at("state"), "open");  // an edit goes to the end of the order
+    EXPECT_EQ(store("serial", serial, stored).at("code"), 30304);
+}
+
 }  // namespace
