@@ -53,9 +53,9 @@ int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, S
     return RouterMgr::Respond(response, atInit ? codes.atInit : codes.atSend, content, trace);
 }
 
-void ReopenNetPorts() {
-    const auto ports = CUserData::GetInstance().GetNetPortMap();
+void OpenNetPorts(const NetPortMap& ports) {
     try {
+        // NOLINTNEXTLINE(clang-analyzer-core.StackAddressEscape): the end of "together" puts back what was
         for (auto next = ports.begin(); next != ports.end();) {
             const CPortsTogether together;
             for (int i = 0; i < kMostAtOnce && next != ports.end(); ++i, ++next) {
@@ -68,4 +68,8 @@ void ReopenNetPorts() {
         RavLog::WriteSystemLog(RavLog::Error, "ports",
                                std::string("no port is opened before its first command: ") + error.what());
     }
+}
+
+void ReopenNetPorts() {
+    OpenNetPorts(CUserData::GetInstance().GetNetPortMap());
 }

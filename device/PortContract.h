@@ -2,6 +2,7 @@
 
 #include "platform/PortRecords.h"
 #include "server/RouterMgr.h"
+#include "userdata/InterfaceModel.h"
 
 /**
  * Whether an interface may have this name and these end points.
@@ -31,7 +32,11 @@ int RespondNetPortFailure(HttpResponse* response, EnNetMode mode, bool atInit, S
                           SRequestTrace& trace);
 
 /**
- * Opens the network ports of all saved interfaces, side by side, so that it takes only as long as the slowest
- * of them. A port that can't be opened is skipped; the first command to it tries again.
+ * Opens the network ports of these saved interfaces, side by side, so that it takes only as long as the
+ * slowest of them, 3 s at most. A port that can't be opened keeps its report; the first command to it tries
+ * again.
  */
+void OpenNetPorts(const NetPortMap& ports);
+
+/** As OpenNetPorts, for all saved interfaces. */
 void ReopenNetPorts();

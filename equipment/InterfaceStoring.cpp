@@ -4,8 +4,6 @@
 #include "device/InterfaceRecords.h"
 #include "device/PortContract.h"
 #include "equipment/Refusal.h"
-#include "platform/ComManager.h"
-#include "platform/PortsTogether.h"
 #include "userdata/UserData.h"
 
 #include <optional>
@@ -78,12 +76,6 @@ Record ReadRecord(const json& info, bool (*read)(const json&, Record&, SRequestT
     return config;
 }
 
-/** The device may be away: that shows in the state of the interface, not in the reply. */
-void TryToOpen(SNetPortConfig config) {
-    const CPortsTogether together;  // keeps the report of a port that fails
-    static_cast<void>(CComManager::getInstance()->InitNetSocket(config));
-}
-
 void Replace(std::int32_t nodeId, SFormer& former, const auto& store) {
     if (former.Exists()) {
         CUserData::GetInstance().RemoveInterface(nodeId, CUserData::RemovalReplaced);
@@ -109,7 +101,7 @@ json Store(json& body) {
         Check(CheckNetPortConflict(config, isEdit, edited));
         const std::int32_t nodeId = isEdit ? edited : TakeNodeId();
         Replace(nodeId, former, [&] { userData.SetNetPortConfig(nodeId, config); });
-        TryToOpen(config);
+        OpenNetPorts({{nodeId, config}});  // what comes of it is the interface's state
         return {{"nodeId", nodeId}};
     }
     if (data.at("kind") == "serial") {
