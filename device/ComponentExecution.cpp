@@ -1,4 +1,5 @@
 #include "config/JsonNumber.h"
+#include "device/ClickTimes.h"
 #include "device/PortContract.h"
 #include "platform/ComManager.h"
 #include "platform/ErrorTexts.h"
@@ -85,6 +86,18 @@ class CSendRun {
     bool m_wasHandedOver = false;
 };
 
+/** Notes how long it has lived. */
+class CClickTime {
+  public:
+    CClickTime() = default;
+    ~CClickTime() { ClickTimes().Note(std::chrono::steady_clock::now() - m_begin); }
+    CClickTime(const CClickTime&) = delete;
+    CClickTime& operator=(const CClickTime&) = delete;
+
+  private:
+    const std::chrono::steady_clock::time_point m_begin = std::chrono::steady_clock::now();
+};
+
 int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& trace) {
     const nlohmann::json data = std::move(body["data"]);
     if (!data.is_object() || !data.contains("interactionArr") || !data.contains("componentId")) {
@@ -106,7 +119,13 @@ int FireComponent(nlohmann::json& body, HttpResponse* response, SRequestTrace& t
 
 }  // namespace
 
+CHistogram& ClickTimes() {
+    static CHistogram times;
+    return times;
+}
+
 int RouterMgr::UseComponent(HttpRequest* request, HttpResponse* response) {
+    const CClickTime time;
     return HandleWrite(request, response, {.requiredKey = "data"},
                        [=](auto& body, auto& trace) { return FireComponent(body, response, trace); });
 }

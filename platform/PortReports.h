@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Histogram.h"
 #include "platform/PortRecords.h"
 
 #include <chrono>
@@ -30,6 +31,7 @@ struct SPortReport {
     std::uint64_t bytesIn = 0;         ///< received from devices
     std::uint64_t commandsOut = 0;     ///< commands that the system has taken whole
     std::uint64_t commandsFailed = 0;  ///< commands that could not be sent
+    STimes sendTimes;                  ///< of all commands, from the call to its result
     Time lastOut;                      ///< time of the last command that was sent
     Time lastIn;                       ///< time at which bytes came last
     int calls = 0;                     ///< calls that use the port now: commands that are sent or wait

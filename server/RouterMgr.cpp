@@ -7,6 +7,9 @@
 #include "server/ClientsManager.h"
 #include "server/LogText.h"
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <exception>
 #include <stdexcept>
 #include <utility>
@@ -17,6 +20,35 @@ namespace {
 constexpr std::size_t kCopiedAtMost = std::size_t{16} * 1024;
 
 constexpr const char* kJsonType = "application/json; charset=utf-8";
+
+struct SCodeCount {
+    int code;
+    std::atomic<std::uint64_t> count;
+};
+
+/** The last one is for all other numbers. */
+constinit std::array<SCodeCount, 14> g_replies{{
+    {CodeSuccess, 0},
+    {CodeNoConnection, 0},
+    {CodeBadRequest, 0},
+    {CodeSerialSendFailed, 0},
+    {CodeTcpSendFailed, 0},
+    {CodeUdpSendFailed, 0},
+    {CodeNothingSent, 0},
+    {CodeSerialCheckFailed, 0},
+    {CodeUdpInitFailed, 0},
+    {CodeTcpClientInitFailed, 0},
+    {CodeTcpServerInitFailed, 0},
+    {CodeNameTaken, 0},
+    {CodeDuplicateConfig, 0},
+    {0, 0},
+}};
+
+void CountReply(int code) {
+    const auto row = std::find_if(g_replies.begin(), g_replies.end() - 1,
+                                  [code](const SCodeCount& entry) { return entry.code == code; });
+    row->count.fetch_add(1, std::memory_order_relaxed);
+}
 
 std::string Joined(SEnvelopeFrame frame, const std::string& data) {
     std::string& text = frame.head;
@@ -45,7 +77,16 @@ SEnvelopeFrame RouterMgr::FrameEnvelope(int code, bool hasData, const std::strin
             ",\"message\":" + (message.empty() ? "\"\"" : nlohmann::json(message).dump()) + "}"};
 }
 
+std::map<int, std::uint64_t> RouterMgr::ReplyCounts() {
+    std::map<int, std::uint64_t> counts;
+    for (const SCodeCount& entry : g_replies) {
+        counts[entry.code] = entry.count.load(std::memory_order_relaxed);
+    }
+    return counts;
+}
+
 int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& content) {
+    CountReply(code);
     const std::string data = content.data.is_null() ? std::string() : content.data.dump();
     SEnvelopeFrame frame = FrameEnvelope(code, !data.empty(), content.message);
     response->SetHeader("Content-Type", kJsonType);
@@ -56,6 +97,7 @@ int RouterMgr::WriteEnvelope(HttpResponse* response, int code, SResponseData& co
 // A large text goes out as it is.
 int RouterMgr::RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace) {
     WriteOperationLog(trace.client, trace.path, FormatLogText(CodeSuccess, trace.detail));
+    CountReply(CodeSuccess);
     response->SetHeader("Content-Type", kJsonType);
     if (auto* envelope = std::get_if<SGzipEnvelope>(&content)) {
         response->SetHeader("Content-Encoding", "gzip");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <variant>
@@ -86,6 +88,11 @@ class RouterMgr {
 
     /** Logs the success of a request and writes its envelope, with an empty message. Returns 200. */
     static int RespondReady(HttpResponse* response, ReadyContent content, const SRequestTrace& trace);
+
+    /**
+     * How often each code has been sent since the start; other numbers count under 0. Any thread.
+     */
+    static std::map<int, std::uint64_t> ReplyCounts();
 
     /** The envelope without its data. @param hasData  whether there is data */
     static SEnvelopeFrame FrameEnvelope(int code, bool hasData, const std::string& message = {});

@@ -16,8 +16,9 @@ EnError CNetPort::FinishOpen(const SNetPortConfig& record, const SOpening& openi
 }
 
 EnError CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
+    const auto begin = Clock::now();
     const EnError error = Deliver(record, bytes);
-    m_tally.CountCommand(bytes.size(), error);
+    m_tally.CountCommand(bytes.size(), error, Clock::now() - begin);
     return error;
 }
 

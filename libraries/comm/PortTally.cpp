@@ -11,7 +11,8 @@ void CPortTally::Become(EnPortState state, EnError error) {
     NoteError(error);
 }
 
-void CPortTally::CountCommand(std::size_t bytes, EnError error) {
+void CPortTally::CountCommand(std::size_t bytes, EnError error, std::chrono::steady_clock::duration time) {
+    m_sendTimes.Note(time);
     if (error == ErrorNone) {
         m_bytesOut += bytes;
         ++m_commandsOut;
@@ -43,6 +44,7 @@ SPortReport CPortTally::Report() const {
     report.bytesIn = m_bytesIn;
     report.commandsOut = m_commandsOut;
     report.commandsFailed = m_commandsFailed;
+    report.sendTimes = m_sendTimes.Read();
     report.lastOut = m_lastOut;
     report.lastIn = m_lastIn;
     return report;

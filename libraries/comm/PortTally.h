@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libraries/comm/ErrorNumbers.h"
+#include "platform/Histogram.h"
 #include "platform/Mutex.h"
 #include "platform/PortReports.h"
 
@@ -17,8 +18,8 @@ class CPortTally {
     /** Notes the state that the port has now. @param error  of EnPortState::Failed: why */
     void Become(EnPortState state, EnError error = ErrorNone);
 
-    /** Notes a command that has been sent, or not, with its error number. */
-    void CountCommand(std::size_t bytes, EnError error);
+    /** Notes a command that has been sent, or not, with its error number and the time that it took. */
+    void CountCommand(std::size_t bytes, EnError error, std::chrono::steady_clock::duration time);
 
     /** Notes bytes that a device has sent. */
     void CountReceived(std::size_t bytes);
@@ -41,6 +42,7 @@ class CPortTally {
     std::atomic<std::uint64_t> m_bytesIn = 0;
     std::atomic<std::uint64_t> m_commandsOut = 0;
     std::atomic<std::uint64_t> m_commandsFailed = 0;
+    CHistogram m_sendTimes;
     std::atomic<Time> m_lastOut;
     std::atomic<Time> m_lastIn;
 };

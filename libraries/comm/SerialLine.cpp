@@ -41,8 +41,9 @@ EnError CSerialLine::Check(const SSerialPortConfig& config) {
 }
 
 EnError CSerialLine::Send(const SSerialPortConfig& config, std::string_view bytes) {
+    const auto begin = Clock::now();
     const EnError error = Deliver(config, bytes);
-    m_tally.CountCommand(bytes.size(), error);
+    m_tally.CountCommand(bytes.size(), error, Clock::now() - begin);
     return error;
 }
 
