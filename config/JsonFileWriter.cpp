@@ -18,6 +18,8 @@ struct CJsonFileWriter::SPathState {
     // Under the writer's mutex.
     std::optional<nlohmann::json> waiting;  ///< asked for, not begun
     bool hasTaker = false;                  ///< a job will look at what waits, before its next try
+    bool isUnfinished = false;              ///< a save has begun and has not worked yet
+    bool isFailing = false;                 ///< its last try has failed
     EnKeep keep = EnKeep::IfBroken;         ///< for the next save
 
     CMutex fileMutex;  ///< held by the job that writes the file; what follows is that job's
@@ -115,6 +117,7 @@ void CJsonFileWriter::TakeWaiting(SPathState& state) noexcept {
         const CLock lock(m_mutex);
         document.swap(state.waiting);
         state.hasTaker = false;
+        state.isUnfinished = state.isUnfinished || document.has_value();
         keep = state.keep;
     }
     if (document) {
@@ -150,6 +153,8 @@ bool CJsonFileWriter::TryOnce(SPathState& state) noexcept {
     {
         const CLock lock(m_mutex);
         state.keep = state.unfinished->WhatIsToBeKept();
+        state.isFailing = state.failures > 0;
+        state.isUnfinished = state.isFailing && canBeTried;
     }
     if (state.failures == 0 && failuresBefore > 0) {
         Log(RavLog::Warn, "a save has worked after all", [&state, failuresBefore] {
@@ -186,6 +191,16 @@ bool CJsonFileWriter::SleepBeforeNextTry(SPathState& state) noexcept {
     }
     state.wakeUp.SleepFor(state.pause);
     return true;
+}
+
+SSaveCounts CJsonFileWriter::Counts() {
+    SSaveCounts counts;
+    const CLock lock(m_mutex);
+    for (const auto& [path, state] : m_paths) {
+        counts.pending += state->waiting || state->isUnfinished || state->isFailing ? 1 : 0;
+        counts.failing += state->isFailing ? 1 : 0;
+    }
+    return counts;
 }
 
 void CJsonFileWriter::WaitAll() {

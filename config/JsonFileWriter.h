@@ -4,6 +4,7 @@
 #include "platform/Mutex.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <future>
 #include <map>
@@ -18,6 +19,12 @@
 struct SSavePauses {
     std::chrono::milliseconds first{1000};
     std::chrono::milliseconds longest{60000};
+};
+
+/** Documents whose last change is not on the disk yet. */
+struct SSaveCounts {
+    std::size_t pending = 0;  ///< all of them
+    std::size_t failing = 0;  ///< those of them whose last try failed
 };
 
 /**
@@ -54,6 +61,9 @@ class CJsonFileWriter {
      * it doesn't write.
      */
     void KeepBeforeNextSave(const std::string& path);
+
+    /** How the saves stand at present. Waits for no disk. */
+    SSaveCounts Counts();
 
     /**
      * Returns when all saves started so far have ended. One that keeps failing gets one more try; the system

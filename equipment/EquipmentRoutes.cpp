@@ -1,7 +1,9 @@
 #include "equipment/EquipmentRoutes.h"
 
+#include "equipment/Health.h"
 #include "equipment/InterfaceStates.h"
 #include "equipment/InterfaceStoring.h"
+#include "equipment/Metrics.h"
 #include "server/RouterMgr.h"
 #include "userdata/Document.h"
 #include "webapi/EntityTags.h"
@@ -20,10 +22,30 @@ int ListInterfaceStates(HttpRequest* request, HttpResponse* response) {
     return RouterMgr::WriteEnvelope(response, CodeSuccess, content);
 }
 
+int GetHealth(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    SResponseData content;
+    content.data = MakeHealth(HealthNow());
+    return RouterMgr::WriteEnvelope(response, CodeSuccess, content);
+}
+
+int GetMetrics(HttpRequest* request, HttpResponse* response) {
+    if (request == nullptr || response == nullptr) {
+        return HTTP_STATUS_OK;
+    }
+    response->SetHeader("Content-Type", "text/plain; version=0.0.4; charset=utf-8");
+    response->body = MakeMetrics(HealthNow());
+    return HTTP_STATUS_OK;
+}
+
 }  // namespace
 
 const EquipmentRoutes g_equipmentGetRoutes = {
+    {"/api/equipment/health", GetHealth},
     {"/api/equipment/interfaces", ListInterfaceStates},
+    {"/metrics", GetMetrics},
 };
 
 const EquipmentRoutes g_equipmentPostRoutes = {

@@ -6,8 +6,6 @@
 
 #include <string>
 
-namespace {
-
 using nlohmann::json;
 
 const char* NameOf(EnPortState state) {
@@ -25,6 +23,8 @@ const char* NameOf(EnPortState state) {
     }
     return "failed";
 }
+
+namespace {
 
 /** Milliseconds since 1970 (UTC); null for "never". */
 json TimeOf(SPortReport::Time time) {
@@ -44,9 +44,10 @@ json LastErrorOf(const SPortReport& report, bool isNet) {
     return {{"code", report.lastError}, {"text", std::move(text)}, {"time", TimeOf(report.lastErrorAt)}};
 }
 
-json ElementOf(std::int32_t nodeId, const std::string& name, const SPortReport& report, bool isNet) {
-    return {{"nodeId", nodeId},
-            {"name", name},
+json ElementOf(const SInterfaceReport& interface) {
+    const SPortReport& report = interface.port;
+    return {{"nodeId", interface.nodeId},
+            {"name", interface.name},
             {"state", NameOf(report.state)},
             {"since", TimeOf(report.since)},
             {"peers", report.peers},
@@ -57,22 +58,30 @@ json ElementOf(std::int32_t nodeId, const std::string& name, const SPortReport& 
             {"commandsUnderWay", report.calls},
             {"lastOut", TimeOf(report.lastOut)},
             {"lastIn", TimeOf(report.lastIn)},
-            {"lastError", LastErrorOf(report, isNet)}};
+            {"lastError", LastErrorOf(report, interface.isNet)}};
 }
 
 }  // namespace
 
-json InterfaceStates() {
+std::vector<SInterfaceReport> InterfaceReports() {
     const CUserData& data = CUserData::GetInstance();
-    json states = json::array();
+    std::vector<SInterfaceReport> reports;
     for (const SInterfaceOrderEntry& entry : data.GetInterfaceOrder()) {
         SNetPortConfig net;
         SSerialPortConfig serial;
         if (entry.isNet && data.GetNetPortConfig(entry.nodeId, net)) {
-            states.push_back(ElementOf(entry.nodeId, net.netPortName, ReportOfPort(net), true));
+            reports.push_back({entry.nodeId, true, net.netPortName, ReportOfPort(net)});
         } else if (!entry.isNet && data.GetSerialPortConfig(entry.nodeId, serial)) {
-            states.push_back(ElementOf(entry.nodeId, serial.comName, ReportOfPort(serial), false));
+            reports.push_back({entry.nodeId, false, serial.comName, ReportOfPort(serial)});
         }
+    }
+    return reports;
+}
+
+json InterfaceStates() {
+    json states = json::array();
+    for (const SInterfaceReport& interface : InterfaceReports()) {
+        states.push_back(ElementOf(interface));
     }
     return states;
 }

@@ -10,6 +10,9 @@ std::uint64_t MemoryOfMachine();
  */
 std::uint64_t MemoryLeft();
 
+/** Bytes of this process that are in memory at present; 0 when the system does not tell. */
+std::uint64_t ResidentMemory();
+
 /**
  * Configures the allocator for a server, and reserves a block of memory. When memory runs out for the first
  * time, the block is freed before std::bad_alloc is thrown, so that the clean-up afterwards has some memory.

@@ -121,6 +121,9 @@ RAVLOG_API void MirrorToStandardError(bool on);
  */
 RAVLOG_API void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept;
 
+/** Records that no file could take since the start: the disk was full, or there was no memory. Any thread. */
+RAVLOG_API std::uint64_t LostRecords() noexcept;
+
 }  // namespace RavLog
 
 /** Logger of the server's events; empty before StartLogs and after StopLogs. Any thread. */

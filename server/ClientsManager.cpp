@@ -76,6 +76,11 @@ bool CClientsManager::IsClientConnected(
     return m_hostCounts.contains(host);
 }
 
+std::size_t CClientsManager::Count() const {
+    const CSharedLock lock(m_channelsLock);
+    return m_channels.size();
+}
+
 void OnWebSocketMessage(const std::shared_ptr<hv::WebSocketChannel>& channel, const std::string& text) {
     if (text == "heartbeat") {
         channel->send(text, WS_OPCODE_TEXT, true);

@@ -2,6 +2,7 @@
 
 #include "platform/Mutex.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -29,6 +30,9 @@ class CClientsManager {
 
     /** True when the machine with this IP text has an open connection. "localhost" is never a key. */
     bool IsClientConnected(std::string host) const;
+
+    /** How many connections are open. */
+    std::size_t Count() const;
 
   private:
     mutable CSharedMutex m_channelsLock;

@@ -119,6 +119,9 @@ class CUserData {
      */
     [[nodiscard]] bool ReplaceProject(SProject project, const SProjectStates& present);
 
+    /** How the saves of the documents stand. */
+    SSaveCounts GetSaveCounts() { return writer.Counts(); }
+
     /** The earlier states of the documents. */
     CGenerations& GetGenerations() { return generations; }
 

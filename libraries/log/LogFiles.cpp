@@ -84,6 +84,11 @@ std::error_code Rotate(const std::filesystem::path& path) {
 
 }  // namespace
 
+std::atomic<std::uint64_t>& LostRecordCount() {
+    static std::atomic<std::uint64_t> count = 0;
+    return count;
+}
+
 CLogFile::CLogFile(CLogWriter& writer, bool isMirrored) : m_writer(writer), m_isMirrored(isMirrored) {}
 
 CLogFile::~CLogFile() = default;
@@ -105,6 +110,7 @@ void CLogFile::Write(const CLogEvent& event) {
         const std::size_t before = m_pending.size();
         if (before + size > kPendingLimit) {
             ++m_lostCount;
+            ++LostRecordCount();
             return;
         }
         if (m_pending.capacity() < before + size) {
@@ -156,6 +162,7 @@ void CLogFile::Flush(bool mirror) {
             std::fprintf(stderr, "The log file %s can't be written: %s\n", m_path.c_str(), error.what());
         }
         m_lostCount += count;
+        LostRecordCount() += count;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/Mutex.h"
 #include "platform/RavLog.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -19,6 +20,9 @@ class sink;
 namespace RavLog {
 
 class CLogWriter;
+
+/** Records of all files that were lost since the start; those that are reported in a file included. */
+std::atomic<std::uint64_t>& LostRecordCount();
 
 /**
  * One log file. The logging threads collect records in memory, and the writer's thread writes them. A full

@@ -103,6 +103,7 @@ void SendEarly() {
 }
 
 void TellLoss(const std::exception& error) {
+    ++LostRecordCount();
     std::fprintf(stderr, "A log record was lost: %s\n", error.what());
 }
 
@@ -190,6 +191,10 @@ void StopLogs() {
 
 void MirrorToStandardError(bool on) {
     Logs().writer.Mirror(on);
+}
+
+std::uint64_t LostRecords() noexcept {
+    return LostRecordCount();
 }
 
 void WriteSystemLog(EnLogLevel level, std::string_view place, std::string_view text) noexcept {

@@ -49,6 +49,12 @@ std::uint64_t MemoryLeft() {
     return limit.rlim_cur - std::min<std::uint64_t>(pages * PageSize(), limit.rlim_cur);
 }
 
+std::uint64_t ResidentMemory() {
+    std::uint64_t all = 0;
+    std::uint64_t resident = 0;
+    return std::ifstream("/proc/self/statm") >> all >> resident ? resident * PageSize() : 0;
+}
+
 void PrepareMemory() {
 #ifdef __GLIBC__
     // Without these, the thresholds grow with the largest block that was ever freed, and smaller blocks stay

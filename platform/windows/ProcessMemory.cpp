@@ -6,6 +6,8 @@
 
 #include <malloc.h>
 #include <windows.h>
+// After windows.h, which it needs.
+#include <psapi.h>
 
 namespace {
 
@@ -26,6 +28,14 @@ std::uint64_t MemoryOfMachine() {
 
 std::uint64_t MemoryLeft() {
     return Status().ullAvailPageFile;
+}
+
+std::uint64_t ResidentMemory() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    counters.cb = sizeof counters;
+    return K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, counters.cb) == FALSE
+               ? 0
+               : counters.WorkingSetSize;
 }
 
 void PrepareMemory() {

@@ -106,4 +106,54 @@ TEST_F(Equipment, IsStoredWhileItIsAway) {
     EXPECT_EQ(store("serial", serial, stored).at("code"), 30304);
 }
 
+TEST_F(Equipment, IsSeenByAMonitoringProgram) {
+    const auto health = [&] {
+        return json::parse(browser.Http().Get("/api/equipment/health").body).at("data");
+    };
+    std::optional<TcpListener> lamp(std::in_place);
+    EXPECT_EQ(browser.AddNet("La\"mp", "TCP_Client", 0, lamp->Port()), 20000);
+    EXPECT_EQ(browser.AddNet("Screen", "UDP", 0, 9), 20000);
+    EXPECT_EQ(browser.Store({{7, "click", browser.NodeId("La\"mp"), true, "On", "on"}}), 20000);
+    EXPECT_EQ(browser.Click(7).at("code"), 20000);
+    lamp.reset();
+    EXPECT_TRUE(WaitUntil([&] { return health().at("interfaces").at("open") == 1; }));
+    EXPECT_EQ(browser.Click(7).at("code"), 30201);
+
+    const std::filesystem::path layout = host.UserData() / "layout.json";
+    std::filesystem::create_directory(layout);  // in the place of the document
+    EXPECT_EQ(browser.Post("setCentralControlWebLayout", {{"data", {1}}}).at("code"), 20000);
+    EXPECT_TRUE(WaitUntil([&] { return health().at("savesFailing") == 1; }));
+    json seen = health();
+    for (const char* figure : {"upSince", "memory"}) {
+        EXPECT_GT(seen.at(figure), 1'000'000) << figure;
+        seen.erase(figure);
+    }
+    seen.erase("version");
+    EXPECT_EQ(seen,
+              json({{"savesPending", 1},
+                    {"savesFailing", 1},
+                    {"logRecordsLost", 0},
+                    {"channels", 1},
+                    {"interfaces",
+                     {{"closed", 0}, {"connecting", 0}, {"failed", 1}, {"listening", 0}, {"open", 1}}}}));
+
+    const HttpReply metrics = browser.Http().Get("/metrics");
+    EXPECT_EQ(metrics.Header("Content-Type"), "text/plain; version=0.0.4; charset=utf-8");
+    const std::string label = "{node_id=\"1\",interface=\"La\\\"mp\"";
+    for (const std::string& line :
+         {std::string("control_saves_failing 1"), std::string("control_click_duration_seconds_count 2"),
+          std::string("control_replies_total{code=\"30201\"} 1"),
+          std::string("control_interfaces{state=\"failed\"} 1"), std::string("control_channels 1"),
+          "control_interface_sent_bytes_total" + label + "} 2",
+          "control_interface_failed_commands_total" + label + "} 1",
+          "control_interface_send_duration_seconds_bucket" + label + ",le=\"+Inf\"} 2"}) {
+        EXPECT_NE(metrics.body.find('\n' + line + '\n'), std::string::npos) << line << "\n" << metrics.body;
+    }
+
+    std::filesystem::remove(layout);
+    EXPECT_TRUE(WaitUntil([&] { return health().at("savesPending") == 0; }));
+    EXPECT_EQ(health().at("savesFailing"), 0);
+    EXPECT_EQ(host.UserFile("Log/Operation.log").find("equipment"), std::string::npos);
+}
+
 }  // namespace
