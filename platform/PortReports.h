@@ -23,6 +23,7 @@ enum class EnPortState : std::uint8_t {
 struct SPortReport {
     using Time = std::chrono::system_clock::time_point;
 
+    std::uint64_t port = 0;  ///< number of the port, unique in the process; 0: not used yet
     EnPortState state = EnPortState::Closed;
     Time since;                        ///< begin of the state
     int lastError = 0;                 ///< error number of the last failure, which may be long over; 0: none

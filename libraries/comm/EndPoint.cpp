@@ -1,9 +1,20 @@
 #include "libraries/comm/EndPoint.h"
 
+#include "platform/PortListener.h"
+
 #include <functional>
 
 #include <boost/asio/ip/address_v4.hpp>
 #include <boost/asio/ip/address_v6.hpp>
+
+bool IsDeviceOf(const SNetPortConfig& record, std::string_view address) {
+    if (record.netMode == NetModeTcpClient) {
+        return true;
+    }
+    const auto named = comm::NamedDevice(record.dstIpAddress);
+    const auto host = [](std::string_view pair) { return pair.substr(0, pair.rfind(':')); };
+    return !named || host(comm::PairText(*named, 0)) == host(address);
+}
 
 namespace comm {
 
@@ -48,6 +59,18 @@ boost::asio::ip::address Unmapped(const boost::asio::ip::address& address) {
         return boost::asio::ip::make_address_v4(boost::asio::ip::v4_mapped, address.to_v6());
     }
     return address;
+}
+
+std::optional<boost::asio::ip::address> NamedDevice(const std::string& remote) {
+    boost::system::error_code notLiteral;
+    const auto literal = boost::asio::ip::make_address(remote, notLiteral);
+    return notLiteral || IsAnyAddress(remote) ? std::nullopt : std::optional(literal);
+}
+
+std::string PairText(const boost::asio::ip::address& address, std::uint16_t port) {
+    const auto from = Unmapped(address);
+    const std::string text = from.is_v6() ? '[' + from.to_string() + ']' : from.to_string();
+    return text + ':' + std::to_string(port);
 }
 
 std::string Describe(const SNetPortConfig& record) {

@@ -3,6 +3,7 @@
 #include "platform/PortRecords.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -63,6 +64,13 @@ bool IsPort(std::int32_t port, bool orAny);
 
 /** An address of a peer in the form that records use: IPv4 when it is IPv4 inside IPv6. */
 boost::asio::ip::address Unmapped(const boost::asio::ip::address& address);
+
+/** The address of the one device that the remote side of a record names; none when it is empty, any address
+ * or a host name. */
+std::optional<boost::asio::ip::address> NamedDevice(const std::string& remote);
+
+/** An address and a port as text: "10.0.0.5:4001", "[fe80::1]:4001". */
+std::string PairText(const boost::asio::ip::address& address, std::uint16_t port);
 
 /** Name for the log, for example "TCP client 192.168.1.5:23". */
 std::string Describe(const SNetPortConfig& record);

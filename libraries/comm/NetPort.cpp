@@ -19,6 +19,9 @@ EnError CNetPort::Send(const SNetPortConfig& record, std::string_view bytes) {
     const auto begin = Clock::now();
     const EnError error = Deliver(record, bytes);
     m_tally.CountCommand(bytes.size(), error, Clock::now() - begin);
+    if (error != ErrorNone) {
+        m_tally.TellCommand(bytes, error);
+    }
     return error;
 }
 

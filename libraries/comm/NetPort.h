@@ -72,7 +72,7 @@ class CNetPort : public CPort, public std::enable_shared_from_this<CNetPort> {
 
     CNetPort(const SNetContext& context, std::string name) : CPort(std::move(name)), m_context(context) {}
 
-    /** Sends as Send describes. */
+    /** Sends as Send describes. Tells of a sent command under the lock: before an answer is read. */
     [[nodiscard]] virtual EnError Deliver(const SNetPortConfig& record, std::string_view bytes) = 0;
 
     /** Waits for the end of an opening that has begun. @return as FinishOpen */

@@ -1,14 +1,46 @@
 #include "libraries/comm/PortTally.h"
 
+namespace {
+
+std::atomic<CPortListener*> g_listener = nullptr;
+std::atomic<std::uint64_t> g_lastPort = 0;
+
+}  // namespace
+
+void ListenToPorts(CPortListener* listener) {
+    g_listener = listener;
+}
+
 namespace comm {
+
+CPortTally::CPortTally() : m_port(++g_lastPort) {}
+
+CPortTally::~CPortTally() {
+    if (CPortListener* const listener = Listener(); listener != nullptr) {
+        listener->OnEnded(m_port);
+    }
+}
+
+CPortListener* CPortTally::Listener() {
+    return g_listener.load(std::memory_order_acquire);
+}
 
 void CPortTally::Become(EnPortState state, EnError error) {
     const CLock lock(m_mutex);
     if (m_state != state) {
         m_state = state;
         m_since = Now();
+        if (CPortListener* const listener = Listener(); listener != nullptr) {
+            listener->OnState(m_port, state);
+        }
     }
     NoteError(error);
+}
+
+void CPortTally::TellCommand(std::string_view bytes, EnError error) const {
+    if (CPortListener* const listener = Listener(); listener != nullptr) {
+        listener->OnSent(m_port, bytes, error);
+    }
 }
 
 void CPortTally::CountCommand(std::size_t bytes, EnError error, std::chrono::steady_clock::duration time) {
@@ -24,15 +56,9 @@ void CPortTally::CountCommand(std::size_t bytes, EnError error, std::chrono::ste
     NoteError(error);
 }
 
-void CPortTally::CountReceived(std::size_t bytes) {
-    if (bytes > 0) {
-        m_bytesIn += bytes;
-        m_lastIn = Now();
-    }
-}
-
 SPortReport CPortTally::Report() const {
     SPortReport report;
+    report.port = m_port;
     {
         const CLock lock(m_mutex);
         report.state = m_state;

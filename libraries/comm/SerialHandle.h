@@ -41,7 +41,7 @@ class CSerialHandle {
     /** True while the path still leads to the open device. */
     bool IsStill(const std::string& device) const;
 
-    /** Reads, counts and discards received bytes. @return false when the device went away */
+    /** Reads and counts received bytes; the tally passes them on. @return false when the device went away */
     [[nodiscard]] bool Drain(CPortTally& tally);
 
     /** Writes what the device takes at once, and removes it from rest. */

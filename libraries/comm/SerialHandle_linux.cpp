@@ -92,14 +92,14 @@ bool CSerialHandle::IsStill(const std::string& device) const {
 }
 
 bool CSerialHandle::Drain(CPortTally& tally) {
-    std::array<char, 4096> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
+    std::array<char, 4096> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     for (int reads = 0; reads < kReadsAtOnce; ++reads) {
-        const auto got = read(m_device->Descriptor(), dropped.data(), dropped.size());
+        const auto got = read(m_device->Descriptor(), bytes.data(), bytes.size());
         if (got == 0 || (got < 0 && errno != EINTR)) {
             return got < 0 && errno == EAGAIN;
         }
         if (got > 0) {
-            tally.CountReceived(static_cast<std::size_t>(got));
+            tally.CountReceived({bytes.data(), static_cast<std::size_t>(got)}, [] { return SPortPeer(); });
         }
     }
     return true;

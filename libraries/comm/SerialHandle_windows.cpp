@@ -38,8 +38,8 @@ struct CSerialHandle::SDevice : std::enable_shared_from_this<CSerialHandle::SDev
 
     boost::asio::io_context& io;
     boost::asio::windows::stream_handle stream;
-    std::array<char, 4096> incoming{};  // what comes in is counted and dropped
-    std::size_t received = 0;           // not counted yet
+    std::array<char, 4096> incoming{};
+    std::size_t received = 0;  // of them: what Drain has not counted yet; no read is under way then
 
     bool gone = false;
     std::string outgoing;  // not empty while a write is under way
@@ -130,7 +130,8 @@ bool CSerialHandle::IsStill(const std::string& /*device*/) const {
 }
 
 bool CSerialHandle::Drain(CPortTally& tally) {
-    tally.CountReceived(std::exchange(m_device->received, 0));
+    const std::size_t size = std::exchange(m_device->received, 0);
+    tally.CountReceived({m_device->incoming.data(), size}, [] { return SPortPeer(); });
     return !m_device->gone;
 }
 
@@ -174,7 +175,7 @@ void CSerialHandle::WhenReadable(std::function<void()> handler) {
                                          if (code || size == 0) {
                                              device->gone = true;
                                          }
-                                         device->received += size;
+                                         device->received = size;
                                          handler();
                                      });
 }

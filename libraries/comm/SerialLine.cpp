@@ -44,6 +44,7 @@ EnError CSerialLine::Send(const SSerialPortConfig& config, std::string_view byte
     const auto begin = Clock::now();
     const EnError error = Deliver(config, bytes);
     m_tally.CountCommand(bytes.size(), error, Clock::now() - begin);
+    m_tally.TellCommand(bytes, error);
     return error;
 }
 

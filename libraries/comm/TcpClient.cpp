@@ -139,6 +139,7 @@ EnError CTcpClient::Write(Lock& lock, std::string_view bytes, Clock::time_point 
         }
         if (rest.empty()) {
             m_used = true;
+            m_tally.TellCommand(bytes, ErrorNone);
             return ErrorNone;
         }
         if (rest.size() < before) {

@@ -1,9 +1,11 @@
 #include "libraries/comm/TcpLink.h"
 
+#include "libraries/comm/EndPoint.h"
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/TcpSocket.h"
 
 #include <array>
+#include <atomic>
 
 #include <boost/asio/buffer.hpp>
 
@@ -16,12 +18,16 @@ constexpr int kSendBuffer = 64 * 1024;
 /** Reads in one go, so that a peer that never stops can't keep the thread. */
 constexpr int kReadsAtOnce = 16;
 
+std::atomic<std::uint64_t> g_lastNumber = 0;
+
 bool IsNotNow(const boost::system::error_code& code) {
     return code == boost::asio::error::would_block || code == boost::asio::error::try_again ||
            code == boost::asio::error::interrupted;
 }
 
 }  // namespace
+
+CTcpLink::CTcpLink(Socket socket) : m_socket(std::move(socket)), m_number(++g_lastNumber) {}
 
 EnError CTcpLink::Prepare() {
     boost::system::error_code code;
@@ -39,11 +45,12 @@ EnError CTcpLink::Prepare() {
 }
 
 CTcpLink::EnPeer CTcpLink::Drain(EnError& error, CPortTally& tally) {
-    std::array<char, 16 * 1024> dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
+    std::array<char, 16 * 1024> bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     error = ErrorNone;
     for (int reads = 0; reads < kReadsAtOnce; ++reads) {
         boost::system::error_code code;
-        tally.CountReceived(m_socket.receive(boost::asio::buffer(dropped), 0, code));
+        const std::size_t size = m_socket.receive(boost::asio::buffer(bytes), 0, code);
+        tally.CountReceived({bytes.data(), size}, [this] { return Peer(); });
         if (IsNotNow(code)) {
             return IsReadOnItsWay(m_socket) ? EnPeer::Unknown : EnPeer::Alive;
         }
@@ -56,6 +63,16 @@ CTcpLink::EnPeer CTcpLink::Drain(EnError& error, CPortTally& tally) {
         }
     }
     return EnPeer::Alive;
+}
+
+SPortPeer CTcpLink::Peer() {
+    if (m_peer.empty()) {
+        boost::system::error_code gone;
+        if (const auto from = m_socket.remote_endpoint(gone); !gone) {
+            m_peer = PairText(from.address(), from.port());
+        }
+    }
+    return {m_number, m_peer};
 }
 
 EnError CTcpLink::Write(std::string_view& rest) {

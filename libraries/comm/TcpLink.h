@@ -3,6 +3,8 @@
 #include "libraries/comm/ErrorNumbers.h"
 #include "libraries/comm/PortTally.h"
 
+#include <cstdint>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -23,7 +25,7 @@ class CTcpLink {
         Broken,   ///< a reset, or the system gave up the connection
     };
 
-    explicit CTcpLink(Socket socket) : m_socket(std::move(socket)) {}
+    explicit CTcpLink(Socket socket);
 
     /**
      * Sets the options of every connection: no delay, a send buffer of 64 KiB, keep-alive, calls that don't
@@ -31,7 +33,8 @@ class CTcpLink {
      */
     [[nodiscard]] EnError Prepare();
 
-    /** Reads, counts and discards what the peer sent. @param error why it is broken, 0 otherwise */
+    /** Reads and counts what the peer sent; the tally passes it on. @param error why it is broken, 0
+     * otherwise */
     [[nodiscard]] EnPeer Drain(EnError& error, CPortTally& tally);
 
     /** Sends what the system takes at once, and removes it from rest. @return 0 or an error number */
@@ -61,7 +64,11 @@ class CTcpLink {
         });
     }
 
+    SPortPeer Peer();
+
     Socket m_socket;
+    const std::uint64_t m_number;
+    std::string m_peer;  ///< address of the peer, once somebody has asked
 };
 
 }  // namespace comm

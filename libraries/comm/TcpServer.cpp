@@ -55,14 +55,18 @@ EnError CTcpServer::Deliver(const SNetPortConfig& record, std::string_view bytes
     }
     CDelivery delivery(*this, targets, bytes);
     delivery.AssertLocked();
-    return delivery.Run(lock, deadline);
+    const EnError error = delivery.Run(lock, deadline);
+    if (error == ErrorNone) {
+        m_tally.TellCommand(bytes, error);
+    }
+    return error;
 }
 
 std::size_t CTcpServer::PeersOf(const SNetPortConfig& record) {
     // A host name counts all: looking it up would wait.
-    const auto literal = IsAnyAddress(record.dstIpAddress) ? std::nullopt : Literal(record.dstIpAddress);
+    const auto named = NamedDevice(record.dstIpAddress);
     const Lock lock(m_mutex);
-    return Targets(literal ? Addresses{*literal} : Addresses{}).size();
+    return Targets(named ? Addresses{*named} : Addresses{}).size();
 }
 
 void CTcpServer::Close() {

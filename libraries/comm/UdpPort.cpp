@@ -3,6 +3,7 @@
 #include "libraries/comm/EndPoint.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/ip/multicast.hpp>
@@ -16,6 +17,17 @@ namespace {
 constexpr std::size_t kLongestDatagram = 65507;
 
 constexpr int kDatagramsAtOnce = 64;
+
+/** Tells senders apart from each other, and from TCP connections, whose numbers begin at 1. */
+std::uint64_t NumberOf(const boost::asio::ip::udp::endpoint& sender) {
+    constexpr std::uint64_t kSender = std::uint64_t{1} << 63U;
+    const auto address = Unmapped(sender.address());
+    if (address.is_v4()) {
+        return kSender | std::uint64_t{address.to_v4().to_uint()} << 16U | sender.port();
+    }
+    constexpr std::uint64_t kV6 = std::uint64_t{1} << 62U;
+    return kSender | kV6 | (std::hash<boost::asio::ip::address>()(address) * 65537 + sender.port());
+}
 
 }  // namespace
 
@@ -59,6 +71,9 @@ EnError CUdpPort::Deliver(const SNetPortConfig& record, std::string_view bytes) 
     for (const auto& address : addresses) {
         const Udp::endpoint destination(address, static_cast<std::uint16_t>(record.dstPort));
         error = SendToAddress(turn.GetLock(), destination, bytes, deadline);
+        if (error == ErrorNone) {
+            m_tally.TellCommand(bytes, error);
+        }
         if (error == ErrorNone || error == ErrorCut) {
             return error;
         }
@@ -196,10 +211,16 @@ void CUdpPort::Watch(bool v6) {
 
 void CUdpPort::Drain(Udp::socket& socket) {
     std::array<char, kLongestDatagram>
-        dropped;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
+        bytes;  // NOLINT(cppcoreguidelines-pro-type-member-init): only written to
     for (int reads = 0; reads < kDatagramsAtOnce; ++reads) {
         boost::system::error_code code;
-        m_tally.CountReceived(socket.receive(boost::asio::buffer(dropped), 0, code));
+        Udp::endpoint from;
+        const std::size_t size = socket.receive_from(boost::asio::buffer(bytes), from, 0, code);
+        std::string text;
+        m_tally.CountReceived({bytes.data(), size}, [&] {
+            text = PairText(from.address(), from.port());
+            return SPortPeer{NumberOf(from), text};
+        });
         if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {
             return;
         }

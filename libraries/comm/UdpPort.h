@@ -43,7 +43,7 @@ class CUdpPort final : public CNetPort {
                                  Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
     void Watch(bool v6) REQUIRES_LOCK(m_mutex);
 
-    /** Reads, counts and discards what has arrived. */
+    /** Reads and counts what has arrived; the tally passes it on. */
     void Drain(Udp::socket& socket);
 
     const SNetPortConfig m_record;

@@ -1,4 +1,5 @@
 #include "platform/SerialDevices.h"
+#include "tests/comm/RecordingListener.h"
 #include "tests/comm/SerialFixture.h"
 
 #include <array>
@@ -32,12 +33,15 @@ TEST_F(SerialLine, HasTheSettingsOfEachCommand) {
 TEST_F(SerialLine, ReportsItsStateAndWhatItHears) {
     const SSerialPortConfig config{"", "COM7", 115200};
     const auto report = [&] { return m_comm->registry.Report(config); };
+    CRecordingListener& heard = CRecordingListener::Get();
     EXPECT_EQ(Send("a"), 2);
     EXPECT_EQ(report().state, EnPortState::Failed);
     EXPECT_EQ(report().lastError, 2);
     std::optional<PtyPair> line(m_link);
     ASSERT_EQ(Send("ab"), 0);
+    heard.Expect(report().port, "state 4 | sent 2:a | state 2 | sent 0:ab");
     line->Send("heard");
+    heard.Expect(report().port, "from :heard");
     EXPECT_TRUE(simulation::WaitUntil([&] { return report().bytesIn == 5; }));
     EXPECT_EQ(report().state, EnPortState::Open);
     EXPECT_EQ(report().bytesOut, 2U);

@@ -2,6 +2,7 @@
 #include "tests/device/RecordingComManager.h"
 
 #include "platform/ComManager.h"
+#include "platform/PortListener.h"
 #include "platform/PortReports.h"
 #include "platform/PortsTogether.h"
 #include "platform/VainWaits.h"
@@ -93,4 +94,10 @@ SPortReport ReportOfPort(const SNetPortConfig& /*record*/) {
 
 SPortReport ReportOfPort(const SSerialPortConfig& /*record*/) {
     return {};
+}
+
+void ListenToPorts(CPortListener* /*listener*/) {}
+
+bool IsDeviceOf(const SNetPortConfig& /*record*/, std::string_view /*address*/) {
+    return true;
 }
