@@ -13,6 +13,9 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
+#include <string>
+#include <thread>
 
 namespace {
 
@@ -72,6 +75,18 @@ void StoreSample(Browser& browser, const std::map<std::string, int>& ports) {
            browser.Post("setCentralControlWebLayout", {{"data", sample.at("layout")}}).at("code"));
 }
 
+/** Each line on standard input pulls the projector's plug or puts it in again. */
+void FollowKeys(const std::shared_ptr<demo::TcpDevice>& projector) {
+    // Nothing can end the wait for a key: the thread goes with the process, and keeps what it uses.
+    std::thread([projector] {
+        bool isPlugged = true;
+        for (std::string line; std::getline(std::cin, line);) {
+            isPlugged = !isPlugged;
+            projector->SetPlugged(isPlugged);
+        }
+    }).detach();
+}
+
 void Run(CStopSignal& stopSignal) {
     simulation::HostOptions options;
     if (IsPortFree(kHttpPort) && IsPortFree(kWebSocketPort)) {
@@ -79,7 +94,10 @@ void Run(CStopSignal& stopSignal) {
         options.webSocketPort = kWebSocketPort;
     }
     simulation::HostProcess host(options);
-    const demo::TcpDevice projector("Projector", demo::ProjectorAnswer);
+    const auto projector = std::make_shared<demo::TcpDevice>(
+        "Projector", [model = std::make_shared<demo::Projector>()](const std::string& line) {
+            return model->Answer(line);
+        });
     const demo::TcpDevice matrix("Matrix", demo::MatrixAnswer);
     const demo::SerialDevice relay("Relay", demo::RelayAnswer, host.Home() / "relay");
     simulation::WriteFile(host.UserData() / "SerialPorts.json",
@@ -87,14 +105,17 @@ void Run(CStopSignal& stopSignal) {
     host.Start();
     {
         Browser browser(host);
-        StoreSample(browser, {{"Projector", projector.Port()}, {"Matrix", matrix.Port()}});
+        StoreSample(browser, {{"Projector", projector->Port()}, {"Matrix", matrix.Port()}});
     }
     const std::string address = "http://127.0.0.1:" + std::to_string(host.HttpPort());
-    std::cout << "\nThe server runs with a sample project and simulated equipment.\n"
-              << "  Operator's panel:  " << address << "/#/panel\n"
-              << "  Author:            " << address << "/\n"
-              << "Click, and watch the bytes arrive here. Stop it with Ctrl+C.\n"
-              << std::endl;
+    std::cout
+        << "\nThe server runs with a sample project and simulated equipment.\n"
+        << "  Operator's panel:  " << address << "/#/panel\n"
+        << "  Author:            " << address << "/\n"
+        << "Click, and watch the bytes arrive here. Enter unplugs the projector, Enter again plugs it in.\n"
+        << "Stop it with Ctrl+C.\n"
+        << std::endl;
+    FollowKeys(projector);
     stopSignal.Wait();
     host.Stop();
 }

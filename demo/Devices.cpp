@@ -1,5 +1,6 @@
 #include "demo/Devices.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iomanip>
 #include <iostream>
@@ -14,6 +15,8 @@ using simulation::milliseconds;
 /** How long a device waits for something to happen before it looks whether the demonstration is over. */
 constexpr milliseconds kTick{10};
 constexpr std::size_t kFrameSize = 4;
+
+constexpr std::chrono::seconds kChangeOfPower{10};
 
 std::string Shown(const std::string& bytes) {
     std::ostringstream hex;
@@ -37,9 +40,49 @@ void Print(const std::string& name, const std::string& got, const std::string& a
 
 }  // namespace
 
-std::string ProjectorAnswer(const std::string& line) {
-    const bool isPower = line == "%1POWR 0\r" || line == "%1POWR 1\r";
-    return isPower ? "%1POWR=OK\r" : line.substr(0, 6) + "=ERR1\r";
+char Projector::Power() const {
+    const bool isSettled = Clock::now() >= m_settled;
+    return m_isOn ? (isSettled ? '1' : '3') : (isSettled ? '0' : '2');
+}
+
+std::string Projector::SetPower(bool on) {
+    if (Clock::now() < m_settled) {
+        return m_isOn == on ? "OK" : "ERR3";  // not at this time
+    }
+    if (m_isOn != on) {
+        m_isOn = on;
+        m_settled = Clock::now() + kChangeOfPower;
+    }
+    return "OK";
+}
+
+std::string Projector::SetInput(const std::string& input) {
+    if (input != "11" && input != "31" && input != "32") {
+        return "ERR2";  // there is no such input
+    }
+    if (Power() != '1') {
+        return "ERR3";
+    }
+    m_input = input;
+    return "OK";
+}
+
+std::string Projector::Answer(const std::string& line) {
+    const std::size_t end = line.size() - 1;
+    const std::size_t blank = std::min(line.find(' '), end);
+    const std::string command = line.substr(0, blank);
+    const std::string value = line.substr(std::min(blank + 1, end), end - std::min(blank + 1, end));
+    std::string result = "ERR1";  // an unknown command
+    if (command == "%1POWR") {
+        result = value == "?"                   ? std::string(1, Power())
+                 : value == "0" || value == "1" ? SetPower(value == "1")
+                                                : "ERR2";
+    } else if (command == "%1INPT") {
+        result = value != "?" ? SetInput(value) : Power() == '1' ? m_input : "ERR3";
+    } else if (command == "%1LAMP" && value == "?") {
+        result = "1280 " + std::string(Power() == '0' ? "0" : "1");  // hours, and whether it is lit
+    }
+    return command + '=' + result + '\r';
 }
 
 std::string MatrixAnswer(const std::string& line) {
@@ -58,7 +101,7 @@ TcpDevice::TcpDevice(std::string name, Answer answer)
     : m_name(std::move(name)),
       m_answer(std::move(answer)),
       m_listener(simulation::Socket::Listen()),
-      m_port(m_listener.LocalPort()),
+      m_port(m_listener->LocalPort()),
       m_thread([this](const std::stop_token& stop) { Run(stop); }) {}
 
 TcpDevice::~TcpDevice() {
@@ -68,11 +111,27 @@ TcpDevice::~TcpDevice() {
 
 void TcpDevice::Run(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
-        if (m_listener.WaitReadable(kTick)) {
-            m_connections.push_back({m_listener.Accept(), {}});
+        FollowPlug();
+        if (!m_listener) {
+            std::this_thread::sleep_for(kTick);
+        } else if (m_listener->WaitReadable(kTick)) {
+            m_connections.push_back({m_listener->Accept(), {}});
         }
         m_connections.remove_if([this](Connection& connection) { return !Read(connection); });
     }
+}
+
+void TcpDevice::FollowPlug() {
+    if (m_listener.has_value() == m_isPlugged) {
+        return;
+    }
+    if (m_isPlugged) {
+        m_listener = simulation::Socket::Listen(m_port);
+    } else {
+        m_listener.reset();
+        m_connections.clear();
+    }
+    std::cout << m_name + (m_isPlugged ? " is plugged in again.\n" : " is unplugged.\n") << std::flush;
 }
 
 bool TcpDevice::Read(Connection& connection) const {
@@ -85,7 +144,9 @@ bool TcpDevice::Read(Connection& connection) const {
         const std::string line = connection.pending.substr(0, end + 1);
         connection.pending.erase(0, end + 1);
         const std::string answer = m_answer(line);
-        Print(m_name, line, answer);
+        if (!line.ends_with("?\r")) {
+            Print(m_name, line, answer);
+        }
         connection.socket.Send(answer);
     }
     return !bytes.empty();

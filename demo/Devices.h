@@ -2,8 +2,11 @@
 
 #include "simulation/PtyPair.h"
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <list>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -12,14 +15,38 @@ namespace demo {
 /** The answer of a device to one whole message of its protocol. */
 using Answer = std::function<std::string(const std::string& message)>;
 
-/** A text protocol of lines that end with a carriage return: the answers of a projector and of a matrix. */
-std::string ProjectorAnswer(const std::string& line);
+/**
+ * A projector with a text protocol of lines that end with a carriage return. It is asked for its power, input
+ * and lamp hours ("%1POWR ?"), and takes ten seconds to warm up and to cool down; meanwhile it refuses to be
+ * switched. One thread.
+ */
+class Projector {
+  public:
+    std::string Answer(const std::string& line);
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    /** '0' off, '1' on, '2' cooling down, '3' warming up. */
+    char Power() const;
+    std::string SetPower(bool on);
+    std::string SetInput(const std::string& input);
+
+    bool m_isOn = false;
+    Clock::time_point m_settled = Clock::now();  ///< until then it warms up or cools down
+    std::string m_input = "31";
+};
+
+/** The answers of a matrix with such lines. */
 std::string MatrixAnswer(const std::string& line);
 
 /** A protocol of four bytes: A0, channel, state, sum. A relay repeats what it has done. */
 std::string RelayAnswer(const std::string& frame);
 
-/** A device on a TCP port that prints and answers each line that it receives. Runs on a thread of its own. */
+/**
+ * A device on a TCP port that answers each line that it receives, and prints it unless it is a question,
+ * which may come every second. Runs on a thread of its own.
+ */
 class TcpDevice {
   public:
     TcpDevice(std::string name, Answer answer);
@@ -29,6 +56,9 @@ class TcpDevice {
 
     int Port() const { return m_port; }
 
+    /** Pulls the plug, or puts it in again: without it nobody can connect. Any thread. */
+    void SetPlugged(bool isPlugged) { m_isPlugged = isPlugged; }
+
   private:
     struct Connection {
         simulation::Socket socket;
@@ -36,12 +66,14 @@ class TcpDevice {
     };
 
     void Run(const std::stop_token& stop);
+    void FollowPlug();
     bool Read(Connection& connection) const;
 
     const std::string m_name;
     const Answer m_answer;
-    simulation::Socket m_listener;
+    std::optional<simulation::Socket> m_listener;  ///< nothing while it is unplugged
     int m_port;
+    std::atomic<bool> m_isPlugged = true;
     std::list<Connection> m_connections;
     std::jthread m_thread;
 };
