@@ -10,6 +10,7 @@
 #include "platform/Folders.h"
 #include "platform/Paths.h"
 #include "platform/RavLog.h"
+#include "platform/TrafficLimit.h"
 #include "platform/WebOrigins.h"
 
 #include <cstdint>
@@ -84,6 +85,7 @@ void ReadConfigFile(const std::string& path, SGlobalConfig& config) {
     take("log_level", [&](const auto& value) { config.log_level = value.template get<std::string>(); });
     take("allowed_hosts",
          [&](const auto& value) { SetAllowedHosts(value.template get<std::vector<std::string>>()); });
+    take("traffic_bytes", [&](const auto& value) { TrafficLimit() = JsonToInt32(value); });
     take("user_data_path",
          [&](const auto& value) { config.user_data_path = value.template get<std::string>(); });
     TellSyntaxProblem(path, config);

@@ -4,6 +4,7 @@
 #include "equipment/InterfaceStates.h"
 #include "equipment/InterfaceStoring.h"
 #include "equipment/Metrics.h"
+#include "equipment/TrafficHandlers.h"
 #include "server/RouterMgr.h"
 #include "userdata/Document.h"
 #include "webapi/EntityTags.h"
@@ -45,9 +46,12 @@ int GetMetrics(HttpRequest* request, HttpResponse* response) {
 const EquipmentRoutes g_equipmentGetRoutes = {
     {"/api/equipment/health", GetHealth},
     {"/api/equipment/interfaces", ListInterfaceStates},
+    {"/api/equipment/traffic/{nodeId}", ReadTraffic},
     {"/metrics", GetMetrics},
 };
 
 const EquipmentRoutes g_equipmentPostRoutes = {
+    {"/api/equipment/send", SendThroughInterface},
     {"/api/equipment/store", StoreInterface},
+    {"/api/equipment/traffic/file", SwitchTrafficFile},
 };

@@ -10,6 +10,7 @@ struct SPortPeer {
     /** Unique in the process for a TCP connection, or for a sender of datagrams; 0 for a serial line. */
     std::uint64_t number = 0;
     std::string_view address;  ///< such as "10.0.0.5:4001" or "[fe80::1]:4001"; empty for a serial line
+    bool isDatagram = false;   ///< the bytes are one datagram, not the next of a stream
 };
 
 /**

@@ -98,8 +98,9 @@ class RAVLOG_API CLogEventWrap {
 };
 
 /**
- * Starts the logs: Server.log (LogRoot), Operation.log (LogOperation) and System.log (LogSystem) in the
- * folder, which is created when it is missing. Called once by the host, before the module is used.
+ * Starts the logs: Server.log (LogRoot), Operation.log (LogOperation), System.log (LogSystem) and Traffic.log
+ * (LogTraffic, made at its first record) in the folder, which is created when it is missing. Called once by
+ * the host, before the module is used.
  *
  * @param folder  folder of the files
  * @param level   threshold of LogRoot and LogSystem: "trace", "debug", "info", "warn" or "error"; any other:
@@ -135,3 +136,7 @@ RAVLOG_API std::shared_ptr<RavLog::CLogger> LogOperation();
 /** Logger of the libraries and of the document backups; empty before StartLogs and after StopLogs. Any
  * thread. */
 RAVLOG_API std::shared_ptr<RavLog::CLogger> LogSystem();
+
+/** Logger of what interfaces send and receive, while that is asked for; empty before StartLogs and after
+ * StopLogs. Any thread. */
+RAVLOG_API std::shared_ptr<RavLog::CLogger> LogTraffic();

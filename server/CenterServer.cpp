@@ -2,6 +2,7 @@
 
 #include "device/PortContract.h"
 #include "equipment/EquipmentRoutes.h"
+#include "equipment/Traffic.h"
 #include "platform/ProcessMemory.h"
 #include "platform/SerialNames.h"
 #include "server/BodyRules.h"
@@ -45,6 +46,7 @@ void CCenterServer::InitServer() {
     }
     PrepareMemory();
     SetSerialNameTable(HPath::join(m_config->user_data_path, "SerialPorts.json"));
+    StartTraffic();
     ReopenNetPorts();
 
     m_wsService.onopen = [this](const auto& channel, const auto& /*request*/) {

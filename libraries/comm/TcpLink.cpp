@@ -72,7 +72,7 @@ SPortPeer CTcpLink::Peer() {
             m_peer = PairText(from.address(), from.port());
         }
     }
-    return {m_number, m_peer};
+    return {m_number, m_peer, false};
 }
 
 EnError CTcpLink::Write(std::string_view& rest) {

@@ -219,7 +219,7 @@ void CUdpPort::Drain(Udp::socket& socket) {
         std::string text;
         m_tally.CountReceived({bytes.data(), size}, [&] {
             text = PairText(from.address(), from.port());
-            return SPortPeer{NumberOf(from), text};
+            return SPortPeer{NumberOf(from), text, true};
         });
         if (code == boost::asio::error::would_block || code == boost::asio::error::interrupted) {
             return;

@@ -16,7 +16,7 @@ namespace RavLog {
 
 namespace {
 
-constexpr const char* kFileNames[] = {"Server.log", "Operation.log", "System.log"};
+constexpr const char* kFileNames[] = {"Server.log", "Operation.log", "System.log", "Traffic.log"};
 
 /** Lines that are kept from before the start of the logs. */
 constexpr std::size_t kEarlyLines = 32;
@@ -31,7 +31,7 @@ struct SSystemLine {
 /** The base of all loggers; lives to the end of the process. */
 struct SLogs {
     SLogs() {
-        for (CLogFile* file : {serverFile.get(), operationFile.get(), systemFile.get()}) {
+        for (CLogFile* file : {serverFile.get(), operationFile.get(), systemFile.get(), trafficFile.get()}) {
             writer.Add(file);
         }
     }
@@ -46,9 +46,11 @@ struct SLogs {
     std::shared_ptr<CLogFile> serverFile = std::make_shared<CLogFile>(writer, true);
     std::shared_ptr<CLogFile> operationFile = std::make_shared<CLogFile>(writer, true);
     std::shared_ptr<CLogFile> systemFile = std::make_shared<CLogFile>(writer, false);
+    std::shared_ptr<CLogFile> trafficFile = std::make_shared<CLogFile>(writer, false);
     std::shared_ptr<CLogger> root = std::make_shared<CLogger>("LogRoot", Info, serverFile);
     std::shared_ptr<CLogger> operation = std::make_shared<CLogger>("LogOperation", Trace, operationFile);
     std::shared_ptr<CLogger> system = std::make_shared<CLogger>("LogSystem", Info, systemFile);
+    std::shared_ptr<CLogger> traffic = std::make_shared<CLogger>("LogTraffic", Trace, trafficFile);
     std::atomic<bool> isRunning = false;
     CMutex earlyMutex;
     std::vector<SSystemLine> early GUARDED_BY(earlyMutex);
@@ -168,7 +170,8 @@ std::string StartLogs(const std::string& folder, const std::string& level) {
     }
     std::error_code error;
     std::filesystem::create_directories(PathFromNarrow(folder), error);
-    CLogFile* const files[] = {logs.serverFile.get(), logs.operationFile.get(), logs.systemFile.get()};
+    CLogFile* const files[] = {logs.serverFile.get(), logs.operationFile.get(), logs.systemFile.get(),
+                               logs.trafficFile.get()};
     for (std::size_t i = 0; i < std::size(files); ++i) {
         files[i]->SetPath(error ? std::string() : NarrowFromPath(PathFromNarrow(folder) / kFileNames[i]));
     }
@@ -226,4 +229,8 @@ std::shared_ptr<RavLog::CLogger> LogOperation() {
 
 std::shared_ptr<RavLog::CLogger> LogSystem() {
     return RavLog::Running(&RavLog::SLogs::system);
+}
+
+std::shared_ptr<RavLog::CLogger> LogTraffic() {
+    return RavLog::Running(&RavLog::SLogs::traffic);
 }

@@ -2,6 +2,7 @@
 #include "config/VersionInfo.h"
 #include "include/GlobalConfig.h"
 #include "libraries/http/src/OriginRule.h"
+#include "platform/TrafficLimit.h"
 #include "tests/config/MachineFixture.h"
 
 #include <iomanip>
@@ -38,9 +39,17 @@ TEST_F(Machine, AllowedHostsReachTheHttpLibrary) {
     EXPECT_FALSE(hv::internal::IsKnownHost("y.example"));
 }
 
+TEST_F(Machine, TheLimitOfTheTrafficReachesItsKeeper) {
+    EXPECT_EQ(TrafficLimit(), 32 << 20);
+    WriteFile(m_file, R"({"traffic_bytes":0})");
+    const SGlobalConfig config;
+    EXPECT_EQ(TrafficLimit().exchange(32 << 20), 0);
+}
+
 TEST_F(Machine, WrongTypesAndImpossibleFoldersStopTheStart) {
-    for (const char* content : {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})",
-                                R"({"allowed_hosts":"a"})", R"({"allowed_hosts":[1]})"}) {
+    for (const char* content :
+         {R"({"http_port":"1"})", R"({"websocket_port":null})", R"({"log_level":5})",
+          R"({"allowed_hosts":"a"})", R"({"allowed_hosts":[1]})", R"({"traffic_bytes":"1"})"}) {
         WriteFile(m_file, content);
         testing::internal::CaptureStderr();
         EXPECT_TRUE(FailsWith("type_error.302")) << content;

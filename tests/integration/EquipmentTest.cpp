@@ -106,6 +106,111 @@ TEST_F(Equipment, IsStoredWhileItIsAway) {
     EXPECT_EQ(store("serial", serial, stored).at("code"), 30304);
 }
 
+TEST_F(Equipment, ShowsWhatItsInterfacesSendAndReceive) {
+    Browser* page = &browser;
+    const auto post = [&](const std::string& route, const json& body) {
+        const std::string path = "/api/equipment/" + route;
+        return json::parse(page->Http().Exchange(HttpClient::Request("POST", path, body.dump())).body);
+    };
+    const auto traffic = [&](const std::string& node, std::uint64_t after = 0) {
+        const std::string path = "/api/equipment/traffic/" + node + "?after=" + std::to_string(after);
+        return json::parse(page->Http().Get(path).body);
+    };
+    const auto entries = [&](std::uint64_t after, std::size_t count) {
+        json data;
+        EXPECT_TRUE(WaitUntil([&] {
+            data = traffic("1", after).at("data");
+            return data.at("entries").size() >= count;
+        })) << data;
+        EXPECT_EQ(data.at("missed"), false);
+        for (json& entry : data.at("entries")) {
+            EXPECT_GT(entry.at("id"), after);
+            EXPECT_GT(entry.at("time"), 1'700'000'000'000);
+            EXPECT_EQ(entry.contains("client"), entry.at("out"));
+            for (const char* varies : {"id", "time", "client"}) {
+                entry.erase(varies);
+            }
+        }
+        return data;
+    };
+    Socket listener = Socket::Listen();
+    EXPECT_EQ(browser.AddNet("Lamp", "TCP_Client", 0, listener.LocalPort()), 20000);
+    EXPECT_EQ(browser.Store({{7, "click", 1, true, "On", "on\r"}}), 20000);
+    EXPECT_EQ(browser.Click(7).at("code"), 20000);
+    Socket device = listener.Accept();
+    EXPECT_EQ(device.Receive(), "on\r");
+    device.Send("ok");
+    const std::string address = "127.0.0.1:" + std::to_string(listener.LocalPort());
+    const json clicked = entries(0, 2);
+    EXPECT_EQ(clicked.at("fileUntil"), nullptr);
+    EXPECT_EQ(clicked.at("entries"), json::array({{{"out", true},
+                                                   {"hex", "6F6E0D"},
+                                                   {"error", 0},
+                                                   {"source", "component"},
+                                                   {"component", 7},
+                                                   {"trigger", "click"},
+                                                   {"command", "On"}},
+                                                  {{"out", false}, {"hex", "6F6B"}, {"peer", address}}}));
+
+    EXPECT_EQ(post("traffic/file", {{"nodeId", 1}, {"minutes", 1}}).at("code"), 20000);
+    EXPECT_GT(traffic("1").at("data").at("fileUntil"), 1'700'000'000'000);
+    const json hex = {{"nodeId", 1}, {"content", "3F0D"}, {"contentFormat", 1}};
+    EXPECT_EQ(post("send", hex).at("code"), 20000);
+    EXPECT_EQ(device.Receive(), "?\r");
+    device.Close();
+    listener.Close();
+    EXPECT_TRUE(WaitUntil([&] { return States().at(0).at("state") != "open"; }));
+    const json failed = post("send", {{"nodeId", 1}, {"content", "off"}});
+    EXPECT_EQ(failed.at("code"), 30201);
+    EXPECT_NE(failed.at("message").get<std::string>().find("10061"), std::string::npos);
+    json sent = entries(clicked.at("last"), 2);
+    EXPECT_NE(sent.at("entries").at(1).at("errorText"), "");
+    sent.at("entries").at(1).erase("errorText");
+    EXPECT_EQ(sent.at("entries"),
+              json::array({{{"out", true}, {"hex", "3F0D"}, {"error", 0}, {"source", "terminal"}},
+                           {{"out", true}, {"hex", "6F6666"}, {"error", 10061}, {"source", "terminal"}}}));
+    EXPECT_TRUE(WaitUntil([&] {
+        const std::string log = host.UserFile("Log/Traffic.log");
+        return log.find("[Lamp][out]") != std::string::npos &&
+               log.find(" 3F 0D \"?\\r\" terminal") < log.find(" 6F 66 66 \"off\" error 10061");
+    }));
+    EXPECT_EQ(host.UserFile("Log/Traffic.log").find("6F 6E"), std::string::npos) << "from before";
+    EXPECT_EQ(post("traffic/file", {{"nodeId", 1}, {"minutes", 0}}).at("data").at("fileUntil"), nullptr);
+
+    const struct {
+        const char* what;
+        json reply;
+    } refusals[] = {
+        {"the traffic of nothing", traffic("77")},
+        {"the traffic of a word", traffic("lamp")},
+        {"a command to nothing", post("send", {{"nodeId", 77}, {"content", "on"}})},
+        {"no command", post("send", {{"nodeId", 1}})},
+        {"a file of nothing", post("traffic/file", {{"nodeId", 77}, {"minutes", 1}})},
+        {"a file without end", post("traffic/file", {{"nodeId", 1}, {"minutes", 10081}})},
+    };
+    for (const auto& [what, reply] : refusals) {
+        EXPECT_EQ(reply.at("code"), 30101) << what;
+        EXPECT_NE(reply.at("message"), "") << what;
+    }
+
+    EXPECT_EQ(host.Stop(), 0);
+    json config = json::parse(host.UserFile("LocalHost.config"));
+    config["traffic_bytes"] = 0;
+    WriteFile(host.UserData() / "LocalHost.config", config.dump());
+    host.Start();
+    EXPECT_EQ(json::parse(HttpClient(host.HttpPort())
+                              .Exchange(HttpClient::Request("POST", "/api/equipment/send", hex.dump()))
+                              .body)
+                  .at("code"),
+              30100);
+    Browser again(host);
+    page = &again;
+    EXPECT_EQ(post("send", hex).at("code"), 30201);
+    EXPECT_EQ(traffic("1").at("data").at("entries"), json::array());
+    EXPECT_EQ(traffic("1").at("data").at("kept"), false);
+    EXPECT_EQ(post("traffic/file", {{"nodeId", 1}, {"minutes", 1}}).at("code"), 30101);
+}
+
 TEST_F(Equipment, IsSeenByAMonitoringProgram) {
     const auto health = [&] {
         return json::parse(browser.Http().Get("/api/equipment/health").body).at("data");
