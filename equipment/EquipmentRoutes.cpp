@@ -5,6 +5,7 @@
 #include "equipment/InterfaceStoring.h"
 #include "equipment/Metrics.h"
 #include "equipment/TrafficHandlers.h"
+#include "equipment/values/ValueRoutes.h"
 #include "server/RouterMgr.h"
 #include "userdata/Document.h"
 #include "webapi/EntityTags.h"
@@ -44,14 +45,14 @@ int GetMetrics(HttpRequest* request, HttpResponse* response) {
 }  // namespace
 
 const EquipmentRoutes g_equipmentGetRoutes = {
-    {"/api/equipment/health", GetHealth},
-    {"/api/equipment/interfaces", ListInterfaceStates},
-    {"/api/equipment/traffic/{nodeId}", ReadTraffic},
-    {"/metrics", GetMetrics},
+    {kEquipmentDocumentRoute, GetEquipmentConfig},      {"/api/equipment/health", GetHealth},
+    {"/api/equipment/interfaces", ListInterfaceStates}, {"/api/equipment/traffic/{nodeId}", ReadTraffic},
+    {"/api/equipment/values", GetEquipmentValues},      {"/metrics", GetMetrics},
 };
 
 const EquipmentRoutes g_equipmentPostRoutes = {
     {"/api/equipment/send", SendThroughInterface},
+    {kEquipmentDocumentRoute, SetEquipmentConfig},
     {"/api/equipment/store", StoreInterface},
     {"/api/equipment/traffic/file", SwitchTrafficFile},
 };

@@ -16,3 +16,6 @@ extern const EquipmentRoutes g_equipmentGetRoutes;
 
 /** With the method POST. They are writes like any other, with the same check. */
 extern const EquipmentRoutes g_equipmentPostRoutes;
+
+/** The route of the latter that replaces a document. */
+inline constexpr const char* kEquipmentDocumentRoute = "/api/equipment/config";

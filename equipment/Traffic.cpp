@@ -1,5 +1,6 @@
 #include "equipment/Traffic.h"
 
+#include "equipment/PortListeners.h"
 #include "platform/PortReports.h"
 #include "platform/RavLog.h"
 #include "platform/TrafficLimit.h"
@@ -110,7 +111,7 @@ void StartTraffic() {
     }
     // Never destroyed: ports that end late still tell it.
     g_traffic = new CTraffic(static_cast<std::size_t>(bytes));
-    ListenToPorts(g_traffic);
+    AddPortListener(*g_traffic);
 }
 
 bool IsTrafficKept() {

@@ -37,6 +37,12 @@ SBodyRule BodyRuleOfWrites() {
     return rule;
 }
 
+SBodyRule BodyRuleOfDocuments() {
+    SBodyRule rule = BodyRuleOfWrites();
+    rule.limit = kDocumentBytes;
+    return rule;
+}
+
 SBodyRule BodyRuleOf(int routeKey) {
     SBodyRule rule = BodyRuleOfWrites();
     if (routeKey == RouteSetCentralControlWebLayout || routeKey == RouteSetMaterialList ||

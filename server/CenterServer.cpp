@@ -3,6 +3,7 @@
 #include "device/PortContract.h"
 #include "equipment/EquipmentRoutes.h"
 #include "equipment/Traffic.h"
+#include "equipment/values/ConfigStore.h"
 #include "platform/ProcessMemory.h"
 #include "platform/SerialNames.h"
 #include "server/BodyRules.h"
@@ -46,6 +47,7 @@ void CCenterServer::InitServer() {
     }
     PrepareMemory();
     SetSerialNameTable(HPath::join(m_config->user_data_path, "SerialPorts.json"));
+    StartEquipmentValues();
     StartTraffic();
     ReopenNetPorts();
 
@@ -100,6 +102,7 @@ void CCenterServer::InitServer() {
         m_httpService.POST(path.c_str(), handler);
         SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
     }
+    SetBodyRule(m_httpService, kEquipmentDocumentRoute, BodyRuleOfDocuments());
     m_httpServer.service = &m_httpService;
     m_httpServer.port = m_config->http_port;
     m_httpServer.worker_threads = kHttpWorkerThreads;

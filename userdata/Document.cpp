@@ -3,6 +3,9 @@
 #include "config/DocumentBackup.h"
 #include "config/JsonFile.h"
 #include "config/JsonRelease.h"
+#include "platform/Paths.h"
+
+#include <filesystem>
 
 #include <boost/uuid/name_generator_md5.hpp>
 
@@ -39,6 +42,22 @@ CDocumentState::Packed CDocumentState::PackedBy(const std::function<Packed()>& m
     const CLock lock(m_packMutex);
     m_packed = packed;
     return packed;
+}
+
+bool CDocument::IsStored() const {
+    std::error_code error;
+    const auto exists = [&error](const std::string& path) {
+        return std::filesystem::exists(PathFromNarrow(path), error);
+    };
+    return exists(Path()) || exists(BackupPath(Path()));
+}
+
+void CDocument::SetAside() {
+    m_writer.KeepBeforeNextSave(Path());
+    nlohmann::json none;
+    const CLock lock(m_mutex);
+    TakeState(nullptr);
+    m_value.swap(none);
 }
 
 void CDocument::Load() {

@@ -55,7 +55,7 @@ class CDocumentState {
  * are read far more often than they change, and making the text takes longer than all the rest of a reply.
  *
  * All changes of the document go through this class, so that no state outlives the value from which it was
- * made, and so that each change is saved. Any thread; only Load waits for the disk.
+ * made, and so that each change is saved. Any thread; only Load and IsStored wait for the disk.
  */
 class CDocument {
   public:
@@ -80,6 +80,12 @@ class CDocument {
 
     /** Where the document is saved. */
     std::string Path() const { return DocumentPath(m_name); }
+
+    /** Whether there is a file or a backup of it. Blocks for the disk. */
+    bool IsStored() const;
+
+    /** Forgets a value that can't be used. Its file stays, and the next save keeps it as <name>.broken. */
+    void SetAside();
 
     /** Takes the value from the file, or from its backup (see RestoreFromBackup). Blocks for the disk. */
     void Load();

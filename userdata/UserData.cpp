@@ -68,6 +68,9 @@ CUserData::CUserData() {
     interfaceDocument.Load();
     UseFile(interfaceDocument.Path(), [this] { EnsureArrayMember(interfaceConfig, "configList"); });
     infraredDocument.Load();
+    if (equipmentDocument.IsStored()) {
+        equipmentDocument.Load();
+    }
     try {
         UpdateCmdMap();
     } catch (const std::exception& error) {

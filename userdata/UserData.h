@@ -119,6 +119,9 @@ class CUserData {
      */
     [[nodiscard]] bool ReplaceProject(SProject project, const SProjectStates& present);
 
+    /** The document of the values that devices say. Only its file and its state belong to this store. */
+    CDocument& EquipmentDocument() { return equipmentDocument; }
+
     /** How the saves of the documents stand. */
     SSaveCounts GetSaveCounts() { return writer.Counts(); }
 
@@ -234,9 +237,12 @@ class CUserData {
     std::unordered_set<std::int32_t> orderedIds GUARDED_BY(orderMutex);  ///< those in interfaceOrder
     mutable CSharedMutex infraredMutex;
     nlohmann::json infraredCom GUARDED_BY(infraredMutex);
+    mutable CSharedMutex equipmentMutex;
+    nlohmann::json equipment GUARDED_BY(equipmentMutex);
 
     // The way to the documents above, once they are loaded.
     CDocument layoutDocument{layoutMutex, layout, writer, "/layout.json"};
+    CDocument equipmentDocument{equipmentMutex, equipment, writer, "/equipment.json"};
     CDocument materialsDocument{materialsMutex, materials, writer, "/materials.json"};
     CDocument componentDocument{componentMutex, componentConfig, writer, "/componentConfig.json"};
     CDocument apiListDocument{apiListMutex, apiList, writer, "/apiList.json"};

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-// What stands in the folder Backup: one folder for each generation, with up to four documents. A generation
+// What stands in the folder Backup: one folder for each generation, with up to five documents. A generation
 // is complete or absent, since it is written and removed under another name.
 
 /** Documents of a generation. */
-inline constexpr std::array<const char*, 4> kGenerationDocuments = {"layout.json", "materials.json",
-                                                                    "componentConfig.json", "interFace.json"};
+inline constexpr std::array<const char*, 5> kGenerationDocuments = {
+    "layout.json", "materials.json", "componentConfig.json", "interFace.json", "equipment.json"};
 
 /** Texts of documents, by file name. Missing ones are left out. */
 using DocumentTexts = std::map<std::string, std::string>;

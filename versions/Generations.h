@@ -45,8 +45,8 @@ struct SVersion {
 };
 
 /**
- * Keeps earlier states of pages, materials, component interactions and interfaces, all four together, in the
- * folders Backup/<name of the generation>/ below the user data.
+ * Keeps earlier states of pages, materials, component interactions, interfaces and what devices say, all five
+ * together, in the folders Backup/<name of the generation>/ below the user data.
  *
  * A generation is made before the first save of a day, and before a save that comes an hour or more after the
  * last generation. It is either complete or absent, also after a power cut. Those with a name are not thinned
@@ -61,7 +61,7 @@ class CGenerations {
      * Makes a generation of a document's folder when one is due, and removes superfluous ones. Call it before
      * a save writes anything. Blocks for the disk, and while another thread makes one. The system log reports
      * a problem once, until there is none. Any thread.
-     * @param path  the document to be saved; nothing is done if it is not one of the four above
+     * @param path  the document to be saved; nothing is done if it is not one of the five above
      */
     void BeforeSave(const std::string& path) noexcept;
 

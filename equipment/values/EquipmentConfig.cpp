@@ -147,10 +147,11 @@ void CheckVersion(const json& document) {
     }
 }
 
-/** @throw CConfigProblem  when two values have one name, or there are too many */
-void AddNames(const SDeviceRule& device, std::set<std::string>& names) {
-    for (const SPatternRule& pattern : device.patterns) {
-        for (const SValueRule& value : pattern.values) {
+/** Numbers the values. @throw CConfigProblem  when two values have one name, or there are too many */
+void AddNames(SDeviceRule& device, std::set<std::string>& names) {
+    for (SPatternRule& pattern : device.patterns) {
+        for (SValueRule& value : pattern.values) {
+            value.index = names.size();
             if (!names.insert(value.name).second) {
                 throw CConfigProblem("Two values have the name \"" + value.name + "\". Rename one of them.",
                                      "有两个值同名：“" + value.name + "”。请修改其中一个名称。");
@@ -211,7 +212,7 @@ SEquipmentConfig ParseEquipmentConfig(const json& document) {
     std::set<std::string> names;
     for (const json& rule : ListField(document, "devices", kMostDevices)) {
         config.devices.push_back(ReadDevice(rule));
-        const SDeviceRule& device = config.devices.back();
+        SDeviceRule& device = config.devices.back();
         if (!nodeIds.insert(device.nodeId).second) {
             throw CConfigProblem(
                 "Two devices have the interface " + std::to_string(device.nodeId) +

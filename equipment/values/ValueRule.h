@@ -13,6 +13,7 @@ using ValueContent = std::variant<std::monostate, std::string, double>;
 /** How what stands in a place of a message becomes a named value. */
 struct SValueRule {
     std::string name;
+    std::size_t index = 0;  ///< running number in the document
     std::size_t place = 0;  ///< index of CMessagePattern::Places
     bool isNumber = false;
     double scale = 1;

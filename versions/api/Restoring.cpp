@@ -53,7 +53,8 @@ std::string Keep(const SProjectStates& states) {
     for (const auto& [name, state] :
          {std::pair("layout.json", states.layout), std::pair("materials.json", states.materials),
           std::pair("componentConfig.json", states.componentConfig),
-          std::pair("interFace.json", states.interfaces)}) {
+          std::pair("interFace.json", states.interfaces),
+          std::pair("equipment.json", CUserData::GetInstance().EquipmentDocument().GetState())}) {
         if (!state->Json().empty()) {
             texts.emplace(name, state->Json());
         }
