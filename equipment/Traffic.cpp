@@ -75,9 +75,12 @@ bool CTraffic::MakeRoom() {
     Ring largest;
     {
         const CSharedLock lock(m_mutex);
-        const auto found = std::max_element(
-            m_rings.begin(), m_rings.end(),
-            [](const auto& one, const auto& other) { return one.second->Chunks() < other.second->Chunks(); });
+        const auto found =
+            std::max_element(m_rings.begin(), m_rings.end(), [](const auto& one, const auto& other) {
+                const auto chunks = one.second->Chunks();
+                const auto others = other.second->Chunks();
+                return chunks != others ? chunks < others : one.second->Oldest() > other.second->Oldest();
+            });
         if (found != m_rings.end()) {
             largest = found->second;
         }

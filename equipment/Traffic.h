@@ -12,7 +12,7 @@
 /**
  * The last traffic of all ports. A listener of the port library: an entry costs a look-up and a copy under
  * the lock of its ring, which nobody holds for long. When the rings together have all memory, the largest of
- * them gives its oldest entries back. Any thread.
+ * them, of several the one with the oldest entry, gives its oldest entries back. Any thread.
  */
 class CTraffic final : public CPortListener {
   public:
@@ -39,7 +39,8 @@ class CTraffic final : public CPortListener {
 
     Ring Find(std::uint64_t port);
     Ring FindOrMake(std::uint64_t port);
-    /** Lets the largest ring give its oldest chunk back. @return false when there is none */
+    /** Lets the largest ring, of several the oldest, give its oldest chunk back. @return false when there is
+     * none */
     bool MakeRoom();
     template <typename Add>
     void AddTo(std::uint64_t port, Add add) noexcept;

@@ -42,12 +42,14 @@ bool Write(std::int32_t nodeId, STask& task) {
         if (!traffic) {
             return false;
         }
+        const std::uint64_t dropped = traffic->read.dropped;
         if (traffic->read.isMissed) {
+            // An edited interface has begun a new ring.
+            const std::uint64_t lost = dropped < task.dropped ? dropped : dropped - task.dropped;
             WriteLine(traffic->name, "lost", std::chrono::system_clock::now(),
-                      std::to_string(traffic->read.dropped - task.dropped) +
-                          " entries came faster than they could be written");
+                      std::to_string(lost) + " entries came faster than they could be written");
         }
-        task.dropped = traffic->read.dropped;
+        task.dropped = dropped;
         for (const STrafficEntry& entry : traffic->read.entries) {
             WriteLine(traffic->name, entry.out ? "out" : "in", entry.time, TrafficLine(entry));
         }

@@ -155,13 +155,20 @@ char* CTrafficRing::Room(std::size_t size, std::uint64_t id) {
             return nullptr;
         }
         m_chunks.back()->firstId = id;
-        m_count = m_chunks.size();
+        NoteChunks();
     }
     SChunk& chunk = *m_chunks.back();
     char* const room = chunk.bytes.data() + chunk.used;
     chunk.used += size;
     ++chunk.entries;
     return room;
+}
+
+void CTrafficRing::NoteChunks() {
+    m_count = m_chunks.size();
+    if (!m_chunks.empty()) {
+        m_oldest = m_chunks.front()->firstId;
+    }
 }
 
 bool CTrafficRing::DropOldest() {
@@ -185,7 +192,7 @@ void CTrafficRing::Forget() {
     m_dropped += chunk->entries;
     m_lastDropped = m_chunks.empty() ? m_share.lastId.load() : m_chunks.front()->firstId - 1;
     m_joinable = m_chunks.empty() ? nullptr : m_joinable;
-    m_count = m_chunks.size();
+    NoteChunks();
     m_share.used -= kChunk;
 }
 
@@ -204,7 +211,7 @@ CTrafficRing::SRead CTrafficRing::Read(std::uint64_t after, const Filter& keeps)
         m_joinable = nullptr;  // whoever has read an entry does not read it again
         read.isMissed = after < m_lastDropped;
         read.dropped = m_dropped;
-        read.last = after;
+        read.last = std::max(after, m_lastDropped);
     }
     std::size_t bytes = 0;
     for (const auto& [chunk, used] : chunks) {

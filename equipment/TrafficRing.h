@@ -86,6 +86,9 @@ class CTrafficRing {
     /** Chunks that it has. */
     std::size_t Chunks() const { return m_count; }
 
+    /** Number of the oldest entry, once there has been one. */
+    std::uint64_t Oldest() const { return m_oldest; }
+
     /** Entries with a greater number than after that a filter keeps: 500 and 256 KiB of bytes at most. */
     SRead Read(std::uint64_t after, const Filter& keeps);
 
@@ -99,6 +102,7 @@ class CTrafficRing {
         REQUIRES_LOCK(m_mutex);
     bool Join(const SPortPeer& peer, std::string_view bytes, STrafficEntry::Time now) REQUIRES_LOCK(m_mutex);
     void Forget() REQUIRES_LOCK(m_mutex);
+    void NoteChunks() REQUIRES_LOCK(m_mutex);
 
     STrafficShare& m_share;
     CMutex m_mutex;
@@ -108,4 +112,5 @@ class CTrafficRing {
     std::uint64_t m_lastDropped GUARDED_BY(m_mutex) = 0;  ///< number of the last entry that was dropped
     std::uint64_t m_dropped GUARDED_BY(m_mutex) = 0;
     std::atomic<std::size_t> m_count = 0;
+    std::atomic<std::uint64_t> m_oldest = 0;
 };

@@ -117,6 +117,10 @@ TEST(Traffic, StaysWithinItsBoundsUnderFloods) {
         EXPECT_EQ(Joined(traffic.Read(port, 0, All)), "x|") << "a new port takes from the others";
     }
     EXPECT_LE(traffic.Used(), kLimit);
+    const auto emptied = traffic.Read(100, 1, All);
+    EXPECT_TRUE(emptied.isMissed) << "the oldest of many small ones";
+    EXPECT_FALSE(traffic.Read(100, emptied.last, All).isMissed) << "what is gone is told once";
+    EXPECT_EQ(Joined(traffic.Read(399, 1, All)), "x|");
 }
 
 }  // namespace
