@@ -227,8 +227,11 @@ TEST_F(Equipment, IsSeenByAMonitoringProgram) {
     const std::filesystem::path layout = host.UserData() / "layout.json";
     std::filesystem::create_directory(layout);  // in the place of the document
     EXPECT_EQ(browser.Post("setCentralControlWebLayout", {{"data", {1}}}).at("code"), 20000);
-    EXPECT_TRUE(WaitUntil([&] { return health().at("savesFailing") == 1; }));
-    json seen = health();
+    json seen;
+    EXPECT_TRUE(WaitUntil([&] {  // the saves of what was added before may still be under way
+        seen = health();
+        return seen.at("savesFailing") == 1 && seen.at("savesPending") == 1;
+    }));
     for (const char* figure : {"upSince", "memory"}) {
         EXPECT_GT(seen.at(figure), 1'000'000) << figure;
         seen.erase(figure);
