@@ -33,6 +33,15 @@ bool IsLost(EnPortState state) {
     return state == EnPortState::Closed || state == EnPortState::Failed;
 }
 
+void TellLongMessages(const std::set<std::int32_t>& nodeIds) {
+    for (const std::int32_t nodeId : nodeIds) {
+        RavLog::WriteSystemLog(RavLog::Warn, "values",
+                               "interface " + std::to_string(nodeId) +
+                                   ": messages of more than 4096 bytes are left out. Check how the messages "
+                                   "of this device end.");
+    }
+}
+
 }  // namespace
 
 CEquipmentValues::CEquipmentValues()
@@ -170,7 +179,11 @@ void CEquipmentValues::KeepTimes() {
             lock.Lock();
             portsUntil = now.steady + kPortsStay;
         }
-        ReportLongMessages(lock);
+        if (const std::set<std::int32_t> tooLong = TakeTooLong(now.steady); !tooLong.empty()) {
+            lock.Unlock();
+            TellLongMessages(tooLong);
+            lock.Lock();
+        }
         Time wake = m_isOn ? portsUntil : now.steady + 1h;
         wake = std::min(wake, m_streams.EndSilences(now).value_or(wake));
         if (m_polls.HasWork(now.steady)) {
@@ -241,26 +254,17 @@ void CEquipmentValues::TakeEarly() {
     }
 }
 
-void CEquipmentValues::ReportLongMessages(CUniqueLock& lock) {
-    const Time now = std::chrono::steady_clock::now();
-    std::set<std::int32_t> tooLong = std::exchange(m_tooLong, {});
-    std::erase_if(tooLong, [&](std::int32_t nodeId) REQUIRES_LOCK(m_mutex) {
+/** The interfaces with messages that were too long and about which nothing was said for a while. */
+std::set<std::int32_t> CEquipmentValues::TakeTooLong(Time now) {
+    std::set<std::int32_t> untold;
+    for (const std::int32_t nodeId : std::exchange(m_tooLong, {})) {
         const auto [told, isNew] = m_told.try_emplace(nodeId, now);
-        const bool isKnown = !isNew && now - told->second < kToldStays;
-        told->second = isKnown ? told->second : now;
-        return isKnown;
-    });
-    if (tooLong.empty()) {
-        return;
+        if (isNew || now - told->second >= kToldStays) {
+            told->second = now;
+            untold.insert(nodeId);
+        }
     }
-    lock.Unlock();
-    for (const std::int32_t nodeId : tooLong) {
-        RavLog::WriteSystemLog(RavLog::Warn, "values",
-                               "interface " + std::to_string(nodeId) +
-                                   ": messages of more than 4096 bytes are left out. Check how the messages "
-                                   "of this device end.");
-    }
-    lock.Lock();
+    return untold;
 }
 
 /** Lets one more thread send, if there may be one more. */

@@ -70,7 +70,7 @@ class CEquipmentValues final : public CPortListener {
     void KeepTimes();
     void SendPolls();
     void FindPorts();
-    void ReportLongMessages(CUniqueLock& lock) REQUIRES_LOCK(m_mutex);
+    std::set<std::int32_t> TakeTooLong(Time now) REQUIRES_LOCK(m_mutex);
     void Take(const SPortUser& user, std::uint64_t sender, std::string_view address, std::string_view bytes)
         REQUIRES_LOCK(m_mutex);
     void TakeEarly() REQUIRES_LOCK(m_mutex);
