@@ -57,7 +57,7 @@ interface Condition {
   readonly still?: string;
 }
 
-async function exchange(
+export async function exchange(
   method: "GET" | "POST",
   route: string,
   body?: unknown,

@@ -3,6 +3,9 @@
  * context.
  */
 import { createContext } from "svelte";
+import type { Clock } from "../api/clock.ts";
+import type { Equipment } from "../api/equipment.ts";
+import type { PageEvents } from "../api/pageEvents.ts";
 import type { Server } from "../api/server.ts";
 import type { Gate } from "./lock/gate.svelte.ts";
 import type { ProjectStore } from "./project/store.svelte.ts";
@@ -12,6 +15,9 @@ import type { Route } from "./shell/route.svelte.ts";
 
 export interface Application {
   readonly server: Server;
+  readonly equipment: Equipment;
+  readonly clock: Clock;
+  readonly events: PageEvents;
   readonly store: ProjectStore;
   readonly notices: Notices;
   readonly route: Route;

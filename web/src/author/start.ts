@@ -1,6 +1,7 @@
 import { mount } from "svelte";
 import { browserClock as clock } from "../api/clock.ts";
 import { Connection, openWebSocket } from "../api/connection.ts";
+import { createEquipment } from "../api/equipment.ts";
 import type { ReportError } from "../api/errors.ts";
 import { browserEvents as events } from "../api/pageEvents.ts";
 import { createWebSocketAddress } from "../api/port.ts";
@@ -21,7 +22,8 @@ export async function start(place: HTMLElement, reportError: ReportError): Promi
   const store = new ProjectStore({ server, drafts: new Drafts(clock), connection, clock, events, reportError });
   const notices = new Notices(clock, reportError);
   const gate = new Gate({ store, clock, session: sessionStorage, storage: localStorage });
-  const app = { server, store, notices, route: new Route(), finder: new Finder(), gate };
+  const equipment = createEquipment();
+  const app = { server, equipment, clock, events, store, notices, route: new Route(), finder: new Finder(), gate };
   await Promise.all([language.load(server), store.load()]);
   mount(Entrance, { target: place, props: { app } });
 }

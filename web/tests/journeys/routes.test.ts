@@ -3,6 +3,7 @@ import { mkdirSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { afterAll, afterEach, beforeAll, expect, it, vi } from "vitest";
 import type { Browser } from "playwright-core";
+import { createEquipment, type Equipment } from "../../src/api/equipment.ts";
 import { createServer, type Server } from "../../src/api/server.ts";
 import { newPage, startBrowser } from "../support/browser.ts";
 import { SerialDevice } from "../support/equipment.ts";
@@ -14,7 +15,7 @@ afterAll(() => browser.close());
 afterEach(() => vi.unstubAllGlobals());
 
 /** Each call of the application, in every form that has a route of its own. */
-const calls: { [Name in keyof Server]: Parameters<Server[Name]>[] } = {
+const calls: { [Name in keyof (Server & Equipment)]: Parameters<(Server & Equipment)[Name]>[] } = {
   layout: [[]],
   materials: [[]],
   interactions: [[]],
@@ -44,6 +45,8 @@ const calls: { [Name in keyof Server]: Parameters<Server[Name]>[] } = {
   keepVersion: [[""]],
   restoreVersion: [[""]],
   reportError: [[{}]],
+  interfaceStates: [[]],
+  storeInterface: [[1, "comInfo", {}]],
 };
 
 it("the server has every route that the application names", async () => {
@@ -52,7 +55,10 @@ it("the server has every route that the application names", async () => {
     asked.push([method!, route]);
     return Promise.resolve(Response.json({ code: 20000 }));
   });
-  const server = createServer() as unknown as Record<string, (...values: unknown[]) => Promise<unknown>>;
+  const server = { ...createServer(), ...createEquipment() } as unknown as Record<
+    string,
+    (...values: unknown[]) => Promise<unknown>
+  >;
   for (const [name, forms] of Object.entries(calls)) for (const values of forms) await server[name]!(...values);
   vi.unstubAllGlobals();
 
@@ -65,7 +71,7 @@ it("the server has every route that the application names", async () => {
   expect(await status(["GET", "/api/none"])).toBe(404);
   const missing = [];
   for (const one of asked) if ((await status(one)) === 404) missing.push(one.join(" "));
-  expect([missing, asked.length]).toEqual([[], 25]);
+  expect([missing, asked.length]).toEqual([[], 27]);
 });
 
 it("the form of a serial interface lists the server's ports, or says that it can't", async () => {

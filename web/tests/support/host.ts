@@ -76,6 +76,7 @@ interface Documents {
   getPageLayoutInfo: { pages: { name: string; material: string; components: StoredComponent[] }[] };
   getMaterialList: { materialList: { id: string; name: string; width: number }[] };
   getComponentInteractionInfo: { componentInteractionInfo: { componentArr: { interactionArr: object[] }[] } };
+  getConfigList: { configList: { nodeId: number }[] };
 }
 
 export interface StoredComponent {

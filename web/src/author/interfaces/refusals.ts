@@ -14,6 +14,13 @@ export function refusalText(error: unknown, one: Settings, notices: Pick<Notices
   return known ?? notices.sentenceOf(error);
 }
 
+const awayCodes: number[] = [codes.serialCheck, codes.udpOpen, codes.tcpClientOpen, codes.tcpServerOpen];
+
+/** Whether nothing is wrong with the settings as such: the device, or the port of the server's machine, is not there. */
+export function isAwayRefusal(error: unknown): boolean {
+  return error instanceof ServerError && awayCodes.includes(error.code);
+}
+
 function sentenceFor(code: number, one: Settings): string | undefined {
   if (code === codes.nameTaken) return ta("nameTaken");
   if (code === codes.duplicate) return ta("duplicateSettings");

@@ -1,0 +1,25 @@
+/** What the equipment does, as the server tells it, and interfaces that are stored while their device is away. */
+import { exchange, type Stored } from "./server.ts";
+
+const base = "/api/equipment/";
+
+/** The server from which this page was loaded. Calls are as those of its other interface. */
+export function createEquipment() {
+  let states: Stored | undefined;
+
+  return {
+    /** The same object as last time while nothing has changed. */
+    async interfaceStates(): Promise<unknown> {
+      states = await exchange("GET", `${base}interfaces`, undefined, undefined, { not: states });
+      return states.data;
+    },
+
+    /** @param nodeId  of the interface that is changed; undefined: a new one */
+    async storeInterface(nodeId: number | undefined, controlType: string, info: object): Promise<void> {
+      const kind = controlType === "comInfo" ? "serial" : "net";
+      await exchange("POST", `${base}store`, { data: { kind, info, ...(nodeId !== undefined && { nodeId }) } });
+    },
+  };
+}
+
+export type Equipment = ReturnType<typeof createEquipment>;

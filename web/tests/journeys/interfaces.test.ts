@@ -1,0 +1,50 @@
+/** What the screen of the interfaces says about the equipment, at the built host. */
+import { afterAll, beforeAll, expect, it } from "vitest";
+import type { Browser } from "playwright-core";
+import { newPage, startBrowser } from "../support/browser.ts";
+import { TcpDevice } from "../support/equipment.ts";
+import { freePort, Host } from "../support/host.ts";
+
+let browser: Browser;
+beforeAll(async () => void (browser = await startBrowser()));
+afterAll(() => browser.close());
+
+it("an interface is stored before its device is there, and says when it comes and goes", async () => {
+  await using host = await Host.start();
+  const port = await freePort();
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/interfaces`);
+  await page.getByRole("button", { name: "New interface" }).click();
+  const dialog = page.getByRole("dialog");
+  await dialog.getByLabel("Name").fill("Projector");
+  await dialog.getByLabel("Address of the device").fill("127.0.0.1");
+  await dialog.getByLabel("Port", { exact: true }).fill(String(port));
+  await dialog.getByRole("button", { name: "Try and store" }).click();
+  await dialog
+    .getByRole("alert")
+    .filter({ hasText: `Nothing answers at 127.0.0.1:${port}.` })
+    .waitFor();
+  await dialog.getByRole("button", { name: "Store anyway" }).click();
+  const line = page.getByRole("listitem").filter({ hasText: "Projector" });
+  await line.getByText("Not connected", { exact: true }).waitFor();
+  await line.getByText("Nothing listens there.").waitFor();
+
+  await using device = await TcpDevice.start(port);
+  const { nodeId } = (await host.read("getConfigList")).configList[0]!;
+  const commandArr = [{ portIndex: nodeId, controlType: "netPortInfo", netPortInfo: { content: "ON" } }];
+  const componentArr = [{ componentId: 1, interactionArr: [{ triggerType: "click", commandArr }] }];
+  await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
+  await host.post("useComponent", { data: { componentId: 1, interactionArr: [{ triggerType: "click" }] } });
+  await device.has("ON");
+  await line.getByText("Connected", { exact: true }).waitFor();
+  await line.getByText("1 command sent (2 B)").waitFor();
+  await device.stop();
+  await line.getByText("Not connected", { exact: true }).waitFor();
+
+  await page.getByRole("button", { name: "Edit: Projector" }).click();
+  await dialog.getByLabel("Name").fill("Beamer");
+  await dialog.getByRole("button", { name: "Try and store" }).click();
+  await dialog.getByRole("button", { name: "Store anyway" }).click();
+  await page.getByRole("listitem").filter({ hasText: "Beamer" }).getByText("Not connected", { exact: true }).waitFor();
+  expect(errors).toEqual([]);
+});
