@@ -19,6 +19,20 @@ export function createEquipment() {
       const kind = controlType === "comInfo" ? "serial" : "net";
       await exchange("POST", `${base}store`, { data: { kind, info, ...(nodeId !== undefined && { nodeId }) } });
     },
+
+    /** What went over an interface after this number; 0: all that is kept. */
+    traffic: async (nodeId: number, after: number): Promise<unknown> =>
+      (await exchange("GET", `${base}traffic/${nodeId}?after=${after}`)).data,
+
+    /** Sends a content, as a command has it, through an interface. */
+    async send(nodeId: number, content: string, contentFormat: number, asciiEncode: number): Promise<void> {
+      await exchange("POST", `${base}send`, { nodeId, content, contentFormat, asciiEncode });
+    },
+
+    /** Lets the server write the traffic of an interface into a file for some minutes; 0: no longer. */
+    async writeTrafficFile(nodeId: number, minutes: number): Promise<void> {
+      await exchange("POST", `${base}traffic/file`, { nodeId, minutes });
+    },
   };
 }
 

@@ -2,19 +2,23 @@ import type { Browser, Page } from "playwright-core";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import { axeFindings } from "../support/axe.ts";
 import { newPage, screens, startBrowser } from "../support/browser.ts";
+import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 import { goTo, openCommand, type Place, places, popUp, storeSample } from "../support/places.ts";
 
 let browser: Browser;
 let host: Host;
+let projector: TcpDevice;
 beforeAll(async () => {
   browser = await startBrowser();
   host = await Host.start();
+  projector = await TcpDevice.start();
+  await host.addTcp("Projector", projector.port);
   await storeSample(host, [popUp]);
 });
 afterAll(async () => {
   await browser.close();
-  await host[Symbol.asyncDispose]();
+  await Promise.all([projector[Symbol.asyncDispose](), host[Symbol.asyncDispose]()]);
 });
 
 const faulty: Place[] = [

@@ -48,3 +48,38 @@ it("an interface is stored before its device is there, and says when it comes an
   await page.getByRole("listitem").filter({ hasText: "Beamer" }).getByText("Not connected", { exact: true }).waitFor();
   expect(errors).toEqual([]);
 });
+
+it("a line goes to the device as it was typed, and what the device says is shown beside it", async () => {
+  await using host = await Host.start();
+  await using device = await TcpDevice.start();
+  device.answer = (bytes) => (bytes.includes("?PWR") ? "PWR=on\r" : "");
+  await host.addTcp("Projector", device.port);
+  const { page, errors } = await newPage(browser);
+  await page.goto(`${host.url}/#/interfaces`);
+  await page.getByRole("button", { name: "Terminal: Projector" }).click();
+  const dialog = page.getByRole("dialog");
+  await dialog.getByText("Nothing has gone over this interface yet.").waitFor();
+  const line = dialog.getByLabel("Line to send");
+  await line.fill("?PWR\\r");
+  await line.press("Enter");
+  const log = dialog.getByRole("log");
+  await log.getByText("3F 50 57 52 0D").waitFor();
+  await log.getByText("by hand").waitFor();
+  await log.getByText("50 57 52 3D 6F 6E 0D").waitFor();
+  expect(device.bytes).toBe("?PWR\r");
+  await dialog.getByRole("radio", { name: "Received" }).click();
+  await log.getByText("3F 50 57 52 0D").waitFor({ state: "detached" });
+  await dialog.getByRole("radio", { name: "Both" }).click();
+  await line.press("ArrowUp");
+  expect(await line.inputValue()).toBe("?PWR\\r");
+  await line.fill("\\q");
+  await dialog.getByRole("alert").filter({ hasText: "Column 1:" }).waitFor();
+  await dialog.getByRole("button", { name: "Write into a file" }).click();
+  await dialog.getByText("The server writes this traffic into Traffic.log until").waitFor();
+  await device.stop();
+  await line.fill("off");
+  await line.press("Enter");
+  await dialog.getByRole("alert").filter({ hasText: "Nothing listens there." }).waitFor();
+  await log.getByText(/^Not sent:/).waitFor();
+  expect(errors).toEqual([]);
+});

@@ -47,6 +47,9 @@ const calls: { [Name in keyof (Server & Equipment)]: Parameters<(Server & Equipm
   reportError: [[{}]],
   interfaceStates: [[]],
   storeInterface: [[1, "comInfo", {}]],
+  traffic: [[1, 0]],
+  send: [[1, "", 0, 0]],
+  writeTrafficFile: [[1, 0]],
 };
 
 it("the server has every route that the application names", async () => {
@@ -71,7 +74,7 @@ it("the server has every route that the application names", async () => {
   expect(await status(["GET", "/api/none"])).toBe(404);
   const missing = [];
   for (const one of asked) if ((await status(one)) === 404) missing.push(one.join(" "));
-  expect([missing, asked.length]).toEqual([[], 27]);
+  expect([missing, asked.length]).toEqual([[], 30]);
 });
 
 it("the form of a serial interface lists the server's ports, or says that it can't", async () => {

@@ -23,9 +23,15 @@ abstract class Recorder {
 export class TcpDevice extends Recorder {
   bytes = "";
   port = 0;
+  /** What it says to what it gets; empty: nothing. One character for each byte. */
+  answer: (bytes: string) => string = () => "";
   #server: Server = createServer((socket) => {
     this.#sockets.add(socket);
-    socket.on("data", (data) => (this.bytes += data.toString("latin1")));
+    socket.on("data", (data) => {
+      this.bytes += data.toString("latin1");
+      const answer = this.answer(data.toString("latin1"));
+      if (answer) socket.write(answer, "latin1");
+    });
     socket.on("error", () => undefined);
     socket.on("close", () => this.#sockets.delete(socket));
   });

@@ -87,6 +87,7 @@ export const places: readonly Place[] = [
   ["version-compare", "#/versions", click(".card .tools .button", 0, "dialog .hint")],
   ["interfaces", "#/interfaces"],
   ["interface-uses", "#/interfaces", click("main button[aria-expanded]", 0, "main [aria-expanded=true]")],
+  ["interface-terminal", "#/interfaces", click("main .tools button", 0, "dialog [role=log]")],
   ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
