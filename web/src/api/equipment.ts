@@ -30,9 +30,8 @@ export function createEquipment() {
     },
 
     /** Lets the server write the traffic of an interface into a file for some minutes; 0: no longer. */
-    async writeTrafficFile(nodeId: number, minutes: number): Promise<void> {
-      await exchange("POST", `${base}traffic/file`, { nodeId, minutes });
-    },
+    writeTrafficFile: async (nodeId: number, minutes: number): Promise<unknown> =>
+      (await exchange("POST", `${base}traffic/file`, { nodeId, minutes })).data,
   };
 }
 

@@ -39,12 +39,19 @@ const most = Number.MAX_SAFE_INTEGER;
 export function readTraffic(value: unknown): Traffic {
   const from = asObject(value);
   return {
-    entries: asArray(from["entries"]).map((one) => readEntry(asObject(one))),
+    entries: asArray(from["entries"])
+      .map((one) => readEntry(asObject(one)))
+      .filter((one) => one.id > 0),
     last: asNumber(from["last"], 0, 0, most),
     isMissed: from["missed"] === true,
     isKept: from["kept"] !== false,
-    fileUntil: asNumber(from["fileUntil"], 0, 0, most),
+    fileUntil: readFileUntil(from),
   };
+}
+
+/** Until when the server writes into a file, in ms since the beginning of 1970; 0: it does not. */
+export function readFileUntil(value: unknown): number {
+  return asNumber(asObject(value)["fileUntil"], 0, 0, most);
 }
 
 function readEntry(one: Record<string, unknown>): TrafficEntry {
@@ -82,11 +89,16 @@ export function isWanted(entry: TrafficEntry, { direction, text }: TrafficFilter
   return places.some((place) => place.includes(wanted)) || hex.replaceAll(" ", "").includes(wanted);
 }
 
-/** One line for each entry, for the clipboard and for files: time, direction, digits, text, and what else is known. */
+/**
+ * One line for each entry, for the clipboard and for files: time, direction, digits, text; of what was received the
+ * device, of a command who sent it and why it did not go out.
+ */
 export function trafficText(entries: readonly TrafficEntry[]): string {
   return entries
     .map((one) => {
-      const about = one.isOut ? [one.command, one.error ? `${one.error} ${one.errorText.trim()}` : ""] : [one.peer];
+      const component = one.source === "component" ? `${one.component} ${one.trigger}` : one.source;
+      const error = one.error ? `${one.error} ${one.errorText.trim()}` : "";
+      const about = one.isOut ? [component, one.command, one.client, error] : [one.peer];
       return [
         new Date(one.time).toISOString(),
         one.isOut ? "out" : "in",

@@ -38,6 +38,7 @@ it("an interface is stored before its device is there, and says when it comes an
   await device.has("ON");
   await line.getByText("Connected", { exact: true }).waitFor();
   await line.getByText("1 command sent (2 B)").waitFor();
+  await line.getByText(/^Last failure .*Nothing listens there/).waitFor();
   await device.stop();
   await line.getByText("Not connected", { exact: true }).waitFor();
 
@@ -64,7 +65,7 @@ it("a line goes to the device as it was typed, and what the device says is shown
   await line.press("Enter");
   const log = dialog.getByRole("log");
   await log.getByText("3F 50 57 52 0D").waitFor();
-  await log.getByText("by hand").waitFor();
+  await log.getByText(/^by hand · from /).waitFor();
   await log.getByText("50 57 52 3D 6F 6E 0D").waitFor();
   expect(device.bytes).toBe("?PWR\r");
   await dialog.getByRole("radio", { name: "Received" }).click();
@@ -80,6 +81,13 @@ it("a line goes to the device as it was typed, and what the device says is shown
   await line.fill("off");
   await line.press("Enter");
   await dialog.getByRole("alert").filter({ hasText: "Nothing listens there." }).waitFor();
-  await log.getByText(/^Not sent:/).waitFor();
+  await log.getByText("Not sent: Nothing listens there.").waitFor();
+  // The interface is renamed without leaving.
+  await dialog.getByRole("button", { name: "Edit interface" }).click();
+  const form = page.getByRole("dialog").filter({ has: page.getByRole("heading", { name: "Edit interface" }) });
+  await form.getByLabel("Name").fill("Beamer");
+  await form.getByRole("button", { name: "Try and store" }).click();
+  await form.getByRole("button", { name: "Store anyway" }).click();
+  await page.getByRole("heading", { name: "Terminal of Beamer" }).waitFor();
   expect(errors).toEqual([]);
 });

@@ -4,7 +4,8 @@ import { isWanted, readTraffic, type TrafficFilter, trafficText } from "../../sr
 import { FakeClock } from "../support/fakeClock.ts";
 import { FakeEvents } from "../support/fakeEvents.ts";
 
-const sent = { id: 7, time: 1_795_391_102_007, out: true, hex: "504F5752203F0D", error: 0, command: "Power?" };
+const component = { source: "component", component: 4, trigger: "click", command: "Power?", client: "10.0.0.951234" };
+const sent = { id: 7, time: 1_795_391_102_007, out: true, hex: "504F5752203F0D", error: 0, ...component };
 const got = { id: 8, time: 1_795_391_102_031, out: false, hex: "6F6EFF", peer: "10.0.0.7:4001", cut: true };
 
 it("asks for what is new, all of it at once, and not while it is paused or hidden", async () => {
@@ -25,6 +26,7 @@ it("asks for what is new, all of it at once, and not while it is paused or hidde
   expect([asked, terminal.entries.length, terminal.isMissed]).toEqual([[0, 500, 1000, 1200], 1200, false]);
   terminal.isPaused = true;
   await clock.pass(1000);
+  await terminal.ask(); // after a line was sent
   terminal.isPaused = false;
   events.shown = false;
   await clock.pass(1000);
@@ -32,7 +34,7 @@ it("asks for what is new, all of it at once, and not while it is paused or hidde
   events.shown = true;
   last = 3000;
   await clock.pass(500);
-  expect([terminal.entries.length, terminal.entries.at(-1)?.id, terminal.isMissed]).toEqual([mostEntries, 3000, true]);
+  expect([terminal.entries.length, terminal.entries.at(-1)?.id, terminal.isCut]).toEqual([mostEntries, 3000, true]);
   end();
 });
 
@@ -52,12 +54,11 @@ it.each<[TrafficFilter, boolean[]]>([
 });
 
 it("writes the traffic as lines", () => {
-  const refused = { ...sent, error: 10061, errorText: "refused\r\n", command: "" };
+  const refused = { ...sent, error: 10061, errorText: "refused\r\n", command: "", source: "terminal" };
   expect(trafficText(readTraffic({ entries: [sent, refused, got, {}] }).entries)).toBe(
-    "2026-11-22T23:45:02.007Z\tout\t50 4F 57 52 20 3F 0D\tPOWR ?·\tPower?\n" +
-      "2026-11-22T23:45:02.007Z\tout\t50 4F 57 52 20 3F 0D\tPOWR ?·\t\t10061 refused\n" +
-      "2026-11-22T23:45:02.031Z\tin\t6F 6E FF …\ton·\t10.0.0.7:4001\n" +
-      "1970-01-01T00:00:00.000Z\tin\n",
+    "2026-11-22T23:45:02.007Z\tout\t50 4F 57 52 20 3F 0D\tPOWR ?·\t4 click\tPower?\t10.0.0.951234\n" +
+      "2026-11-22T23:45:02.007Z\tout\t50 4F 57 52 20 3F 0D\tPOWR ?·\tterminal\t\t10.0.0.951234\t10061 refused\n" +
+      "2026-11-22T23:45:02.031Z\tin\t6F 6E FF …\ton·\t10.0.0.7:4001\n",
   );
 });
 

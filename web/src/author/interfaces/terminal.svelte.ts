@@ -22,8 +22,10 @@ export class Terminal {
   entries = $state.raw<readonly TrafficEntry[]>([]);
   filter = $state.raw<TrafficFilter>({ direction: "all", text: "" });
   isPaused = $state(false);
-  /** Entries were dropped before they were read, or have gone from here. */
+  /** The server has dropped entries before they were read. */
   isMissed = $state(false);
+  /** Entries have gone from here, since there were too many. */
+  isCut = $state(false);
   isKept = $state(true);
   fileUntil = $state(0);
   fault = $state.raw<unknown>();
@@ -40,12 +42,13 @@ export class Terminal {
   /** Asks now, and again and again while the page is visible. @returns what ends that */
   follow(): () => void {
     void this.ask();
-    const timer = this.needs.clock.every(pause, () => !this.isPaused && this.needs.events.isShown() && void this.ask());
+    const timer = this.needs.clock.every(pause, () => this.needs.events.isShown() && void this.ask());
     return () => timer.cancel();
   }
 
+  /** Nothing new comes while it is paused. */
   async ask(): Promise<void> {
-    if (this.#isAsking) return;
+    if (this.#isAsking || this.isPaused) return;
     this.#isAsking = true;
     try {
       let isMore = true;
@@ -69,13 +72,13 @@ export class Terminal {
   #add(entries: readonly TrafficEntry[]): void {
     if (!entries.length) return;
     const all = [...this.entries, ...entries];
-    this.isMissed ||= all.length > mostEntries;
+    this.isCut ||= all.length > mostEntries;
     this.entries = all.slice(-mostEntries);
   }
 
   clear(): void {
     this.entries = [];
-    this.isMissed = false;
+    this.isMissed = this.isCut = false;
   }
 }
 
