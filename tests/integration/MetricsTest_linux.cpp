@@ -10,11 +10,12 @@ class Metrics : public Served {};
 
 TEST_F(Metrics, KeepTheRulesOfTheirFormat) {
     EXPECT_EQ(browser.AddNet("Bei \"mir\" \\ 会议室\n", "UDP", 0, 9), 20000);
-    WriteFile(host.Home() / "metrics", browser.Http().Get("/metrics").body);
+    const TemporaryFolder folder;
+    WriteFile(folder.Path() / "metrics", browser.Http().Get("/metrics").body);
     ChildProcess check({{"sh", "-c", "exec \"$0\" check metrics < \"$1\"",
-                         TEST_TABLES "/../../scripts/promtool", (host.Home() / "metrics").string()},
+                         TEST_TABLES "/../../scripts/promtool", (folder.Path() / "metrics").string()},
                         {},
-                        host.Home(),
+                        folder.Path(),
                         {}});
     EXPECT_EQ(check.WaitExit(), 0);
     EXPECT_EQ(check.ErrorOutput() + check.Output(), "");
