@@ -3,6 +3,7 @@
 
 #include <bit>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -59,9 +60,15 @@ void StartHolder(const std::filesystem::path& record) {
     CloseHandle(made.hThread);
 }
 
+/** What the program that holds the pair sends: it takes what is added to this file. */
+std::filesystem::path AnswersOf(std::filesystem::path record) {
+    return record += ".answers";
+}
+
 }  // namespace
 
 PtyPair::PtyPair(const std::filesystem::path& link) : m_link(link) {
+    WriteFile(AnswersOf(m_link), "");
     WriteFile(m_link, "");
     StartHolder(m_link);
     if (!WaitUntil(PortIsThere)) {
@@ -84,6 +91,15 @@ PtyPair::~PtyPair() {
     std::error_code ignored;  // the folder goes away with the file in any case
     std::filesystem::remove(m_link, ignored);
     WaitUntil([] { return !PortIsThere(); });
+}
+
+void PtyPair::Send(std::string_view bytes) const {
+    std::ofstream answers(AnswersOf(m_link), std::ios::binary | std::ios::app);
+    answers << bytes;
+    answers.close();
+    if (!answers) {
+        throw std::system_error(std::make_error_code(std::errc::io_error), AnswersOf(m_link).string());
+    }
 }
 
 }  // namespace simulation

@@ -1,5 +1,6 @@
 // Holds a serial line for a test that runs under Wine: a pty pair whose one end Wine's COM port leads to, and
-// whose other end is read into a file. It ends when that file is removed.
+// whose other end is read into a file. What is added to the file RECORD-FILE.answers is sent from there. It
+// ends when the record file is removed.
 //   wine_line RECORD-FILE LINK
 
 #include <array>
@@ -20,7 +21,8 @@ int main(int argc, char* argv[]) {
     int other = -1;
     int device = -1;  // stays open, so that the pair outlives each opening by the server
     const int record = open(argv[1], O_WRONLY | O_APPEND | O_CLOEXEC);
-    if (record < 0 || openpty(&other, &device, name.data(), nullptr, nullptr) != 0) {
+    const int answers = open((std::string(argv[1]) + ".answers").c_str(), O_RDONLY | O_CLOEXEC);
+    if (record < 0 || answers < 0 || openpty(&other, &device, name.data(), nullptr, nullptr) != 0) {
         return 1;
     }
     unlink(next.c_str());
@@ -35,6 +37,10 @@ int main(int argc, char* argv[]) {
             if (size > 0 && write(record, bytes.data(), static_cast<size_t>(size)) != size) {
                 break;
             }
+        }
+        const ssize_t size = read(answers, bytes.data(), bytes.size());
+        if (size > 0 && write(other, bytes.data(), static_cast<size_t>(size)) != size) {
+            break;
         }
     }
     unlink(argv[2]);
