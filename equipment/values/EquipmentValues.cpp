@@ -48,12 +48,13 @@ CEquipmentValues::CEquipmentValues()
     : m_config(std::make_shared<const SEquipmentConfig>()), m_streams(m_config, m_values) {}
 
 CEquipmentValues& CEquipmentValues::Instance() {
-    // Never destroyed: ports that end late still tell it.
+    // Never destroyed: ports that end late still tell it. Its threads end before the documents that they read
+    // are destroyed, and after the port library, so that no send holds them up; hence the order.
     static CEquipmentValues* const values = [] {
-        // Before the port library has registered its end: so it is called after that, and no send holds it
-        // up.
+        CUserData::GetInstance();
+        std::unique_ptr<CEquipmentValues> made(new CEquipmentValues);
         CallAtProcessEnd([] { Instance().Stop(); });
-        return new CEquipmentValues;
+        return made.release();
     }();
     return *values;
 }
