@@ -44,13 +44,13 @@ int GetMetrics(HttpRequest* request, HttpResponse* response) {
 
 }  // namespace
 
-const EquipmentRoutes g_equipmentGetRoutes = {
+const EquipmentRoutes kEquipmentGetRoutes = {
     {kEquipmentDocumentRoute, GetEquipmentConfig},      {"/api/equipment/health", GetHealth},
     {"/api/equipment/interfaces", ListInterfaceStates}, {"/api/equipment/traffic/{nodeId}", ReadTraffic},
     {"/api/equipment/values", GetEquipmentValues},      {"/metrics", GetMetrics},
 };
 
-const EquipmentRoutes g_equipmentPostRoutes = {
+const EquipmentRoutes kEquipmentPostRoutes = {
     {"/api/equipment/send", SendThroughInterface},
     {kEquipmentDocumentRoute, SetEquipmentConfig},
     {"/api/equipment/store", StoreInterface},

@@ -12,10 +12,10 @@ using EquipmentRoutes = std::map<std::string, std::function<int(HttpRequest*, Ht
 // tables are filled when the module is loaded and only read afterwards.
 
 /** With the method GET. They are left out of the operation log, since browsers ask again and again. */
-extern const EquipmentRoutes g_equipmentGetRoutes;
+extern const EquipmentRoutes kEquipmentGetRoutes;
 
 /** With the method POST. They are writes like any other, with the same check. */
-extern const EquipmentRoutes g_equipmentPostRoutes;
+extern const EquipmentRoutes kEquipmentPostRoutes;
 
 /** The route of the latter that replaces a document. */
 inline constexpr const char* kEquipmentDocumentRoute = "/api/equipment/config";

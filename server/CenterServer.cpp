@@ -88,17 +88,17 @@ void CCenterServer::InitServer() {
     for (const auto& [key, path] : g_postRoutes) {
         registerRoute(false, path, key);
     }
-    for (const auto& [path, handler] : g_versionGetRoutes) {
+    for (const auto& [path, handler] : kVersionGetRoutes) {
         m_httpService.GET(path.c_str(), handler);
     }
-    for (const auto& [path, handler] : g_versionPostRoutes) {
+    for (const auto& [path, handler] : kVersionPostRoutes) {
         m_httpService.POST(path.c_str(), handler);
         SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
     }
-    for (const auto& [path, handler] : g_equipmentGetRoutes) {
+    for (const auto& [path, handler] : kEquipmentGetRoutes) {
         m_httpService.GET(path.c_str(), handler);
     }
-    for (const auto& [path, handler] : g_equipmentPostRoutes) {
+    for (const auto& [path, handler] : kEquipmentPostRoutes) {
         m_httpService.POST(path.c_str(), handler);
         SetBodyRule(m_httpService, path.c_str(), BodyRuleOfWrites());
     }

@@ -42,7 +42,7 @@ CDocument::State EquipmentConfigState() {
 CDocument::State StoreEquipmentConfig(json document, const CDocument::StateCheck& check) {
     SEquipmentConfig config = ParseEquipmentConfig(document);
     const CLock changing(g_changing);
-    const CDocument::State stored = CUserData::GetInstance().EquipmentDocument().ReplaceIf(
+    CDocument::State stored = CUserData::GetInstance().EquipmentDocument().ReplaceIf(
         std::move(document),
         [&](const std::string&) { return check == nullptr || check(EquipmentConfigState()->Tag()); });
     if (stored) {

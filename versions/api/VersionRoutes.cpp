@@ -111,12 +111,12 @@ int RestoreOneVersion(HttpRequest* request, HttpResponse* response) {
 
 }  // namespace
 
-const VersionRoutes g_versionGetRoutes = {
+const VersionRoutes kVersionGetRoutes = {
     {"/api/versions", ListVersions},
     {"/api/versions/{id}/{document}", GetVersionDocument},
 };
 
-const VersionRoutes g_versionPostRoutes = {
+const VersionRoutes kVersionPostRoutes = {
     {"/api/versions/keep", KeepVersion},
     {"/api/versions/name", NameVersion},
     {"/api/versions/restore", RestoreOneVersion},

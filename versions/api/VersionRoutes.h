@@ -12,7 +12,7 @@ using VersionRoutes = std::map<std::string, std::function<int(HttpRequest*, Http
 // tables are filled when the module is loaded and only read afterwards.
 
 /** With the method GET. They are left out of the operation log. */
-extern const VersionRoutes g_versionGetRoutes;
+extern const VersionRoutes kVersionGetRoutes;
 
 /** With the method POST. They are writes like any other, with the same check. */
-extern const VersionRoutes g_versionPostRoutes;
+extern const VersionRoutes kVersionPostRoutes;
