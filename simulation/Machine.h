@@ -65,6 +65,9 @@ struct Differences {
     /** The system reports whether a peer has acknowledged all bytes; Wine doesn't, Windows does. */
     static const bool kTellsWhatIsUnacknowledged;
 
+    /** A read of a serial line ends with the first bytes; Wine waits until there is no room left for more. */
+    static const bool kHearsLines;
+
     /** The system survives hundreds of connections that are cut while they are made; Wine 8 does not. */
     static const bool kStandsManyCuts;
 

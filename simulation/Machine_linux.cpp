@@ -49,6 +49,7 @@ const bool Differences::kKeepsOpenFilesInFolders = true;
 const bool Differences::kKeepsMissingStreams = false;
 const bool Differences::kHasGb18030 = true;
 const bool Differences::kTellsWhatIsUnacknowledged = true;
+const bool Differences::kHearsLines = true;
 const bool Differences::kTellsWhoListens = true;
 const bool Differences::kStandsManyCuts = true;
 const bool Differences::kHasPortList = true;

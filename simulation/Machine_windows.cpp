@@ -66,6 +66,7 @@ const bool Differences::kKeepsOpenFilesInFolders = !IsWine();
 const bool Differences::kKeepsMissingStreams = true;
 const bool Differences::kHasGb18030 = IsValidCodePage(54936) != FALSE;
 const bool Differences::kTellsWhatIsUnacknowledged = !IsWine();
+const bool Differences::kHearsLines = !IsWine();
 const bool Differences::kTellsWhoListens = !IsWine();
 const bool Differences::kStandsManyCuts = !IsWine();
 const bool Differences::kHasPortList = false;
