@@ -1,4 +1,4 @@
-#include "CommFixture.h"
+#include "tests/comm/CommFixture.h"
 
 #include <cstdlib>
 #include <future>

@@ -1,7 +1,7 @@
 // Host names, with a name server that a test plays.
 
-#include "CommFixture.h"
 #include "simulation/Equipment.h"
+#include "tests/comm/CommFixture.h"
 
 #include <atomic>
 #include <memory>

@@ -1,6 +1,6 @@
-#include "CommFixture.h"
 #include "platform/PortsTogether.h"
 #include "simulation/Equipment.h"
+#include "tests/comm/CommFixture.h"
 
 #include <vector>
 

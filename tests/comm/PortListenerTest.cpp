@@ -1,5 +1,5 @@
-#include "CommFixture.h"
-#include "RecordingListener.h"
+#include "tests/comm/CommFixture.h"
+#include "tests/comm/RecordingListener.h"
 
 #include <array>
 

@@ -1,8 +1,8 @@
 // What a device that lets one wait costs the others.
 
-#include "CommFixture.h"
 #include "platform/VainWaits.h"
 #include "simulation/Equipment.h"
+#include "tests/comm/CommFixture.h"
 
 #include <future>
 #include <vector>

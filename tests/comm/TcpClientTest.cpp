@@ -1,6 +1,6 @@
-#include "CommFixture.h"
 #include "simulation/Equipment.h"
 #include "simulation/Machine.h"
+#include "tests/comm/CommFixture.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "CommFixture.h"
 #include "simulation/Equipment.h"
+#include "tests/comm/CommFixture.h"
 
 #include <system_error>
 

@@ -95,7 +95,7 @@ TEST_F(Equipment, IsStoredWhileItIsAway) {
     };
     for (const auto& [what, reply, code] : refusals) {
         EXPECT_EQ(reply.at("code"), code) << what;
-        EXPECT_EQ(reply.at("message") == "", code != 30101) << what;
+        EXPECT_EQ(reply.at("message").get_ref<const std::string&>().empty(), code != 30101) << what;
     }
     EXPECT_EQ(States().size(), 2U);
 

@@ -113,7 +113,9 @@ TEST_F(Values, AreAskedForWhileWatchedAndTurnStale) {
     EXPECT_TRUE(Becomes("Power", "2"));
     EXPECT_EQ(Ask(after).at("values").size(), 1U);
 
-    projector->Answer(std::string(10'000'000, 'x'));
+    std::string endless;
+    endless.resize(10'000'000, 'x');
+    projector->Answer(endless);
     const int asked = projector->Asked();
     EXPECT_TRUE(WaitUntil([&] { return Ask("?watch=Power"), projector->Asked() > asked; }));
     projector->Answer("\rPOWR=1\r");
