@@ -7,7 +7,8 @@ import "./view/theme.css";
 const wantsPanel = () => /^#\/panel(\/|$)/.test(location.hash);
 const isPanel = wantsPanel();
 
-const reportError = errorReports(createServer());
+const server = createServer();
+const reportError = errorReports(server);
 reportUncaughtErrors(reportError);
 followTheme();
 addEventListener("hashchange", () => {
@@ -16,4 +17,4 @@ addEventListener("hashchange", () => {
 
 const place = document.getElementById("app")!;
 const { start } = isPanel ? await import("virtual:panel") : await import("./author/start.ts");
-await start(place, reportError);
+await start(place, server, reportError);

@@ -20,6 +20,13 @@ export function createEquipment() {
       await exchange("POST", `${base}store`, { data: { kind, info, ...(nodeId !== undefined && { nodeId }) } });
     },
 
+    /** The named values that changed after this number; 0: all of these names. Their devices are asked for a while. */
+    values: async (names: readonly string[], after: number): Promise<unknown> =>
+      (await exchange("GET", `${base}values?after=${after}&watch=${names.map(encodeURIComponent).join(",")}`)).data,
+
+    /** The document of what devices are asked, and what their answers mean. */
+    config: () => exchange("GET", `${base}config`),
+
     /** What went over an interface after this number; 0: all that is kept. */
     traffic: async (nodeId: number, after: number): Promise<unknown> =>
       (await exchange("GET", `${base}traffic/${nodeId}?after=${after}`)).data,

@@ -40,6 +40,11 @@ export class ServerError extends Error {
   }
 }
 
+/** Whether it is one of this server or of another bundle, which has a class of its own. */
+export function isServerError(error: unknown): error is ServerError {
+  return error instanceof Error && error.name === "ServerError";
+}
+
 /** Longest wait for an answer, in ms. A click takes as long as its devices: 3 s for each command that hangs. */
 const answerLimit = 20_000;
 const clickLimit = 60_000;

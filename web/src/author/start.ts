@@ -5,7 +5,7 @@ import { createEquipment } from "../api/equipment.ts";
 import type { ReportError } from "../api/errors.ts";
 import { browserEvents as events } from "../api/pageEvents.ts";
 import { createWebSocketAddress } from "../api/port.ts";
-import { createServer } from "../api/server.ts";
+import type { Server } from "../api/server.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { Finder } from "./find/finder.svelte.ts";
 import { Drafts } from "./project/draft.ts";
@@ -15,9 +15,8 @@ import { Gate } from "./lock/gate.svelte.ts";
 import { Notices } from "./shell/notices.svelte.ts";
 import { Route } from "./shell/route.svelte.ts";
 
-export async function start(place: HTMLElement, reportError: ReportError): Promise<void> {
+export async function start(place: HTMLElement, server: Server, reportError: ReportError): Promise<void> {
   language.startWith(navigator.language);
-  const server = createServer();
   const connection = new Connection({ address: createWebSocketAddress(), openSocket: openWebSocket, clock, events });
   const store = new ProjectStore({ server, drafts: new Drafts(clock), connection, clock, events, reportError });
   const notices = new Notices(clock, reportError);

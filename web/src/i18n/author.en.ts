@@ -12,6 +12,7 @@ import { pagesEn } from "./author/pages.en.ts";
 import { phoneEn } from "./author/phone.en.ts";
 import { settingsEn } from "./author/settings.en.ts";
 import { shellEn } from "./author/shell.en.ts";
+import { valuesEn } from "./author/values.en.ts";
 import { versionsEn } from "./author/versions.en.ts";
 
 /** The author's part in English. Its keys are those of every language. */
@@ -30,5 +31,6 @@ export const authorEn = {
   ...blocksEn,
   ...phoneEn,
   ...commandsEn,
+  ...valuesEn,
   ...keysEn,
 };

@@ -12,6 +12,7 @@ import { pagesZh } from "./author/pages.zh.ts";
 import { phoneZh } from "./author/phone.zh.ts";
 import { settingsZh } from "./author/settings.zh.ts";
 import { shellZh } from "./author/shell.zh.ts";
+import { valuesZh } from "./author/values.zh.ts";
 import { versionsZh } from "./author/versions.zh.ts";
 import type { authorEn } from "./author.en.ts";
 
@@ -31,5 +32,6 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...blocksZh,
   ...phoneZh,
   ...commandsZh,
+  ...valuesZh,
   ...keysZh,
 };

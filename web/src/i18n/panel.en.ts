@@ -23,6 +23,8 @@ export const panelEn = {
   failureCount: "{0} messages",
   closeAll: "Close all",
   unsure: "Perhaps not sent",
+  stale: "Not up to date",
+  apart: "Device not connected",
   on: "On",
   off: "Off",
   "code-1": "The server does not answer. It may or may not have been sent.",

@@ -25,6 +25,8 @@ export const panelZh: Record<keyof typeof panelEn, string> = {
   failureCount: "{0} 条消息",
   closeAll: "全部关闭",
   unsure: "可能未发送",
+  stale: "不是最新状态",
+  apart: "设备未连接",
   on: "开",
   off: "关",
   "code-1": "服务器没有应答，命令可能已发送，也可能未发送。",

@@ -196,6 +196,14 @@ function walkComponent(component: Component, page: Page, limits: TextLimits, vis
     const active = text("activeLook", "look", result.activeLook.text);
     if (active !== result.activeLook.text) result = { ...result, activeLook: { ...result.activeLook, text: active } };
   }
+  if (result.binding?.states.length) {
+    const states = result.binding.states.map((state, at) => {
+      const shown = text(`state${at}`, "look", state.look.text);
+      return shown === state.look.text ? state : { ...state, look: { ...state.look, text: shown } };
+    });
+    const isSame = states.every((state, at) => state === result.binding?.states[at]);
+    if (!isSame) result = { ...result, binding: { ...result.binding, states } };
+  }
   if ("confirm" in result) {
     const confirm = text("confirm", "question", result.confirm, limits.question);
     if (confirm !== result.confirm) result = { ...result, confirm };

@@ -2,6 +2,7 @@
  * The layout document: pages and the components on them. The server stores it unchanged; its format belongs to this
  * application. `readLayout` is the only way in, so that the rest can trust every field.
  */
+import type { Binding } from "./readBinding.ts";
 import type { Block } from "./readBlocks.ts";
 import type { DeviceList } from "./devices.ts";
 import { newComponentId, newId } from "./ids.ts";
@@ -12,7 +13,18 @@ import type { ProjectTheme } from "./projectTheme.ts";
 /** The version that is written. A document with a higher one is refused, see readLayout. */
 export const layoutVersion = 1;
 
-export const componentTypes = ["button", "switch", "slider", "text", "image", "link", "clock", "group"] as const;
+export const componentTypes = [
+  "button",
+  "switch",
+  "slider",
+  "text",
+  "image",
+  "link",
+  "clock",
+  "group",
+  "lamp",
+  "gauge",
+] as const;
 export type ComponentType = (typeof componentTypes)[number];
 
 /** When a button sends: on release inside its box, on press, on both, repeatedly, or after a long press. */
@@ -76,6 +88,8 @@ interface Common<Type extends ComponentType> {
   readonly align: TextAlignment;
   readonly style: PartStyle;
   readonly look: Look;
+  /** How it shows what devices say; absent: not at all. */
+  readonly binding?: Binding;
 }
 
 /** Of what can ask the operator before it sends. */
@@ -131,6 +145,12 @@ export interface ClockComponent extends Common<"clock"> {
   readonly clock: ClockForm;
 }
 
+/** Shows a number between two others. */
+export interface GaugeComponent extends Common<"gauge"> {
+  readonly min: number;
+  readonly max: number;
+}
+
 export type Component =
   | ButtonComponent
   | SwitchComponent
@@ -139,7 +159,9 @@ export type Component =
   | ImageComponent
   | LinkComponent
   | ClockComponent
-  | Common<"group">;
+  | Common<"group">
+  | Common<"lamp">
+  | GaugeComponent;
 
 export type AskingComponent = ButtonComponent | SwitchComponent | SliderComponent;
 
@@ -205,6 +227,8 @@ const sizes: Record<ComponentType, [number, number]> = {
   link: [160, 80],
   clock: [200, 64],
   group: [400, 280],
+  lamp: [200, 48],
+  gauge: [320, 80],
 };
 
 /** A new component of its type's usual size at this place. */
@@ -230,7 +254,7 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
     fontFamily: "",
     fontWeight: 0,
     radius: 14,
-    align: type === "text" ? "left" : "center",
+    align: type === "text" || type === "lamp" ? "left" : "center",
     style: "",
     look: { ...emptyLook, text },
   };
@@ -247,8 +271,11 @@ export function newComponent(type: ComponentType, x: number, y: number, text = "
       return { ...common, type, target: "" };
     case "clock":
       return { ...common, type, clock: "time" };
+    case "gauge":
+      return { ...common, type, min: 0, max: 100 };
     case "text":
     case "group":
+    case "lamp":
       return { ...common, type };
   }
 }
@@ -319,7 +346,8 @@ export function hasStates(component: Component): component is ButtonComponent | 
 
 /** The looks of all states of a component. */
 export function looksOf(component: Component): Look[] {
-  return hasStates(component) ? [component.look, component.activeLook] : [component.look];
+  const looks = hasStates(component) ? [component.look, component.activeLook] : [component.look];
+  return component.binding ? [...looks, ...component.binding.states.map((one) => one.look)] : looks;
 }
 
 /** The name of a component in the author's lists. */

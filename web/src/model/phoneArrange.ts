@@ -14,6 +14,8 @@ const leastWidths: Record<ComponentType, number> = {
   link: 80,
   clock: 90,
   group: 100,
+  lamp: 100,
+  gauge: 200,
 };
 /** Heights in px: of what is touched at least and at most, of a vertical slider, and of a picture beside others. */
 const heights = { least: 52, most: 88, text: 28, slider: 200, picture: 160 };

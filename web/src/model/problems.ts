@@ -25,6 +25,7 @@ export type ProblemKind =
   | "lostPage" // a link leads nowhere
   | "spareEdge" // of several headers or footers only the first is shown
   | "lostQuestion" // the page that should ask can't, so a plain question is asked
+  | "noValue" // states, or a value to follow, and no value is named
   | "outside" // no part of the component lies on the page
   | "cutText" // a part of the text has no room in its component
   | "small"; // hard to hit with a finger
@@ -137,6 +138,9 @@ function problemsOf(
   if (asks(component) && component.confirmPage && !confirmPageOf(project.layout, component)) {
     kinds.push("lostQuestion");
   }
+  const { binding } = component;
+  const needsValue = component.type === "gauge" || (binding && (binding.follows || binding.states.length));
+  if (needsValue && !binding?.value) kinds.push("noValue");
   return [...kinds, ...misplaced(component, page)];
 }
 

@@ -23,10 +23,9 @@ import {
   pressModes,
   sliderSteps,
 } from "./layout.ts";
+import { readBinding } from "./readBinding.ts";
 import { asColor } from "./colors.ts";
-import { readDevices } from "./devices.ts";
 import { asIcon } from "./icons.ts";
-import { readPalette } from "./palette.ts";
 import { readOptions } from "./panelOptions.ts";
 import { readPhone } from "./phoneLayout.ts";
 import { readProjectTheme } from "./projectTheme.ts";
@@ -48,7 +47,7 @@ export function refusal(value: unknown, expectedForm: string, version: number): 
   return found > version ? { refused: "newer", version: found } : undefined;
 }
 
-/** The layout in a stored document, without the author's own blocks; without a document, an empty layout. */
+/** What a panel uses of the layout in a stored document; without a document, an empty layout. */
 export function readLayout(value: unknown): Layout | Refusal {
   if (value === undefined || value === null) return emptyLayout;
   const refused = refusal(value, layoutForm, layoutVersion);
@@ -65,17 +64,13 @@ export function readLayout(value: unknown): Layout | Refusal {
       return [read];
     });
   const startPage = asText(document["startPage"]);
-  const devices = readDevices(document["devices"]);
   const panel = readOptions(document["panel"]);
   const theme = readProjectTheme(document["theme"]);
-  const palette = readPalette(document["palette"]);
   return {
     startPage: pageIds.has(startPage) ? startPage : "",
     pages,
     panel,
-    ...(devices.length && { devices }),
     ...(theme && { theme }),
-    ...(palette.length && { palette }),
   };
 }
 
@@ -162,8 +157,16 @@ export function readComponent(value: unknown): Component | undefined {
       return { ...common, type: fresh.type, target: asText(from["target"]) };
     case "clock":
       return { ...common, type: fresh.type, clock: asChoice(from["clock"], clockForms, fresh.clock) };
+    case "gauge":
+      return {
+        ...common,
+        type: fresh.type,
+        min: asNumber(from["min"], fresh.min, -1e6, 1e6),
+        max: asNumber(from["max"], fresh.max, -1e6, 1e6),
+      };
     case "text":
     case "group":
+    case "lamp":
       return { ...common, type: fresh.type };
   }
 }
@@ -172,6 +175,7 @@ export function readComponent(value: unknown): Component | undefined {
 function readCommon(from: JsonObject, id: number, fresh: Component): CommonPart {
   const side = (key: "width" | "height") =>
     Math.round(asNumber(from[key], fresh[key], componentSides.least, componentSides.most));
+  const binding = readBinding(from["binding"], readLook);
   return {
     id,
     type: fresh.type,
@@ -189,5 +193,6 @@ function readCommon(from: JsonObject, id: number, fresh: Component): CommonPart 
     style: asChoice(from["style"], partStyles, fresh.style),
     align: asChoice(from["align"], alignments, fresh.align),
     look: readLook(from["look"]),
+    ...(binding && { binding }),
   };
 }

@@ -3,16 +3,27 @@ import type { Clock } from "../api/clock.ts";
 import type { Connection, ConnectionState } from "../api/connection.ts";
 import type { ReportError } from "../api/errors.ts";
 import type { PageEvents } from "../api/pageEvents.ts";
-import { codes, type Server, ServerError } from "../api/server.ts";
+import { codes, isServerError, type Server } from "../api/server.ts";
 import { failureText } from "../i18n/panel.ts";
 import { language } from "../i18n/language.svelte.ts";
 import { asNumber, asObject, sameJson } from "../model/json.ts";
 import { middlePosition } from "../model/interactions.ts";
-import { type Component, componentTitle, emptyLayout, type Layout, type SliderComponent } from "../model/layout.ts";
+import {
+  allComponents,
+  asks,
+  type Component,
+  componentTitle,
+  emptyLayout,
+  type Layout,
+  type Page,
+  type SliderComponent,
+  type SwitchComponent,
+} from "../model/layout.ts";
 import { readMaterials } from "../model/materials.ts";
 import { layoutOnPhone } from "../model/phoneLayout.ts";
 import { isRefused, readLayout, type Refusal } from "../model/readLayout.ts";
 import { type Pictures, PictureStore } from "../view/pictures.ts";
+import type { Live } from "./live.svelte.ts";
 import type { Presses } from "./presses.ts";
 
 /** The result of the last press: not answered yet, all sent, or failed. */
@@ -32,9 +43,12 @@ export interface Feedback {
 const times = { done: 1200, failed: 20_000, refresh: 30_000 };
 const valuesKey = "panelValues";
 
+/** What the components have in writing when devices' values are something to one of them. */
+const usesValues = /"binding":|\{value /;
+
 /** Everything that the panel uses from outside. */
 export interface PanelNeeds {
-  readonly server: Pick<Server, "layout" | "materials" | "language" | "click">;
+  readonly server: Pick<Server, "layout" | "materials" | "interactions" | "language" | "click">;
   readonly connection: Pick<Connection, "start" | "check">;
   readonly clock: Clock;
   readonly events: PageEvents;
@@ -61,6 +75,12 @@ export class PanelState {
   isTouched = $state(false);
   feedback = $state<Record<number, Feedback>>({});
 
+  /** What the devices say; nothing as long as no page uses it. */
+  live = $state.raw<Live | undefined>();
+
+  /** What stands over pages; nothing as long as no page needs it. */
+  dialogs = $state.raw<typeof import("./dialogs.ts") | undefined>();
+
   /** The failures that are shown, the latest first. */
   readonly failures = $derived(
     Object.entries(this.feedback)
@@ -75,7 +95,8 @@ export class PanelState {
   /** A reading of everything was requested and has not succeeded since. */
   #isDue = true;
 
-  #presses = new Set<Presses>();
+  /** The pages that are shown now, with what presses their components. */
+  #presses = new Map<Presses, () => Page>();
 
   /** @param lost  called when the connection is gone; presses under way have ended */
   constructor(
@@ -96,9 +117,9 @@ export class PanelState {
     needs.events.on("shown", () => void this.reload(true));
   }
 
-  /** Presses of a page that is shown now. Returns what ends them when the page goes. */
-  holdPresses(presses: Presses): () => void {
-    this.#presses.add(presses);
+  /** A page is shown now, with its presses. Returns what ends them when the page goes. */
+  showPage(page: () => Page, presses: Presses): () => void {
+    this.#presses.set(presses, page);
     return () => {
       presses.cancelAll();
       this.#presses.delete(presses);
@@ -107,12 +128,12 @@ export class PanelState {
 
   /** Whether a finger is on a component. */
   get isHeld(): boolean {
-    return [...this.#presses].some((one) => one.isHeld);
+    return [...this.#presses.keys()].some((one) => one.isHeld);
   }
 
   /** Whether a finger is on a component of another page than these presses: of the header, say. */
   isHeldBeside(presses: Presses): boolean {
-    return [...this.#presses].some((one) => one !== presses && one.isHeld);
+    return [...this.#presses.keys()].some((one) => one !== presses && one.isHeld);
   }
 
   setPressed(id: number, pressed: boolean): void {
@@ -122,7 +143,7 @@ export class PanelState {
 
   /** Ends all presses under way. */
   cancelPresses(): void {
-    for (const presses of this.#presses) presses.cancelAll();
+    for (const presses of this.#presses.keys()) presses.cancelAll();
   }
 
   #isBusy(): boolean {
@@ -144,7 +165,9 @@ export class PanelState {
       if (!this.loaded || !sameJson(layout, this.#stored.layout)) {
         const read = readLayout(layout);
         this.refused = isRefused(read) ? read : undefined;
-        this.#layout = isRefused(read) ? emptyLayout : read;
+        const next = isRefused(read) ? emptyLayout : read;
+        await this.#loadFor(next);
+        this.#layout = next;
       }
       if (!sameJson(materials, this.#stored.materials)) {
         const read = readMaterials(materials);
@@ -154,8 +177,25 @@ export class PanelState {
       this.loaded = true;
       this.#isDue = false;
     } catch (error) {
-      if (!(error instanceof ServerError)) this.needs.reportError(error, "panel");
+      if (!isServerError(error)) this.needs.reportError(error, "panel");
     }
+  }
+
+  /** Loads what these pages need and others do not. */
+  async #loadFor(next: Layout): Promise<void> {
+    const components = allComponents(next);
+    const asking = next.pages.some(({ place }) => place === "popup") || components.some(asks);
+    if (asking) this.dialogs ??= await import("./dialogs.ts");
+    if (!this.live && usesValues.test(JSON.stringify(components))) await this.#hearDevices();
+  }
+
+  async #hearDevices(): Promise<void> {
+    const { Live } = await import("./live.svelte.ts");
+    this.live = new Live({
+      ...this.needs,
+      shown: () => [...this.#presses.values()].flatMap((page) => page().components),
+      isOpen: () => this.connection === "open",
+    });
   }
 
   /** Sends the commands of a trigger and shows the result. Never queues: without a connection it fails. */
@@ -174,7 +214,7 @@ export class PanelState {
       clock.after(times.done, () => this.dismiss(component.id, serial));
       return true;
     } catch (error) {
-      const { code, text } = error instanceof ServerError ? error : { code: codes.strange, text: String(error) };
+      const { code, text } = isServerError(error) ? error : { code: codes.strange, text: String(error) };
       const { said, advice } = failureText(code, text);
       show("failed", said, advice, code === codes.unreachable);
       clock.after(times.failed, () => this.dismiss(component.id, serial));
@@ -187,13 +227,24 @@ export class PanelState {
     if (this.feedback[id]?.serial === serial) delete this.feedback[id];
   }
 
+  /** Whether a switch is on: as its device says where it follows one, otherwise as it was sent last from here. */
+  isOn(component: SwitchComponent): boolean {
+    return this.live?.standing(component)?.isOn ?? this.values[component.id] === 1;
+  }
+
+  /** The position that the device of a slider that follows has, or that was set last; undefined: none was. */
+  setTo(slider: SliderComponent): number | undefined {
+    return this.live?.standing(slider)?.position ?? this.values[slider.id];
+  }
+
   /** The position that a slider shows: until one was sent, the middle, as in the editor. */
   positionOf(slider: SliderComponent): number {
-    return Math.min(this.values[slider.id] ?? middlePosition(slider), slider.steps - 1);
+    return Math.min(this.setTo(slider) ?? middlePosition(slider), slider.steps - 1);
   }
 
   /** @param value  undefined: none was sent */
   setValue(id: number, value: number | undefined): void {
+    this.live?.hold(id);
     if (value === undefined) delete this.values[id];
     else this.values[id] = value;
     this.needs.storage.setItem(valuesKey, JSON.stringify(this.values));

@@ -31,7 +31,7 @@ export interface PressHooks {
   confirm(component: AskingComponent): Promise<boolean>;
   /** Sends the commands of a trigger. True when all were sent. */
   fire(component: Component, trigger: string): Promise<boolean>;
-  isOn(id: number): boolean;
+  isOn(component: SwitchComponent): boolean;
   setOn(id: number, on: boolean): void;
   /** Position of a slider as it is shown. */
   position(component: SliderComponent): number;
@@ -213,7 +213,7 @@ export class Presses {
   }
 
   async #toggle(component: SwitchComponent): Promise<void> {
-    const on = !this.hooks.isOn(component.id);
+    const on = !this.hooks.isOn(component);
     if (!(await this.hooks.confirm(component))) return;
     this.hooks.setOn(component.id, on);
     if (!(await this.hooks.fire(component, on ? "on" : "off"))) this.hooks.setOn(component.id, !on);

@@ -17,9 +17,12 @@ export function fontStack({ fontFamily }: Component): string {
 /** The look of a state: empty fields of the active look are those of the normal one. */
 export function lookOf(component: Component, active: boolean): Look {
   const { look } = component;
-  if (!active || !hasStates(component)) return look;
-  const given = Object.entries(component.activeLook).filter(([, value]) => value !== "");
-  return { ...look, ...Object.fromEntries(given) };
+  return active && hasStates(component) ? over(look, component.activeLook) : look;
+}
+
+/** A look, with the fields of another one that are not empty. */
+export function over(look: Look, other: Look): Look {
+  return { ...look, ...Object.fromEntries(Object.entries(other).filter(([, value]) => value !== "")) };
 }
 
 /** The classes of the element: its kind, and the style from the theme. */
@@ -29,7 +32,7 @@ export function partClass({ type, style }: Component): string {
 
 /** Style of the element: place, size and the fields of the look; the rest comes from the theme. */
 export function styleOf(component: Component, look: Look): string {
-  const ink = look.color || (look.fill && inkOn(look.fill));
+  const ink = look.color || (look.fill && component.type !== "lamp" && inkOn(look.fill));
   return [
     `left:${component.x}px;top:${component.y}px;width:${component.width}px;height:${component.height}px`,
     `font-size:${component.fontSize}px;border-radius:${component.radius}px;text-align:${component.align}`,

@@ -266,7 +266,7 @@ describe("the editor", () => {
     await page.keyboard.press("Enter");
     await page.keyboard.press("Shift+F10");
     await page.getByRole("menuitem", { name: "Duplicate" }).click();
-    await expect.poll(() => page.locator(".part", { hasText: "Lamp" }).count(), { timeout: longest }).toBe(2);
+    await expect.poll(() => page.locator(".sheet .part", { hasText: "Lamp" }).count(), { timeout: longest }).toBe(2);
     await save(page);
 
     // Drawn in the wanted size; what is typed next is its text, and a key after that acts on it.

@@ -3,7 +3,7 @@ import { decodeTable, readTable, type TableRow, writeTable } from "../../src/mod
 import { type DeviceCommand, withDeviceCommands, withRenamedDevice } from "../../src/model/devices.ts";
 import { type ColumnRole, guessColumns, readRows, writeDeviceTable } from "../../src/model/deviceTable.ts";
 import { newNetInfo } from "../../src/model/interfaces.ts";
-import { readLayout } from "../../src/model/readLayout.ts";
+import { readWholeLayout } from "../../src/model/wholeLayout.ts";
 import { writeLayout } from "../../src/model/wholeLayout.ts";
 import { imported, readTransfer, type Transfer, writeTransfer } from "../../src/model/transfer.ts";
 import { sampleProject } from "../support/projects.ts";
@@ -158,7 +158,7 @@ it("a list comes back from its table, whatever the defaults are", () => {
 it("lists are kept in the layout, follow a new name, and go along with a page to another server", () => {
   const project = sampleProject();
   const layout = withDeviceCommands(project.layout, "Projector", commands);
-  expect(readLayout(JSON.parse(JSON.stringify(writeLayout(layout))))).toEqual(layout);
+  expect(readWholeLayout(JSON.parse(JSON.stringify(writeLayout(layout))))).toEqual(layout);
   expect(withRenamedDevice(layout, "Projector", "Beamer").devices).toEqual([{ interfaceName: "Beamer", commands }]);
   expect(withDeviceCommands(layout, "Projector", [])).toEqual(project.layout);
 

@@ -33,6 +33,8 @@ const own: Record<ComponentType, object> = {
   link: { target: "p2" },
   clock: { clock: "dateTime" },
   group: {},
+  lamp: {},
+  gauge: { min: -12.5, max: 6 },
 };
 
 /** A component as earlier versions stored it, which gave each kind the fields of all. */

@@ -59,7 +59,7 @@ beforeEach(() => {
         note(trigger, id);
         return held ? new Promise((resolve) => held!.push(resolve)) : Promise.resolve(true);
       },
-      isOn: (id) => shown(id) === 1,
+      isOn: ({ id }) => shown(id) === 1,
       setOn: (id, on) => values.set(id, on ? 1 : 0),
       position: ({ id }) => values.get(id) ?? 5,
       setTo: ({ id }) => values.get(id),

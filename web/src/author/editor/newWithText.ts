@@ -8,6 +8,8 @@ const words = {
   text: "newText",
   link: "newLink",
   group: "newGroup",
+  lamp: "newLamp",
+  gauge: "newGauge",
 } as const;
 
 /** A new component with the text of its kind. */

@@ -10,6 +10,8 @@ const sizes: Partial<Record<ComponentType, [width: number, height: number]>> = {
   link: [120, 64],
   clock: [110, 64],
   group: [150, 90],
+  lamp: [140, 48],
+  gauge: [150, 72],
 };
 
 /** A component of that kind, to be shown in the palette; none for images, which show nothing of their own. */

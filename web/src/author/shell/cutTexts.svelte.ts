@@ -1,8 +1,9 @@
 /** Finds texts that don't fit into their components, by laying them out as a page does, out of sight. */
 import { mount, unmount } from "svelte";
-import { type Component, hasStates } from "../../model/layout.ts";
+import { withValues } from "../../model/binding.ts";
+import { type Component, hasStates, type Look, looksOf } from "../../model/layout.ts";
 import type { Project } from "../../model/project.ts";
-import { lookOf, partClass, styleOf } from "../../view/look.ts";
+import { over, partClass, styleOf } from "../../view/look.ts";
 import PartFace from "../../view/PartFace.svelte";
 import type { Pictures } from "../../view/pictures.ts";
 import { themeStyle } from "../../view/themeStyle.ts";
@@ -56,28 +57,31 @@ export class CutTexts {
 
 /** Clocks show nothing of the author's; a picture covers the text of an image. */
 const hasText = (one: Component) =>
-  one.type !== "clock" &&
-  (one.type !== "image" || !one.look.material) &&
-  (one.look.text !== "" || (hasStates(one) && one.activeLook.text !== ""));
+  one.type !== "clock" && (one.type !== "image" || !one.look.material) && looksOf(one).some((look) => look.text !== "");
 
 function keyOf(one: Component): string {
-  const active = hasStates(one) ? [one.activeLook.text, one.activeLook.icon] : [];
-  const { type, style, width, height, fontSize, fontFamily, fontWeight, look } = one;
+  const looks = looksOf(one).flatMap(({ text, icon }) => [text, icon]);
+  const { type, style, width, height, fontSize, fontFamily, fontWeight } = one;
   const kind = one.type === "slider" ? [one.vertical, one.min, one.max] : [];
-  return [type, style, width, height, fontSize, fontFamily, fontWeight, look.text, look.icon, ...active, ...kind].join(
-    "\n",
-  );
+  return [type, style, width, height, fontSize, fontFamily, fontWeight, ...looks, ...kind].join("\n");
+}
+
+/** How a component can look, with digits in the places of values. */
+function shownLooks(component: Component): Look[] {
+  const { look, binding } = component;
+  const usual = hasStates(component) ? [look, over(look, component.activeLook)] : [look];
+  const all = [...usual, ...(binding?.states ?? []).map((state) => over(look, state.look))];
+  return all.map((one) => ({ ...one, text: withValues(one.text, () => "0000") }));
 }
 
 function isCutIn(holder: HTMLElement, component: Component, pictures: Pictures): boolean {
-  const states = hasStates(component) ? [false, true] : [false];
-  return states.some((active) => {
+  return shownLooks(component).some((look) => {
     const box = document.createElement("div");
     box.className = `${partClass(component)} ${component.align}`;
     if (component.type === "slider" && component.vertical) box.classList.add("vertical");
-    box.style.cssText = styleOf(component, lookOf(component, active));
+    box.style.cssText = styleOf(component, look);
     holder.append(box);
-    const face = mount(PartFace, { target: box, props: { component, active, pictures } });
+    const face = mount(PartFace, { target: box, props: { component, look, pictures } });
     const around = box.getBoundingClientRect();
     const free = leading * component.fontSize;
     const isOut = [...box.querySelectorAll(":scope > .text, :scope > .label, :scope > .value")].some((text) => {
