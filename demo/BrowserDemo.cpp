@@ -62,6 +62,18 @@ void SetNodeIds(json& value, const std::map<std::string, int>& ids) {
     }
 }
 
+/** Stores what the devices are asked, and what their answers mean. @return the server's code */
+json StoreQuestions(Browser& browser, const std::map<std::string, int>& ids) {
+    std::ifstream file(DEMO_SAMPLE_EQUIPMENT);
+    json document = json::parse(file);
+    for (json& device : document.at("devices")) {
+        device["nodeId"] = ids.at(device.at("interface"));
+        device.erase("interface");
+    }
+    const json body = {{"data", document}};
+    return json::parse(browser.Http().Post("/api/equipment/config", body.dump()).body).at("code");
+}
+
 void StoreSample(Browser& browser, const std::map<std::string, int>& ports) {
     std::ifstream file(DEMO_SAMPLE);
     json sample = json::parse(file);
@@ -71,6 +83,7 @@ void StoreSample(Browser& browser, const std::map<std::string, int>& ports) {
            browser.Post("setMaterialList", {{"data", sample.at("materials")}}).at("code"));
     Expect("store the commands",
            browser.Post("updateComponentInteraction", {{"data", sample.at("interactions")}}).at("code"));
+    Expect("store what devices are asked", StoreQuestions(browser, ids));
     Expect("store the pages",
            browser.Post("setCentralControlWebLayout", {{"data", sample.at("layout")}}).at("code"));
 }
