@@ -6,6 +6,7 @@ const base = "/api/equipment/";
 /** The server from which this page was loaded. Calls are as those of its other interface. */
 export function createEquipment() {
   let states: Stored | undefined;
+  let config: Stored | undefined;
 
   return {
     /** The same object as last time while nothing has changed. */
@@ -24,8 +25,16 @@ export function createEquipment() {
     values: async (names: readonly string[], after: number): Promise<unknown> =>
       (await exchange("GET", `${base}values?after=${after}&watch=${names.map(encodeURIComponent).join(",")}`)).data,
 
-    /** The document of what devices are asked, and what their answers mean. */
-    config: () => exchange("GET", `${base}config`),
+    /** The document of what devices are asked, and what their answers mean. The same object while nothing has changed. */
+    async config(): Promise<Stored> {
+      config = await exchange("GET", `${base}config`, undefined, undefined, { not: config });
+      return config;
+    },
+
+    /** Replaces that document if it is in the state of this tag. */
+    async storeConfig(data: unknown, still: string): Promise<void> {
+      await exchange("POST", `${base}config`, { data }, undefined, { still });
+    },
 
     /** What went over an interface after this number; 0: all that is kept. */
     traffic: async (nodeId: number, after: number): Promise<unknown> =>

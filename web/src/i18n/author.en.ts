@@ -14,6 +14,7 @@ import { settingsEn } from "./author/settings.en.ts";
 import { shellEn } from "./author/shell.en.ts";
 import { valuesEn } from "./author/values.en.ts";
 import { versionsEn } from "./author/versions.en.ts";
+import { watchingEn } from "./author/watching.en.ts";
 
 /** The author's part in English. Its keys are those of every language. */
 export const authorEn = {
@@ -32,5 +33,6 @@ export const authorEn = {
   ...phoneEn,
   ...commandsEn,
   ...valuesEn,
+  ...watchingEn,
   ...keysEn,
 };

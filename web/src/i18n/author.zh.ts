@@ -14,6 +14,7 @@ import { settingsZh } from "./author/settings.zh.ts";
 import { shellZh } from "./author/shell.zh.ts";
 import { valuesZh } from "./author/values.zh.ts";
 import { versionsZh } from "./author/versions.zh.ts";
+import { watchingZh } from "./author/watching.zh.ts";
 import type { authorEn } from "./author.en.ts";
 
 /** The author's part in Chinese. */
@@ -33,5 +34,6 @@ export const authorZh: Record<keyof typeof authorEn, string> = {
   ...phoneZh,
   ...commandsZh,
   ...valuesZh,
+  ...watchingZh,
   ...keysZh,
 };

@@ -232,9 +232,13 @@ export class PanelState {
     return this.live?.standing(component)?.isOn ?? this.values[component.id] === 1;
   }
 
-  /** The position that the device of a slider that follows has, or that was set last; undefined: none was. */
+  /**
+   * The position that the device of a slider that follows has, or that was set last; undefined: none was. Under a finger
+   * it stays where the finger is.
+   */
   setTo(slider: SliderComponent): number | undefined {
-    return this.live?.standing(slider)?.position ?? this.values[slider.id];
+    const own = this.values[slider.id];
+    return this.pressed[slider.id] ? own : (this.live?.standing(slider)?.position ?? own);
   }
 
   /** The position that a slider shows: until one was sent, the middle, as in the editor. */

@@ -4,7 +4,7 @@ import { axeFindings } from "../support/axe.ts";
 import { newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
-import { goTo, openCommand, type Place, places, popUp, storeSample } from "../support/places.ts";
+import { goTo, openCommand, type Place, places, popUp, storeQuestions, storeSample } from "../support/places.ts";
 
 let browser: Browser;
 let host: Host;
@@ -15,6 +15,7 @@ beforeAll(async () => {
   projector = await TcpDevice.start();
   await host.addTcp("Projector", projector.port);
   await storeSample(host, [popUp]);
+  await storeQuestions(host, (await host.read("getConfigList")).configList[0]!.nodeId, projector);
 });
 afterAll(async () => {
   await browser.close();

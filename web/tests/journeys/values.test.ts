@@ -35,11 +35,7 @@ it("a lamp shows what its device says, and that it says nothing any more", async
   const commandArr = [{ portIndex: nodeId, controlType: "netPortInfo", netPortInfo: { content: "GO" } }];
   const componentArr = [{ componentId: 3, interactionArr: [{ triggerType: "click", commandArr }] }];
   await host.post("updateComponentInteraction", { data: { componentInteractionInfo: { componentArr } } });
-  const stored = await fetch(`${host.url}/api/equipment/config`, {
-    method: "POST",
-    body: JSON.stringify({ data: config }),
-  });
-  expect(await stored.json()).toMatchObject({ code: 20000 });
+  expect(await host.post("/api/equipment/config", { data: config })).toBe(20000);
   await page.reload();
   await connected(page);
 
@@ -48,7 +44,6 @@ it("a lamp shows what its device says, and that it says nothing any more", async
   await page.getByRole("button", { name: "Add a state" }).click();
   await page.getByRole("textbox", { name: "Shows the text" }).fill("Projector is on");
   expect(await axeFindings(page)).toEqual([]);
-  await page.screenshot({ path: "/tmp/edit.png" });
   await save(page);
 
   const panel = await context.newPage();
@@ -64,8 +59,52 @@ it("a lamp shows what its device says, and that it says nothing any more", async
   expect(await axeFindings(panel)).toEqual([]);
   await device.stop();
   await panel.getByText("Device not connected").waitFor();
-  await panel.screenshot({ path: "/tmp/stale.png" });
   expect(await panel.getByRole("img", { name: "Not up to date" }).count()).toBe(3);
   expect(await axeFindings(panel)).toEqual([]);
+  expect(errors).toEqual([]);
+});
+
+it("a value is made from a message of the device, by marking it", async () => {
+  await using host = await Host.start();
+  await using browser = { it: await startBrowser(), [Symbol.asyncDispose]: () => browser.it.close() };
+  await using device = await TcpDevice.start();
+  device.answer = (bytes) => (bytes.endsWith("?PWR\r") ? "POWR=1\r" : "");
+  await host.addTcp("Projector", device.port);
+  const { page, errors } = await newPage(browser.it);
+  await page.goto(`${host.url}/#/interfaces`);
+  await connected(page);
+  await page.getByRole("button", { name: "Values: Projector" }).click();
+  const dialog = page.getByRole("dialog");
+  await dialog.getByText("Nothing was received yet.").waitFor();
+  await dialog.getByRole("button", { name: "Add a question" }).click();
+  const question = dialog.getByLabel("Question 1", { exact: true });
+  await question.fill("\\q");
+  await question.press("Tab");
+  await dialog.getByRole("alert").filter({ hasText: "Column 1:" }).waitFor();
+  await question.fill("?PWR\\r");
+  await question.press("Tab");
+  await dialog.getByLabel("Every (ms)").fill("200");
+  await dialog.getByLabel("Also while nobody looks").check();
+  await dialog.getByRole("button", { name: "Save" }).click();
+  await page.getByText("The values of Projector are stored.").waitFor();
+
+  const message = dialog.getByRole("button", { name: "POWR=1" }).first();
+  await message.getByText("no pattern fits").waitFor();
+  await message.click();
+  const chosen = dialog.getByLabel("The chosen message");
+  await chosen.press("End");
+  await chosen.press("Shift+ArrowLeft");
+  await dialog.getByRole("button", { name: "The marked piece is a value" }).click();
+  expect(await dialog.getByRole("textbox", { name: "Pattern 1" }).inputValue()).toBe("POWR={v1}");
+  await dialog.getByLabel("Name for what stands in {v1}").fill("Power");
+  await dialog.getByText("Power = 1").first().waitFor();
+  await dialog.getByLabel("Renamed in Power").fill("1=on, 0=off");
+  await dialog.getByLabel("Renamed in Power").press("Tab");
+  await dialog.getByText("Power = on").first().waitFor();
+  expect(await axeFindings(page)).toEqual([]);
+  await dialog.getByRole("button", { name: "Save" }).click();
+  await expect
+    .poll(async () => (await (await fetch(`${host.url}/api/equipment/values`)).json()) as unknown, { timeout: 10_000 })
+    .toMatchObject({ data: { values: [{ name: "Power", value: "on", stale: false }] } });
   expect(errors).toEqual([]);
 });

@@ -6,7 +6,7 @@ import type { Browser, Page } from "playwright-core";
 import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
 import { TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
-import { goTo, places, popUp, storeSample } from "../support/places.ts";
+import { goTo, places, popUp, storeQuestions, storeSample } from "../support/places.ts";
 
 const folder = process.env["PICTURES"] ?? join(import.meta.dirname, "../../../build/pictures");
 
@@ -23,6 +23,7 @@ beforeAll(async () => {
   await host.addTcp("Projector", projector.port);
   await host.addTcp("Matrix", matrix.port);
   await storeSample(host, [popUp]);
+  await storeQuestions(host, (await host.read("getConfigList")).configList[0]!.nodeId, projector);
 });
 
 afterAll(async () => {

@@ -44,6 +44,11 @@ export class TcpDevice extends Recorder {
     return device;
   }
 
+  /** Sends this of its own accord, to all that are connected. */
+  say(bytes: string): void {
+    this.#sockets.forEach((socket) => socket.write(bytes, "latin1"));
+  }
+
   /** Switches it off: its connections are reset and its port refuses. */
   async stop(): Promise<void> {
     this.#sockets.forEach((socket) => socket.resetAndDestroy());

@@ -164,10 +164,14 @@ export class Host {
     return ((await reply.json()) as { data: Documents[Route] }).data;
   }
 
-  /** Posts to a route beside a WebSocket of its own, as a page would. */
+  /**
+   * Posts to a route beside a WebSocket of its own, as a page would.
+   * @param route  without a leading "/" one under /api/centralControl/
+   */
   async post(route: string, body: object): Promise<number> {
     const socket = await this.#openChannel();
-    const reply = await fetch(`${this.url}/api/centralControl/${route}`, {
+    const path = route.startsWith("/") ? route : `/api/centralControl/${route}`;
+    const reply = await fetch(this.url + path, {
       method: "POST",
       body: JSON.stringify(body),
     });

@@ -1,7 +1,9 @@
 import { join } from "node:path";
 import type { Page } from "playwright-core";
+import questions from "../../../demo/sample_equipment.json" with { type: "json" };
 import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { connected } from "./browser.ts";
+import type { TcpDevice } from "./equipment.ts";
 import type { Host } from "./host.ts";
 
 /** A state of the application that shows something of its own, and what leads there; in any language. */
@@ -88,11 +90,13 @@ export const places: readonly Place[] = [
   ["interfaces", "#/interfaces"],
   ["interface-uses", "#/interfaces", click("main button[aria-expanded]", 0, "main [aria-expanded=true]")],
   ["interface-terminal", "#/interfaces", click("main .tools button", 0, "dialog [role=log]")],
+  ["interface-values", "#/interfaces", click("main .tools button", 1, "dialog ol")],
   ["interface-new", "#/interfaces", click(".head .primary", 0, "dialog")],
   ["materials", "#/materials"],
   ["settings", "#/settings"],
   ["phone-layout", "#/edit/p-hall", (page) => page.locator(".toolbar .icon-button").nth(2).click()],
   ["panel", "#/panel/p-hall"],
+  ["panel-states", "#/panel/p-states"],
   ["panel-failed", "#/panel/p-hall", click(".part.is-switch", 0, ".message")],
   ["panel-confirm", "#/panel/p-hall", click(".part.is-button", 1, "dialog")],
   ["panel-popup", "#/panel/p-off", click("dialog .part.is-button", 0, "dialog .message")],
@@ -131,4 +135,14 @@ export async function storeSample(host: Host, more: object[] = []): Promise<void
   const pages = [...sample.layout.pages, ...more];
   await host.post("setCentralControlWebLayout", { data: { ...sample.layout, pages } });
   await host.post("updateComponentInteraction", { data: sample.interactions });
+}
+
+/** Stores what the sample asks its projector, which has this interface, and lets the projector answer. */
+export async function storeQuestions(host: Host, nodeId: number, projector: TcpDevice): Promise<void> {
+  const answers: Record<string, string> = { POWR: "1", INPT: "31", LAMP: "1280 1" };
+  projector.answer = (bytes) =>
+    [...bytes.matchAll(/%1(\w+) \?\r/g)].map(([, name]) => `%1${name!}=${answers[name!]!}\r`).join("");
+  const devices = questions.devices.map((device) => ({ ...device, nodeId }));
+  const code = await host.post("/api/equipment/config", { data: { ...questions, devices } });
+  if (code !== 20000) throw new Error(`the questions were refused: ${code}`);
 }

@@ -29,6 +29,7 @@ export const toolIcons = {
   grip: "M9 6h.01M15 6h.01M9 12h.01M15 12h.01M9 18h.01M15 18h.01",
   up: "M12 19V5M6 11l6-6 6 6",
   down: "M12 5v14M6 13l6 6 6-6",
+  gauge: "M4 17a9 9 0 1 1 16 0M12 14l4-5",
   terminal: "M4 5h16v14H4zM7.5 9l3 3-3 3M12.5 15h4",
   list: "M9 6h11M9 12h11M9 18h11M4.5 6h.01M4.5 12h.01M4.5 18h.01",
   folded: "M9 5l7 7-7 7",

@@ -23,5 +23,5 @@ export const valuesEn = {
   stateText: "Shows the text",
   stateAdd: "Add a state",
   stateRemove: "Remove the state",
-  problem_noValue: "It has states or follows a value, but no value is named",
+  problem_noValue: "It is to show a value, and none is named.",
 };

@@ -25,5 +25,5 @@ export const valuesZh: Record<keyof typeof valuesEn, string> = {
   stateText: "显示文字",
   stateAdd: "添加状态",
   stateRemove: "移除状态",
-  problem_noValue: "设置了状态或跟随数值，但没有指定数值",
+  problem_noValue: "需要显示数值，但没有指定数值。",
 };

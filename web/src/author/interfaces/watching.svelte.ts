@@ -1,0 +1,71 @@
+/** What the device of one interface is asked and how its answers are understood, while an author works on it. */
+import type { Clock } from "../../api/clock.ts";
+import type { Equipment } from "../../api/equipment.ts";
+import type { PageEvents } from "../../api/pageEvents.ts";
+import { codes, ServerError, type Stored } from "../../api/server.ts";
+import { type DeviceRule, newRule, type PatternRule, ruleIn, withRule } from "../../model/equipmentConfig.ts";
+import { sameJson } from "../../model/json.ts";
+import { messagesIn, readPatterns, understand } from "../../model/understood.ts";
+import { Terminal } from "./terminal.svelte.ts";
+
+export interface WatchingNeeds {
+  readonly equipment: Pick<Equipment, "config" | "storeConfig" | "traffic">;
+  readonly clock: Clock;
+  readonly events: PageEvents;
+}
+
+/** Messages that are shown; older ones are left out. */
+const mostMessages = 200;
+
+export class Watching {
+  rule = $state.raw<DeviceRule>(newRule);
+  isRead = $state(false);
+  readonly traffic: Terminal;
+  readonly messages = $derived.by(() => messagesIn(this.traffic.entries, this.rule.framing).slice(-mostMessages));
+  readonly patterns = $derived(readPatterns(this.rule));
+  readonly understood = $derived(this.messages.map((one) => understand(one, this.rule.patterns, this.patterns)));
+  #stored = $state.raw<Stored>({ data: undefined, tag: "" });
+
+  constructor(
+    readonly needs: WatchingNeeds,
+    readonly nodeId: number,
+  ) {
+    this.traffic = new Terminal(needs, nodeId);
+  }
+
+  /** Whether something is not stored yet. */
+  get isChanged(): boolean {
+    return this.isRead && !sameJson(this.rule, ruleIn(this.#stored.data, this.nodeId));
+  }
+
+  async read(): Promise<void> {
+    this.#stored = await this.needs.equipment.config();
+    this.rule = ruleIn(this.#stored.data, this.nodeId);
+    this.isRead = true;
+  }
+
+  change(change: Partial<DeviceRule>): void {
+    this.rule = { ...this.rule, ...change };
+  }
+
+  changePattern(at: number, pattern: PatternRule | undefined): void {
+    const patterns = this.rule.patterns.flatMap((one, index) => (index !== at ? [one] : pattern ? [pattern] : []));
+    this.change({ patterns });
+  }
+
+  /** Stores this rule. What others have stored meanwhile for other interfaces stays. */
+  async store(): Promise<void> {
+    const { equipment } = this.needs;
+    for (let attempt = 0; ; ++attempt) {
+      const document = withRule(this.#stored.data, this.nodeId, this.rule);
+      try {
+        await equipment.storeConfig(document, this.#stored.tag);
+        break;
+      } catch (error) {
+        if (!(error instanceof ServerError && error.code === codes.changed) || attempt > 2) throw error;
+        this.#stored = await equipment.config();
+      }
+    }
+    this.#stored = await equipment.config();
+  }
+}
