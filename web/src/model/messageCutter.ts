@@ -1,4 +1,5 @@
 /** Cuts what a device sends into messages, as the server does. Bytes are texts with one character for each. */
+import type { Bytes } from "./content.ts";
 
 export type Framing =
   | { readonly kind: "terminator"; readonly hex: string }
@@ -50,6 +51,7 @@ export class MessageCutter {
   }
 
   #terminated(bytes: string): string[] {
+    if (!this.#terminator) return []; // its digits are being typed
     const parts = (this.#held + bytes).split(this.#terminator);
     const rest = parts.pop() ?? "";
     const ended = this.#isDropping ? parts.slice(1) : parts;
@@ -59,6 +61,11 @@ export class MessageCutter {
     this.#held = this.#isDropping ? rest.slice(rest.length - this.#terminator.length + 1) : rest;
     return ended.filter((one) => one !== "" && one.length <= longestMessage);
   }
+}
+
+/** The same bytes as an array, for what shows them. */
+export function byteArray(bytes: string): Bytes {
+  return Uint8Array.from(bytes, (byte) => byte.charCodeAt(0));
 }
 
 /** The bytes of hexadecimal digits, with or without blanks; of odd or other digits, none. */

@@ -2,7 +2,8 @@
  * What a message of a device looks like, with named places in it; the server understands the same. Messages are texts
  * with one character for each byte.
  */
-import { bytesOfHex, longestMessage } from "./messageCutter.ts";
+import { bytesToHex } from "./content.ts";
+import { byteArray, bytesOfHex, longestMessage } from "./messageCutter.ts";
 
 export const patternForms = ["text", "hex"] as const;
 export type PatternForm = (typeof patternForms)[number];
@@ -52,7 +53,7 @@ export function bytesOfText(text: string): string {
 
 /** The text of UTF-8 bytes, with a sign for what is none. */
 export function textOfBytes(bytes: string): string {
-  return new TextDecoder().decode(Uint8Array.from(bytes, (byte) => byte.charCodeAt(0)));
+  return new TextDecoder().decode(byteArray(bytes));
 }
 
 const placeName = /^[^\0-\x20\x7f{}:,]{1,40}$/u;
@@ -183,7 +184,9 @@ function matchHex(message: string, pieces: readonly Piece[]): Capture[] | undefi
     const end = piece.kind === "rest" ? message.length : at + sizeOf(piece);
     const bytes = message.slice(at, end);
     if (end > message.length || (piece.kind === "byte" && bytes !== piece.byte)) return undefined;
-    if (piece.kind === "rest") captures.push({ place: piece.name, text: hexOf(bytes), begin: at, end });
+    if (piece.kind === "rest") {
+      captures.push({ place: piece.name, text: bytesToHex(byteArray(bytes)).replaceAll(" ", ""), begin: at, end });
+    }
     if (piece.kind === "number") captures.push({ place: piece.name, text: numberText(piece, bytes), begin: at, end });
     at = end;
   }
@@ -191,13 +194,9 @@ function matchHex(message: string, pieces: readonly Piece[]): Capture[] | undefi
 }
 
 function numberText(piece: Extract<Piece, { kind: "number" }>, bytes: string): string {
-  const digits = [...bytes].map((byte) => byte.charCodeAt(0));
+  const digits = [...byteArray(bytes)];
   if (piece.isLittleEndian) digits.reverse();
   const number = digits.reduce((sum, byte) => sum * 256 + byte, 0);
   const range = 256 ** digits.length;
   return String(piece.isSigned && number >= range / 2 ? number - range : number);
-}
-
-function hexOf(bytes: string): string {
-  return [...bytes].map((byte) => byte.charCodeAt(0).toString(16).toUpperCase().padStart(2, "0")).join("");
 }

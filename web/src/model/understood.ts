@@ -1,6 +1,7 @@
 /** What a rule makes of the traffic of an interface. */
+import { bytesToHex } from "./content.ts";
 import type { DeviceRule, PatternRule } from "./equipmentConfig.ts";
-import { bytesOfHex, type Framing, MessageCutter } from "./messageCutter.ts";
+import { byteArray, bytesOfHex, type Framing, MessageCutter } from "./messageCutter.ts";
 import { type Capture, isPattern, type MessagePattern, type PatternProblem, readPattern } from "./messagePattern.ts";
 import type { TrafficEntry } from "./traffic.ts";
 import { valueOf } from "./valueRule.ts";
@@ -84,11 +85,6 @@ export function understand(
   return { message, captures, found };
 }
 
-/** The name of a place that none of these is. */
-export function freePlace(places: readonly string[]): string {
-  for (let number = 1; ; ++number) if (!places.includes(`v${number}`)) return `v${number}`;
-}
-
 /** Whether bytes are a text that one can read and mark. */
 export function isReadable(bytes: string): boolean {
   return /^[\x20-\x7e]*$/.test(bytes);
@@ -99,7 +95,7 @@ export function isReadable(bytes: string): boolean {
  * @param begin, end  of the piece, in bytes; the end is behind it
  */
 export function patternAround(bytes: string, begin: number, end: number): PatternRule {
-  const place = freePlace([]);
+  const place = "v1";
   const value = { place, name: "", scale: 1, offset: 0, table: [] };
   if (isReadable(bytes)) {
     const literal = (text: string) => text.replace(/[{}]/g, "$&$&");
@@ -107,8 +103,7 @@ export function patternAround(bytes: string, begin: number, end: number): Patter
     const isNumber = /^ *[+-]?\d+(\.\d+)? *$/.test(bytes.slice(begin, end));
     return { form: "text", pattern, values: [{ ...value, type: isNumber ? "number" : "text" }] };
   }
-  const hex = (text: string) =>
-    Array.from(text, (byte) => byte.charCodeAt(0).toString(16).toUpperCase().padStart(2, "0")).join(" ");
+  const hex = (text: string) => bytesToHex(byteArray(text));
   const size = end - begin;
   const form = size > 6 ? "*" : String(size);
   const rest = size > 6 ? "" : hex(bytes.slice(end));

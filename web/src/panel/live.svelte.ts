@@ -1,8 +1,9 @@
 /** The devices' values and the state of their connections, for what the panel shows now. Loaded when a page uses them. */
 import type { Clock, Timer } from "../api/clock.ts";
 import { createEquipment, type Equipment } from "../api/equipment.ts";
+import type { ReportError } from "../api/errors.ts";
 import type { PageEvents } from "../api/pageEvents.ts";
-import type { Server } from "../api/server.ts";
+import { isServerError, type Server } from "../api/server.ts";
 import { isBound, valueNames } from "../model/binding.ts";
 import { readInterfaceStates } from "../model/interfaceStates.ts";
 import { asArray, asObject } from "../model/json.ts";
@@ -23,6 +24,7 @@ export interface LiveNeeds {
   readonly server: Pick<Server, "interactions">;
   readonly clock: Clock;
   readonly events: PageEvents;
+  readonly reportError: ReportError;
   /** The components of all pages that are shown now. */
   readonly shown: () => readonly Component[];
   /** Whether there is a connection. */
@@ -74,7 +76,7 @@ export class Live {
 
   /** Asks for what is shown now, unless nobody sees it. Without an answer, what is known becomes stale. */
   async ask(): Promise<void> {
-    const { clock, events, isOpen, shown } = this.needs;
+    const { clock, events, isOpen, shown, reportError } = this.needs;
     if (this.#isAsking || !events.isShown() || !isOpen()) return;
     const components = shown();
     this.#isAsking = true;
@@ -83,8 +85,9 @@ export class Live {
       if (components.some((one) => one.binding?.warns) && clock.now() >= this.#interfacesAt) {
         await this.#askInterfaces();
       }
-    } catch {
-      // The panel tells that the server is away; it may also be one that knows no values.
+    } catch (error) {
+      // What the server refuses, or that it is away, is seen by what is not up to date.
+      if (!isServerError(error)) reportError(error, "values");
       this.#values = new Map([...this.#values].map(([name, { value }]) => [name, { value, isStale: true }]));
       this.#last.clear();
     } finally {

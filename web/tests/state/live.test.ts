@@ -1,4 +1,5 @@
 import { expect, it } from "vitest";
+import { codes, ServerError } from "../../src/api/server.ts";
 import { emptyBinding } from "../../src/model/readBinding.ts";
 import { type Component, newComponent } from "../../src/model/layout.ts";
 import { Live } from "../../src/panel/live.svelte.ts";
@@ -13,11 +14,13 @@ const bound = (type: "switch" | "button", value: string): Component => ({
 function room(shown: Component[]) {
   const [clock, events] = [new FakeClock(), new FakeEvents()];
   const asked: string[] = [];
+  const reported: unknown[] = [];
   const is = { open: true, away: false, power: "on", state: "open" };
   const equipment = {
     values: (names: readonly string[], after: number) => {
       asked.push(`${names.join()} ${after}`);
-      if (is.away) return Promise.reject(new Error("away"));
+      if (is.away) return Promise.reject(new ServerError(codes.unreachable));
+      if (is.power === "broken") throw new TypeError("broken");
       const values = after < 7 ? [{ name: "Power", value: is.power, stale: false }] : [];
       return Promise.resolve({ values, last: 7 });
     },
@@ -27,8 +30,16 @@ function room(shown: Component[]) {
   const componentArr = shown.map(({ id }) => ({ componentId: id, interactionArr: [{ commandArr }] }));
   const data = { componentInteractionInfo: { componentArr } };
   const server = { interactions: () => Promise.resolve({ data, tag: "" }) };
-  const live = new Live({ equipment, server, clock, events, shown: () => shown, isOpen: () => is.open });
-  return { live, clock, events, asked, is };
+  const live = new Live({
+    equipment,
+    server,
+    clock,
+    events,
+    shown: () => shown,
+    isOpen: () => is.open,
+    reportError: (error) => void reported.push(error),
+  });
+  return { live, clock, events, asked, is, reported };
 }
 
 it("asks twice a second for what is new of the values that are shown, while somebody sees them", async () => {
@@ -54,11 +65,15 @@ it("asks twice a second for what is new of the values that are shown, while some
 
 it("without an answer, what is known is not up to date", async () => {
   const shown = [bound("switch", "Power")];
-  const { live, clock, is } = room(shown);
+  const { live, clock, is, reported } = room(shown);
   await clock.pass(500);
   is.away = true;
   await clock.pass(500);
-  expect(live.standing(shown[0]!)).toMatchObject({ isOn: true, isStale: true });
+  expect([live.standing(shown[0]!), reported]).toMatchObject([{ isOn: true, isStale: true }, []]);
+  [is.away, is.power] = [false, "broken"];
+  await clock.pass(500);
+  expect([live.standing(shown[0]!), reported]).toMatchObject([{ isStale: true }, [{ name: "TypeError" }]]);
+  is.power = "on";
   is.away = false;
   await clock.pass(500);
   expect(live.standing(shown[0]!)).toMatchObject({ isOn: true, isStale: false });
