@@ -53,7 +53,7 @@ class CFitting {
 
     void Fit(json& value) {  // NOLINT(misc-no-recursion): as deep as a document can be
         if (value.is_object() && value.contains("portIndex") && value["portIndex"].is_number_integer()) {
-            FitCommand(value);
+            FitId(value["portIndex"], value);
         }
         if (value.is_structured()) {
             for (json& member : value) {
@@ -62,11 +62,24 @@ class CFitting {
         }
     }
 
+    void FitDevices(json& document) {
+        const auto devices = document.find("devices");
+        if (devices == document.end() || !devices->is_array()) {
+            return;
+        }
+        for (json& device : *devices) {
+            if (device.is_object() && device.contains("nodeId") && device["nodeId"].is_number_integer()) {
+                FitId(device["nodeId"], {});
+            }
+        }
+    }
+
     std::vector<SMissingInterface> TakeMissing() { return std::move(m_missing); }
 
   private:
-    void FitCommand(json& command) {
-        const std::int32_t nodeId = JsonToInt32(command["portIndex"]);
+    /** @param command  what uses the interface: it may say which one that was */
+    void FitId(json& id, const json& command) {
+        const std::int32_t nodeId = JsonToInt32(id);
         if (nodeId <= 0) {
             return;
         }
@@ -82,10 +95,10 @@ class CFitting {
             return other.kind == wanted.kind && other.name == wanted.name;
         };
         if (std::count_if(m_now.begin(), m_now.end(), isNamesake) == 1) {
-            command["portIndex"] = std::find_if(m_now.begin(), m_now.end(), isNamesake)->nodeId;
+            id = std::find_if(m_now.begin(), m_now.end(), isNamesake)->nodeId;
             return;
         }
-        command["portIndex"] = -nodeId;
+        id = -nodeId;
         if (std::none_of(m_missing.begin(), m_missing.end(),
                          [nodeId](const SMissingInterface& other) { return other.nodeId == nodeId; })) {
             m_missing.push_back({nodeId, wanted.name});
@@ -118,4 +131,8 @@ std::vector<SMissingInterface> FitCommands(nlohmann::json& commands, const nlohm
     CFitting fitting(then, now);
     fitting.Fit(commands);
     return fitting.TakeMissing();
+}
+
+void FitDevices(json& equipment, const json& then, const json& now) {
+    CFitting(then, now).FitDevices(equipment);
 }

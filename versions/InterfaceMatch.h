@@ -24,3 +24,9 @@ struct SMissingInterface {
  */
 std::vector<SMissingInterface> FitCommands(nlohmann::json& commands, const nlohmann::json& then,
                                            const nlohmann::json& now);
+
+/**
+ * The same for the devices of equipment.json, whose interface is known by the list of that time alone. One of
+ * an interface that is missing now gets the negative of its id too, and is ignored until somebody changes it.
+ */
+void FitDevices(nlohmann::json& equipment, const nlohmann::json& then, const nlohmann::json& now);

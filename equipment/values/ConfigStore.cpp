@@ -50,3 +50,16 @@ CDocument::State StoreEquipmentConfig(json document, const CDocument::StateCheck
     }
     return stored;
 }
+
+bool StoreEquipmentConfigWith(json document, const CDocument::State& present,
+                              const std::function<bool()>& others) {
+    SEquipmentConfig config = ParseEquipmentConfig(document);
+    const CLock changing(g_changing);
+    CDocument& stored = CUserData::GetInstance().EquipmentDocument();
+    if (stored.GetState()->Tag() != present->Tag() || !others()) {
+        return false;
+    }
+    stored.Set(std::move(document));
+    CEquipmentValues::Instance().Configure(std::move(config));
+    return true;
+}

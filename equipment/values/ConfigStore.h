@@ -2,6 +2,8 @@
 
 #include "userdata/Document.h"
 
+#include <functional>
+
 #include <nlohmann/json.hpp>
 
 // The document equipment.json, and the values that follow it.
@@ -23,3 +25,13 @@ CDocument::State EquipmentConfigState();
  */
 [[nodiscard]] CDocument::State StoreEquipmentConfig(nlohmann::json document,
                                                     const CDocument::StateCheck& check);
+
+/**
+ * Replaces the document together with others, both or neither.
+ * @param present  the state that is replaced
+ * @param others   called while nobody can replace this document; false: the others were not replaced
+ * @return false when another state is stored or `others` gave false; nothing has changed then
+ * @throw CConfigProblem  as above
+ */
+[[nodiscard]] bool StoreEquipmentConfigWith(nlohmann::json document, const CDocument::State& present,
+                                            const std::function<bool()>& others);

@@ -44,6 +44,18 @@ TEST_F(Versions, AreNamedRestoredAndTakenBack) {
     EXPECT_EQ(browser.Store({{7, "click", 1, true, "On", "then"}}), 20000);
     EXPECT_EQ(browser.Post("setMaterialList", {{"data", {{"materialList", {1}}}}}).at("code"), 20000);
     StoreLayout("then");
+    const auto devices = [](int nodeId) {
+        const json device = {{"nodeId", nodeId}, {"framing", {{"kind", "length"}, {"bytes", 4}}}};
+        return json{{"version", 1}, {"devices", {device}}};
+    };
+    const auto equipment = [&] {
+        return json::parse(browser.Http().Get("/api/equipment/config").body).at("data");
+    };
+    const auto storeEquipment = [&](const json& document) {
+        browser.Http().Post("/api/equipment/config", json{{"data", document}}.dump());
+        EXPECT_EQ(equipment(), document);
+    };
+    storeEquipment(devices(1));
     const json kept = Ask("keep", {{"name", "Before the fair"}});
     ASSERT_EQ(kept.at("code"), 20000) << kept;
     const std::string id = kept.at("data").at("id");
@@ -51,11 +63,12 @@ TEST_F(Versions, AreNamedRestoredAndTakenBack) {
     const json& interactions = Browser::Interactions({{7, "click", 1, true, "On", "now"}});
     EXPECT_EQ(browser.Store({{7, "click", 1, true, "On", "now"}}), 20000);
     StoreLayout("now");
+    storeEquipment(devices(5));
     const HttpReply list = browser.Http().Get("/api/versions");
     const json first = json::parse(list.body).at("data").at("versions").at(0);
     EXPECT_EQ(first.at("id"), id);
     EXPECT_EQ(first.at("name"), "Before the fair");
-    EXPECT_EQ(first.at("documents").size(), 4U);
+    EXPECT_EQ(first.at("documents").size(), 5U);
     EXPECT_EQ(Read(id, "layout.json"), "then");
     const auto ifNoneMatch = [&](const std::string& path, const std::string& tag) {
         const std::string header = "If-None-Match: " + tag + "\r\n";
@@ -71,6 +84,7 @@ TEST_F(Versions, AreNamedRestoredAndTakenBack) {
     EXPECT_EQ(ifNoneMatch("/api/versions", list.Header("ETag")), 200);
     EXPECT_EQ(browser.Get("getPageLayoutInfo"), "then");
     EXPECT_EQ(browser.Get("getMaterialList"), json({{"materialList", {1}}}));
+    EXPECT_EQ(equipment(), devices(1));
     EXPECT_EQ(browser.Click(7).at("code"), 20000);
     EXPECT_EQ(lamp.Received().WaitBytes(4), "then");
 
@@ -83,6 +97,7 @@ TEST_F(Versions, AreNamedRestoredAndTakenBack) {
     EXPECT_EQ(browser.Get("getPageLayoutInfo"), "now");
     EXPECT_EQ(browser.Get("getComponentInteractionInfo"),
               Browser::Interactions({{7, "click", -1, true, "On", "now"}}));
+    EXPECT_EQ(equipment(), devices(-5)) << "nobody's";
     EXPECT_EQ(Ask("name", {{"id", id}, {"name", ""}}).at("code"), 20000);
     EXPECT_EQ(List().back().at("name"), "");
     EXPECT_EQ(host.Stop(), 0);
@@ -104,13 +119,14 @@ TEST_F(Versions, AreRefusedBeforeAnythingChanges) {
         {{"componentConfig.json",
           R"({"componentInteractionInfo":{"componentArr":[{"componentId":1,"interactionArr":[{"triggerType":"a",)"
           R"("commandArr":[{"portIndex":1,"controlType":"comInfo","comInfo":{"content":1}}]}]}]}})"}});
+    Plant("2026-11-21_14-00-00", {{"equipment.json", R"({"version":2})"}});
     Plant("old/" + whole, {{"layout.json", "1"}});
     StoreLayout("now");
     const json before = List();
     for (const std::string id :
          {"", "..", ".", "old", "2026-11-20_10-00-00/", "../Backup/2026-11-20_10-00-00",
           "old/2026-11-20_10-00-00", "2026-11-20_10-00-00.tmp", "2026-11-20_10-00-01", "2026-11-21_10-00-00",
-          "2026-11-21_11-00-00", "2026-11-21_12-00-00", "2026-11-21_13-00-00"}) {
+          "2026-11-21_11-00-00", "2026-11-21_12-00-00", "2026-11-21_13-00-00", "2026-11-21_14-00-00"}) {
         SCOPED_TRACE(id);
         const json reply = Ask("restore", {{"id", id}});
         EXPECT_EQ(reply.at("code"), 30101);

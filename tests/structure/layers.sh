@@ -14,8 +14,8 @@ bench           bench/                 simulation userdata config platform
 simulation      simulation/
 host            host/                  interface platform
 server          server/                equipment versions_api device clients envelope log_text config interface platform
+versions_api    versions/api/          equipment webapi envelope userdata versions config interface platform
 equipment       equipment/             device webapi envelope clients userdata log_text config interface platform
-versions_api    versions/api/          webapi envelope userdata versions config interface platform
 webapi          webapi/                envelope userdata log_text config interface platform
 device          device/                envelope clients userdata log_text config platform
 envelope        server/RouterMgr       clients log_text config platform

@@ -55,6 +55,11 @@ TEST(InterfaceMatch, CommandsGoToTheirOwnEquipmentOrNowhere) {
         const auto missing = FitCommands(commands, {{"configList", row.then}}, {{"configList", row.now}});
         EXPECT_EQ(commands, document(row.nodeId));
         ASSERT_EQ(missing.size(), row.missing.empty() ? 0U : 1U);
+        json devices = {{"devices", {{{"nodeId", 3}}, {{"nodeId", -9}}, 7}}};
+        FitDevices(devices, {{"configList", row.then}}, {{"configList", row.now}});
+        // A device does not say which interface it had.
+        const int fitted = std::string(row.what) == "missing then, the same now" ? -3 : row.nodeId;
+        EXPECT_EQ(devices, json({{"devices", {{{"nodeId", fitted}}, {{"nodeId", -9}}, 7}}}));
         if (!missing.empty()) {
             EXPECT_EQ(missing[0].name, row.missing);
             EXPECT_EQ(missing[0].nodeId, 3);

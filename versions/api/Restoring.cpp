@@ -1,6 +1,8 @@
 #include "versions/api/Restoring.h"
 
 #include "config/JsonDepth.h"
+#include "equipment/values/ConfigStore.h"
+#include "equipment/values/EquipmentConfig.h"
 #include "include/GlobalConfig.h"
 #include "platform/Mutex.h"
 #include "userdata/UserData.h"
@@ -48,13 +50,27 @@ SProject ParseProject(const DocumentTexts& texts) {
     return project;
 }
 
-std::string Keep(const SProjectStates& states) {
+/** What devices were asked; without such a document, nothing. */
+json ParseEquipment(const DocumentTexts& texts) {
+    json equipment = Parse(texts, "equipment.json");
+    return equipment.is_null() ? json{{"version", 1}, {"devices", json::array()}} : equipment;
+}
+
+/** @throw CVersionProblem when devices can't be asked by this document */
+void Check(const json& equipment) {
+    try {
+        static_cast<void>(ParseEquipmentConfig(equipment));
+    } catch (const CConfigProblem& problem) {
+        throw CVersionProblem(EnVersionProblem::Torn, std::string("equipment.json: ") + problem.what());
+    }
+}
+
+std::string Keep(const SProjectStates& states, const CDocument::State& equipment) {
     DocumentTexts texts;
     for (const auto& [name, state] :
          {std::pair("layout.json", states.layout), std::pair("materials.json", states.materials),
           std::pair("componentConfig.json", states.componentConfig),
-          std::pair("interFace.json", states.interfaces),
-          std::pair("equipment.json", CUserData::GetInstance().EquipmentDocument().GetState())}) {
+          std::pair("interFace.json", states.interfaces), std::pair("equipment.json", equipment)}) {
         if (!state->Json().empty()) {
             texts.emplace(name, state->Json());
         }
@@ -69,7 +85,8 @@ std::string Keep(const SProjectStates& states) {
 }  // namespace
 
 std::string KeepPresent() {
-    return Keep(CUserData::GetInstance().GetProjectStates());
+    CUserData& data = CUserData::GetInstance();
+    return Keep(data.GetProjectStates(), data.EquipmentDocument().GetState());
 }
 
 SRestored RestoreVersion(const std::string& id) {
@@ -79,12 +96,19 @@ SRestored RestoreVersion(const std::string& id) {
     CUserData& data = CUserData::GetInstance();
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         SProject project = ParseProject(texts);
+        json equipment = ParseEquipment(texts);
         const SProjectStates present = data.GetProjectStates();
+        const CDocument::State presentEquipment = data.EquipmentDocument().GetState();
+        const json now = json::parse(present.interfaces->Json());
         SRestored restored;
-        restored.missing =
-            FitCommands(project.componentConfig, interfaces, json::parse(present.interfaces->Json()));
-        restored.kept = Keep(present);
-        if (data.ReplaceProject(std::move(project), present)) {
+        restored.missing = FitCommands(project.componentConfig, interfaces, now);
+        FitDevices(equipment, interfaces, now);
+        Check(equipment);
+        restored.kept = Keep(present, presentEquipment);
+        const auto replace = [&] { return data.ReplaceProject(std::move(project), present); };
+        const bool isConcerned = texts.contains("equipment.json") || !presentEquipment->Json().empty();
+        if (isConcerned ? StoreEquipmentConfigWith(std::move(equipment), presentEquipment, replace)
+                        : replace()) {
             return restored;
         }
     }

@@ -15,9 +15,9 @@ struct SRestored {
 std::string KeepPresent();
 
 /**
- * Keeps what is there, and replaces pages, materials and component interactions by those of a generation, all
- * or nothing. The interfaces stay; commands are fitted to them (FitCommands). Blocks for the disk. Any
- * thread; one restoration at a time.
+ * Keeps what is there, and replaces pages, materials, component interactions and what devices are asked by
+ * those of a generation, all or nothing. The interfaces stay; commands and devices are fitted to them
+ * (versions/InterfaceMatch.h). Blocks for the disk. Any thread; one restoration at a time.
  * @throw CVersionProblem when nothing has been restored
  */
 SRestored RestoreVersion(const std::string& id);
