@@ -32,6 +32,11 @@ void Expect(const std::string& what, const json& code) {
     }
 }
 
+std::string NameOf(const json& interface) {
+    const std::string type = interface.at("controlType");
+    return interface.at(type).at(type == "comInfo" ? "comName" : "netPortName");
+}
+
 /** Adds the sample's interfaces, on the ports of the simulated devices. @return their node ids by name */
 std::map<std::string, int> AddInterfaces(Browser& browser, const json& interfaces,
                                          const std::map<std::string, int>& ports) {
@@ -40,7 +45,7 @@ std::map<std::string, int> AddInterfaces(Browser& browser, const json& interface
         const std::string type = one.at("controlType");
         json info = one.at(type);
         const bool isSerial = type == "comInfo";
-        const std::string name = info.at(isSerial ? "comName" : "netPortName");
+        const std::string name = NameOf(one);
         if (!isSerial) {
             info["dstPort"] = ports.at(name);
         }
@@ -63,14 +68,15 @@ void SetNodeIds(json& value, const std::map<std::string, int>& ids) {
 }
 
 /** Stores what the devices are asked, and what their answers mean. @return the server's code */
-json StoreQuestions(Browser& browser, const std::map<std::string, int>& ids) {
-    std::ifstream file(DEMO_SAMPLE_EQUIPMENT);
-    json document = json::parse(file);
-    for (json& device : document.at("devices")) {
-        device["nodeId"] = ids.at(device.at("interface"));
-        device.erase("interface");
+json StoreQuestions(Browser& browser, const json& interfaces, const std::map<std::string, int>& ids) {
+    json devices = json::array();
+    for (const json& one : interfaces) {
+        if (one.contains("device")) {
+            devices.push_back(one.at("device"));
+            devices.back()["nodeId"] = ids.at(NameOf(one));
+        }
     }
-    const json body = {{"data", document}};
+    const json body = {{"data", {{"version", 1}, {"devices", devices}}}};
     return json::parse(browser.Http().Post("/api/equipment/config", body.dump()).body).at("code");
 }
 
@@ -83,7 +89,7 @@ void StoreSample(Browser& browser, const std::map<std::string, int>& ports) {
            browser.Post("setMaterialList", {{"data", sample.at("materials")}}).at("code"));
     Expect("store the commands",
            browser.Post("updateComponentInteraction", {{"data", sample.at("interactions")}}).at("code"));
-    Expect("store what devices are asked", StoreQuestions(browser, ids));
+    Expect("store what devices are asked", StoreQuestions(browser, sample.at("interfaces"), ids));
     Expect("store the pages",
            browser.Post("setCentralControlWebLayout", {{"data", sample.at("layout")}}).at("code"));
 }

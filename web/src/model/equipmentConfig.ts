@@ -49,15 +49,37 @@ function devicesOf(document: unknown): JsonObject[] {
 
 /** The names of all values in a document. */
 export function namesInConfig(document: unknown): string[] {
-  return devicesOf(document)
-    .flatMap((device) => asArray(device["patterns"]))
+  return devicesOf(document).flatMap(namesInDevice);
+}
+
+/** The names of the values that one device of a document says. */
+export function namesInDevice(device: JsonObject): string[] {
+  return asArray(device["patterns"])
     .flatMap((pattern) => asArray(asObject(pattern)["values"]))
     .map((value) => asText(asObject(value)["name"]));
 }
 
+/** What a document holds for an interface, as it is stored. */
+export function deviceIn(document: unknown, nodeId: number): JsonObject | undefined {
+  return devicesOf(document).find((one) => one["nodeId"] === nodeId);
+}
+
+/** The document with this for an interface; undefined: with nothing for it. */
+export function withDevice(document: unknown, nodeId: number, device: JsonObject | undefined): object {
+  const devices = devicesOf(document);
+  const found = devices.findIndex((one) => one["nodeId"] === nodeId);
+  const at = found < 0 ? devices.length : found;
+  const next = device ? [{ ...device, nodeId }] : [];
+  return {
+    version: 1,
+    ...asObject(document),
+    devices: [...devices.slice(0, at), ...next, ...devices.slice(at + 1)],
+  };
+}
+
 /** The rule for an interface; a new one where the document has none. */
 export function ruleIn(document: unknown, nodeId: number): DeviceRule {
-  const device = devicesOf(document).find((one) => one["nodeId"] === nodeId);
+  const device = deviceIn(document, nodeId);
   if (!device) return newRule;
   return {
     framing: readFraming(asObject(device["framing"])),
@@ -77,17 +99,10 @@ export function ruleIn(document: unknown, nodeId: number): DeviceRule {
  * value that has no name yet.
  */
 export function withRule(document: unknown, nodeId: number, rule: DeviceRule): object {
-  const devices = devicesOf(document);
-  const former = devices.find((one) => one["nodeId"] === nodeId);
   const isEmpty = rule.polls.length === 0 && rule.patterns.length === 0;
   const patterns = rule.patterns.map((one) => ({ ...one, values: one.values.filter(({ name }) => name !== "") }));
-  const next = isEmpty ? [] : [{ ...former, nodeId, ...rule, patterns }];
-  const at = former ? devices.indexOf(former) : devices.length;
-  return {
-    version: 1,
-    ...asObject(document),
-    devices: [...devices.slice(0, at), ...next, ...devices.slice(at + 1)],
-  };
+  const next = isEmpty ? undefined : { ...deviceIn(document, nodeId), ...rule, patterns };
+  return withDevice(document, nodeId, next);
 }
 
 function readFraming(from: JsonObject): Framing {

@@ -1,12 +1,14 @@
 /** Export and import of everything, or of one page, as one file. */
 import { copyPage, emptyLayout, isActive, looksOf, type Page } from "./layout.ts";
+import { valueNames } from "./binding.ts";
+import { deviceIn, namesInDevice, withDevice } from "./equipmentConfig.ts";
 import { type Interactions, interfaceUses, readInteractions, writeInteractions } from "./interactions.ts";
 import { type Interface, interfaceName, readInterface } from "./interfaces.ts";
 import { withDevices, withMissingDevices } from "./devices.ts";
 import { fittedCommands } from "./fitCommands.ts";
 import type { Lock } from "./lock.ts";
 import { withLock } from "./panelOptions.ts";
-import { asArray, asObject } from "./json.ts";
+import { asArray, asObject, isObject, type JsonObject } from "./json.ts";
 import { type Material, readMaterials, writeMaterials } from "./materials.ts";
 import { isRefused, refusal, type Refusal } from "./readLayout.ts";
 import { readWholeLayout, writeLayout } from "./wholeLayout.ts";
@@ -21,12 +23,23 @@ export interface Transfer {
   readonly project: Project;
   /** The interfaces that the commands name, so that another server can be given the same. */
   readonly interfaces: readonly Interface[];
+  /** What their devices are asked and what the answers mean, by the names of the interfaces. */
+  readonly devices: ReadonlyMap<string, JsonObject>;
 }
 
-/** The text of the file. With a page: only what that page uses. */
-export function writeTransfer(project: Project, interfaces: readonly Interface[], page?: Page): string {
+/**
+ * The text of the file.
+ * @param page       only what this page uses
+ * @param equipment  the document of what devices are asked
+ */
+export function writeTransfer(
+  project: Project,
+  interfaces: readonly Interface[],
+  page?: Page,
+  equipment?: unknown,
+): string {
   const content = withLockOf(page ? onlyPage(project, page, interfaces) : project, undefined);
-  const uses = interfaceUses(content.interactions);
+  const written = page ? usedInterfaces(content, interfaces, equipment) : interfaces;
   return JSON.stringify(
     {
       form,
@@ -38,9 +51,7 @@ export function writeTransfer(project: Project, interfaces: readonly Interface[]
         content.layout.pages.flatMap((one) => one.components),
       ),
       materials: writeMaterials(content.materials),
-      interfaces: page
-        ? interfaces.filter((one) => uses.has(one.nodeId)).map(writeInterface)
-        : interfaces.map(writeInterface),
+      interfaces: written.map((one) => writeInterface(one, deviceIn(equipment, one.nodeId))),
     },
     null,
     1,
@@ -53,8 +64,16 @@ function withLockOf(project: Project, lock: Lock | undefined): Project {
   return { ...project, layout: { ...layout, panel: withLock(layout.panel, lock) } };
 }
 
-function writeInterface(one: Interface): object {
-  return { nodeId: one.nodeId, controlType: one.controlType, [one.controlType]: one.info };
+function writeInterface(one: Interface, device: JsonObject | undefined): object {
+  return { nodeId: one.nodeId, controlType: one.controlType, [one.controlType]: one.info, ...(device && { device }) };
+}
+
+/** The interfaces that get commands, and those whose devices say what is shown. */
+function usedInterfaces({ interactions, layout }: Project, interfaces: readonly Interface[], equipment: unknown) {
+  const uses = interfaceUses(interactions);
+  const shown = new Set(layout.pages.flatMap((page) => page.components.flatMap((one) => [...valueNames(one)])));
+  const isShown = (nodeId: number) => namesInDevice(deviceIn(equipment, nodeId) ?? {}).some((name) => shown.has(name));
+  return interfaces.filter(({ nodeId }) => uses.has(nodeId) || isShown(nodeId));
 }
 
 function onlyPage(project: Project, page: Page, interfaces: readonly Interface[]): Project {
@@ -86,10 +105,18 @@ export function readTransfer(text: string): Transfer | Refusal {
   if (isRefused(layout)) return layout;
   const materials = readMaterials(document["materials"]);
   if (isRefused(materials)) return materials;
+  const devices = new Map<string, JsonObject>();
+  const interfaces = asArray(document["interfaces"]).flatMap((value) => {
+    const one = readInterface(value);
+    const device = asObject(value)["device"];
+    if (one && isObject(device)) devices.set(interfaceName(one), device);
+    return one ?? [];
+  });
   return {
     scope: document["scope"] === "page" ? "page" : "project",
     project: { layout, materials, interactions: readInteractions(document["interactions"]) },
-    interfaces: asArray(document["interfaces"]).flatMap((one) => readInterface(one) ?? []),
+    interfaces,
+    devices,
   };
 }
 
@@ -97,6 +124,22 @@ export function readTransfer(text: string): Transfer | Refusal {
 export function missingInterfaces(transfer: Transfer, here: readonly Interface[]): Interface[] {
   const names = new Set(here.map(interfaceName));
   return transfer.interfaces.filter((one) => !names.has(interfaceName(one)));
+}
+
+/** The interfaces here whose devices are asked as the file says. A page leaves alone what is there already. */
+export function importedDevices(transfer: Transfer, equipment: unknown, here: readonly Interface[]): Interface[] {
+  return here.filter(
+    (one) =>
+      transfer.devices.has(interfaceName(one)) && (transfer.scope === "project" || !deviceIn(equipment, one.nodeId)),
+  );
+}
+
+/** The document of what devices are asked after an import. */
+export function withImportedDevices(transfer: Transfer, equipment: unknown, here: readonly Interface[]): unknown {
+  return importedDevices(transfer, equipment, here).reduce(
+    (document, one) => withDevice(document, one.nodeId, transfer.devices.get(interfaceName(one))),
+    equipment,
+  );
 }
 
 /**

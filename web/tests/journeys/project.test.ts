@@ -118,12 +118,14 @@ describe("a project as a file", () => {
     ]);
     const exported = JSON.parse(readFileSync(await saved.path(), "utf8")) as typeof sample;
     expect([exported.scope, exported.layout.pages.length, exported.interfaces.length]).toEqual(["page", 1, 1]);
+    expect(exported.interfaces[0]!.device).toMatchObject(sample.interfaces[0]!.device!);
 
     const panel = await context.newPage();
     await panel.goto(`${there.url}/#/panel`);
     await panel.getByText("Connected").waitFor();
     await panel.getByRole("button", { name: "On" }).click();
     await device.has("%1POWR 1\r");
+    await device.has("%1LAMP ?\r"); // it is asked what the file says
   });
 });
 

@@ -19,7 +19,14 @@ import { findProblems } from "../../src/model/problems.ts";
 import { emptyProject, type Project, writeProject } from "../../src/model/project.ts";
 import { isRefused, readLayout } from "../../src/model/readLayout.ts";
 import { writeLayout } from "../../src/model/wholeLayout.ts";
-import { imported, missingInterfaces, readTransfer, type Transfer, writeTransfer } from "../../src/model/transfer.ts";
+import {
+  imported,
+  missingInterfaces,
+  readTransfer,
+  type Transfer,
+  withImportedDevices,
+  writeTransfer,
+} from "../../src/model/transfer.ts";
 import { command } from "../support/projects.ts";
 
 const transfer = readTransfer(JSON.stringify(sample)) as Transfer;
@@ -163,6 +170,20 @@ describe("files", () => {
     const result = imported(emptyProject, file, there);
     const on = result.layout.pages[0]!.components.find((one) => one.look.text === "On")!;
     expect(result.interactions[on.id]!.triggers["click"]!.map((one) => one.portIndex)).toEqual([40, -3]);
+  });
+
+  it("bring what devices are asked; a page leaves alone what is asked here already", () => {
+    const asked = { version: 1, devices: [{ nodeId: 1, ...transfer.devices.get("Projector") }] };
+    const there = readInterfaces({ configList: [{ ...sample.interfaces[0], nodeId: 40 }] });
+    const other = { version: 1, more: true, devices: [{ nodeId: 7 }, { nodeId: 40, polls: [] }] };
+    const own = { ...asked.devices[0], nodeId: 40 };
+    const bare = readTransfer(writeTransfer(project, here, newPage("Bare"), asked)) as Transfer;
+    expect(bare.interfaces).toEqual([]);
+    const page = readTransfer(writeTransfer({ ...project, interactions: {} }, here, first, asked)) as Transfer;
+    expect(page.interfaces.map((one) => one.nodeId)).toEqual([1]); // for what it shows alone
+    expect(withImportedDevices(page, other, there)).toBe(other);
+    expect(withImportedDevices(page, undefined, there)).toEqual({ version: 1, devices: [own] });
+    expect(withImportedDevices(transfer, other, there)).toEqual({ ...other, devices: [{ nodeId: 7 }, own] });
   });
 
   it.each([

@@ -1,6 +1,5 @@
 import { join } from "node:path";
 import type { Page } from "playwright-core";
-import questions from "../../../demo/sample_equipment.json" with { type: "json" };
 import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { connected } from "./browser.ts";
 import type { TcpDevice } from "./equipment.ts";
@@ -142,7 +141,7 @@ export async function storeQuestions(host: Host, nodeId: number, projector: TcpD
   const answers: Record<string, string> = { POWR: "1", INPT: "31", LAMP: "1280 1" };
   projector.answer = (bytes) =>
     [...bytes.matchAll(/%1(\w+) \?\r/g)].map(([, name]) => `%1${name!}=${answers[name!]!}\r`).join("");
-  const devices = questions.devices.map((device) => ({ ...device, nodeId }));
-  const code = await host.post("/api/equipment/config", { data: { ...questions, devices } });
+  const devices = [{ ...sample.interfaces[0]!.device, nodeId }];
+  const code = await host.post("/api/equipment/config", { data: { version: 1, devices } });
   if (code !== 20000) throw new Error(`the questions were refused: ${code}`);
 }

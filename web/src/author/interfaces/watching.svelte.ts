@@ -2,10 +2,11 @@
 import type { Clock } from "../../api/clock.ts";
 import type { Equipment } from "../../api/equipment.ts";
 import type { PageEvents } from "../../api/pageEvents.ts";
-import { codes, ServerError, type Stored } from "../../api/server.ts";
+import type { Stored } from "../../api/server.ts";
 import { type DeviceRule, newRule, type PatternRule, ruleIn, withRule } from "../../model/equipmentConfig.ts";
 import { sameJson } from "../../model/json.ts";
 import { messagesIn, readPatterns, understand } from "../../model/understood.ts";
+import { changeConfig } from "./changeConfig.ts";
 import { Terminal } from "./terminal.svelte.ts";
 
 export interface WatchingNeeds {
@@ -56,16 +57,7 @@ export class Watching {
   /** Stores this rule. What others have stored meanwhile for other interfaces stays. */
   async store(): Promise<void> {
     const { equipment } = this.needs;
-    for (let attempt = 0; ; ++attempt) {
-      const document = withRule(this.#stored.data, this.nodeId, this.rule);
-      try {
-        await equipment.storeConfig(document, this.#stored.tag);
-        break;
-      } catch (error) {
-        if (!(error instanceof ServerError && error.code === codes.changed) || attempt > 2) throw error;
-        this.#stored = await equipment.config();
-      }
-    }
+    await changeConfig(equipment, (document) => withRule(document, this.nodeId, this.rule));
     this.#stored = await equipment.config();
   }
 }

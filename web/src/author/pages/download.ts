@@ -3,9 +3,15 @@ import type { Page } from "../../model/layout.ts";
 import type { Project } from "../../model/project.ts";
 import { writeTransfer } from "../../model/transfer.ts";
 
-/** Hands everything, or one page, to the browser as a file. */
-export function download(project: Project, interfaces: readonly Interface[], page?: Page): void {
-  saveFile(writeTransfer(project, interfaces, page), page?.name ?? "control-pages", "json", "application/json");
+/** Hands everything, or one page, to the browser as a file (`writeTransfer`). */
+export function download(
+  project: Project,
+  interfaces: readonly Interface[],
+  page: Page | undefined,
+  equipment: unknown,
+): void {
+  const text = writeTransfer(project, interfaces, page, equipment);
+  saveFile(text, page?.name ?? "control-pages", "json", "application/json");
 }
 
 /** Hands a text to the browser as a file with the name, today's date and this ending. */

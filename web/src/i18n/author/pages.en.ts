@@ -55,6 +55,7 @@ export const pagesEn = {
   importReplaces:
     "Taking it over replaces all pages, commands and materials that are shown here. Nothing is stored before you save.",
   importAdds: "The page is added to those that are there. Nothing is stored before you save.",
+  importDevices: "What these devices are asked, and what their answers mean, is stored at once: {0}.",
   importReplace: "Replace everything",
   importAddPage: "Add the page",
   imported: "Imported. Save to store it.",

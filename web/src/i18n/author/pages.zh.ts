@@ -55,6 +55,7 @@ export const pagesZh: Record<keyof typeof pagesEn, string> = {
   importAddMissing: "添加缺少的接口",
   importReplaces: "导入将替换当前显示的所有页面、命令和素材；在您保存之前不会写入服务器。",
   importAdds: "页面将添加到现有页面中；在您保存之前不会写入服务器。",
+  importDevices: "以下设备的查询内容及应答含义会立即保存：{0}。",
   importReplace: "全部替换",
   importAddPage: "添加页面",
   imported: "已导入，保存后生效。",
