@@ -86,12 +86,26 @@ SValueChanges CEquipmentValues::Read(std::uint64_t after, const std::set<std::st
     const SMoment now = SMoment::Now();
     if (names != nullptr) {
         for (const std::size_t device : m_values.DevicesOf(*names)) {
-            if (m_polls.Watch(device, now.steady + kWatched, now.steady)) {
-                Wake();
-            }
+            Watch(device, now.steady);
         }
     }
     return m_values.Read(after, names, now);
+}
+
+void CEquipmentValues::Ask(std::int64_t nodeId) {
+    const CLock lock(m_mutex);
+    const std::vector<SDeviceRule>& devices = m_config->devices;
+    const auto found = std::find_if(devices.begin(), devices.end(),
+                                    [nodeId](const SDeviceRule& rule) { return rule.nodeId == nodeId; });
+    if (found != devices.end()) {
+        Watch(static_cast<std::size_t>(found - devices.begin()), std::chrono::steady_clock::now());
+    }
+}
+
+void CEquipmentValues::Watch(std::size_t device, Time now) {
+    if (m_polls.Watch(device, now + kWatched, now)) {
+        Wake();
+    }
 }
 
 void CEquipmentValues::OnSent(std::uint64_t /*port*/, std::string_view /*bytes*/, int /*error*/) noexcept {}

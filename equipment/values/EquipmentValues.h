@@ -31,10 +31,12 @@ class CEquipmentValues final : public CPortListener {
     /** Works by this document from now on. */
     void Configure(SEquipmentConfig config);
 
-    /**
-     * As CValueStore::Read. Named values are watched from now on for 10 s, so that their devices are asked.
-     */
+    /** As CValueStore::Read. The devices of values that are named are asked from now on for 10 s. */
     SValueChanges Read(std::uint64_t after, const std::set<std::string>* names);
+
+    /** The device of the interface with this node id, if the document has one, is asked from now on for 10 s.
+     */
+    void Ask(std::int64_t nodeId);
 
     void OnSent(std::uint64_t port, std::string_view bytes, int error) noexcept override;
     void OnReceived(std::uint64_t port, const SPortPeer& peer, std::string_view bytes) noexcept override;
@@ -67,6 +69,7 @@ class CEquipmentValues final : public CPortListener {
 
     CEquipmentValues();
     void Stop();
+    void Watch(std::size_t device, Time now) REQUIRES_LOCK(m_mutex);
     void KeepTimes();
     void SendPolls();
     void FindPorts();

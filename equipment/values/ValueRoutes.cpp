@@ -36,16 +36,35 @@ json JsonOf(const SNamedValue& value) {
     return {{"name", value.name}, {"value", JsonOf(value.content)}, {"time", time}, {"stale", value.isStale}};
 }
 
+/** A text that is one number, in decimal digits. */
+template <class Number>
+std::optional<Number> NumberIn(const std::string& text) {
+    Number number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = result.ec == std::errc() && result.ptr == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
 /** @throw CRefusal */
 std::uint64_t NumberAfter(const HttpRequest& request) {
-    const std::string text = request.GetParam("after", "0");
-    std::uint64_t number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec != std::errc() || result.ptr != text.data() + text.size()) {
+    const auto number = NumberIn<std::uint64_t>(request.GetParam("after", "0"));
+    if (!number) {
         throw CRefusal("\"after\" is the number \"last\" of an earlier reply.",
                        "“after”应为先前回复中的“last”数字。");
     }
-    return number;
+    return *number;
+}
+
+/** Lets the device be asked whose interface the request names. @throw CRefusal */
+void AskInterface(const HttpRequest& request) {
+    if (!request.query_params.contains("interface")) {
+        return;
+    }
+    const auto nodeId = NumberIn<std::int64_t>(request.GetParam("interface"));
+    if (!nodeId) {
+        throw CRefusal("\"interface\" is the node id of an interface.", "“interface”应为接口的节点编号。");
+    }
+    CEquipmentValues::Instance().Ask(*nodeId);
 }
 
 std::set<std::string> NamesOf(std::string_view list) {
@@ -60,6 +79,7 @@ std::set<std::string> NamesOf(std::string_view list) {
 
 json ReadValues(const HttpRequest& request) {
     const std::uint64_t after = NumberAfter(request);
+    AskInterface(request);
     const bool namesSome = request.query_params.contains("watch");
     const std::set<std::string> names = NamesOf(request.GetParam("watch"));
     const SValueChanges changes = CEquipmentValues::Instance().Read(after, namesSome ? &names : nullptr);

@@ -96,10 +96,11 @@ TEST_F(Values, AreAskedForWhileWatchedAndTurnStale) {
     const json document = {{"version", 1}, {"devices", {device}}};
     ASSERT_EQ(json::parse(Store(document).body).at("code"), 20000);
     const json before = Ask("");
+    EXPECT_EQ(projector->Asked(), 0) << "nobody watches";
     EXPECT_EQ(before.at("values").at(1),
               json({{"name", "Lamp hours"}, {"value", nullptr}, {"time", nullptr}, {"stale", true}}));
-    EXPECT_EQ(projector->Asked(), 0) << "nobody watches";
-
+    EXPECT_EQ(Ask("?watch=&interface=1").at("values"), json::array());
+    EXPECT_TRUE(WaitUntil([&] { return projector->Asked() > 0; }));
     EXPECT_TRUE(Becomes("Power", "0"));
     EXPECT_TRUE(Becomes("Lamp%20hours", 40));
     projector->Answer("POWR=1\r");

@@ -25,6 +25,11 @@ export function createEquipment() {
     values: async (names: readonly string[], after: number): Promise<unknown> =>
       (await exchange("GET", `${base}values?after=${after}&watch=${names.map(encodeURIComponent).join(",")}`)).data,
 
+    /** Lets the device of an interface be asked for a while. */
+    async askDevice(nodeId: number): Promise<void> {
+      await exchange("GET", `${base}values?watch=&interface=${nodeId}`);
+    },
+
     /** The document of what devices are asked, and what their answers mean. The same object while nothing has changed. */
     async config(): Promise<Stored> {
       config = await exchange("GET", `${base}config`, undefined, undefined, { not: config });

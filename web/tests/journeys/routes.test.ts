@@ -52,6 +52,7 @@ const calls: { [Name in keyof (Server & Equipment)]: Parameters<(Server & Equipm
   storeConfig: [[{}, ""]],
   traffic: [[1, 0]],
   send: [[1, "", 0, 0]],
+  askDevice: [[1]],
   writeTrafficFile: [[1, 0]],
 };
 
@@ -77,7 +78,7 @@ it("the server has every route that the application names", async () => {
   expect(await status(["GET", "/api/none"])).toBe(404);
   const missing = [];
   for (const one of asked) if ((await status(one)) === 404) missing.push(one.join(" "));
-  expect([missing, asked.length]).toEqual([[], 33]);
+  expect([missing, asked.length]).toEqual([[], 34]);
 });
 
 it("the form of a serial interface lists the server's ports, or says that it can't", async () => {

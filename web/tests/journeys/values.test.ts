@@ -84,7 +84,6 @@ it("a value is made from a message of the device, by marking it", async () => {
   await question.fill("?PWR\\r");
   await question.press("Tab");
   await dialog.getByLabel("Every (ms)").fill("200");
-  await dialog.getByLabel("Also while nobody looks").check();
   await dialog.getByRole("button", { name: "Save" }).click();
   await page.getByText("The values of Projector are stored.").waitFor();
 

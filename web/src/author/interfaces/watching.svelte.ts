@@ -10,11 +10,13 @@ import { changeConfig } from "./changeConfig.ts";
 import { Terminal } from "./terminal.svelte.ts";
 
 export interface WatchingNeeds {
-  readonly equipment: Pick<Equipment, "config" | "storeConfig" | "traffic">;
+  readonly equipment: Pick<Equipment, "askDevice" | "config" | "storeConfig" | "traffic">;
   readonly clock: Clock;
   readonly events: PageEvents;
 }
 
+/** In ms: a device is asked for ten seconds after the server was told to. */
+const askAgain = 4000;
 /** Messages that are shown; older ones are left out. */
 const mostMessages = 200;
 
@@ -32,6 +34,20 @@ export class Watching {
     readonly nodeId: number,
   ) {
     this.traffic = new Terminal(needs, nodeId);
+  }
+
+  /** Has the device asked its stored questions, and reads its messages. @returns what ends that */
+  follow(): () => void {
+    const { events, clock } = this.needs;
+    this.#ask();
+    const timer = clock.every(askAgain, () => events.isShown() && this.#ask());
+    const endTraffic = this.traffic.follow();
+    return () => (timer.cancel(), endTraffic());
+  }
+
+  #ask(): void {
+    // A fault is told by the traffic, which is read from the same server.
+    void this.needs.equipment.askDevice(this.nodeId).catch(() => undefined);
   }
 
   /** Whether something is not stored yet. */
@@ -59,5 +75,6 @@ export class Watching {
     const { equipment } = this.needs;
     await changeConfig(equipment, (document) => withRule(document, this.nodeId, this.rule));
     this.#stored = await equipment.config();
+    this.#ask(); // what is new as well
   }
 }
