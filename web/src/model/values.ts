@@ -14,7 +14,8 @@ export interface Value {
 
 export type Values = ReadonlyMap<string, Value>;
 
-const unknown: Value = { value: undefined, isStale: true };
+/** Of what no device has said. */
+export const unknown: Value = { value: undefined, isStale: true };
 
 /** Stands for a value that no device has said. */
 const nothing = "–";

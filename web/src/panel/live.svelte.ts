@@ -8,13 +8,13 @@ import { isBound, valueNames } from "../model/binding.ts";
 import { readInterfaceStates } from "../model/interfaceStates.ts";
 import { asArray, asObject } from "../model/json.ts";
 import type { Component } from "../model/layout.ts";
-import { readValues, standingOf, type Standing, type Values } from "../model/values.ts";
+import { readValues, standingOf, type Standing, unknown, type Value, type Values } from "../model/values.ts";
 
 /**
  * In ms: how often is asked for changed values, for all of them, and for the interfaces; how long what was set by a press
- * is shown before what the device says.
+ * is shown before what the device says; how long a device has time to answer before its values are not up to date.
  */
-const times = { values: 500, all: 10_000, interfaces: 2000, held: 3000 };
+const times = { values: 500, all: 10_000, interfaces: 2000, held: 3000, answer: 2000 };
 
 /** Values are asked for in groups of so many, since an address has its limits. */
 const groupSize = 40;
@@ -33,6 +33,9 @@ export interface LiveNeeds {
 
 export class Live {
   #values = $state.raw<Values>(new Map());
+  /** The names that were asked for last, and those of them for which that was new a short time ago. */
+  #asked = $state.raw<ReadonlySet<string>>(new Set());
+  #new = $state.raw<ReadonlySet<string>>(new Set());
   /** The components of which an interface has failed. */
   #apart = $state.raw<ReadonlySet<number>>(new Set());
   /** Components that show what was set by a press. */
@@ -55,8 +58,15 @@ export class Live {
   /** How a component stands; nothing: the devices' values are nothing to it. */
   standing(component: Component): Standing | undefined {
     if (!isBound(component)) return undefined;
-    const standing = standingOf(component, this.#names(component), this.#values);
+    const names = this.#names(component);
+    const standing = standingOf(component, names, new Map([...names].map((name) => [name, this.#value(name)])));
     return this.#held[component.id] ? { ...standing, isOn: undefined, position: undefined } : standing;
+  }
+
+  /** A device that nobody looked at was not asked either: what it said last is not held against it at once. */
+  #value(name: string): Value {
+    const known = this.#values.get(name) ?? unknown;
+    return this.#new.has(name) || !this.#asked.has(name) ? { ...known, isStale: false } : known;
   }
 
   /** Whether an interface of a component has failed, and it is to say so. */
@@ -77,6 +87,7 @@ export class Live {
   /** Asks for what is shown now, unless nobody sees it. Without an answer, what is known becomes stale. */
   async ask(): Promise<void> {
     const { clock, events, isOpen, shown, reportError } = this.needs;
+    if (!events.isShown() && this.#asked.size) this.#asked = new Set();
     if (this.#isAsking || !events.isShown() || !isOpen()) return;
     const components = shown();
     this.#isAsking = true;
@@ -103,6 +114,7 @@ export class Live {
 
   async #askValues(names: readonly string[]): Promise<void> {
     const { clock } = this.needs;
+    this.#noteNew(names);
     if (clock.now() >= this.#allAt) {
       this.#last.clear(); // also notices what has left the server's document
       this.#allAt = clock.now() + times.all;
@@ -118,6 +130,16 @@ export class Live {
       }
       this.#last.set(key, last);
     }
+  }
+
+  #noteNew(names: readonly string[]): void {
+    const added = names.filter((name) => !this.#asked.has(name));
+    if (added.length === 0 && names.length === this.#asked.size) return;
+    this.#asked = new Set(names);
+    this.#new = new Set([...this.#new, ...added]);
+    this.needs.clock.after(times.answer, () => {
+      this.#new = new Set([...this.#new].filter((name) => !added.includes(name)));
+    });
   }
 
   async #askInterfaces(): Promise<void> {

@@ -68,6 +68,8 @@ it("without an answer, what is known is not up to date", async () => {
   const { live, clock, is, reported } = room(shown);
   await clock.pass(500);
   is.away = true;
+  await clock.pass(1500);
+  expect(live.standing(shown[0]!)).toMatchObject({ isOn: true, isStale: false }); // it has time to answer
   await clock.pass(500);
   expect([live.standing(shown[0]!), reported]).toMatchObject([{ isOn: true, isStale: true }, []]);
   [is.away, is.power] = [false, "broken"];
