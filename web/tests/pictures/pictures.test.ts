@@ -3,8 +3,9 @@ import { mkdirSync } from "node:fs";
 import { join } from "node:path";
 import { afterAll, beforeAll, expect, it } from "vitest";
 import type { Browser, Page } from "playwright-core";
+import sample from "../../../demo/sample_project.json" with { type: "json" };
 import { connected, newPage, screens, startBrowser } from "../support/browser.ts";
-import { TcpDevice } from "../support/equipment.ts";
+import { SerialDevice, TcpDevice } from "../support/equipment.ts";
 import { Host } from "../support/host.ts";
 import { goTo, places, popUp, storeQuestions, storeSample } from "../support/places.ts";
 
@@ -14,21 +15,24 @@ let browser: Browser;
 let host: Host;
 let projector: TcpDevice;
 let matrix: TcpDevice;
+let relay: SerialDevice;
 
 beforeAll(async () => {
   mkdirSync(folder, { recursive: true });
   browser = await startBrowser();
-  host = await Host.start();
-  [projector, matrix] = [await TcpDevice.start(), await TcpDevice.start()];
+  [projector, matrix, relay] = [await TcpDevice.start(), await TcpDevice.start(), await SerialDevice.start()];
+  host = await Host.start({ COM7: relay.path });
   await host.addTcp("Projector", projector.port);
   await host.addTcp("Matrix", matrix.port);
+  await matrix.stop(); // a press fails
+  await host.post("addComInfo", { data: { info: sample.interfaces[2]!.comInfo } });
   await storeSample(host, [popUp]);
   await storeQuestions(host, (await host.read("getConfigList")).configList[0]!.nodeId, projector);
 });
 
 afterAll(async () => {
   await browser.close();
-  await Promise.all([projector[Symbol.asyncDispose](), matrix[Symbol.asyncDispose](), host[Symbol.asyncDispose]()]);
+  await Promise.all([projector, matrix, relay, host].map((one) => one[Symbol.asyncDispose]()));
 });
 
 async function setLanguage(page: Page, name: string): Promise<void> {

@@ -10,6 +10,7 @@ export type Place = [name: string, hash: string, act?: (page: Page) => Promise<v
 
 /** Opens one of the two columns of the editor where they lie over the canvas. */
 async function openColumn(page: Page, place: "first" | "last"): Promise<void> {
+  await page.locator(".sheet").waitFor();
   const open = page.locator(".switches button")[place]();
   if (await open.isVisible()) await open.click();
 }
@@ -32,6 +33,10 @@ const click = (selector: string, at: number, shown: string) => async (page: Page
   await page.locator(selector).nth(at).click();
   await page.locator(shown).waitFor();
 };
+
+/** Waits for what the projector says. */
+const says = (part: string, text: string) => (page: Page) =>
+  page.locator(`.part.${part}`).getByText(text, { exact: true }).first().waitFor();
 
 /** All screens, with the sample project and the pop-up on the host. */
 export const places: readonly Place[] = [
@@ -94,9 +99,16 @@ export const places: readonly Place[] = [
   ["materials", "#/materials"],
   ["settings", "#/settings"],
   ["phone-layout", "#/edit/p-hall", (page) => page.locator(".toolbar .icon-button").nth(2).click()],
-  ["panel", "#/panel/p-hall"],
-  ["panel-states", "#/panel/p-states"],
-  ["panel-failed", "#/panel/p-hall", click(".part.is-switch", 0, ".message")],
+  ["panel", "#/panel/p-hall", says("is-lamp", "on")],
+  ["panel-states", "#/panel/p-states", says("is-gauge", "1280")],
+  [
+    "panel-failed",
+    "#/panel/p-hall",
+    async (page) => {
+      await page.getByRole("slider").press("End");
+      await page.locator(".message").waitFor();
+    },
+  ],
   ["panel-confirm", "#/panel/p-hall", click(".part.is-button", 1, "dialog")],
   ["panel-popup", "#/panel/p-off", click("dialog .part.is-button", 0, "dialog .message")],
   // The last one: its page gets no connection any more.
