@@ -26,8 +26,8 @@ EnError CPort::WaitForTurn(Lock& lock, Clock::time_point deadline) {
     return m_closed ? ErrorCut : ErrorNone;
 }
 
-CPort::CTurn::CTurn(CPort& port, Clock::time_point deadline)
-    : m_port(port), m_lock(port.m_mutex), m_error(port.WaitForTurn(m_lock, deadline)) {
+CPort::CTurn::CTurn(CPort& port, Lock& lock, Clock::time_point deadline)
+    : m_port(port), m_lock(lock), m_error(port.WaitForTurn(lock, deadline)) {
     if (m_error == ErrorNone) {
         m_port.m_busy = true;
     }
@@ -36,8 +36,9 @@ CPort::CTurn::CTurn(CPort& port, Clock::time_point deadline)
 CPort::CTurn::~CTurn() {
     if (m_error == ErrorNone) {
         if (!m_lock.Native().owns_lock()) {
-            m_lock.Lock();  // what failed had given it up
+            m_lock.Native().lock();  // what failed had given it up
         }
+        m_port.AssertLocked();
         m_port.m_busy = false;
         m_port.m_patience = Clock::time_point::max();
         m_port.m_changed.notify_all();

@@ -67,23 +67,22 @@ class CPort {
 
     explicit CPort(std::string name) : m_log(std::move(name)) {}
 
-    /** The turn of one call, together with the lock. */
-    class THREAD_ATTRIBUTE(scoped_lockable) CTurn {
+    /** The turn of one call. It begins and ends under the lock. */
+    class CTurn {
       public:
         /** Waits for the turn until the deadline, or until the patience with the call that has it ends
          * (SetPatience). */
-        CTurn(CPort& port, Clock::time_point deadline) THREAD_ATTRIBUTE(acquire_capability(port.m_mutex));
-        ~CTurn() THREAD_ATTRIBUTE(release_capability());
+        CTurn(CPort& port, Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(port.m_mutex);
+        ~CTurn();
         CTurn(const CTurn&) = delete;
         CTurn& operator=(const CTurn&) = delete;
 
-        /** 0, ErrorTimedOut when the turn was not free in time, or ErrorCut. The lock is held in any case. */
+        /** 0, ErrorTimedOut when the turn was not free in time, or ErrorCut. */
         EnError Error() const { return m_error; }
-        Lock& GetLock() { return m_lock; }
 
       private:
         CPort& m_port;
-        Lock m_lock;
+        Lock& m_lock;
         EnError m_error;
     };
 
@@ -113,6 +112,7 @@ class CPort {
     std::atomic<int> m_calls = 0;
 
     [[nodiscard]] EnError WaitForTurn(Lock& lock, Clock::time_point deadline) REQUIRES_LOCK(m_mutex);
+    void AssertLocked() const ASSERTS_LOCK(m_mutex) {}
 
     Clock::time_point m_patience GUARDED_BY(m_mutex) = Clock::time_point::max();  ///< see SetPatience
 };

@@ -65,14 +65,19 @@ EnError CTcpClient::WaitForAttempt(Lock& lock, std::uint64_t attempt, Clock::tim
 
 EnError CTcpClient::Deliver(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
-    if (const EnError error = BeginSend(record); error != ErrorNone) {
-        return error;
+    Lock lock(m_mutex, SSpinFirst());
+    Use(record);
+    m_lastSend = Clock::now();
+    if (!m_connected) {
+        if (const EnError error = KnownFailure(); error != ErrorNone) {
+            return error;  // it need not wait for its turn to fail
+        }
     }
-    CTurn turn(*this, deadline);
+    const CTurn turn(*this, lock, deadline);
     if (turn.Error() != ErrorNone) {
         return turn.Error() == ErrorTimedOut && m_failure != ErrorNone ? m_failure : turn.Error();
     }
-    if (LookAndWait(turn.GetLock(), deadline) == ErrorCut) {
+    if (LookAndWait(lock, deadline) == ErrorCut) {
         return ErrorCut;
     }
     bool older = m_connected;
@@ -81,25 +86,18 @@ EnError CTcpClient::Deliver(const SNetPortConfig& record, std::string_view bytes
             older = false;
             EnError error = KnownFailure();
             if (error == ErrorNone) {
-                error = ConnectForSend(turn.GetLock(), deadline);
+                error = ConnectForSend(lock, deadline);
             }
             if (error != ErrorNone) {
                 return error;
             }
         }
         bool taken = false;
-        const EnError error = Write(turn.GetLock(), bytes, deadline, taken);
+        const EnError error = Write(lock, bytes, deadline, taken);
         if (error == ErrorNone || taken || !older || error == ErrorTimedOut || error == ErrorCut) {
             return error;
         }
     }
-}
-
-EnError CTcpClient::BeginSend(const SNetPortConfig& record) {
-    const Lock lock(m_mutex);
-    Use(record);
-    m_lastSend = Clock::now();
-    return m_connected ? ErrorNone : KnownFailure();
 }
 
 EnError CTcpClient::KnownFailure() const {

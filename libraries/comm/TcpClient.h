@@ -51,9 +51,6 @@ class CTcpClient final : public CNetPort {
     /** The error number of a send that makes no attempt, since the device is silent or failed a moment ago;
      * 0: none. */
     EnError KnownFailure() const REQUIRES_LOCK(m_mutex);
-    /** Notes that a send of the record begins. @return as KnownFailure: such a send need not wait for its
-     * turn to fail */
-    EnError BeginSend(const SNetPortConfig& record);
 
     // The steps of an attempt (TcpConnect.cpp). They follow each other on threads of the library, under the
     // lock.

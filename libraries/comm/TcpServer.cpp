@@ -28,7 +28,7 @@ CNetPort::SOpening CTcpServer::BeginOpen(const SNetPortConfig& /*record*/) {
 
 EnError CTcpServer::Deliver(const SNetPortConfig& record, std::string_view bytes) {
     const auto deadline = Deadline();
-    Lock lock(m_mutex);
+    Lock lock(m_mutex, SSpinFirst());
     Use(record);
     if (m_closed) {
         return ErrorCut;

@@ -55,22 +55,19 @@ EnError CUdpPort::Deliver(const SNetPortConfig& record, std::string_view bytes) 
     }
     const auto deadline = Deadline();
     Addresses addresses;
-    {
-        Lock lock(m_mutex);
-        Use(record);
-        if (const EnError error = Resolve(lock, record.dstIpAddress, deadline, addresses);
-            error != ErrorNone) {
-            return error;
-        }
+    Lock lock(m_mutex, SSpinFirst());
+    Use(record);
+    if (const EnError error = Resolve(lock, record.dstIpAddress, deadline, addresses); error != ErrorNone) {
+        return error;
     }
-    CTurn turn(*this, deadline);
+    const CTurn turn(*this, lock, deadline);
     if (turn.Error() != ErrorNone) {
         return turn.Error();
     }
     EnError error = Choose(addresses);
     for (const auto& address : addresses) {
         const Udp::endpoint destination(address, static_cast<std::uint16_t>(record.dstPort));
-        error = SendToAddress(turn.GetLock(), destination, bytes, deadline);
+        error = SendToAddress(lock, destination, bytes, deadline);
         if (error == ErrorNone) {
             m_tally.TellCommand(bytes, error);
         }

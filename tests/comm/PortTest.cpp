@@ -19,8 +19,9 @@ class FailingPort : public comm::CPort {
 
     /** A call that gives up the lock, and fails once it may. */
     void Fail(std::atomic<bool>& hasTurn, const std::atomic<bool>& mayFail) try {
-        CTurn turn(*this, comm::Clock::now() + simulation::kMaxTestWait);
-        turn.GetLock().Native().unlock();
+        Lock lock(m_mutex);
+        const CTurn turn(*this, lock, comm::Clock::now() + simulation::kMaxTestWait);
+        lock.Native().unlock();
         hasTurn = true;
         simulation::WaitUntil([&] { return mayFail.load(); });
         throw std::runtime_error("failed");
@@ -28,7 +29,10 @@ class FailingPort : public comm::CPort {
         hasTurn = false;
     }
 
-    int TakeTurn() { return CTurn(*this, comm::Clock::now() + simulation::kMaxTestWait).Error(); }
+    int TakeTurn() {
+        Lock lock(m_mutex);
+        return CTurn(*this, lock, comm::Clock::now() + simulation::kMaxTestWait).Error();
+    }
     std::unique_lock<std::mutex> Hold() { return std::unique_lock<std::mutex>(m_mutex); }
 };
 
