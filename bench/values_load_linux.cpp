@@ -167,7 +167,8 @@ std::string WatchedBy(int panel) {
     std::string names;
     for (int i = 0; i < kValuesOfAPanel / 2; ++i) {
         const std::string device = std::to_string((panel * 4 + i) % kDevices);
-        names += (names.empty() ? "" : ",") + device + "%20power," + device + "%20lamp";
+        names.append(names.empty() ? "" : ",").append(device).append("%20power,");
+        names.append(device).append("%20lamp");
     }
     return names;
 }
@@ -179,10 +180,11 @@ double ShareWhileWatched(simulation::HostProcess& host, int panels) {
         std::string path;
         std::string last = "0";
     };
-    std::vector<SPanel> all;
+    std::vector<SPanel> all(static_cast<std::size_t>(panels));
     for (int i = 0; i < panels; ++i) {
-        all.push_back({std::make_unique<simulation::HttpClient>(host.HttpPort()),
-                       "/api/equipment/values?watch=" + WatchedBy(i) + "&after="});
+        SPanel& panel = all[static_cast<std::size_t>(i)];
+        panel.client = std::make_unique<simulation::HttpClient>(host.HttpPort());
+        panel.path = "/api/equipment/values?watch=" + WatchedBy(i) + "&after=";
     }
     const double before = host.Process().ProcessorSeconds();
     const auto begin = Clock::now();
