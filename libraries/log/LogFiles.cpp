@@ -5,11 +5,13 @@
 #include "platform/Paths.h"
 
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <exception>
 #include <filesystem>
+#include <iterator>
 #include <numeric>
 #include <string_view>
 #include <system_error>
@@ -30,30 +32,42 @@ constexpr std::size_t kChunkSize = 64U << 10U;
 constexpr std::chrono::milliseconds kCollectTime{100};
 
 /** The common part of a thread's records; one object per thread, since each access to one costs a call. */
-struct SThreadTexts {
-    std::uint64_t second = ~std::uint64_t{0};
-    std::string time;  // "2026-11-21 16:04:24" in local time; formatted once a second
-    const std::string thread = std::to_string(spdlog::details::os::thread_id());
-
-    void SetTime(std::uint64_t now) {
-        if (now != second) {
-            const std::tm parts = spdlog::details::os::localtime(static_cast<std::time_t>(now));
-            char text[32];
-            time.assign(text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts));
-            second = now;
-        }
+class CThreadTexts {
+  public:
+    CThreadTexts() {
+        const auto end = std::to_chars(m_thread, std::end(m_thread), spdlog::details::os::thread_id()).ptr;
+        m_threadLength = static_cast<std::size_t>(end - m_thread);
     }
+
+    /** "2026-11-21 16:04:24" in local time; formatted once a second. */
+    std::string_view Time(std::uint64_t now) {
+        if (now != m_second) {
+            const std::tm parts = spdlog::details::os::localtime(static_cast<std::time_t>(now));
+            m_timeLength = std::strftime(m_time, sizeof m_time, "%Y-%m-%d %H:%M:%S", &parts);
+            m_second = now;
+        }
+        return {m_time, m_timeLength};
+    }
+
+    /** Number of the thread. */
+    std::string_view Thread() const { return {m_thread, m_threadLength}; }
+
+  private:
+    std::uint64_t m_second = ~std::uint64_t{0};
+    char m_time[32] = {};
+    std::size_t m_timeLength = 0;
+    char m_thread[24] = {};
+    std::size_t m_threadLength = 0;
 };
 
 /** The pieces of the record of an event, in the form of kRecordPattern. */
 std::array<std::string_view, 14> RecordOf(const CLogEvent& event) {
-    thread_local SThreadTexts texts;
-    SThreadTexts& own = texts;
-    own.SetTime(event.time);
+    thread_local CThreadTexts texts;
+    CThreadTexts& own = texts;
     const auto name = kLevelNames.find(event.level);
     const std::string_view level = name == kLevelNames.end() ? std::string_view() : name->second;
-    return {own.time,    "[",  event.logger->name, "][", level,         "][", own.thread, "][",
-            event.first, "][", event.second,       "] ", event.message, "\n"};
+    return {own.Time(event.time), "[",  event.logger->name, "][", level,         "][", own.Thread(), "][",
+            event.first,          "][", event.second,       "] ", event.message, "\n"};
 }
 
 /** "Server.log" as its older file 2: "Server.2.log". */

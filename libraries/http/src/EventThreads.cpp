@@ -15,8 +15,9 @@ constexpr EventThreads::Time kTick{5};
 constexpr int kQuietTicks = 20;
 constexpr EventThreads::Time kEndOfIdleThreads{1000};
 
-// The task whose end the former leader has to report: it lost the loop while it was inside.
-thread_local std::shared_ptr<BlockingTask> t_finishedLate;
+// Where the leader puts the task whose end it has to report, since it lost the loop while it was inside.
+// Null on other threads.
+thread_local std::shared_ptr<BlockingTask>* t_finishedLate = nullptr;
 
 }  // namespace
 
@@ -54,19 +55,24 @@ void EventThreads::Main(ThreadSeats::Seat& seat, bool leads) {
 }
 
 void EventThreads::Lead() {
-    while (!t_finishedLate) {
+    std::shared_ptr<BlockingTask> finishedLate;
+    t_finishedLate = &finishedLate;
+    bool hasEnded = false;
+    while (!finishedLate && !hasEnded) {
         try {
-            if (m_context.run_one() == 0) {
-                Finish();
-                return;
-            }
+            hasEnded = m_context.run_one() == 0;
         } catch (const std::exception& error) {
             ReportError("On the event loop: ", error.what());
         } catch (...) {
             ReportError("On the event loop: ", "unknown exception");
         }
     }
-    RunOffLoop(std::exchange(t_finishedLate, nullptr));
+    t_finishedLate = nullptr;
+    if (hasEnded) {
+        Finish();
+    } else {
+        RunOffLoop(std::move(finishedLate));
+    }
 }
 
 bool EventThreads::Watch(CUniqueLock& lock) {
@@ -120,7 +126,7 @@ void EventThreads::RunOnLoop(std::shared_ptr<BlockingTask> task) {
     --m_inside;
     std::uint64_t expected = turn | 1;
     if (!m_turn.compare_exchange_strong(expected, turn)) {
-        t_finishedLate = std::move(task);
+        *t_finishedLate = std::move(task);
         return;
     }
     if (auto next = m_limit.Leave()) {

@@ -14,6 +14,7 @@ namespace {
 constexpr std::array<std::string_view, 7> kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                       "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::size_t kDateLength = std::string_view("Sun, 06 Nov 1994 08:49:37 GMT").size();
 
 }  // namespace
 
@@ -32,20 +33,19 @@ std::string HttpDate(std::time_t time) {
     return text.data();
 }
 
-const std::string& HttpDateNow() {
+std::string_view HttpDateNow() {
     thread_local std::time_t second = -1;
-    thread_local std::string text;
+    thread_local std::array<char, kDateLength> text;
     const std::time_t now = std::time(nullptr);
     if (now != second) {
         second = now;
-        text = HttpDate(now);
+        HttpDate(now).copy(text.data(), text.size());
     }
-    return text;
+    return {text.data(), text.size()};
 }
 
 std::optional<std::time_t> ParseHttpDate(std::string_view text) {
-    // "Sun, 06 Nov 1994 08:49:37 GMT"
-    if (text.size() != 29 || text.substr(25) != " GMT") {
+    if (text.size() != kDateLength || text.substr(25) != " GMT") {
         return std::nullopt;
     }
     const auto month = std::find(kMonths.begin(), kMonths.end(), text.substr(8, 3));
