@@ -58,6 +58,7 @@ it("header and footer stay around changing pages, and a page asks before somethi
   const part = (name: string) => page.getByRole("button", { name, exact: true });
   const sheets = () =>
     page.locator(".page").evaluateAll((all) => all.map((one) => one.getBoundingClientRect().toJSON() as DOMRect));
+  await expect.poll(sheets, { timeout: longest }).toHaveLength(3);
   const [top, middle, bottom] = await sheets();
   expect(top!.width / top!.height).toBeCloseTo(1280 / 80, 1);
   const gaps = [top!.y, middle!.y - top!.bottom, bottom!.y - middle!.bottom];
